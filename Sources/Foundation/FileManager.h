@@ -1,0 +1,39 @@
+#pragma once
+
+#include "Foundation/FileURL.h"
+#include "Foundation/Result.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace stemvault {
+
+/// What the program asks of the disk. Plain functions, safe from every thread; each looks at the
+/// disk anew. Failures are described in words for the user.
+namespace FileManager {
+
+/// Whether anything bears this name: a file, a folder, a link (also a dangling one).
+[[nodiscard]] bool fileExists(const std::string& path);
+
+/// The item's own size in bytes from its attributes (a link is not followed); absent if unreadable.
+[[nodiscard]] std::optional<std::int64_t> fileSize(const std::string& path);
+
+/// When the content last changed; absent if it cannot be read.
+[[nodiscard]] std::optional<std::chrono::sys_time<std::chrono::nanoseconds>>
+contentModificationDate(const std::string& path);
+
+/// Copies a file (a link is followed), or a folder with everything in it, to a name that is free.
+/// Data, mode, modification time and user attributes come along. The copy appears under its final
+/// name only when it is whole and on disk. When `to` is taken this fails and nothing is touched;
+/// after any failure nothing is left behind.
+Result<void> copyItem(const FileURL& from, const FileURL& to);
+
+/// As `copyItem`, but puts the copy in the place of whatever bears the name. The old item stays as
+/// it was until the new one is whole on disk, and for good if anything fails.
+Result<void> replaceItem(const FileURL& from, const FileURL& to);
+
+} // namespace FileManager
+
+} // namespace stemvault

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace stemvault {
+
+// Paths are text and are compared as text. Nothing here asks the disk. File names are bytes: a name
+// that is not UTF-8 passes through all of these unchanged.
+
+/// The text after the last slash, a trailing slash left out: "b" of "/a/b" and "/a/b/"; "/" of "/".
+[[nodiscard]] std::string lastPathComponent(std::string_view path);
+
+/// The path without its last component: "/a" of "/a/b" and "/a/b/"; "/" of "/a" and "/".
+[[nodiscard]] std::string deletingLastPathComponent(std::string_view path);
+
+/// `name` below `folder`, with one slash between them.
+[[nodiscard]] std::string appendingPathComponent(std::string_view folder, std::string_view name);
+
+/// The text after the last full stop of the last component; empty if there is none.
+[[nodiscard]] std::string pathExtension(std::string_view path);
+
+/// The path without one trailing slash; "/" stays.
+[[nodiscard]] std::string_view withoutTrailingSlash(std::string_view path);
+
+} // namespace stemvault

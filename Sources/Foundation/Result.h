@@ -1,0 +1,47 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace stemvault {
+
+/// Why something could not be done, in words a user can read.
+struct Failure {
+    std::string description;
+};
+
+/// A value, or the reason why there is none. Shaped like std::expected, so that it can become one.
+template <typename T> class [[nodiscard]] Result {
+public:
+    Result(T value) : content(std::move(value)) { }
+    Result(Failure failure) : content(std::move(failure)) { }
+
+    [[nodiscard]] bool has_value() const { return std::holds_alternative<T>(content); }
+    explicit operator bool() const { return has_value(); }
+    [[nodiscard]] const T& value() const { return std::get<T>(content); }
+    [[nodiscard]] T& value() { return std::get<T>(content); }
+    [[nodiscard]] const std::string& error() const
+    {
+        return std::get<Failure>(content).description;
+    }
+
+private:
+    std::variant<T, Failure> content;
+};
+
+template <> class [[nodiscard]] Result<void> {
+public:
+    Result() = default;
+    Result(Failure reason) : failure(std::move(reason)) { }
+
+    [[nodiscard]] bool has_value() const { return !failure; }
+    explicit operator bool() const { return has_value(); }
+    [[nodiscard]] const std::string& error() const { return failure->description; }
+
+private:
+    std::optional<Failure> failure;
+};
+
+} // namespace stemvault

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <utility>
+
+namespace stemvault {
+
+/// Keeps the one instance of each long-lived class, in the order in which they were made.
+class SharedInstances {
+public:
+    /// For tests: drops every instance, the latest first. The program itself never does.
+    static void destroyAll();
+
+private:
+    template <typename T> friend class Shared;
+    static void keep(std::function<void()> destroy);
+};
+
+/// Gives a class its `shared()`: one instance, made at first use and kept. Main thread only.
+template <typename T> class Shared {
+public:
+    [[nodiscard]] static T& shared()
+    {
+        if (!instance) {
+            instance = new T;
+            SharedInstances::keep([] { delete std::exchange(instance, nullptr); });
+        }
+        return *instance;
+    }
+
+    /// Whether it has been made yet; asking does not make it.
+    [[nodiscard]] static bool isMade() { return instance != nullptr; }
+
+    Shared(const Shared&) = delete;
+    Shared& operator=(const Shared&) = delete;
+
+protected:
+    Shared() = default;
+    ~Shared() = default;
+
+private:
+    static inline T* instance = nullptr;
+};
+
+} // namespace stemvault

@@ -1,0 +1,56 @@
+#include "Foundation/UnicodeText.h"
+
+#include <unicode/bytestream.h>
+#include <unicode/casemap.h>
+#include <unicode/utf8.h>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace stemvault {
+
+namespace {
+
+std::string asciiLowercased(std::string_view text)
+{
+    std::string lowered(text);
+    std::ranges::transform(lowered, lowered.begin(),
+        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return lowered;
+}
+
+bool isASCII(std::string_view text)
+{
+    return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+} // namespace
+
+bool isValidUTF8(std::string_view bytes)
+{
+    const auto* text = reinterpret_cast<const std::uint8_t*>(bytes.data());
+    const auto length = static_cast<std::int64_t>(bytes.size());
+    for (std::int64_t position = 0; position < length;) {
+        UChar32 character = 0;
+        U8_NEXT(text, position, length, character);
+        if (character < 0)
+            return false;
+    }
+    return true;
+}
+
+std::string lowercased(std::string_view text)
+{
+    // Almost every name and extension is plain ASCII: no call into the library for those.
+    if (isASCII(text) || !isValidUTF8(text))
+        return asciiLowercased(text);
+    std::string lowered;
+    icu::StringByteSink<std::string> sink(&lowered);
+    UErrorCode status = U_ZERO_ERROR;
+    icu::CaseMap::utf8ToLower("", 0,
+        icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink, nullptr,
+        status);
+    return U_SUCCESS(status) ? lowered : asciiLowercased(text);
+}
+
+} // namespace stemvault

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "Foundation/FileURL.h"
+#include "Platform/Image.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// What a modal session answers. Alerts answer `alertFirstButton` for the first button added, one
+/// more for the second, and so on.
+namespace ModalResponse {
+inline constexpr int stopped = -1000; ///< Closed, or the program ended, without a button.
+inline constexpr int cancel = 0;
+inline constexpr int ok = 1;
+inline constexpr int alertFirstButton = 1000;
+} // namespace ModalResponse
+
+enum class AlertStyle { Warning, Informational, Critical };
+
+/// In points.
+struct Frame {
+    double x = 0;
+    double y = 0;
+    double width = 0;
+    double height = 0;
+
+    [[nodiscard]] bool operator==(const Frame&) const = default;
+};
+
+/// A button that shows its selected item and offers the others in a menu. The first is selected.
+struct PopUpButton {
+    Frame frame;
+    std::vector<std::string> items;
+
+    [[nodiscard]] bool operator==(const PopUpButton&) const = default;
+};
+
+/// A modal question, whole. Texts are shown as they stand, never as markup.
+struct Alert {
+    std::string messageText;
+    std::string informativeText;
+    AlertStyle style = AlertStyle::Warning;
+    std::optional<Image> icon; ///< Absent: the application's own.
+    std::optional<PopUpButton> accessoryView;
+    std::vector<std::string> buttons; ///< The first is the default. Empty: a single "OK".
+
+    [[nodiscard]] bool operator==(const Alert&) const = default;
+};
+
+struct AlertAnswer {
+    int response = ModalResponse::stopped;
+    int indexOfSelectedItem = -1; ///< Of the accessory view; -1 when there is none.
+};
+
+/// A panel that picks one file or folder that exists.
+struct OpenPanel {
+    bool canChooseFiles = true;
+    bool canChooseDirectories = false;
+    bool canCreateDirectories = false;
+    std::string prompt; ///< The title of its confirm button.
+    std::string message; ///< A line above the list.
+    std::optional<FileURL> directoryURL; ///< Where it starts, where that folder exists.
+
+    [[nodiscard]] bool operator==(const OpenPanel&) const = default;
+};
+
+struct OpenPanelAnswer {
+    int response = ModalResponse::cancel;
+    std::optional<FileURL> url;
+};
+
+/// Modal questions. Each call runs a nested event loop: main-queue work goes on meanwhile, and may
+/// itself open another one, which then is answered first. Main thread only.
+class Dialogs {
+public:
+    virtual ~Dialogs() = default;
+    [[nodiscard]] virtual AlertAnswer runModal(const Alert& alert) = 0;
+    [[nodiscard]] virtual OpenPanelAnswer runModal(const OpenPanel& panel) = 0;
+};
+
+} // namespace stemvault

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Platform/Application.h"
+#include "Platform/Bundle.h"
+#include "Platform/Dialogs.h"
+#include "Platform/Dispatch.h"
+#include "Platform/FileEvents.h"
+#include "Platform/ProcessRunner.h"
+#include "Platform/UserDefaults.h"
+#include "Platform/UserNotificationCenter.h"
+#include "Platform/Workspace.h"
+
+namespace stemvault {
+
+/// Everything the program asks of a desktop. Owns nothing.
+struct Platform {
+    Application& application;
+    Bundle& bundle;
+    Dialogs& dialogs;
+    Dispatch& dispatch;
+    FileEvents& fileEvents;
+    ProcessRunner& processRunner;
+    UserDefaults& userDefaults;
+    UserNotificationCenter& userNotificationCenter;
+    Workspace& workspace;
+
+    /// The desktop that the program runs on. Installed before anything asks for it.
+    [[nodiscard]] static const Platform& current();
+
+    /// Set once by `main`, or by a test; null takes it back.
+    static void install(const Platform* platform);
+};
+
+} // namespace stemvault

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace stemvault {
+
+/// The user's settings under their keys. Main thread only.
+class UserDefaults {
+public:
+    virtual ~UserDefaults() = default;
+
+    /// The byte string under a key; absent when there is none or the value is of another kind.
+    [[nodiscard]] virtual std::optional<std::string> data(const std::string& key) const = 0;
+
+    /// Replaces what is under the key. Reading gives the new value at once; it reaches the disk
+    /// soon after, whole, several changes in a row as one.
+    virtual void setData(const std::string& key, const std::string& bytes) = 0;
+};
+
+} // namespace stemvault

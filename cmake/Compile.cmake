@@ -1,0 +1,20 @@
+# What every target of the project is compiled with.
+add_library(stemvault_compile INTERFACE)
+target_include_directories(stemvault_compile INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
+target_compile_options(stemvault_compile INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+if(STEMVAULT_SANITIZE)
+    target_compile_options(stemvault_compile INTERFACE
+        -fsanitize=${STEMVAULT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(stemvault_compile INTERFACE -fsanitize=${STEMVAULT_SANITIZE})
+endif()
+if(STEMVAULT_COVERAGE)
+    target_compile_options(stemvault_compile INTERFACE --coverage)
+    target_link_options(stemvault_compile INTERFACE --coverage)
+endif()
+
+# One room, or one corner of a room: a static library of the named sources.
+function(stemvault_library name)
+    add_library(${name} STATIC ${ARGN})
+    target_link_libraries(${name} PUBLIC stemvault_compile)
+endfunction()
