@@ -11,11 +11,11 @@ class Alive {
 public:
     template <typename Work> [[nodiscard]] auto guard(Work work) const
     {
-        return [token = std::weak_ptr<const char>(life), work = std::move(work)](
-                   auto&&... arguments) mutable {
-            if (!token.expired())
-                work(std::forward<decltype(arguments)>(arguments)...);
-        };
+        return
+            [token = std::weak_ptr<const char>(life), work = std::move(work)](auto&&... arguments) {
+                if (!token.expired())
+                    work(std::forward<decltype(arguments)>(arguments)...);
+            };
     }
 
     /// A weak token for work on another thread, which may ask only whether the owner is gone.

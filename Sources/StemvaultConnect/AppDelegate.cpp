@@ -1,0 +1,49 @@
+#include "StemvaultConnect/AppDelegate.h"
+
+#include "Platform/Platform.h"
+#include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SettingsStore.h"
+
+namespace stemvault {
+
+namespace {
+
+void setApplicationIcon()
+{
+    const Platform& platform = Platform::current();
+    if (const auto path = platform.bundle.pathForResource("AppIcon", "icns"))
+        if (const auto image = platform.bundle.imageWithContentsOfFile(*path))
+            platform.application.setApplicationIconImage(*image);
+}
+
+void watch(const std::optional<FileURL>& sessionFolder)
+{
+    BounceWatcher::shared().update(sessionFolder, SettingsStore::shared().alwaysWatchPath());
+}
+
+void prompt(const FileURL& file, const std::string& folderName)
+{
+    BounceAlertController::shared().queue.emplace_back(file, folderName);
+    BounceAlertController::shared().showNextIfIdle();
+}
+
+} // namespace
+
+void AppDelegate::applicationDidFinishLaunching()
+{
+    setApplicationIcon();
+    SessionTracker::shared().observers.emplace_back(watch);
+    BounceWatcher::shared().onBounceDetected = prompt;
+    SessionTracker::shared().start();
+    watch(SessionTracker::shared().currentSessionFolder());
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    SessionTracker::shared().stop();
+    BounceWatcher::shared().stop();
+}
+
+} // namespace stemvault

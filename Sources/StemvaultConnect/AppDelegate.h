@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Platform/Application.h"
+
+namespace stemvault {
+
+/// Makes and connects the long-lived objects, in a fixed order, and stops what runs by itself.
+class AppDelegate : public ApplicationDelegate {
+public:
+    void applicationDidFinishLaunching() override;
+    void applicationWillTerminate() override;
+};
+
+} // namespace stemvault

@@ -1,0 +1,187 @@
+#include "StemvaultConnect/BounceAlertController.h"
+
+#include "Foundation/NotificationCenter.h"
+#include "Platform/Platform.h"
+#include "StemvaultConnect/SettingsStore.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace stemvault {
+
+const std::string BounceAlertController::bounceAdded = "bounceAdded";
+const std::string BounceAlertController::openPreferences = "openPreferences";
+
+namespace {
+
+constexpr Frame popUpFrame { 0, 0, 280, 26 };
+
+std::optional<Image> loadAppIcon()
+{
+    const Bundle& bundle = Platform::current().bundle;
+    if (const auto path = bundle.pathForResource("AppIcon", "icns"))
+        if (auto image = bundle.imageWithContentsOfFile(*path))
+            return image;
+    return bundle.imageNamed("AppIcon");
+}
+
+std::string informativeText(
+    const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting)
+{
+    std::string text = fileURL.lastPathComponent() + "\nfrom " + sourceFolder;
+    if (waiting > 0)
+        text += "\n\n+ " + std::to_string(waiting) + " more waiting";
+    return text;
+}
+
+PopUpButton destinationPopUp(const std::vector<StemvaultFolder>& folders)
+{
+    PopUpButton popUp { popUpFrame, {} };
+    for (const StemvaultFolder& folder : folders)
+        popUp.items.push_back(folder.name);
+    popUp.items.emplace_back("New Folder…");
+    return popUp;
+}
+
+std::vector<std::string> promptButtons(std::size_t waiting)
+{
+    std::vector<std::string> buttons;
+    if (waiting > 0)
+        buttons.push_back("Add All (" + std::to_string(waiting + 1) + ")");
+    buttons.insert(buttons.end(), { "Add", "Skip", "Cancel" });
+    return buttons;
+}
+
+std::string titleOfAnswer(const std::vector<std::string>& buttons, int response)
+{
+    const int index = response - ModalResponse::alertFirstButton;
+    if (index < 0 || index >= static_cast<int>(buttons.size()))
+        return "Skip";
+    return buttons[static_cast<std::size_t>(index)];
+}
+
+AlertAnswer runInFront(const Alert& alert)
+{
+    const Platform& platform = Platform::current();
+    platform.application.activateIgnoringOtherApps();
+    return platform.dialogs.runModal(alert);
+}
+
+/// The folder that the pop-up's answer stands for; absent for its last item, a new one.
+std::optional<StemvaultFolder> selectedFolder(
+    const std::vector<StemvaultFolder>& folders, int index)
+{
+    if (index < 0 || index >= static_cast<int>(folders.size()))
+        return std::nullopt;
+    return folders[static_cast<std::size_t>(index)];
+}
+
+} // namespace
+
+BounceAlertController::BounceAlertController() : appIcon(loadAppIcon())
+{
+    setUpUserNotifications();
+}
+
+BounceAlertController::~BounceAlertController() = default;
+
+void BounceAlertController::showNextIfIdle()
+{
+    // Each prompt's answer leads back to here. While one is open, or a nested call is at work on
+    // the queue, there is nothing to do: the flag or the empty queue says so.
+    while (!isShowing && !queue.empty()) {
+        const Entry next = std::move(queue.front());
+        queue.pop_front();
+        isShowing = true;
+        show(next.first, next.second);
+    }
+}
+
+void BounceAlertController::show(const FileURL& fileURL, const std::string& sourceFolder)
+{
+    // Copies: while the alert is open, other work may change the settings and the queue.
+    const auto folders = SettingsStore::shared().stemvaultFolders();
+    const std::size_t waiting = queue.size();
+    Alert alert = bounceAlert(fileURL, sourceFolder, waiting);
+    if (folders.empty() && !SettingsStore::shared().projectsRootPath()) {
+        showNoDestination(std::move(alert));
+        return;
+    }
+    alert.accessoryView = destinationPopUp(folders);
+    alert.buttons = promptButtons(waiting);
+    const AlertAnswer answer = runInFront(alert);
+    isShowing = false;
+
+    const std::string title = titleOfAnswer(alert.buttons, answer.response);
+    if (title == "Cancel")
+        queue.clear();
+    else if (title != "Skip")
+        add({ fileURL, sourceFolder }, title.starts_with("Add All"),
+            selectedFolder(folders, answer.indexOfSelectedItem));
+}
+
+Alert BounceAlertController::bounceAlert(
+    const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting) const
+{
+    Alert alert;
+    alert.messageText = "Bounce detected";
+    alert.informativeText = informativeText(fileURL, sourceFolder, waiting);
+    alert.style = AlertStyle::Informational;
+    alert.icon = appIcon;
+    return alert;
+}
+
+void BounceAlertController::showNoDestination(Alert alert)
+{
+    alert.buttons = { "Open Preferences", "Skip" };
+    const AlertAnswer answer = runInFront(alert);
+    isShowing = false;
+    if (answer.response == ModalResponse::alertFirstButton)
+        NotificationCenter::defaultCenter().post({ openPreferences, {} });
+}
+
+void BounceAlertController::add(
+    const Entry& current, bool isWholeQueue, std::optional<StemvaultFolder> destination)
+{
+    if (!destination)
+        destination = resolveNewFolder();
+    if (!destination)
+        return;
+    if (!isWholeQueue) {
+        copyFile(current.first, *destination);
+        return;
+    }
+    // Whatever arrived while the alert was open goes along.
+    std::vector<Entry> files { current };
+    std::ranges::move(std::exchange(queue, {}), std::back_inserter(files));
+    copyBatch(files, *destination);
+}
+
+std::optional<StemvaultFolder> BounceAlertController::resolveNewFolder()
+{
+    SettingsStore& settings = SettingsStore::shared();
+    OpenPanel panel;
+    panel.canChooseFiles = false;
+    panel.canChooseDirectories = true;
+    panel.canCreateDirectories = true;
+    panel.prompt = "Use This Folder";
+    panel.message = "Choose or create a folder for this Stemvault project.";
+    if (const auto& projectsRoot = settings.projectsRootPath())
+        panel.directoryURL = FileURL(*projectsRoot);
+
+    const Platform& platform = Platform::current();
+    platform.application.activateIgnoringOtherApps();
+    const OpenPanelAnswer answer = platform.dialogs.runModal(panel);
+    if (answer.response != ModalResponse::ok || !answer.url)
+        return std::nullopt;
+
+    const StemvaultFolder chosen { UUID(), answer.url->lastPathComponent(), answer.url->path() };
+    const auto hasChosenPath = [&chosen](const StemvaultFolder& folder) {
+        return folder.path == chosen.path;
+    };
+    if (std::ranges::none_of(settings.stemvaultFolders(), hasChosenPath))
+        settings.addFolder(chosen);
+    return chosen;
+}
+
+} // namespace stemvault

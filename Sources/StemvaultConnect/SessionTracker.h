@@ -1,0 +1,75 @@
+#pragma once
+
+#include "Foundation/Alive.h"
+#include "Foundation/FileURL.h"
+#include "Foundation/Shared.h"
+#include "Platform/ProcessRunner.h"
+#include "Platform/Workspace.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace stemvault {
+
+class Timer;
+
+/// Knows which DAW session is open. Main thread only; the scans run elsewhere.
+class SessionTracker : public Shared<SessionTracker> {
+public:
+    using Observer = std::function<void(const std::optional<FileURL>& sessionFolder)>;
+
+    /// Looks once, then again at every launch, quit and activation of an application, and every
+    /// 30 seconds while a DAW runs.
+    void start();
+
+    /// No further look is begun.
+    void stop();
+
+    /// Begins one look and returns at once. A result that differs is told to the observers later.
+    void refresh();
+
+    /// The folder that the latest finished look found.
+    [[nodiscard]] const std::optional<FileURL>& currentSessionFolder() const { return folder; }
+
+    /// Called in order with the new folder whenever it changes. Only ever appended to.
+    std::vector<Observer> observers;
+
+private:
+    friend class Shared<SessionTracker>;
+    SessionTracker();
+    ~SessionTracker();
+
+    void updateTimer();
+    void apply(const std::optional<FileURL>& found);
+
+    [[nodiscard]] static bool isDAW(const RunningApplication& application);
+    [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
+    [[nodiscard]] static std::optional<FileURL> findOpenSessionFolder(
+        ProcessRunner& processRunner, std::span<const std::int32_t> dawPIDs);
+    [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(ProcessRunner& processRunner,
+        std::int32_t pid, std::span<const std::string_view> extensions);
+
+    std::optional<FileURL> folder;
+    std::unique_ptr<Timer> pollTimer;
+
+    /// Prefixes of the bundle identifiers of the DAWs that we know.
+    static constexpr std::array<std::string_view, 7> dawBundleIDs = {
+        "com.avid.ProTools",
+        "com.apple.logic10",
+        "com.ableton.live",
+        "com.presonus.studioone5",
+        "com.presonus.studioone6",
+        "com.steinberg.cubase12",
+        "com.cockos.reaper",
+    };
+
+    Alive alive;
+};
+
+} // namespace stemvault
