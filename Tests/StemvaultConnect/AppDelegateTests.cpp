@@ -1,0 +1,109 @@
+#include "StemvaultConnect/AppDelegate.h"
+#include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SettingsStore.h"
+#include "Support/FakePlatform.h"
+#include "Support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+class AppDelegateTests : public testing::Test {
+protected:
+    void store(const std::string& members)
+    {
+        platform.userDefaults.values["settingsStore_v1"] =
+            R"({"stemvaultFolders":[])" + members + "}";
+    }
+
+    void openSession(const std::string& folderPath)
+    {
+        platform.processRunner.openFiles["5"] = "n" + folderPath + "/S.rpp\n";
+        if (platform.workspace.applications.empty())
+            platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+        platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
+        platform.dispatch.settle();
+    }
+
+    [[nodiscard]] std::vector<std::string> watched() const
+    {
+        const auto& stream = platform.fileEvents.streams.back();
+        return stream->state == "made started" ? stream->paths : std::vector<std::string>();
+    }
+
+    FakePlatform platform;
+    AppDelegate delegate;
+};
+
+TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
+{
+    EXPECT_FALSE(SessionTracker::isMade() || BounceWatcher::isMade() || SettingsStore::isMade());
+    delegate.applicationDidFinishLaunching();
+    platform.dispatch.settle();
+    EXPECT_TRUE(SessionTracker::isMade() && BounceWatcher::isMade() && SettingsStore::isMade());
+    EXPECT_FALSE(BounceAlertController::isMade());
+    EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
+    EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });
+}
+
+TEST_F(AppDelegateTests, AMissingIconIsLeftAlone)
+{
+    platform.bundle.isIconReadable = false;
+    delegate.applicationDidFinishLaunching();
+    EXPECT_FALSE(platform.application.icon);
+}
+
+TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
+{
+    store(R"(,"alwaysWatchPath":"/w")");
+    delegate.applicationDidFinishLaunching();
+    EXPECT_THAT(watched(), ElementsAre("/w")) << "before the first look has ended";
+    openSession("/a");
+    EXPECT_THAT(watched(), ElementsAre("/a", "/w"));
+    SettingsStore::shared().setAlwaysWatchPath("/other");
+    openSession("/b");
+    EXPECT_THAT(watched(), ElementsAre("/b", "/other")) << "the setting of the moment";
+    platform.workspace.quit(5);
+    platform.dispatch.settle();
+    EXPECT_THAT(watched(), ElementsAre("/other"));
+}
+
+TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
+{
+    TemporaryFolder folder;
+    store(R"(,"projectsRootPath":"/p")");
+    delegate.applicationDidFinishLaunching();
+    openSession(folder.path());
+    constexpr auto created = FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated;
+    platform.fileEvents.deliver(
+        { folder.write("Song/1.wav", "1"), folder.write("2.wav", "2") }, { created, created });
+    platform.dialogs.answer("Skip", 0, [this] { platform.dispatch.advance(5s); });
+    platform.dialogs.answer("Skip");
+    platform.dispatch.advance(2s);
+    EXPECT_EQ(platform.dialogs.alerts.at(0).informativeText, "1.wav\nfrom Song");
+    EXPECT_EQ(platform.dialogs.alerts.at(1).informativeText,
+        "2.wav\nfrom " + lastPathComponent(folder.path()));
+}
+
+TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
+{
+    delegate.applicationDidFinishLaunching();
+    openSession("/a");
+    delegate.applicationWillTerminate();
+    EXPECT_EQ(
+        platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
+    EXPECT_EQ(platform.dispatch.timerCount(), 0U);
+    platform.processRunner.calls.clear();
+    platform.workspace.quit(5);
+    platform.dispatch.advance(60s);
+    EXPECT_TRUE(platform.processRunner.calls.empty());
+}
+
+} // namespace
+} // namespace stemvault

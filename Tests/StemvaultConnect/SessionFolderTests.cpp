@@ -1,0 +1,88 @@
+#include "StemvaultConnect/SessionFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <map>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view extensions[] = { "ptx", "logicx", "als", "song", "cpr", "rpp" };
+
+/// What is found when lsof printed this and the named files changed at these hours.
+std::string folderOf(const std::string& lsofOutput, const std::map<std::string, int>& hours = {})
+{
+    const auto modificationDate = [&hours](const std::string& path) {
+        const auto hour = hours.find(path);
+        using Date = std::chrono::sys_time<std::chrono::nanoseconds>;
+        return hour == hours.end() ? std::nullopt : std::optional(Date(hour->second * 1h));
+    };
+    const auto found = sessionFolder(openPaths(lsofOutput), extensions, modificationDate);
+    return found ? found->path() : "absent";
+}
+
+TEST(SessionFolderTests, TheFirstRuleThatAPathSatisfiesDecides)
+{
+    const struct {
+        const char* what;
+        std::string output;
+        std::string expected;
+    } rows[] = {
+        { "nothing", "", "absent" },
+        { "lines of other kinds", "p12\nfcwd\nnpipe\nn[heap]\nnAudio Files/a\n/S/a.ptx\n",
+            "absent" },
+        { "no line end after the last name", "n/S/A/A.rpp", "/S/A" },
+        { "a wave cache wins over all before it",
+            "n/L/X.logicx/a\nn/B/Audio Files/a.wav\nn/C/c.cpr\nn/S/Big Song/WaveCache.wfm\n",
+            "/S/Big Song" },
+        { "the first wave cache", "n/a/WaveCache.wfm\nn/b/WaveCache.wfm\n", "/a" },
+        { "a wave cache by its ending alone", "n/x/MyWaveCache.wfm\n", "/x" },
+        { "not a wave cache in other case", "n/x/wavecache.wfm\n", "absent" },
+        { "a Logic package", "n/Music/Logic/Big Song.logicx/Alternatives/000/ProjectData\n",
+            "/Music/Logic" },
+        { "the outermost package", "n/a/One.logicx/b/Two.logicx/c\n", "/a" },
+        { "the package itself, open as a folder", "n/a/One.logicx\n", "/a" },
+        { "a name that only holds the letters of a package", "n/a/One.logicx.bak/c\n", "absent" },
+        { "such a name, then a package", "n/a/One.logicx.bak/c\nn/b/Two.logicx/c\n", "/b" },
+        { "a package wins over an Audio Files folder",
+            "n/b/Audio Files/a.wav\nn/a/One.logicx/Audio Files/x.wav\n", "/a" },
+        { "an Audio Files folder", "n/Work/Big Song/Audio Files/Kick_01.wav\n", "/Work/Big Song" },
+        { "the outermost Audio Files", "n/a/Audio Files/Audio Files/x\n", "/a" },
+        { "a folder that only begins so", "n/x/Audio Files Backup/a.wav\n", "absent" },
+        { "Audio Files in other case", "n/x/audio files/a.wav\n", "absent" },
+        { "Audio Files directly under the root names no folder", "n/Audio Files/a.wav\n",
+            "absent" },
+        { "then the next one counts", "n/Audio Files/a.wav\nn/x/Audio Files/a.wav\n", "/x" },
+        { "a session file by its extension in any case", "n/s/Song.RPP\n", "/s" },
+        { "an extension of the folder is none of the file's", "n/s.rpp/Song\n", "absent" },
+        { "an escape is part of the name", "n/s\\x20t/Song.als\n", "/s\\x20t" },
+        { "a session file directly under the root", "n/Song.als\n", "/" },
+        { "output that is not UTF-8", "n/s/Song.als\nn/t/\xff\n", "absent" },
+        { "beyond ASCII", "n/Café/日本/Song.als\n", "/Café/日本" },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(folderOf(row.output), row.expected) << row.what;
+}
+
+TEST(SessionFolderTests, TheNewestSessionFileWins)
+{
+    const std::string output = "n/a/A.cpr\nn/b/B.CPR\nn/c/C.song\n";
+    const struct {
+        const char* what;
+        std::map<std::string, int> hours;
+        std::string expected;
+    } rows[] = {
+        { "the newest", { { "/a/A.cpr", 10 }, { "/b/B.CPR", 11 }, { "/c/C.song", 9 } }, "/b" },
+        { "of equals the first", { { "/a/A.cpr", 10 }, { "/b/B.CPR", 11 }, { "/c/C.song", 11 } },
+            "/b" },
+        { "unreadable counts as the oldest", { { "/c/C.song", -9999 } }, "/c" },
+        { "all unreadable: the first", {}, "/a" },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(folderOf(output, row.hours), row.expected) << row.what;
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,157 @@
+#include "StemvaultConnect/SessionTracker.h"
+#include "Support/FakePlatform.h"
+
+#include <gmock/gmock.h>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SessionTrackerTests : public testing::Test {
+protected:
+    void start()
+    {
+        SessionTracker::shared().observers.emplace_back(
+            [this](const auto& folder) { told.push_back(folder ? folder->path() : "absent"); });
+        SessionTracker::shared().start();
+        platform.dispatch.settle();
+    }
+
+    std::vector<std::string> scannedPIDs()
+    {
+        std::vector<std::string> pids;
+        for (const std::string& call : std::exchange(platform.processRunner.calls, {}))
+            pids.push_back(call.substr(std::string("/tools/lsof -p ").size()));
+        return pids;
+    }
+
+    FakePlatform platform;
+    std::vector<std::string> told;
+};
+
+TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
+{
+    using enum ActivationPolicy;
+    const struct {
+        const char* what;
+        RunningApplication application;
+        bool isScanned;
+        bool isPolled;
+    } rows[] = {
+        { "a DAW", { "com.cockos.reaper", Regular, "REAPER", 7 }, true, true },
+        { "a prefix", { "com.avid.ProTools.Beta", Regular, "x", 7 }, true, true },
+        { "the case of an identifier", { "com.avid.protools", Regular, "x", 7 }, false, false },
+        { "in the background", { "com.ableton.live", Accessory, "Live", 7 }, false, true },
+        { "a DAW without a name", { "com.presonus.studioone6", Regular, {}, 7 }, true, true },
+        { "by name", { "org.x", Regular, "my LOGIC thing", 7 }, true, false },
+        { "by the other name", { "org.x", Regular, "Pro Tools Intro", 7 }, true, false },
+        { "by name in the background", { "org.x", Prohibited, "Logic", 7 }, false, false },
+        { "by name without identifier", { {}, Regular, "Logic", 7 }, false, false },
+        { "something else", { "org.gnome.Maps", Regular, "Maps", 7 }, false, false },
+        { "not the start of it", { "x.com.cockos.reaper", Regular, "x", 7 }, false, false },
+    };
+    for (const auto& row : rows) {
+        FakePlatform desktop;
+        desktop.workspace.applications = { row.application };
+        SessionTracker::shared().start();
+        desktop.dispatch.settle();
+        EXPECT_EQ(desktop.processRunner.calls.size(), row.isScanned ? 1U : 0U) << row.what;
+        EXPECT_EQ(desktop.dispatch.timerCount(), row.isPolled ? 1U : 0U) << row.what;
+    }
+}
+
+TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
+{
+    platform.workspace.launch(30, "com.cockos.reaper", "REAPER");
+    platform.workspace.launch(20, "com.ableton.live", "Live");
+    platform.workspace.launch(10, "com.avid.ProTools", "Pro Tools");
+    platform.processRunner.openFiles = { { "20", "n/live/S.als\n" },
+        { "10", "n/pt/WaveCache.wfm\n" } };
+    start();
+    EXPECT_THAT(told, ElementsAre("/live"));
+    EXPECT_THAT(platform.processRunner.calls,
+        ElementsAre("/tools/lsof -p 30 -Fn", "/tools/lsof -p 20 -Fn"));
+}
+
+TEST_F(SessionTrackerTests, FollowsTheSessionAndTellsOnlyChanges)
+{
+    start();
+    EXPECT_THAT(told, IsEmpty());
+
+    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.dispatch.settle();
+    platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("/a"));
+
+    platform.processRunner.openFiles["5"] = "n/b/S.rpp\n";
+    platform.dispatch.advance(30s);
+    EXPECT_THAT(told, ElementsAre("/a", "/b"));
+    EXPECT_EQ(SessionTracker::shared().currentSessionFolder(), FileURL("/b"));
+
+    platform.workspace.quit(5);
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("/a", "/b", "absent"));
+    EXPECT_EQ(platform.dispatch.timerCount(), 0U);
+}
+
+TEST_F(SessionTrackerTests, PollsThirtySecondsAfterTheLatestPass)
+{
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    start();
+    platform.dispatch.advance(29s);
+    platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
+    platform.dispatch.settle();
+    EXPECT_EQ(scannedPIDs().size(), 2U);
+    platform.dispatch.advance(29s + 999ms);
+    EXPECT_THAT(scannedPIDs(), IsEmpty());
+    platform.dispatch.advance(1ms);
+    EXPECT_EQ(scannedPIDs().size(), 1U);
+    platform.dispatch.advance(90s);
+    EXPECT_EQ(scannedPIDs().size(), 3U);
+    EXPECT_EQ(platform.dispatch.timerCount(), 1U);
+}
+
+TEST_F(SessionTrackerTests, AppliesResultsInTheOrderInWhichScansFinish)
+{
+    start();
+    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.workspace.quit(5);
+    // The later pass, which saw no DAW, is done first; the earlier one comes in last.
+    platform.dispatch.runNewestUtilityWork();
+    platform.dispatch.runOldestUtilityWork();
+    EXPECT_THAT(told, IsEmpty()) << "never outside the main queue";
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("/a"));
+}
+
+TEST_F(SessionTrackerTests, StopsWithoutALaterPass)
+{
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    start();
+    SessionTracker::shared().stop();
+    scannedPIDs();
+    platform.workspace.notify(WorkspaceNotification::DidLaunchApplication);
+    platform.dispatch.advance(120s);
+    EXPECT_THAT(scannedPIDs(), IsEmpty());
+}
+
+TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
+{
+    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    SessionTracker::shared().observers.emplace_back(
+        [](const auto&) { ADD_FAILURE() << "told by a tracker that is gone"; });
+    SessionTracker::shared().start();
+    platform.dispatch.runOldestUtilityWork();
+    SharedInstances::destroyAll();
+    platform.dispatch.settle();
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Platform/Dispatch.h"
+
+#include <deque>
+#include <map>
+#include <set>
+#include <utility>
+
+namespace stemvault {
+
+/// Queues on a virtual clock: everything runs on the test's own thread, in the order asked for.
+class FakeDispatch : public Dispatch {
+public:
+    // The seam.
+    [[nodiscard]] WallTime now() const override;
+    void mainAsync(Work work) override;
+    void mainAsyncAfter(std::chrono::milliseconds delay, Work work) override;
+    void utilityAsync(Work work) override;
+    [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
+        std::chrono::milliseconds interval, Work work) override;
+
+    // What a test may do.
+
+    /// Runs all that is due now, and what that asks for, until nothing is left.
+    void settle();
+
+    /// Moves the clock, and runs everything due on the way, each at its own time.
+    void advance(std::chrono::milliseconds duration);
+
+    /// Sets the wall clock alone, as a user may.
+    void jumpWallClock(std::chrono::milliseconds distance) { wallOffset += distance; }
+
+    /// Runs the main queue alone: background work stays as if it took long.
+    void settleMainQueue();
+
+    /// Runs one held-back piece of background work, the oldest or the newest.
+    void runOldestUtilityWork();
+    void runNewestUtilityWork();
+
+    [[nodiscard]] std::size_t timerCount() const { return timers.size(); }
+
+private:
+    using Key = std::pair<std::chrono::milliseconds, std::uint64_t>;
+    class FakeTimer;
+
+    void schedule(std::chrono::milliseconds delay, Work work);
+
+    std::chrono::milliseconds clock { 0 };
+    std::chrono::milliseconds wallOffset { 0 };
+    std::uint64_t sequence = 0;
+    std::deque<Work> mainQueue;
+    std::deque<Work> utilityQueue;
+    std::map<Key, Work> delayed;
+    std::set<const FakeTimer*> timers;
+};
+
+} // namespace stemvault

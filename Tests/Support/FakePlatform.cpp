@@ -1,0 +1,220 @@
+#include "Support/FakePlatform.h"
+
+#include "Foundation/Shared.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace stemvault {
+
+std::optional<std::string> FakeBundle::pathForResource(
+    const std::string& name, const std::string& type) const
+{
+    if (!hasIconResource)
+        return std::nullopt;
+    return "/resources/" + name + "." + type;
+}
+
+std::optional<Image> FakeBundle::imageWithContentsOfFile(const std::string& path) const
+{
+    return isIconReadable ? std::optional(Image { path }) : std::nullopt;
+}
+
+std::optional<Image> FakeBundle::imageNamed(const std::string& name) const
+{
+    return hasNamedIcon ? std::optional(Image { name }) : std::nullopt;
+}
+
+FakeDialogs::~FakeDialogs()
+{
+    EXPECT_TRUE(answers.empty()) << answers.size() << " answers to alerts that never came";
+    EXPECT_TRUE(choices.empty()) << choices.size() << " choices for panels that never came";
+}
+
+AlertAnswer FakeDialogs::runModal(const Alert& alert)
+{
+    alerts.push_back(alert);
+    if (answers.empty()) {
+        ADD_FAILURE() << "an alert that nobody expected: " << alert.messageText;
+        return {};
+    }
+    const auto step = std::move(answers.front());
+    answers.pop_front();
+    return step(alert);
+}
+
+OpenPanelAnswer FakeDialogs::runModal(const OpenPanel& panel)
+{
+    panels.push_back(panel);
+    if (choices.empty()) {
+        ADD_FAILURE() << "a panel that nobody expected: " << panel.message;
+        return {};
+    }
+    auto choice = std::move(choices.front());
+    choices.pop_front();
+    return choice;
+}
+
+void FakeDialogs::answer(const std::string& title, int index, std::function<void()> meanwhile)
+{
+    answers.emplace_back([=](const Alert& alert) {
+        meanwhile();
+        const auto button = std::ranges::find(alert.buttons, title);
+        EXPECT_NE(button, alert.buttons.end()) << "no button " << title;
+        return AlertAnswer { ModalResponse::alertFirstButton
+                + static_cast<int>(std::distance(alert.buttons.begin(), button)),
+            index };
+    });
+}
+
+void FakeDialogs::answerNumber(int response)
+{
+    answers.emplace_back([response](const Alert&) { return AlertAnswer { response, 0 }; });
+}
+
+void FakeDialogs::choose(const std::optional<std::string>& path)
+{
+    if (path)
+        choices.push_back({ ModalResponse::ok, FileURL(*path) });
+    else
+        choices.push_back({ ModalResponse::cancel, std::nullopt });
+}
+
+namespace {
+
+class FakeStream : public FileEventStream {
+public:
+    explicit FakeStream(std::shared_ptr<FakeFileEvents::Stream> record) : stream(std::move(record))
+    {
+    }
+    ~FakeStream() override { stream->state += " released"; }
+    void start() override { stream->state += " started"; }
+    void stop() override { stream->state += " stopped"; }
+    void invalidate() override { stream->state += " invalidated"; }
+
+private:
+    std::shared_ptr<FakeFileEvents::Stream> stream;
+};
+
+} // namespace
+
+std::unique_ptr<FileEventStream> FakeFileEvents::createStream(FileEventHandler handler,
+    const std::vector<std::string>& paths, std::chrono::milliseconds latency, std::uint32_t flags)
+{
+    if (!canCreate)
+        return nullptr;
+    streams.push_back(
+        std::make_shared<Stream>(Stream { std::move(handler), paths, latency, flags, "made" }));
+    return std::make_unique<FakeStream>(streams.back());
+}
+
+void FakeFileEvents::deliver(
+    const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags)
+{
+    streams.back()->handler(paths, flags);
+}
+
+std::string FakeProcessRunner::pathForTool(const std::string& name) const
+{
+    return "/tools/" + name;
+}
+
+std::optional<std::string> FakeProcessRunner::run(
+    const std::string& executable, const std::vector<std::string>& arguments)
+{
+    std::string call = executable;
+    for (const std::string& argument : arguments)
+        call += " " + argument;
+    calls.push_back(call);
+    const auto files = openFiles.find(arguments.at(1));
+    return files == openFiles.end() ? std::nullopt : std::optional(files->second);
+}
+
+std::optional<std::string> FakeUserDefaults::data(const std::string& key) const
+{
+    const auto value = values.find(key);
+    return value == values.end() ? std::nullopt : std::optional(value->second);
+}
+
+void FakeUserDefaults::setData(const std::string& key, const std::string& bytes)
+{
+    values[key] = bytes;
+    ++writes;
+}
+
+void FakeUserNotificationCenter::setDelegate(UserNotificationCenterDelegate* newDelegate)
+{
+    delegate = newDelegate;
+}
+
+void FakeUserNotificationCenter::requestAuthorization(
+    std::uint32_t options, std::function<void(bool granted)> /*completionHandler*/)
+{
+    requestedOptions = options;
+}
+
+void FakeUserNotificationCenter::add(const UserNotification& notification)
+{
+    posted.push_back(notification);
+}
+
+std::vector<std::string> FakeUserNotificationCenter::bodies() const
+{
+    std::vector<std::string> all;
+    for (const UserNotification& notification : posted)
+        all.push_back(notification.body);
+    return all;
+}
+
+std::vector<RunningApplication> FakeWorkspace::runningApplications() const
+{
+    return applications;
+}
+
+void FakeWorkspace::addObserver(
+    const void* observer, WorkspaceNotification notification, std::function<void()> work)
+{
+    entries.push_back({ observer, notification, std::move(work) });
+}
+
+void FakeWorkspace::removeObserver(const void* observer)
+{
+    std::erase_if(entries, [observer](const Entry& entry) { return entry.observer == observer; });
+}
+
+void FakeWorkspace::launch(
+    std::int32_t pid, const std::string& bundleIdentifier, const std::string& name)
+{
+    applications.push_back({ bundleIdentifier, ActivationPolicy::Regular, name, pid });
+    notify(WorkspaceNotification::DidLaunchApplication);
+}
+
+void FakeWorkspace::quit(std::int32_t pid)
+{
+    std::erase_if(applications, [pid](const RunningApplication& application) {
+        return application.processIdentifier == pid;
+    });
+    notify(WorkspaceNotification::DidTerminateApplication);
+}
+
+void FakeWorkspace::notify(WorkspaceNotification notification)
+{
+    for (const Entry& entry : std::vector(entries))
+        if (entry.notification == notification)
+            entry.work();
+}
+
+FakePlatform::FakePlatform()
+{
+    SharedInstances::destroyAll();
+    Platform::install(&platform);
+}
+
+FakePlatform::~FakePlatform()
+{
+    SharedInstances::destroyAll();
+    Platform::install(nullptr);
+}
+
+} // namespace stemvault

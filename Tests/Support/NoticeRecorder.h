@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Foundation/NotificationCenter.h"
+
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// Keeps the notices of one name for as long as it lives.
+class NoticeRecorder {
+public:
+    explicit NoticeRecorder(const std::string& name)
+    {
+        NotificationCenter::defaultCenter().addObserver(
+            this, name, [this](const Notification& notice) { notices.push_back(notice); });
+    }
+    ~NoticeRecorder() { NotificationCenter::defaultCenter().removeObserver(this); }
+    NoticeRecorder(const NoticeRecorder&) = delete;
+    NoticeRecorder& operator=(const NoticeRecorder&) = delete;
+
+    std::vector<Notification> notices;
+};
+
+} // namespace stemvault

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <filesystem>
+#include <fstream>
+#include <stdlib.h>
+#include <string>
+
+namespace stemvault {
+
+/// A folder of the test's own, gone with it.
+class TemporaryFolder {
+public:
+    TemporaryFolder()
+    {
+        std::string pattern =
+            (std::filesystem::temp_directory_path() / "stemvault-XXXXXX").string();
+        folder = mkdtemp(pattern.data());
+    }
+    ~TemporaryFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder, ignored);
+    }
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return folder; }
+    [[nodiscard]] std::string path(const std::string& name) const { return folder + "/" + name; }
+
+    /// Makes a folder, with those above it, and gives its path.
+    std::string makeFolder(const std::string& name) const
+    {
+        std::filesystem::create_directories(path(name));
+        return path(name);
+    }
+
+    /// Writes a file, with the folders above it, and gives its path.
+    std::string write(const std::string& name, const std::string& content) const
+    {
+        std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
+        std::ofstream(path(name), std::ios::binary) << content;
+        return path(name);
+    }
+
+    [[nodiscard]] std::string read(const std::string& name) const
+    {
+        std::ifstream file(path(name), std::ios::binary);
+        return { std::istreambuf_iterator<char>(file), {} };
+    }
+
+private:
+    std::string folder;
+};
+
+} // namespace stemvault
