@@ -1,0 +1,32 @@
+"""Starting, starting again, and ending."""
+
+import unittest
+
+from Scenario import Scenario
+
+
+class LifecycleScenarios(Scenario):
+    def test_without_a_display_it_says_so_in_one_line(self):
+        self.start()
+        lost = self.connect.start("lost", environment={"DISPLAY": "", "QT_QPA_PLATFORM": "",
+                                                       "DBUS_SESSION_BUS_ADDRESS": ""})
+        self.assertEqual(lost.wait(timeout=10), 1)
+        self.assertEqual(len(self.desktop.log("lost").splitlines()), 1)
+
+    def test_a_second_start_leaves_it_to_the_first(self):
+        self.start(always_watch=self.folder("Bounces"))
+        second = self.connect.start("second")
+        self.assertEqual(second.wait(timeout=10), 0)
+        self.assertIsNone(self.connect.process.poll())
+
+    def test_it_ends_at_once_though_a_prompt_is_open(self):
+        self.start_with_session()
+        settings = self.connect.settings()
+        self.bounce_and_ask("Mix.wav")
+        self.assertEqual(self.connect.quit(), 0)
+        self.assertEqual(self.connect.settings(), settings)
+        self.assertEqual(list(self.client_a.iterdir()), [])
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,74 @@
+"""The prompt and its answers."""
+
+import unittest
+
+from Scenario import Scenario
+
+
+class PromptScenarios(Scenario):
+    def test_add_copies_a_finished_mix_to_the_chosen_folder(self):
+        self.start_with_session()
+        mix = self.song / "Mix.wav"
+        self.daw.start_bounce(mix, portions=10, milliseconds=300)
+        prompt = self.connect.prompt("Mix.wav")
+        self.assertTrue(self.daw.has_bounced(mix), "asked while the mix was still growing")
+        self.assertIn("Mix.wav\nfrom Big Song", prompt.texts())
+        self.assertEqual(prompt.buttons(), ["Add", "Skip", "Cancel"])
+        self.assertEqual(prompt.choices(), ["Client A", "Client B", "New Folder…"])
+        prompt.focus()
+        prompt.choose("Client B")
+        prompt.answer("Add")
+        note = self.desktop.wait_for_notification("Mix.wav → Client B")
+        self.assertEqual(note["summary"], "Added to Stemvault")
+        self.assert_copied(mix, self.client_b)
+
+    def test_add_all_takes_what_waits_and_what_came_meanwhile(self):
+        self.start_with_session()
+        first = self.bounce_and_ask("1.wav")
+        self.daw.bounce(self.song / "2.wav")
+        self.daw.bounce(self.song / "3.wav")
+        self.connect.wait_until_it_rests()
+        first.answer("Skip")
+        second = self.connect.prompt("2.wav\nfrom Big Song\n\n+ 1 more waiting")
+        self.assertEqual(second.buttons(), ["Add All (2)", "Add", "Skip", "Cancel"])
+        self.daw.bounce(self.song / "4.wav")
+        self.connect.wait_until_it_rests()
+        second.answer("Add All (2)")
+        self.desktop.wait_for_notification("3 files → Client A")
+        self.assertEqual(sorted(file.name for file in self.client_a.iterdir()),
+                         ["2.wav", "3.wav", "4.wav"])
+
+    def test_cancel_drops_all_that_waits(self):
+        self.start_with_session()
+        first = self.bounce_and_ask("1.wav")
+        self.daw.bounce(self.song / "2.wav")
+        self.connect.wait_until_it_rests()
+        first.answer("Cancel")
+        third = self.bounce_and_ask("3.wav")
+        self.assertIn("3.wav\nfrom Big Song", third.texts())
+
+    def test_new_folder_is_kept_and_offered_from_then_on(self):
+        root = self.folder("Projects")
+        self.start_with_session(folders=[], projects_root=root)
+        prompt = self.bounce_and_ask("Mix.wav")
+        self.assertEqual(prompt.choices(), ["New Folder…"])
+        prompt.answer("Add")
+        panel = self.connect.window("Choose or create a folder for this Stemvault project.")
+        panel.type("Directory:", str(self.client_a))
+        panel.answer("Use This Folder")
+        self.desktop.wait_for_notification("Mix.wav → Client A")
+        self.assert_copied(self.song / "Mix.wav", self.client_a)
+        self.assertEqual([folder["path"] for folder in self.connect.settings()["stemvaultFolders"]],
+                         [str(self.client_a)])
+        self.assertEqual(self.bounce_and_ask("Next.wav").choices(), ["Client A", "New Folder…"])
+
+    def test_without_any_destination_it_leads_to_the_preferences(self):
+        self.start_with_session(folders=[])
+        prompt = self.bounce_and_ask("Mix.wav")
+        self.assertEqual(prompt.buttons(), ["Open Preferences", "Skip"])
+        prompt.answer("Skip")
+        self.bounce_and_ask("Next.wav").answer("Open Preferences")
+
+
+if __name__ == "__main__":
+    unittest.main()

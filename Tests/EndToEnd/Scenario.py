@@ -1,0 +1,60 @@
+"""What the scenarios share: a desktop of its own for each, and evidence of each that fails."""
+
+import filecmp
+import os
+import sys
+import unittest
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parents[2] / "scripts"))
+from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, wait_for  # noqa: E402
+
+PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])
+
+
+class Scenario(unittest.TestCase):
+    notifications = "body,actions"
+
+    def run(self, result=None):
+        with VirtualDesktop(notifications=self.notifications) as self.desktop:
+            super().run(result)
+            if not result.wasSuccessful():
+                evidence = PROGRAMS.parent / "failures" / self.id()
+                self.desktop.keep_evidence(evidence)
+                print(f"The evidence is in {evidence}")
+
+    def setUp(self):
+        self.client_a, self.client_b = self.folder("Client A"), self.folder("Client B")
+
+    def folder(self, name):
+        return self.desktop.made_folder(f"home/{name}")
+
+    def start(self, **settings):
+        """Starts the program; when the scenario is over, it must still be well."""
+        settings.setdefault("folders", [self.client_a, self.client_b])
+        self.connect = StemvaultConnect(self.desktop, PROGRAMS / "stemvault-connect", **settings)
+        self.addCleanup(lambda: self.assertEqual(self.connect.quit(), 0))
+
+    def start_daw(self, session="Big Song"):
+        self.daw = StandInDaw(self.desktop, PROGRAMS / "stand-in-daw")
+        self.song = self.folder(f"Sessions/{session}")
+        self.daw.open(self.session_file(self.song))
+
+    def start_with_session(self, **settings):
+        """Starts a DAW with an open session, and the program, which finds it."""
+        self.start_daw()
+        self.start(**settings)
+        self.connect.wait_until_it_watches(self.song)
+
+    def session_file(self, folder):
+        file = folder / f"{folder.name}.rpp"
+        file.write_text("<REAPER_PROJECT>\n")
+        return file
+
+    def bounce_and_ask(self, name, **pace):
+        """A mix is bounced; returns the prompt that asks about it."""
+        self.daw.bounce(self.song / name, **pace)
+        return self.connect.prompt(name)
+
+    def assert_copied(self, mix, folder):
+        self.assertTrue(filecmp.cmp(mix, folder / mix.name, shallow=False), f"{mix} differs")

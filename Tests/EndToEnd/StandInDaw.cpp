@@ -1,0 +1,147 @@
+// Stands in for a DAW on a test's desktop: a real process with a real window, open session files
+// and bounces that grow at a DAW's pace. It does what its standard input says, a command per line
+// with its arguments percent-encoded, and answers each with a line of its own:
+//
+//   open PATH        close PATH        bounce PATH BYTES PORTIONS MILLISECONDS        quit
+//
+// A bounce is answered when the file is whole.
+
+#include <QApplication>
+#include <QFile>
+#include <QPainter>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <QWidget>
+
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+/// The arrangement of a song, drawn just well enough to be recognised in a picture.
+class Arrangement : public QWidget {
+    void paintEvent(QPaintEvent*) override
+    {
+        const QStringList tracks { "Kick", "Snare", "Bass", "Guitar", "Keys", "Vocals" };
+        QPainter painter(this);
+        painter.fillRect(rect(), 0x2b2d30);
+        quint32 noise = 7;
+        for (int track = 0; track < tracks.size(); ++track) {
+            const int top = 10 + track * 74;
+            const QColor colour = QColor::fromHsl(track * 57, 110, 150);
+            painter.fillRect(8, top, 130, 68, 0x3a3d41);
+            painter.fillRect(8, top, 5, 68, colour);
+            painter.fillRect(144, top, width() - 152, 68, 0x33363a);
+            painter.setPen(Qt::lightGray);
+            painter.drawText(24, top + 26, tracks[track]);
+            for (int x = 150 + track % 3 * 90; x < width() - 14; x += 4) {
+                noise = noise * 1664525 + 1013904223;
+                const int height = 4 + static_cast<int>(noise >> 17) % (x / 96 % 3 * 20 + 14);
+                painter.fillRect(x, top + 34 - height / 2, 3, height, colour);
+            }
+        }
+        painter.fillRect(402, 0, 1, height(), Qt::white);
+    }
+};
+
+void appendNumbers(QByteArray& bytes, std::initializer_list<std::pair<quint32, int>> numbers)
+{
+    for (const auto& [value, width] : numbers)
+        for (int i = 0; i < width; ++i)
+            bytes.append(static_cast<char>(value >> (8 * i)));
+}
+
+QByteArray wavHeader(quint32 audioBytes)
+{
+    QByteArray header("RIFF");
+    appendNumbers(header, { { audioBytes == 0 ? 0 : audioBytes + 36, 4 } });
+    header.append("WAVEfmt ");
+    appendNumbers(header,
+        { { 16, 4 }, { 1, 2 }, { 2, 2 }, { 48000, 4 }, { 192000, 4 }, { 4, 2 }, { 16, 2 } });
+    header.append("data");
+    appendNumbers(header, { { audioBytes, 4 } });
+    return header;
+}
+
+/// A WAV file that is written as a DAW does it: a header that promises nothing, the audio in
+/// portions, and at the end the header with the right lengths.
+class Bounce : public QObject {
+public:
+    Bounce(QByteArray encodedPath, quint32 bytes, quint32 portions, int milliseconds)
+        : name(std::move(encodedPath)), audioBytes(bytes), portion(bytes / portions)
+    {
+        file.open(::fopen(QByteArray::fromPercentEncoding(name).constData(), "wb"),
+            QFile::WriteOnly | QFile::Unbuffered, QFile::AutoCloseHandle);
+        file.write(wavHeader(0));
+        QObject::connect(&timer, &QTimer::timeout, this, &Bounce::writePortion);
+        timer.start(milliseconds);
+    }
+
+private:
+    void writePortion()
+    {
+        QByteArray audio(static_cast<int>(std::min(portion, audioBytes - written)), '\0');
+        for (char& byte : audio)
+            byte = static_cast<char>((noise = noise * 1664525 + 1013904223) >> 24);
+        written += static_cast<quint32>(file.write(audio));
+        if (written < audioBytes)
+            return;
+        file.seek(0);
+        file.write(wavHeader(audioBytes));
+        file.close();
+        std::cout << "bounce " << name.constData() << std::endl;
+        deleteLater();
+    }
+
+    QByteArray name;
+    QFile file;
+    quint32 audioBytes;
+    quint32 portion;
+    quint32 written = 0;
+    quint32 noise = 1;
+    QTimer timer;
+};
+
+std::map<QByteArray, std::unique_ptr<FILE, decltype(&::fclose)>> sessionFiles;
+
+void obey(const QList<QByteArray>& words)
+{
+    const QByteArray path = words.value(1);
+    if (words[0] == "bounce") {
+        new Bounce(path, words[2].toUInt(), words[3].toUInt(), words[4].toInt());
+        return;
+    }
+    sessionFiles.erase(path);
+    if (words[0] == "open")
+        sessionFiles.try_emplace(
+            path, ::fopen(QByteArray::fromPercentEncoding(path).constData(), "r+"), &::fclose);
+    else if (words[0] == "quit")
+        QApplication::quit();
+    std::cout << words.join(' ').constData() << std::endl;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    std::ios::sync_with_stdio(false);
+    QApplication application(count, arguments);
+    Arrangement window;
+    window.resize(900, 460);
+    window.setWindowTitle(QFile::decodeName(arguments[1]));
+    window.show();
+
+    QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&input, &QSocketNotifier::activated, [&] {
+        std::string line;
+        do {
+            if (!std::getline(std::cin, line))
+                return QApplication::quit();
+            obey(QByteArray::fromStdString(line).split(' '));
+        } while (std::cin.rdbuf()->in_avail() > 0);
+    });
+    return QApplication::exec();
+}

@@ -1,0 +1,46 @@
+"""What is watched, and when."""
+
+import unittest
+
+from Scenario import Scenario
+
+
+class WatchingScenarios(Scenario):
+    def test_the_always_watch_folder_needs_no_daw(self):
+        bounces = self.folder("Bounces")
+        self.start(always_watch=bounces)
+        (bounces / "Audio Files").mkdir()
+        (bounces / "Audio Files" / "Mix.wav").write_bytes(b"RIFF")
+        self.assertIn("Mix.wav\nfrom Audio Files", self.connect.prompt("Mix.wav").texts())
+
+    def test_the_watched_folder_follows_the_session_until_the_daw_quits(self):
+        bounces = self.folder("Bounces")
+        self.start_with_session(always_watch=bounces)
+        next_song = self.folder("Sessions/Next Song")
+        self.daw.close(self.song / "Big Song.rpp")
+        self.daw.open(self.session_file(next_song))
+        self.daw.come_to_front()
+        self.connect.wait_until_it_watches(next_song)
+        self.connect.wait_until_it_leaves(self.song)
+        self.daw.bounce(self.song / "Old.wav")
+        self.daw.bounce(next_song / "New.wav")
+        self.assertIn("New.wav\nfrom Next Song", self.connect.prompt().texts())
+        self.daw.quit()
+        self.connect.wait_until_it_leaves(next_song)
+        self.assertTrue(self.connect.watches(bounces))
+
+    def test_a_daw_that_starts_later_is_found(self):
+        self.start()
+        self.start_daw()
+        self.connect.wait_until_it_watches(self.song)
+
+    def test_the_recordings_of_the_daw_are_no_bounces(self):
+        self.start_with_session()
+        recordings = self.folder("Sessions/Big Song/Audio Files")
+        self.connect.wait_until_it_watches(recordings)
+        self.daw.bounce(recordings / "Take 1.wav")
+        self.assertIn("Mix.wav\nfrom Big Song", self.bounce_and_ask("Mix.wav").texts())
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,20 @@
+"""A desktop without a screen, for tests, pictures and demonstrations.
+
+    with VirtualDesktop() as desktop:
+        desktop.start("program", ["/usr/bin/some-program"])
+        dialog = desktop.accessibility.window("Some question")
+        dialog.press("Yes")
+
+It has an X server and a window manager, a session bus with the accessibility bus and a notification
+service of its own, and a home folder. Nothing of the user's own session reaches it, any number of
+them run side by side, and it leaves no process behind.
+"""
+
+from .accessibility import Accessibility, Window
+from .connect import StemvaultConnect
+from .daw import StandInDaw
+from .desktop import VirtualDesktop
+from .waiting import TimedOut, wait_for
+
+__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "VirtualDesktop", "Window",
+           "wait_for"]

@@ -1,0 +1,206 @@
+"""What a screen reader knows of the windows, and what it can do in them.
+
+The calls go over the accessibility bus directly: no cache of a client library can be stale.
+"""
+
+import dbus
+import dbus.bus
+
+from .waiting import TimedOut, wait_for
+
+ACCESSIBLE = "org.a11y.atspi.Accessible"
+ACTION = "org.a11y.atspi.Action"
+EDITABLE_TEXT = "org.a11y.atspi.EditableText"
+WINDOW_ROLES = ("alert", "dialog", "frame", "window")
+BUTTON_ROLES = ("push button", "button")
+SELECTED, SENSITIVE, SHOWING = 23, 24, 25
+
+
+class Accessibility:
+    def __init__(self, session_bus_address, display):
+        session = dbus.bus.BusConnection(session_bus_address)
+        address = session.call_blocking(
+            "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", "", ())
+        session.close()
+        self.bus = dbus.bus.BusConnection(address)
+        self.display = display
+
+    def close(self):
+        self.bus.close()
+
+    def windows(self):
+        """The windows that are on the screen."""
+        root = Node(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        return [Window(node, self.display) for application in root.children()
+                for node in application.children()
+                if node.role().split()[0] in WINDOW_ROLES and node.has_state(SHOWING)]
+
+    def find_window(self, name):
+        return next((window for window in self.windows() if window.name == name), None)
+
+    def window(self, name):
+        """The window of that name, as soon as there is one."""
+        return wait_for(f'a window "{name}"', lambda: self.find_window(name))
+
+    def dump(self):
+        """Every window with all that is in it, a line for each thing."""
+        lines = []
+        for window in self.windows():
+            for depth, node in window.node.walk_with_depth():
+                lines.append(f'{"  " * depth}{node.role()} "{node.name()}"')
+        return "\n".join(lines) + "\n"
+
+
+class Node:
+    """One thing in a window. A thing that is gone has no name, no states and no children."""
+
+    def __init__(self, bus, owner, path):
+        self.bus, self.owner, self.path = bus, owner, path
+
+    def __eq__(self, other):
+        return (self.owner, self.path) == (other.owner, other.path)
+
+    def call(self, interface, method, signature="", *arguments):
+        return self.bus.call_blocking(
+            self.owner, self.path, interface, method, signature, arguments, timeout=5)
+
+    def ask(self, method, otherwise):
+        try:
+            return self.call(ACCESSIBLE, method)
+        except dbus.DBusException:
+            return otherwise
+
+    def name(self):
+        return self.property(ACCESSIBLE, "Name", "")
+
+    def property(self, interface, name, otherwise):
+        try:
+            return self.call("org.freedesktop.DBus.Properties", "Get", "ss", interface, name)
+        except dbus.DBusException:
+            return otherwise
+
+    def role(self):
+        return str(self.ask("GetRoleName", "gone"))
+
+    def has_state(self, state):
+        words = self.ask("GetState", (0, 0))
+        return bool(int(words[state // 32]) >> state % 32 & 1)
+
+    def children(self):
+        return [Node(self.bus, owner, path) for owner, path in self.ask("GetChildren", ())]
+
+    def walk(self):
+        """This node and those below it that are on the screen."""
+        return (node for _, node in self.walk_with_depth())
+
+    def walk_with_depth(self, depth=0):
+        if depth == 0 or self.has_state(SHOWING):
+            yield depth, self
+            for child in self.children():
+                yield from child.walk_with_depth(depth + 1)
+
+    def find(self, roles, name=None):
+        """The first thing of one of these roles, and of that name when one is given."""
+        return next((node for node in self.walk()
+                     if node.role() in roles and name in (None, node.name())), None)
+
+    def do(self, action):
+        """Does a thing's action without waiting: a button's reply may come after its dialog."""
+        count = int(self.property(ACTION, "NActions", 0))
+        names = [str(self.call(ACTION, "GetName", "i", index)) for index in range(count)]
+        index = names.index(action)
+        self.bus.call_async(
+            self.owner, self.path, ACTION, "DoAction", "i", (index,), None, None)
+        self.bus.flush()
+
+
+class Window:
+    """A window, by what can be read and done in it."""
+
+    def __init__(self, node, display):
+        self.node, self.display = node, display
+        self.name = str(node.name())
+
+    def is_open(self):
+        return self.node.has_state(SHOWING)
+
+    def wait_until_closed(self):
+        wait_for(f'the window "{self.name}" to close', lambda: not self.is_open())
+
+    def texts(self):
+        return [str(node.name()) for node in self.node.walk() if node.role() == "label" and node.name()]
+
+    def buttons(self):
+        return [str(node.name()) for node in self.node.walk() if node.role() in BUTTON_ROLES]
+
+    def press(self, title):
+        """Presses a button as soon as it can be pressed."""
+        def pressable():
+            node = self.node.find(BUTTON_ROLES, title)
+            return node if node and node.has_state(SENSITIVE) else None
+        wait_for(f'a button "{title}" in "{self.name}"', pressable).do("Press")
+
+    def answer(self, title):
+        """Presses a button that closes the window."""
+        self.press(title)
+        self.wait_until_closed()
+
+    def choices(self):
+        """What the window's pop-up offers."""
+        return [str(node.name()) for node in self._popup_items()]
+
+    def choice(self):
+        return str(self._popup().name())
+
+    def choose(self, item):
+        """Chooses from the window's pop-up as a user does with the keyboard.
+
+        A window that came up unasked may pass over the first keys, which were not meant for it, so
+        a key that moves nothing is pressed again.
+        """
+        if self.choice() == item:
+            return
+        self.focus()
+        self._popup().do("ShowMenu")
+        order = self.choices()
+        while (selected := wait_for("a selected item", self._selected)) != item:
+            self.display.press_key("Down" if order.index(selected) < order.index(item) else "Up")
+            self._moves_on_from(selected)
+        self.display.press_key("Return")
+        wait_for(f'the choice "{item}"', lambda: self.choice() == item)
+
+    def _moves_on_from(self, selected, seconds=0.5):
+        try:
+            return wait_for("the next item", lambda: self._selected() not in (None, selected), seconds)
+        except TimedOut:
+            return False
+
+    def type(self, field, text):
+        """Puts text into the field that a label names."""
+        node = wait_for(f'a field "{field}" in "{self.name}"', lambda: self.node.find(("text",), field))
+        node.call(EDITABLE_TEXT, "SetTextContents", "s", text)
+
+    def focus(self):
+        """Waits until the window manager has given the window the keyboard."""
+        self.display.wait_for_keyboard(self.id())
+
+    def id(self):
+        """Its number on the X display."""
+        process = self._process()
+        return wait_for(f'the window of "{self.name}"', lambda: self.display.window_of(self.name, process))
+
+    def _process(self):
+        bus = self.node.bus
+        return int(bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
+                                     (self.node.owner,)))
+
+    def _popup(self):
+        return wait_for(f'a pop-up in "{self.name}"', lambda: self.node.find(("combo box",)))
+
+    def _popup_items(self):
+        lists = (node for node in self._popup().children() if node.role() == "list")
+        return [item for one in lists for item in one.children()]
+
+    def _selected(self):
+        return next((str(item.name()) for item in self._popup_items() if item.has_state(SELECTED)), None)

@@ -1,0 +1,97 @@
+"""Stemvault Connect under observation: its settings, its process, its prompts."""
+
+import json
+import os
+import signal
+import time
+import uuid
+from pathlib import Path
+
+from .waiting import wait_for
+
+NEW_FOLDER = "New Folder…"
+
+
+class StemvaultConnect:
+    def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None):
+        """Starts the program with destination folders, each named as its directory is."""
+        self.desktop, self.program = desktop, program
+        self.settings_file = desktop.home / ".config/stemvault/connect.json"
+        record = {"stemvaultFolders": [
+            {"id": str(uuid.uuid4()).upper(), "name": Path(folder).name, "path": str(folder)}
+            for folder in folders]}
+        record |= {"alwaysWatchPath": str(always_watch)} if always_watch else {}
+        record |= {"projectsRootPath": str(projects_root)} if projects_root else {}
+        self._write_settings(record)
+        self.process = self.start()
+        if always_watch:
+            self.wait_until_it_watches(always_watch)
+
+    def start(self, name="stemvault-connect", **options):
+        return self.desktop.start(name, [self.program], **options)
+
+    def settings(self):
+        """The record of its settings, as it stands on disk."""
+        return json.loads(json.loads(self.settings_file.read_text())["settingsStore_v1"]["data"])
+
+    def prompt(self, text=""):
+        """The open prompt, as soon as there is one that holds the text."""
+        def asked():
+            window = self.desktop.accessibility.find_window("Bounce detected")
+            return window if window and any(text in line for line in window.texts()) else None
+        return wait_for(f'a prompt about "{text}"', asked)
+
+    def window(self, name):
+        return self.desktop.accessibility.window(name)
+
+    def watches(self, folder):
+        """Whether the kernel reports to the program what happens in a folder."""
+        inode = f" ino:{os.stat(folder).st_ino:x} "
+        return any(inode in line for line in self._inotify_watches())
+
+    def wait_until_it_watches(self, folder):
+        wait_for(f"{folder} to be watched", lambda: self.watches(folder))
+
+    def wait_until_it_leaves(self, folder):
+        wait_for(f"{folder} to be watched no more", lambda: not self.watches(folder))
+
+    def wait_until_it_rests(self):
+        """Until every file it waits for has settled: up to then it wakes twice a second."""
+        seen = {}
+
+        def rests():
+            since = seen.setdefault(self._wake_ups(), time.monotonic())
+            return time.monotonic() - since > 1.2
+        wait_for("the program to come to rest", rests)
+
+    def open_files(self):
+        """What its descriptors stand for."""
+        found = []
+        for entry in Path(f"/proc/{self.process.pid}/fd").iterdir():
+            try:
+                found.append(os.readlink(entry))
+            except OSError:  # Closed meanwhile.
+                pass
+        return found
+
+    def quit(self):
+        """Asks the program to end, and returns its exit status."""
+        self.process.send_signal(signal.SIGTERM)
+        return self.process.wait(timeout=10)
+
+    def _wake_ups(self):
+        status = Path(f"/proc/{self.process.pid}/status").read_text()
+        return next(line for line in status.splitlines() if line.startswith("voluntary_ctxt"))
+
+    def _inotify_watches(self):
+        lines = []
+        try:
+            for entry in Path(f"/proc/{self.process.pid}/fdinfo").iterdir():
+                lines += [line for line in entry.read_text().splitlines() if line.startswith("inotify")]
+        except OSError:  # A descriptor that was closed meanwhile, or the program's end.
+            pass
+        return lines
+
+    def _write_settings(self, record):
+        self.settings_file.parent.mkdir(parents=True, exist_ok=True)
+        self.settings_file.write_text(json.dumps({"settingsStore_v1": {"data": json.dumps(record)}}))

@@ -1,0 +1,70 @@
+"""The stand-in DAW, as its user sees it: sessions are opened and closed, mixes bounced."""
+
+import os
+import shutil
+import subprocess
+from urllib.parse import quote_from_bytes
+
+from .waiting import wait_for
+
+
+class StandInDaw:
+    def __init__(self, desktop, program, name="reaper", title="Big Song - Stand-in DAW"):
+        """Starts the program under a DAW's name."""
+        self.desktop, self.name, self.title = desktop, name, title
+        executable = desktop.made_folder("bin") / name
+        shutil.copy(program, executable)
+        self.answers = desktop.logs / f"{name}-answers.log"
+        with open(self.answers, "wb") as answers:
+            self.process = desktop.start(
+                name, [executable, title], stdin=subprocess.PIPE, stdout=answers,
+                environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"})
+        self.window = wait_for(
+            "the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
+
+    def open(self, session_file):
+        self._tell("open", session_file)
+        self._wait_for_answer("open", session_file)
+
+    def close(self, session_file):
+        self._tell("close", session_file)
+        self._wait_for_answer("close", session_file)
+
+    def start_bounce(self, path, size=400_000, portions=4, milliseconds=100):
+        """Starts a bounce that grows in portions, so many milliseconds apart."""
+        self._tell("bounce", path, size, portions, milliseconds)
+
+    def wait_for_bounce(self, path):
+        self._wait_for_answer("bounce", path)
+
+    def has_bounced(self, path):
+        return self._has_answered("bounce", path)
+
+    def bounce(self, path, **pace):
+        self.start_bounce(path, **pace)
+        self.wait_for_bounce(path)
+        return path
+
+    def come_to_front(self):
+        self.desktop.display.activate(self.window)
+
+    def quit(self):
+        self._tell("quit")
+        self.process.wait(timeout=10)
+
+    def _tell(self, command, path=b"", *numbers):
+        words = [command.encode(), encoded(path), *(str(number).encode() for number in numbers)]
+        self.process.stdin.write(b" ".join(words) + b"\n")
+        self.process.stdin.flush()
+
+    def _wait_for_answer(self, command, path):
+        wait_for(f"the DAW's answer to {command} {path}",
+                 lambda: self._has_answered(command, path), seconds=60)
+
+    def _has_answered(self, command, path):
+        answer = command.encode() + b" " + encoded(path)
+        return answer in self.answers.read_bytes().splitlines()
+
+
+def encoded(path):
+    return quote_from_bytes(os.fsencode(path), safe="/").encode()

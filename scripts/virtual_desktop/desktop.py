@@ -1,0 +1,140 @@
+"""The virtual desktop: each of its services is started, and waited for by its own sign."""
+
+import json
+import os
+import sys
+from pathlib import Path
+
+import dbus
+import dbus.bus
+
+from .accessibility import Accessibility
+from .display import Display
+from .processes import PrivateSession
+from .waiting import wait_for
+
+NOTIFICATIONS = "org.freedesktop.Notifications"
+PORTAL = "org.freedesktop.portal.Desktop"
+
+# Only the accessibility bus can be activated: a service that is missing fails at once.
+BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path={socket}</listen>
+  <servicedir>{services}</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+ACCESSIBILITY_SERVICE = """[D-BUS Service]
+Name=org.a11y.Bus
+Exec=/usr/libexec/at-spi-bus-launcher
+"""
+
+
+WINDOW_MANAGER_CONFIGURATION = """<openbox_config xmlns="http://openbox.org/3.4/rc">
+  <theme>
+    <name>{theme}</name>
+    <titleLayout>LC</titleLayout>
+    <font place="ActiveWindow"><name>DejaVu Sans</name><size>9</size><weight>bold</weight></font>
+    <font place="InactiveWindow"><name>DejaVu Sans</name><size>9</size></font>
+  </theme>
+</openbox_config>
+"""
+# A window manager's theme and a background for a light and a dark desktop.
+LOOKS = {"light": ("Breeze-ob", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
+
+
+class VirtualDesktop(PrivateSession):
+    """Ready to use once made; `with` ends it. `notifications` says what the service can do, and
+    None leaves it out.
+    """
+
+    def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static"):
+        super().__init__()
+        try:
+            self._start_bus()
+            self._start_display(size)
+            self._start_window_manager(look)
+            self._start_accessibility()
+            if notifications is not None:
+                self._start_service("notification_server", NOTIFICATIONS, notifications)
+            if look == "dark":
+                self._start_service("appearance_portal", PORTAL)
+        except BaseException:
+            self.end()
+            raise
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.accessibility.close()
+        self.display.close()
+        self.end()
+
+    def notifications(self):
+        """All that was posted so far, the oldest first."""
+        lines = self.log("notification_server").splitlines()
+        return [json.loads(line) for line in lines if line.startswith("{")]
+
+    def wait_for_notification(self, body):
+        def posted():
+            return next((note for note in self.notifications() if note["body"] == body), None)
+        return wait_for(f'a notification "{body}"', posted)
+
+    def keep_evidence(self, folder):
+        """Leaves a picture, what is in the windows, and every log in a folder."""
+        folder.mkdir(parents=True, exist_ok=True)
+        self.display.take_picture(folder / "screen.png")
+        (folder / "windows.txt").write_text(self.accessibility.dump())
+        for log in self.logs.iterdir():
+            (folder / log.name).write_bytes(log.read_bytes())
+
+    def _start_bus(self):
+        socket = self.runtime / "bus"
+        services = self.made_folder("services")
+        (services / "org.a11y.Bus.service").write_text(ACCESSIBILITY_SERVICE)
+        configuration = self.folder / "bus.conf"
+        configuration.write_text(BUS_CONFIGURATION.format(socket=socket, services=services))
+        self.start("bus", ["dbus-daemon", f"--config-file={configuration}", "--nofork"])
+        wait_for("the session bus", socket.exists)
+        self.environment |= {"DBUS_SESSION_BUS_ADDRESS": f"unix:path={socket}",
+                             "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb"}
+
+    def _start_display(self, size):
+        """The server picks a free number and writes it when it is ready."""
+        ready, number = os.pipe()
+        server = self.start("display", ["Xvfb", "-displayfd", number, "-screen", "0", f"{size}x24",
+                                        "-nolisten", "tcp", "-noreset"], pass_fds=[number])
+        os.close(number)
+        with open(ready) as answer:
+            line = answer.readline().strip()
+        if not line:
+            raise RuntimeError(f"the display did not start ({server.wait()}): {self.log('display')}")
+        self.environment["DISPLAY"] = f":{line}"
+        self.display = Display(f":{line}")
+
+    def _start_window_manager(self, look):
+        theme, background = LOOKS[look]
+        configuration = self.folder / "openbox.xml"
+        configuration.write_text(WINDOW_MANAGER_CONFIGURATION.format(theme=theme))
+        self.start("window-manager", ["openbox", "--sm-disable", "--config-file", configuration])
+        self.display.wait_for_window_manager()
+        self.display.set_background(background)
+        self.display.move_pointer_aside()
+
+    def _start_accessibility(self):
+        self.accessibility = Accessibility(
+            self.environment["DBUS_SESSION_BUS_ADDRESS"], self.display)
+
+    def _start_service(self, name, bus_name, *arguments):
+        """Starts one of the services beside this file, which writes what it is asked to its log."""
+        self.start(name, [sys.executable, Path(__file__).with_name(f"{name}.py"), *arguments])
+        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        wait_for(f"the owner of {bus_name}", lambda: bus.name_has_owner(bus_name))
+        bus.close()

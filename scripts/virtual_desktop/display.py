@@ -1,0 +1,125 @@
+"""The X display: which window has the keyboard, keys, and pictures."""
+
+import struct
+import zlib
+
+from Xlib import X, XK, display, error
+from Xlib.ext import xtest
+from Xlib.protocol import event
+
+from .waiting import wait_for
+
+
+class Display:
+    def __init__(self, name):
+        self.name = name
+        self.connection = display.Display(name)
+        self.screen = self.connection.screen()
+        self.root = self.screen.root
+
+    def close(self):
+        self.connection.close()
+
+    def wait_for_window_manager(self):
+        wait_for("the window manager", lambda: self._property(self.root, "_NET_SUPPORTING_WM_CHECK"))
+
+    def active_window(self):
+        """The window that the window manager has given the keyboard; 0 when none has it."""
+        value = self._property(self.root, "_NET_ACTIVE_WINDOW")
+        return value[0] if value else 0
+
+    def windows(self):
+        """The programs' windows and their titles, the oldest first."""
+        ids = self._property(self.root, "_NET_CLIENT_LIST") or []
+        return {window: self._title(window) for window in ids}
+
+    def window_of(self, title, pid):
+        """The window of a process that bears a title; a program may have put its name behind it."""
+        for window, its_title in self.windows().items():
+            if its_title.startswith(title) and self._property(window, "_NET_WM_PID") == [pid]:
+                return window
+        return None
+
+    def activate(self, window):
+        """Does what a click on the window's title does, and waits until it has the keyboard."""
+        source_is_user = 2
+        self.root.send_event(
+            event.ClientMessage(
+                window=self._window(window), client_type=self._atom("_NET_ACTIVE_WINDOW"),
+                data=(32, [source_is_user, X.CurrentTime, 0, 0, 0])),
+            event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.connection.flush()
+        self.wait_for_keyboard(window)
+
+    def wait_for_keyboard(self, window):
+        wait_for(f"the keyboard to be with window {window:#x}",
+                 lambda: self.active_window() == window)
+
+    def press_key(self, name):
+        code = self.connection.keysym_to_keycode(XK.string_to_keysym(name))
+        xtest.fake_input(self.connection, X.KeyPress, code)
+        xtest.fake_input(self.connection, X.KeyRelease, code)
+        self.connection.sync()
+
+    def move_pointer_aside(self):
+        """In the middle of the screen, where it begins, the pointer hovers over what pops up."""
+        self.root.warp_pointer(self.screen.width_in_pixels - 1, self.screen.height_in_pixels - 1)
+        self.connection.sync()
+
+    def set_background(self, colour):
+        self.root.change_attributes(background_pixel=colour)
+        self.root.clear_area()
+        self.connection.sync()
+
+    def take_picture(self, path, window=None):
+        """Writes the screen, or what is seen of one window and its frame, as a PNG."""
+        area = self.frame(window) if window else (
+            0, 0, self.screen.width_in_pixels, self.screen.height_in_pixels)
+        image = self.root.get_image(*area, X.ZPixmap, 0xffffffff)
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(png(area[2], area[3], image.data))
+
+    def frame(self, window):
+        """x, y, width and height of a window with what the window manager put around it."""
+        outermost = self._window(window)
+        while (parent := outermost.query_tree().parent) and parent.id != self.root.id:
+            outermost = parent
+        geometry = outermost.get_geometry()
+        border = 2 * geometry.border_width
+        left, top = max(0, geometry.x), max(0, geometry.y)
+        width = min(geometry.width + border, self.screen.width_in_pixels - left)
+        height = min(geometry.height + border, self.screen.height_in_pixels - top)
+        return left, top, width, height
+
+    def _window(self, window):
+        return self.connection.create_resource_object("window", window)
+
+    def _atom(self, name):
+        return self.connection.intern_atom(name)
+
+    def _property(self, window, name):
+        try:
+            window = window if hasattr(window, "get_full_property") else self._window(window)
+            found = window.get_full_property(self._atom(name), X.AnyPropertyType)
+            return list(found.value) if found else None
+        except error.XError:  # The window is gone.
+            return None
+
+    def _title(self, window):
+        title = self._property(window, "_NET_WM_NAME") or []
+        return bytes(title).decode(errors="replace")
+
+
+def png(width, height, blue_green_red):
+    """The pixels of an X image of 32 bits each as a PNG file."""
+    pixels = bytearray(width * height * 3)
+    for channel in range(3):
+        pixels[channel::3] = blue_green_red[2 - channel::4]
+    rows = b"".join(b"\0" + pixels[row * width * 3:(row + 1) * width * 3] for row in range(height))
+
+    def chunk(kind, content):
+        checksum = zlib.crc32(kind + content)
+        return struct.pack(">I", len(content)) + kind + content + struct.pack(">I", checksum)
+
+    return (b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0))
+            + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b""))

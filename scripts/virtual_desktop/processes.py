@@ -1,0 +1,101 @@
+"""Processes that share a private environment, and whose every descendant ends with them."""
+
+import os
+import shutil
+import signal
+import subprocess
+import tempfile
+import uuid
+from pathlib import Path
+
+from .waiting import wait_for
+
+# The only inherited variables: where programs are, and how sanitized ones are to behave.
+INHERITED = ("PATH", "ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
+MARK = "VIRTUAL_DESKTOP_MARK"
+
+
+class PrivateSession:
+    """A temporary home and the processes that live in it.
+
+    The path of the folder is short, because the names of sockets in it end at 107 bytes.
+    """
+
+    def __init__(self):
+        self.folder = Path(tempfile.mkdtemp(prefix="desktop-", dir="/tmp"))
+        self.home = self.made_folder("home")
+        self.logs = self.made_folder("logs")
+        self.runtime = self.made_folder("run")
+        self.mark = uuid.uuid4().hex
+        self.processes = {}
+        self.environment = {name: os.environ[name] for name in INHERITED if name in os.environ}
+        self.environment |= {
+            MARK: self.mark,
+            "HOME": str(self.home),
+            "LC_ALL": "C.UTF-8",
+            "USER": os.environ.get("USER", "user"),
+            "XDG_CACHE_HOME": str(self.home / ".cache"),
+            "XDG_CONFIG_HOME": str(self.home / ".config"),
+            "XDG_DATA_HOME": str(self.home / ".local/share"),
+            "XDG_RUNTIME_DIR": str(self.runtime),
+        }
+
+    def made_folder(self, name):
+        folder = self.folder / name
+        folder.mkdir(mode=0o700, parents=True, exist_ok=True)
+        return folder
+
+    def start(self, name, command, environment=None, **options):
+        """Starts a program with its output in the log of that name. It ends with us, even killed."""
+        options.setdefault("stdin", subprocess.DEVNULL)
+        with open(self.logs / f"{name}.log", "ab") as log:
+            options.setdefault("stdout", log)
+            process = subprocess.Popen(
+                ["setpriv", "--pdeathsig", "KILL", *(str(part) for part in command)],
+                env=self.environment | (environment or {}), cwd=self.home, stderr=log, **options)
+        self.processes[name] = process
+        return process
+
+    def log(self, name):
+        path = self.logs / f"{name}.log"
+        return path.read_text(errors="replace") if path.exists() else ""
+
+    def end(self):
+        """Ends what was started, last first, and then whatever of it is left anywhere."""
+        for process in reversed(self.processes.values()):
+            end_process(process)
+        for pid in self.marked_processes():
+            signal_process(pid, signal.SIGKILL)
+        wait_for("the end of every process of the desktop", lambda: not self.marked_processes())
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def marked_processes(self):
+        """Services that a bus has started are nobody's children; they carry our mark all the same."""
+        mark = f"{MARK}={self.mark}".encode()
+        return [int(entry.name) for entry in Path("/proc").iterdir()
+                if entry.name.isdigit() and mark in read_bytes(entry / "environ").split(b"\0")]
+
+
+def end_process(process):
+    if process.poll() is None:
+        process.terminate()
+        try:
+            process.wait(timeout=5)
+        except subprocess.TimeoutExpired:
+            process.kill()
+    process.wait()
+
+
+def signal_process(pid, number):
+    try:
+        os.kill(pid, number)
+    except ProcessLookupError:
+        pass
+
+
+def read_bytes(path):
+    """The content of a file in /proc, or nothing where it is gone or not ours to read."""
+    try:
+        return path.read_bytes()
+    except OSError:
+        return b""
