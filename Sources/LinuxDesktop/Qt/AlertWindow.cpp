@@ -1,0 +1,146 @@
+#include "LinuxDesktop/Qt/AlertWindow.h"
+
+#include "LinuxDesktop/Qt/AlertIcon.h"
+#include "LinuxDesktop/Qt/DisplayText.h"
+#include "LinuxDesktop/Qt/TextBlock.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+#include <QBoxLayout>
+#include <QComboBox>
+#include <QKeyEvent>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace stemvault {
+
+namespace {
+
+constexpr int margin = 24;
+constexpr int gap = 20;
+constexpr int iconSize = 64;
+constexpr int narrowestColumn = 320;
+constexpr int columnCharacters = 50;
+constexpr int narrowestButton = 84;
+
+/// A scroll meant for the window below must not change where a file goes.
+class SteadyComboBox final : public QComboBox {
+protected:
+    void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+};
+
+QFont messageFont(QFont font)
+{
+    font.setBold(true);
+    if (font.pointSizeF() > 0)
+        font.setPointSizeF(font.pointSizeF() * 1.15);
+    return font;
+}
+
+/// Has screen readers announce the window as an alert: at once, with its texts.
+QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
+{
+    if (className != QLatin1String(AlertWindow::staticMetaObject.className()))
+        return nullptr;
+    return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::AlertMessage);
+}
+
+} // namespace
+
+AlertWindow::AlertWindow(const Alert& alert, const QIcon& icon)
+{
+    static const bool installed = (QAccessible::installFactory(makeAccessible), true);
+    Q_UNUSED(installed);
+    setWindowTitle(displayLine(alert.messageText));
+    setAccessibleDescription(displayLines(alert.informativeText));
+
+    auto* rows = new QVBoxLayout(this);
+    rows->setContentsMargins(margin, margin, margin, margin - 4);
+    rows->setSpacing(gap);
+    rows->setSizeConstraint(QLayout::SetFixedSize);
+    auto* content = new QHBoxLayout;
+    content->setSpacing(gap);
+    content->addWidget(new AlertIcon(icon, alert.style, iconSize), 0, Qt::AlignTop);
+    auto* column = new QVBoxLayout;
+    column->setSpacing(0);
+    addTexts(alert, *column);
+    if (alert.accessoryView)
+        addPopUp(*alert.accessoryView, *column);
+    column->addStretch();
+    content->addLayout(column);
+    rows->addLayout(content);
+    addButtons(alert.buttons.empty() ? std::vector<std::string> { "OK" } : alert.buttons, *rows);
+    if (popUp)
+        popUp->setFocus();
+}
+
+void AlertWindow::addTexts(const Alert& alert, QBoxLayout& column)
+{
+    const int width =
+        std::max(narrowestColumn, fontMetrics().averageCharWidth() * columnCharacters);
+    message = new TextBlock(displayLine(alert.messageText), width, messageFont(font()));
+    column.addWidget(message);
+    if (alert.informativeText.empty())
+        return;
+    column.addSpacing(6);
+    column.addWidget(new TextBlock(displayLines(alert.informativeText), width, font()));
+}
+
+// At least as large as the frame asks; the column may give it more.
+void AlertWindow::addPopUp(const PopUpButton& accessory, QBoxLayout& column)
+{
+    popUp = new SteadyComboBox;
+    popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    popUp->setMinimumSize(
+        static_cast<int>(accessory.frame.width), static_cast<int>(accessory.frame.height));
+    for (const std::string& item : accessory.items)
+        popUp->addItem(displayLine(item));
+    message->nameControl(*popUp);
+    column.addSpacing(gap - 4);
+    column.addWidget(popUp);
+}
+
+// The default button stands rightmost, where the eye ends; the keyboard and a screen reader go
+// through the buttons in the alert's own order.
+void AlertWindow::addButtons(const std::vector<std::string>& titles, QBoxLayout& rows)
+{
+    auto* row = new QHBoxLayout;
+    row->setSpacing(8);
+    for (const std::string& title : titles) {
+        auto* button = new QPushButton(displayTitle(title), this);
+        button->setMinimumWidth(narrowestButton);
+        const int response = ModalResponse::alertFirstButton + static_cast<int>(buttons.size());
+        connect(button, &QPushButton::clicked, this, [this, response] { done(response); });
+        row->insertWidget(0, button);
+        buttons.push_back(button);
+        if (title == "Cancel" || titles.size() == 1)
+            escapeButton = button;
+    }
+    row->insertStretch(0);
+    buttons.front()->setDefault(true);
+    rows.addLayout(row);
+}
+
+int AlertWindow::indexOfSelectedItem() const
+{
+    return popUp ? popUp->currentIndex() : -1;
+}
+
+void AlertWindow::keyPressEvent(QKeyEvent* event)
+{
+    if (!event->matches(QKeySequence::Cancel))
+        return QDialog::keyPressEvent(event);
+    if (escapeButton)
+        escapeButton->click();
+}
+
+void AlertWindow::reject()
+{
+    if (buttons.size() == 1)
+        buttons.front()->click();
+    else
+        QDialog::reject();
+}
+
+} // namespace stemvault

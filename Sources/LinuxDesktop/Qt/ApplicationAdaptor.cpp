@@ -1,0 +1,33 @@
+#include "LinuxDesktop/Qt/ApplicationAdaptor.h"
+
+#include <utility>
+
+namespace stemvault {
+
+ApplicationAdaptor::ApplicationAdaptor(QObject* node, std::function<void()> activation)
+    : QDBusAbstractAdaptor(node), activate(std::move(activation))
+{
+}
+
+// The token of the click that started us is what lets a Wayland desktop put our window in front;
+// the toolkit looks for it in the environment.
+void ApplicationAdaptor::Activate(const QVariantMap& platformData)
+{
+    if (const QByteArray token = platformData.value("activation-token").toByteArray();
+        !token.isEmpty())
+        qputenv("XDG_ACTIVATION_TOKEN", token);
+    activate();
+}
+
+void ApplicationAdaptor::Open(const QStringList& /*uris*/, const QVariantMap& platformData)
+{
+    Activate(platformData);
+}
+
+void ApplicationAdaptor::ActivateAction(
+    const QString& /*name*/, const QVariantList& /*parameter*/, const QVariantMap& platformData)
+{
+    Activate(platformData);
+}
+
+} // namespace stemvault

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "Platform/Image.h"
+
+#include <optional>
+
+class QIcon;
+
+namespace stemvault {
+
+/// The icon of the program's windows. It is read when the first window needs it, not at start.
+class ApplicationIcon {
+public:
+    void setImage(const Image& chosen);
+
+    /// A null icon as long as none was chosen. Main thread only.
+    [[nodiscard]] QIcon icon();
+
+private:
+    std::optional<Image> unread;
+};
+
+} // namespace stemvault

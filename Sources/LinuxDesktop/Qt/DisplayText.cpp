@@ -1,0 +1,84 @@
+#include "LinuxDesktop/Qt/DisplayText.h"
+
+#include <QStringList>
+
+namespace stemvault {
+
+namespace {
+
+constexpr qsizetype longestLine = 280;
+constexpr qsizetype keptAtStart = 180;
+constexpr qsizetype keptAtEnd = 80;
+constexpr qsizetype mostLines = 12;
+constexpr QChar ellipsis(0x2026);
+
+// Marks of direction (U+200E, U+200F, U+061C) stay: they belong to names in right-to-left scripts
+// and turn nothing around.
+bool turnsText(char16_t unit)
+{
+    return (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
+}
+
+char16_t shown(char16_t unit)
+{
+    if (unit < 0x20)
+        return static_cast<char16_t>(0x2400 + unit); // The picture of that control character.
+    if (unit == 0x7F)
+        return 0x2421;
+    if (unit == 0x2028 || unit == 0x2029)
+        return 0x2424;
+    if ((unit > 0x7F && unit < 0xA0) || turnsText(unit))
+        return QChar::ReplacementCharacter;
+    return unit;
+}
+
+QString withoutControls(QString text)
+{
+    for (QChar& character : text)
+        character = QChar(shown(character.unicode()));
+    return text;
+}
+
+QString withShortMiddle(const QString& line)
+{
+    if (line.size() <= longestLine)
+        return line;
+    qsizetype start = keptAtStart;
+    if (line.at(start).isLowSurrogate())
+        --start;
+    qsizetype end = line.size() - keptAtEnd;
+    if (line.at(end).isLowSurrogate())
+        ++end;
+    return line.first(start) + ellipsis + line.sliced(end);
+}
+
+QString decoded(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+} // namespace
+
+QString displayLine(std::string_view text)
+{
+    return withShortMiddle(withoutControls(decoded(text)));
+}
+
+QString displayLines(std::string_view text)
+{
+    QStringList lines = decoded(text).split(u'\n');
+    if (lines.size() > mostLines) {
+        const QStringList tail = lines.last(mostLines / 2);
+        lines = lines.first(mostLines - tail.size() - 1) << QString(ellipsis) << tail;
+    }
+    for (QString& line : lines)
+        line = withShortMiddle(withoutControls(line));
+    return lines.join(u'\n');
+}
+
+QString displayTitle(std::string_view text)
+{
+    return displayLine(text).replace(u'&', QStringLiteral("&&"));
+}
+
+} // namespace stemvault

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+#include <string_view>
+
+namespace stemvault {
+
+// Texts of the program, file names among them, made fit to be shown as plain text. What is not
+// UTF-8 becomes replacement characters. Control characters become visible pictures, and those that
+// would turn the direction of the text around them, replacement characters, so that a name can
+// neither break the layout nor pose as another.
+
+/// One line: line feeds become pictures too.
+[[nodiscard]] QString displayLine(std::string_view text);
+
+/// Several lines: a line feed ends one. Lines that only a hostile name can need, and lines beyond
+/// the dozen that an alert has room for, are shortened in the middle.
+[[nodiscard]] QString displayLines(std::string_view text);
+
+/// One line for a control that takes an ampersand for the mark of a shortcut.
+[[nodiscard]] QString displayTitle(std::string_view text);
+
+} // namespace stemvault

@@ -1,0 +1,88 @@
+#include "LinuxDesktop/Qt/ModalWindows.h"
+
+#include "LinuxDesktop/Qt/AnswerGuard.h"
+#include "LinuxDesktop/Qt/WindowActivation.h"
+
+#include <QCursor>
+#include <QDialog>
+#include <QGuiApplication>
+#include <QScreen>
+#include <QWindow>
+
+#include <ranges>
+
+namespace stemvault {
+
+namespace {
+
+// Long enough for the question that follows an answer, such as whether to replace a file.
+constexpr int inFrontTime = 2000;
+constexpr int cascade = 28;
+
+QScreen& screenOfUser()
+{
+    QScreen* under = QGuiApplication::screenAt(QCursor::pos());
+    return under ? *under : *QGuiApplication::primaryScreen();
+}
+
+} // namespace
+
+int ModalWindows::run(QDialog& window)
+{
+    if (isStopped)
+        return 0;
+    const bool takesKeyboard = isInFront();
+    window.setWindowFlag(Qt::WindowStaysOnTopHint);
+    window.setWindowFlag(Qt::WindowMinimizeButtonHint, false);
+    window.setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
+    new AnswerGuard(window);
+    place(window);
+    if (takesKeyboard)
+        bringToFront(window);
+    open.push_back(&window);
+    const int result = window.exec();
+    open.pop_back(); // Windows opened meanwhile are gone already: their loops ran inside this one.
+    stayInFront();
+    return result;
+}
+
+void ModalWindows::activate()
+{
+    stayInFront();
+    if (!open.empty())
+        bringToFront(*open.back());
+}
+
+void ModalWindows::stop()
+{
+    isStopped = true;
+    for (QDialog* window : open | std::views::reverse)
+        window->done(0);
+}
+
+bool ModalWindows::isInFront() const
+{
+    return QGuiApplication::focusWindow() || !inFrontUntil.hasExpired();
+}
+
+void ModalWindows::stayInFront()
+{
+    inFrontUntil.setRemainingTime(inFrontTime);
+}
+
+// A third of the way down the screen the user is at; a later window is set off from the one below,
+// and the window manager is told to keep it above that one.
+void ModalWindows::place(QDialog& window) const
+{
+    const QRect area = screenOfUser().availableGeometry();
+    const QSize size = window.sizeHint();
+    QPoint corner(area.left() + (area.width() - size.width()) / 2,
+        area.top() + (area.height() - size.height()) / 3);
+    if (!open.empty()) {
+        corner = open.back()->pos() + QPoint(cascade, cascade);
+        window.windowHandle()->setTransientParent(open.back()->windowHandle());
+    }
+    window.move(corner);
+}
+
+} // namespace stemvault

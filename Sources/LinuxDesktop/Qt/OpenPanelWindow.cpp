@@ -1,0 +1,110 @@
+#include "LinuxDesktop/Qt/OpenPanelWindow.h"
+
+#include "LinuxDesktop/Qt/DisplayText.h"
+
+#include <QAbstractItemView>
+#include <QAction>
+#include <QDir>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+
+#include <filesystem>
+#include <vector>
+
+namespace stemvault {
+
+namespace {
+
+/// The folder, or the nearest one above it, that exists and that the toolkit can name.
+QString startFolder(const std::optional<FileURL>& asked)
+{
+    for (std::string path = asked ? asked->path() : "/"; path != "/";
+         path = deletingLastPathComponent(path)) {
+        const QString name = QFile::decodeName(path.c_str());
+        if (QFile::encodeName(name) == path.c_str() && QDir(name).exists())
+            return name;
+        if (!name.startsWith(u'/'))
+            break;
+    }
+    return QDir::homePath();
+}
+
+} // namespace
+
+OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
+{
+    const bool onlyFolders = panel.canChooseDirectories && !panel.canChooseFiles;
+    setOption(DontUseNativeDialog);
+    setOption(ReadOnly, !panel.canCreateDirectories);
+    setOption(ShowDirsOnly, onlyFolders);
+    setFileMode(onlyFolders ? Directory : ExistingFile);
+    setAcceptMode(AcceptOpen);
+    setDirectory(startFolder(panel.directoryURL));
+    if (!panel.prompt.empty())
+        setLabelText(Accept, displayTitle(panel.prompt));
+    setWindowTitle(panel.message.empty() ? displayLine(panel.prompt) : displayLine(panel.message));
+    if (!panel.message.empty())
+        showMessage(displayLine(panel.message));
+    keepFromDeleting();
+    resize(720, 460);
+}
+
+// The message takes a new first row; everything that the toolkit laid out moves down by one.
+void OpenPanelWindow::showMessage(const QString& message)
+{
+    auto* grid = qobject_cast<QGridLayout*>(layout());
+    if (!grid)
+        return;
+    struct Cell {
+        QLayoutItem* item;
+        int row, column, rows, columns;
+    };
+    std::vector<Cell> cells;
+    const int columns = grid->columnCount();
+    while (grid->count() > 0) {
+        Cell cell {};
+        grid->getItemPosition(0, &cell.row, &cell.column, &cell.rows, &cell.columns);
+        cell.item = grid->takeAt(0);
+        cells.push_back(cell);
+    }
+    for (const Cell& cell : cells)
+        grid->addItem(cell.item, cell.row + 1, cell.column, cell.rows, cell.columns);
+    auto* label = new QLabel(message, this);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setContentsMargins(2, 4, 2, 8);
+    grid->addWidget(label, 0, 0, 1, columns);
+}
+
+// The toolkit's panel offers to rename and to delete for good, also by a key; neither belongs here.
+void OpenPanelWindow::keepFromDeleting()
+{
+    for (const char* name : { "qt_delete_action", "qt_rename_action" })
+        if (auto* action = findChild<QAction*>(QLatin1String(name)))
+            action->setVisible(false);
+    for (auto* view : findChildren<QAbstractItemView*>())
+        view->installEventFilter(this);
+}
+
+bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress && qobject_cast<QAbstractItemView*>(watched))
+        return static_cast<QKeyEvent*>(event)->matches(QKeySequence::Delete);
+    return QFileDialog::eventFilter(watched, event);
+}
+
+std::optional<FileURL> OpenPanelWindow::chosen() const
+{
+    const QStringList files = selectedFiles();
+    if (files.isEmpty())
+        return std::nullopt;
+    std::string path = QFile::encodeName(files.front()).toStdString();
+    std::error_code failure;
+    if (!std::filesystem::exists(path, failure))
+        return std::nullopt;
+    return FileURL(std::move(path));
+}
+
+} // namespace stemvault

@@ -1,0 +1,71 @@
+#include "LinuxDesktop/Qt/SingleInstance.h"
+
+#include "LinuxDesktop/Qt/ApplicationAdaptor.h"
+#include "LinuxDesktop/Qt/Identity.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+constexpr int askingTime = 2000; ///< Milliseconds that the running instance has to answer.
+
+QVariantMap platformData()
+{
+    QVariantMap data;
+    for (const auto& [key, variable] : { std::pair("desktop-startup-id", "DESKTOP_STARTUP_ID"),
+             std::pair("activation-token", "XDG_ACTIVATION_TOKEN") })
+        if (const QString value = qEnvironmentVariable(variable); !value.isEmpty())
+            data.insert(QLatin1String(key), value);
+    return data;
+}
+
+void activateOther(QDBusConnection& bus)
+{
+    auto call = QDBusMessage::createMethodCall(identity::applicationId, identity::objectPath,
+        QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
+    call << platformData();
+    call.setAutoStartService(false);
+    bus.call(call, QDBus::Block, askingTime);
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(std::function<void()> activate) : node(std::make_unique<QObject>())
+{
+    new ApplicationAdaptor(node.get(), std::move(activate));
+}
+
+SingleInstance::~SingleInstance() = default;
+
+// The object is there before the name is: whoever sees the name can already be answered.
+bool SingleInstance::claim()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return claimLock();
+    bus.registerObject(identity::objectPath, node.get());
+    if (bus.registerService(identity::applicationId))
+        return true;
+    activateOther(bus);
+    return false;
+}
+
+// Without a runtime folder there is no session to be alone in.
+bool SingleInstance::claimLock()
+{
+    const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
+    if (folder.isEmpty())
+        return true;
+    const QByteArray path = folder + "/stemvault-connect.lock";
+    lock = FileDescriptor(::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    return !lock.isOpen() || ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+} // namespace stemvault
