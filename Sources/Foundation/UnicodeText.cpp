@@ -5,6 +5,7 @@
 #include <unicode/utf8.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 
 namespace stemvault {
@@ -37,6 +38,23 @@ bool isValidUTF8(std::string_view bytes)
             return false;
     }
     return true;
+}
+
+std::string printable(std::string_view name)
+{
+    const auto* text = reinterpret_cast<const std::uint8_t*>(name.data());
+    const auto length = static_cast<std::int64_t>(name.size());
+    std::string shown;
+    for (std::int64_t position = 0; position < length;) {
+        const auto start = static_cast<std::size_t>(position);
+        UChar32 character = 0;
+        U8_NEXT(text, position, length, character);
+        if (character < 0x20 || (character >= 0x7F && character < 0xA0))
+            shown += "\uFFFD";
+        else
+            shown += name.substr(start, static_cast<std::size_t>(position) - start);
+    }
+    return shown;
 }
 
 std::string lowercased(std::string_view text)

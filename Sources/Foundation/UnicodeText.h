@@ -7,6 +7,9 @@ namespace stemvault {
 
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
+/// The text to show of a name: what is not UTF-8, and every control character, becomes U+FFFD.
+[[nodiscard]] std::string printable(std::string_view name);
+
 /// Full Unicode lower case, independent of the locale. Text that is not UTF-8 has only its ASCII
 /// letters lowered, so that no byte of a file name is lost.
 [[nodiscard]] std::string lowercased(std::string_view text);
