@@ -1,0 +1,173 @@
+#include "Foundation/Draft.h"
+
+#include "Foundation/Folder.h"
+#include "Foundation/TemporaryItem.h"
+
+#include <cerrno>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// How file systems say that they know no such kind of rename.
+bool isUnknownRename(int error)
+{
+    return error == EINVAL || error == ENOSYS || error == ENOTSUP;
+}
+
+} // namespace
+
+Draft::Draft(int parent, std::string nameToBear, const CopyOptions& copyOptions)
+    : folder(parent), finalName(std::move(nameToBear)), options(copyOptions)
+{
+}
+
+Draft::~Draft()
+{
+    if (!name.empty())
+        removeItem(folder, name);
+}
+
+// Tries random names until one is free; the name is kept once the call has made something of it.
+template <typename Call> bool Draft::underFreshName(Call call)
+{
+    constexpr int attempts = 100;
+    for (int i = 0; i < attempts; ++i) {
+        const std::string fresh = temporaryName(finalName);
+        if (call(fresh.c_str())) {
+            name = fresh;
+            return true;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return false;
+}
+
+bool Draft::createUnnamedFile()
+{
+    descriptor = FileDescriptor(
+        options.calls.openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    if (descriptor)
+        markInUse(descriptor.get());
+    return descriptor.isOpen();
+}
+
+bool Draft::createFile()
+{
+    return underFreshName([this](const char* fresh) {
+        descriptor = FileDescriptor(options.calls.openat(
+            folder, fresh, O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        if (descriptor)
+            markInUse(descriptor.get());
+        return descriptor.isOpen();
+    });
+}
+
+bool Draft::createFolder()
+{
+    if (!underFreshName(
+            [this](const char* fresh) { return ::mkdirat(folder, fresh, S_IRWXU) == 0; }))
+        return false;
+    descriptor = FileDescriptor(
+        ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (descriptor)
+        markInUse(descriptor.get());
+    return descriptor.isOpen();
+}
+
+bool Draft::giveName()
+{
+    if (!name.empty())
+        return true;
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(item());
+    return underFreshName([&](const char* fresh) {
+        return options.calls.linkat(AT_FDCWD, unnamed.c_str(), folder, fresh, AT_SYMLINK_FOLLOW)
+            == 0;
+    });
+}
+
+CopyOutcome Draft::publish()
+{
+    // Programs that mirror a folder wait for a written file to be closed. A file that got its name
+    // by a link has no such event of its own, so that one is made: this closes under the final
+    // name.
+    const FileDescriptor toClose(
+        ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    const auto fault = options.ifTaken == IfTaken::Replace ? moveOverOld() : moveToFreeName();
+    if (!fault)
+        settle();
+    return fault;
+}
+
+CopyOutcome Draft::moveToFreeName()
+{
+    const char* const from = name.c_str();
+    const char* const to = finalName.c_str();
+    if (options.calls.renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0)
+        return std::nullopt;
+    if (!isUnknownRename(errno))
+        return writingFault();
+    if (options.calls.linkat(folder, from, folder, to, 0) == 0) {
+        ::unlinkat(folder, from, 0);
+        return std::nullopt;
+    }
+    if (errno == EEXIST)
+        return writingFault();
+    // Neither is known here (a FAT disk behind FUSE, say): a look first is all that is left.
+    if (linkStatus(folder, finalName))
+        return CopyFault { CopyFault::Kind::Writing, EEXIST };
+    if (options.calls.renameat2(folder, from, folder, to, 0) != 0)
+        return writingFault();
+    return std::nullopt;
+}
+
+CopyOutcome Draft::moveOverOld()
+{
+    const auto old = linkStatus(folder, finalName);
+    const auto fresh = statusOf(item());
+    const bool isFolderInvolved =
+        old && (S_ISDIR(old->st_mode) || (fresh && S_ISDIR(fresh->st_mode)));
+    if (isFolderInvolved)
+        return exchangeWithOld();
+    if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), 0) != 0)
+        return writingFault();
+    return std::nullopt;
+}
+
+CopyOutcome Draft::exchangeWithOld()
+{
+    if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), RENAME_EXCHANGE)
+        == 0) {
+        displaced = name;
+        return std::nullopt;
+    }
+    return isUnknownRename(errno) ? moveOldAside() : writingFault();
+}
+
+CopyOutcome Draft::moveOldAside()
+{
+    const std::string aside = asideName(finalName);
+    if (options.calls.renameat2(folder, finalName.c_str(), folder, aside.c_str(), 0) != 0)
+        return writingFault();
+    const auto fault = moveToFreeName();
+    if (fault)
+        options.calls.renameat2(folder, aside.c_str(), folder, finalName.c_str(), 0);
+    else
+        displaced = aside;
+    return fault;
+}
+
+// The copy stands now. That its name could not be forced onto the disk would be no reason to take
+// it away again, so that failure is let pass.
+void Draft::settle()
+{
+    name.clear();
+    if (options.durability == Durability::OnDisk)
+        options.calls.fsync(folder);
+    if (!displaced.empty())
+        removeItem(folder, displaced);
+}
+
+} // namespace stemvault

@@ -1,0 +1,182 @@
+#include "Foundation/FileCopy.h"
+
+#include "Foundation/Draft.h"
+#include "Foundation/FileCopyFault.h"
+#include "Foundation/Folder.h"
+#include "Foundation/PathText.h"
+#include "Foundation/TemporaryItem.h"
+#include "Foundation/WholeCopy.h"
+
+#include <cerrno>
+#include <filesystem>
+
+namespace stemvault {
+
+namespace {
+
+CopyFault faultOf(CopyFault::Kind kind)
+{
+    return { kind };
+}
+
+/// One copy, from the first look at the source to the published name.
+class ItemCopy {
+public:
+    ItemCopy(const std::string& fromPath, const std::string& toPath, const CopyOptions& how)
+        : from(fromPath), to(toPath), options(how), name(lastPathComponent(toPath))
+    {
+    }
+
+    CopyOutcome run();
+
+private:
+    CopyOutcome attempt();
+    CopyOutcome openSource();
+    CopyOutcome openDestination();
+    CopyOutcome checkDestination() const;
+    bool isWithinItem(const FileStatus& item) const;
+    bool createDraft(Draft& draft) const;
+    CopyOutcome fill(const Draft& draft) const;
+    bool isReplaced() const;
+    bool isFolder() const { return S_ISDIR(status.st_mode); }
+
+    const std::string& from;
+    const std::string& to;
+    const CopyOptions& options;
+    std::string name;
+    FileDescriptor folder;
+    FileDescriptor source;
+    FileStatus status {};
+    bool triesUnnamed = true;
+};
+
+CopyOutcome ItemCopy::run()
+{
+    constexpr int attempts = 3;
+    CopyOutcome fault;
+    for (int i = 0; i < attempts; ++i) {
+        fault = attempt();
+        if (!fault || fault->kind != CopyFault::Kind::Changing)
+            break;
+    }
+    return fault;
+}
+
+CopyOutcome ItemCopy::attempt()
+{
+    if (const auto fault = openSource())
+        return fault;
+    if (const auto fault = openDestination())
+        return fault;
+    {
+        Draft draft(folder.get(), name, options);
+        if (!createDraft(draft))
+            return writingFault();
+        if (const auto fault = fill(draft))
+            return fault;
+        if (draft.giveName())
+            return draft.publish();
+    }
+    // A file system may know unnamed files and yet refuse to link one; a named file needs no link.
+    triesUnnamed = false;
+    return attempt();
+}
+
+// Looked at before it is opened, since opening a pipe would wait and opening a device may act.
+CopyOutcome ItemCopy::openSource()
+{
+    const FileDescriptor item = openPath(from, O_PATH);
+    const auto found = item ? statusOf(item.get()) : std::nullopt;
+    if (!found)
+        return readingFault();
+    if (!S_ISREG(found->st_mode) && !S_ISDIR(found->st_mode))
+        return faultOf(CopyFault::Kind::NotAFile);
+    source = openPath(from, O_RDONLY | O_NOCTTY);
+    const auto opened = source ? statusOf(source.get()) : std::nullopt;
+    if (!opened)
+        return readingFault();
+    status = *opened;
+    return std::nullopt;
+}
+
+CopyOutcome ItemCopy::openDestination()
+{
+    if (folder)
+        return checkDestination();
+    folder = openFolder(deletingLastPathComponent(to));
+    if (!folder)
+        return writingFault();
+    if (const auto fault = checkDestination())
+        return fault;
+    removeLeftovers(folder.get(), options.leftoverAge);
+    return std::nullopt;
+}
+
+CopyOutcome ItemCopy::checkDestination() const
+{
+    if (isFolder() && isWithin(folder.get(), status))
+        return faultOf(CopyFault::Kind::IntoItself);
+    const auto old = linkStatus(folder.get(), name);
+    if (!old)
+        return std::nullopt;
+    const auto given = linkStatus(from);
+    if (isSameItem(*old, status) || (given && isSameItem(*old, *given)))
+        return faultOf(CopyFault::Kind::SameItem);
+    if (options.ifTaken == IfTaken::Fail)
+        return CopyFault { CopyFault::Kind::Writing, EEXIST };
+    if (S_ISDIR(old->st_mode) && isWithinItem(*old))
+        return faultOf(CopyFault::Kind::OverItsFolder);
+    return std::nullopt;
+}
+
+// Both where the source is named and, when that is a link, where it really lies.
+bool ItemCopy::isWithinItem(const FileStatus& item) const
+{
+    if (isFolder() && isWithin(source.get(), item))
+        return true;
+    std::error_code error;
+    const auto real = std::filesystem::canonical(from, error).parent_path().string();
+    for (const std::string& place : { deletingLastPathComponent(from), real }) {
+        const FileDescriptor above = openPath(place, O_PATH | O_DIRECTORY);
+        if (above && isWithin(above.get(), item))
+            return true;
+    }
+    return false;
+}
+
+bool ItemCopy::createDraft(Draft& draft) const
+{
+    if (isFolder())
+        return draft.createFolder();
+    return (triesUnnamed && draft.createUnnamedFile()) || draft.createFile();
+}
+
+CopyOutcome ItemCopy::fill(const Draft& draft) const
+{
+    const auto copyWhole = isFolder() ? copyWholeFolder : copyWholeFile;
+    if (const auto fault = copyWhole(source.get(), draft.item(), status, options))
+        return fault;
+    if (isReplaced())
+        return faultOf(CopyFault::Kind::Changing);
+    return std::nullopt;
+}
+
+// Another item under the source's name is what the user means by it now. No item at all is no loss:
+// what is gone was copied whole.
+bool ItemCopy::isReplaced() const
+{
+    const FileDescriptor item = openPath(from, O_PATH);
+    const auto now = item ? statusOf(item.get()) : std::nullopt;
+    return now && !isSameItem(*now, status);
+}
+
+} // namespace
+
+Result<void> copyItem(const std::string& from, const std::string& to, const CopyOptions& options)
+{
+    if (const auto fault = ItemCopy(from, to, options).run())
+        return Failure { describe(*fault, from, to) };
+    return {};
+}
+
+} // namespace stemvault

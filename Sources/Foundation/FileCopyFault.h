@@ -1,0 +1,35 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace stemvault {
+
+/// Why a copy could not be made.
+struct CopyFault {
+    enum class Kind {
+        Reading, ///< The system refused something at the source.
+        Writing, ///< The system refused something at the destination.
+        Changing, ///< The source changed each time while it was being copied.
+        NotAFile, ///< The source is a device, a pipe or a socket.
+        SameItem, ///< Source and destination are one item.
+        IntoItself, ///< The destination lies inside the source.
+        OverItsFolder, ///< The source lies inside what it would replace.
+    };
+
+    Kind kind;
+    int error = 0; ///< As errno, where the system refused.
+};
+
+/// Absent when all went well.
+using CopyOutcome = std::optional<CopyFault>;
+
+/// The fault of the call that has just failed.
+[[nodiscard]] CopyFault readingFault();
+[[nodiscard]] CopyFault writingFault();
+
+/// The fault as a sentence for the user. Bytes of a name that are not text are shown as U+FFFD.
+[[nodiscard]] std::string describe(
+    const CopyFault& fault, const std::string& from, const std::string& to);
+
+} // namespace stemvault

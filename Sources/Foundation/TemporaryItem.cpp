@@ -1,0 +1,115 @@
+#include "Foundation/TemporaryItem.h"
+
+#include "Foundation/Folder.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstddef>
+#include <fcntl.h>
+#include <random>
+#include <sys/file.h>
+#include <vector>
+
+namespace stemvault {
+
+namespace {
+
+constexpr std::string_view prefix = ".~";
+constexpr std::string_view suffix = ".tmp";
+constexpr std::string_view asideSuffix = ".old";
+constexpr std::string_view alphabet =
+    "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+constexpr std::size_t randomLength = 6;
+constexpr std::size_t added = prefix.size() + 1 + randomLength + suffix.size();
+
+bool isContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+// Some file systems take fewer than 255 bytes: a name as long as the final one fits wherever that
+// one does, and a short one always does.
+std::size_t lengthToKeep(std::string_view name)
+{
+    constexpr std::size_t alwaysFits = 64;
+    const std::size_t limit = std::clamp<std::size_t>(name.size(), alwaysFits, NAME_MAX);
+    std::size_t length = std::min(name.size(), limit - added);
+    // A character has at most three continuation bytes; more are not text and may be cut anywhere.
+    for (int i = 0; i < 3 && length < name.size() && length > 1 && isContinuation(name[length]);
+         ++i)
+        --length;
+    return length;
+}
+
+std::string randomText()
+{
+    std::random_device source;
+    std::uniform_int_distribution<std::size_t> place(0, alphabet.size() - 1);
+    std::string text;
+    for (std::size_t i = 0; i < randomLength; ++i)
+        text += alphabet[place(source)];
+    return text;
+}
+
+std::string randomName(std::string_view name, std::string_view ending)
+{
+    std::string text(prefix);
+    text.append(name.substr(0, lengthToKeep(name))).append(".");
+    return text.append(randomText()).append(ending);
+}
+
+// The change time cannot be set, unlike the modification time, which a copy takes from its source.
+bool isUntouchedFor(std::chrono::seconds age, const FileStatus& status)
+{
+    const auto touched = std::chrono::system_clock::from_time_t(status.st_ctim.tv_sec);
+    return std::chrono::system_clock::now() - touched >= age;
+}
+
+bool isLeftover(int folder, const std::string& name, std::chrono::seconds age)
+{
+    const auto status = linkStatus(folder, name);
+    if (!status || !(S_ISREG(status->st_mode) || S_ISDIR(status->st_mode))
+        || !isUntouchedFor(age, *status))
+        return false;
+    // A lock on a network file system needs a file that is open for writing.
+    const int access = S_ISREG(status->st_mode) ? O_RDWR : O_RDONLY | O_DIRECTORY;
+    const FileDescriptor item(
+        ::openat(folder, name.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    return item && ::flock(item.get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+} // namespace
+
+std::string temporaryName(std::string_view name)
+{
+    return randomName(name, suffix);
+}
+
+std::string asideName(std::string_view name)
+{
+    return randomName(name, asideSuffix);
+}
+
+bool isTemporaryName(std::string_view name)
+{
+    if (name.size() <= added || !name.starts_with(prefix) || !name.ends_with(suffix))
+        return false;
+    name.remove_suffix(suffix.size());
+    const std::string_view random = name.substr(name.size() - randomLength);
+    return name[name.size() - randomLength - 1] == '.'
+        && random.find_first_not_of(alphabet) == std::string_view::npos;
+}
+
+void markInUse(int item)
+{
+    ::flock(item, LOCK_EX | LOCK_NB);
+}
+
+void removeLeftovers(int folder, std::chrono::seconds age)
+{
+    for (const std::string& name : namesIn(folder).value_or(std::vector<std::string>()))
+        if (isTemporaryName(name) && isLeftover(folder, name, age))
+            removeItem(folder, name);
+}
+
+} // namespace stemvault

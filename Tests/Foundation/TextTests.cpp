@@ -1,0 +1,86 @@
+#include "Foundation/FileURL.h"
+#include "Foundation/PathText.h"
+#include "Foundation/UUID.h"
+#include "Foundation/UnicodeText.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace stemvault {
+namespace {
+
+TEST(PathText, TakesPathsApart)
+{
+    const struct {
+        std::string path, last, parent, extension;
+    } rows[] = {
+        { "/a/Mix.wav", "Mix.wav", "/a", "wav" },
+        { "/a/Mix.WAV/", "Mix.WAV", "/a", "WAV" },
+        { "/a.b/Mix", "Mix", "/a.b", "" },
+        { "/a//Mix.", "Mix.", "/a", "" },
+        { "/Mix.tar.gz", "Mix.tar.gz", "/", "gz" },
+        { "/.wav", ".wav", "/", "wav" },
+        { "/", "/", "/", "" },
+        { "Mix.wav", "Mix.wav", "", "wav" },
+        { "/a/\xFFMix.wav", "\xFFMix.wav", "/a", "wav" },
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(lastPathComponent(row.path), row.last) << row.path;
+        EXPECT_EQ(deletingLastPathComponent(row.path), row.parent) << row.path;
+        EXPECT_EQ(pathExtension(row.path), row.extension) << row.path;
+    }
+    EXPECT_EQ(appendingPathComponent("/a", "b"), "/a/b");
+    EXPECT_EQ(appendingPathComponent("/", "b"), "/b");
+    EXPECT_EQ(FileURL("/a/b/"), FileURL("/a/b"));
+    EXPECT_NE(FileURL("/"), FileURL(""));
+}
+
+TEST(UUID, ReadsOnlyItsCanonicalForm)
+{
+    const std::string text = "0123ABCD-4567-89EF-0123-456789ABCDEF";
+    const struct {
+        const char* what;
+        std::string text, expected;
+    } rows[] = {
+        { "upper case", text, text },
+        { "lower case", "0123abcd-4567-89ef-0123-456789abcdef", text },
+        { "too short", text.substr(1), "" },
+        { "too long", text + "0", "" },
+        { "a hyphen out of place", "0123ABC-D4567-89EF-0123-456789ABCDEF", "" },
+        { "not a digit", "G123ABCD-4567-89EF-0123-456789ABCDEF", "" },
+        { "nothing", "", "" },
+    };
+    for (const auto& row : rows) {
+        const auto read = UUID::fromString(row.text);
+        EXPECT_EQ(read ? read->uuidString() : "", row.expected) << row.what;
+    }
+    const std::string fresh = UUID().uuidString();
+    EXPECT_EQ(fresh[14], '4');
+    EXPECT_NE(std::string("89AB").find(fresh[19]), std::string::npos);
+    EXPECT_NE(UUID(), UUID());
+}
+
+TEST(UnicodeText, LowersAndShowsEveryName)
+{
+    const struct {
+        const char* what;
+        std::string text, lowered, shown;
+    } rows[] = {
+        { "plain", "MIX.Wav", "mix.wav", "MIX.Wav" },
+        { "beyond ASCII", "ÄÖÜ Ж.WAV", "äöü ж.wav", "ÄÖÜ Ж.WAV" },
+        { "a dotted capital I, which grows", "İ", "i̇", "İ" },
+        { "not UTF-8", "MIX\xE4.WAV", "mix\xE4.wav", "MIX\uFFFD.WAV" },
+        { "cut in the middle of a character", "Ü\xC3", "Ü\xC3", "Ü\uFFFD" },
+        { "line breaks and control characters", "A\nB\x7F\u0085", "a\nb\x7F\u0085",
+            "A\uFFFDB\uFFFD\uFFFD" },
+        { "nothing", "", "", "" },
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(lowercased(row.text), row.lowered) << row.what;
+        EXPECT_EQ(printable(row.text), row.shown) << row.what;
+    }
+}
+
+} // namespace
+} // namespace stemvault
