@@ -30,6 +30,18 @@ protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
 };
 
+int controlHeight(const QWidget& window)
+{
+    return window.fontMetrics().height() + 13;
+}
+
+/// The style cuts what is too long for the box; this leaves the ending, which tells names apart.
+QString fitting(const QString& item, const QWidget& box, int width)
+{
+    constexpr int frameAndArrow = 48;
+    return box.fontMetrics().elidedText(item, Qt::ElideMiddle, width - frameAndArrow);
+}
+
 QFont messageFont(QFont font)
 {
     font.setBold(true);
@@ -92,10 +104,13 @@ void AlertWindow::addPopUp(const PopUpButton& accessory, QBoxLayout& column)
 {
     popUp = new SteadyComboBox;
     popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    popUp->setMinimumSize(
-        static_cast<int>(accessory.frame.width), static_cast<int>(accessory.frame.height));
-    for (const std::string& item : accessory.items)
-        popUp->addItem(displayLine(item));
+    popUp->setMinimumSize(static_cast<int>(accessory.frame.width),
+        std::max(static_cast<int>(accessory.frame.height), controlHeight(*this)));
+    for (const std::string& item : accessory.items) {
+        const QString name = displayLine(item);
+        popUp->addItem(fitting(name, *popUp, std::max(popUp->minimumWidth(), message->width())));
+        popUp->setItemData(popUp->count() - 1, name, Qt::ToolTipRole);
+    }
     message->nameControl(*popUp);
     column.addSpacing(gap - 4);
     column.addWidget(popUp);
@@ -109,7 +124,7 @@ void AlertWindow::addButtons(const std::vector<std::string>& titles, QBoxLayout&
     row->setSpacing(8);
     for (const std::string& title : titles) {
         auto* button = new QPushButton(displayTitle(title), this);
-        button->setMinimumWidth(narrowestButton);
+        button->setMinimumSize(narrowestButton, controlHeight(*this));
         const int response = ModalResponse::alertFirstButton + static_cast<int>(buttons.size());
         connect(button, &QPushButton::clicked, this, [this, response] { done(response); });
         row->insertWidget(0, button);

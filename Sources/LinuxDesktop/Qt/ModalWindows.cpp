@@ -19,6 +19,10 @@ namespace {
 constexpr int inFrontTime = 2000;
 constexpr int cascade = 28;
 
+// What is minimised would be forgotten, with files waiting behind it.
+constexpr auto frameOfModalWindow = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
+    | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint;
+
 QScreen& screenOfUser()
 {
     QScreen* under = QGuiApplication::screenAt(QCursor::pos());
@@ -32,8 +36,7 @@ int ModalWindows::run(QDialog& window)
     if (isStopped)
         return 0;
     const bool takesKeyboard = isInFront();
-    window.setWindowFlag(Qt::WindowStaysOnTopHint);
-    window.setWindowFlag(Qt::WindowMinimizeButtonHint, false);
+    window.setWindowFlags(frameOfModalWindow);
     window.setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
     new AnswerGuard(window);
     place(window);
@@ -79,7 +82,7 @@ void ModalWindows::place(QDialog& window) const
     QPoint corner(area.left() + (area.width() - size.width()) / 2,
         area.top() + (area.height() - size.height()) / 3);
     if (!open.empty()) {
-        corner = open.back()->pos() + QPoint(cascade, cascade);
+        corner = open.back()->geometry().topLeft() + QPoint(cascade, cascade);
         window.windowHandle()->setTransientParent(open.back()->windowHandle());
     }
     window.move(corner);

@@ -6,9 +6,11 @@
 #include <QAction>
 #include <QDir>
 #include <QGridLayout>
+#include <QHeaderView>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QLineEdit>
+#include <QPushButton>
+#include <QTreeView>
 
 #include <filesystem>
 #include <vector>
@@ -16,6 +18,8 @@
 namespace stemvault {
 
 namespace {
+
+constexpr int margin = 16;
 
 /// The folder, or the nearest one above it, that exists and that the toolkit can name.
 QString startFolder(const std::optional<FileURL>& asked)
@@ -29,6 +33,11 @@ QString startFolder(const std::optional<FileURL>& asked)
             break;
     }
     return QDir::homePath();
+}
+
+QHeaderView& columns(const OpenPanelWindow& window)
+{
+    return *window.findChild<QTreeView*>(QStringLiteral("treeView"))->header();
 }
 
 } // namespace
@@ -48,7 +57,18 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     if (!panel.message.empty())
         showMessage(displayLine(panel.message));
     keepFromDeleting();
-    resize(720, 460);
+    layout()->setContentsMargins(margin, margin, margin, margin);
+    for (auto* button : findChildren<QPushButton*>())
+        button->setIcon(QIcon());
+    usualColumns = columns(*this).saveState();
+    if (onlyFolders)
+        showOnlyFolders();
+    resize(720, 480);
+}
+
+OpenPanelWindow::~OpenPanelWindow()
+{
+    columns(*this).restoreState(usualColumns);
 }
 
 // The message takes a new first row; everything that the toolkit laid out moves down by one.
@@ -76,6 +96,21 @@ void OpenPanelWindow::showMessage(const QString& message)
     label->setWordWrap(true);
     label->setContentsMargins(2, 4, 2, 8);
     grid->addWidget(label, 0, 0, 1, columns);
+}
+
+// Neither sizes nor kinds of files say anything here: the names take their place.
+void OpenPanelWindow::showOnlyFolders()
+{
+    constexpr int size = 1, kind = 2;
+    QHeaderView& header = columns(*this);
+    header.hideSection(size);
+    header.hideSection(kind);
+    header.setStretchLastSection(false);
+    header.setSectionResizeMode(QHeaderView::ResizeToContents);
+    header.setSectionResizeMode(0, QHeaderView::Stretch);
+    for (const char* name : { "fileTypeLabel", "fileTypeCombo" })
+        if (auto* widget = findChild<QWidget*>(QLatin1String(name)))
+            widget->hide();
 }
 
 // The toolkit's panel offers to rename and to delete for good, also by a key; neither belongs here.

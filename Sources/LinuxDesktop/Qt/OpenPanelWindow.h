@@ -11,6 +11,7 @@ namespace stemvault {
 class OpenPanelWindow final : public QFileDialog {
 public:
     explicit OpenPanelWindow(const OpenPanel& panel);
+    ~OpenPanelWindow() override;
 
     /// What was chosen, if it is there. A name that is not UTF-8 cannot be chosen: the toolkit
     /// knows it only by replacement characters.
@@ -22,6 +23,9 @@ protected:
 private:
     void showMessage(const QString& message);
     void keepFromDeleting();
+    void showOnlyFolders();
+
+    QByteArray usualColumns; ///< The toolkit keeps the state of the columns for all programs.
 };
 
 } // namespace stemvault
