@@ -16,24 +16,28 @@ class Scenario(unittest.TestCase):
     notifications = "body,actions"
 
     def run(self, result=None):
+        self.result = result
         with VirtualDesktop(notifications=self.notifications) as self.desktop:
             super().run(result)
-            if not result.wasSuccessful():
-                evidence = PROGRAMS.parent / "failures" / self.id()
-                self.desktop.keep_evidence(evidence)
-                print(f"The evidence is in {evidence}")
 
     def setUp(self):
         self.client_a, self.client_b = self.folder("Client A"), self.folder("Client B")
+
+    def tearDown(self):
+        """When its story is over, the program must still be well and end when asked to."""
+        status = self.connect.quit() if self.result.wasSuccessful() else None
+        if status != 0:
+            evidence = PROGRAMS.parent / "failures" / self.id()
+            self.desktop.keep_evidence(evidence)
+            print(f"{self.desktop.log('stemvault-connect')}\nThe evidence is in {evidence}")
+        self.assertIn(status, (0, None), "the program's exit status")
 
     def folder(self, name):
         return self.desktop.made_folder(f"home/{name}")
 
     def start(self, **settings):
-        """Starts the program; when the scenario is over, it must still be well."""
         settings.setdefault("folders", [self.client_a, self.client_b])
         self.connect = StemvaultConnect(self.desktop, PROGRAMS / "stemvault-connect", **settings)
-        self.addCleanup(lambda: self.assertEqual(self.connect.quit(), 0))
 
     def start_daw(self, session="Big Song"):
         self.daw = StandInDaw(self.desktop, PROGRAMS / "stand-in-daw")

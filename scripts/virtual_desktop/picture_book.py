@@ -1,0 +1,88 @@
+"""Takes the pictures of the documentation, on a light and on a dark desktop.
+
+    picture_book.py PROGRAMS PICTURES
+"""
+
+import sys
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parents[1]))
+from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop  # noqa: E402
+
+
+class PictureBook:
+    def __init__(self, desktop, programs, pictures, suffix):
+        self.desktop, self.programs, self.pictures, self.suffix = desktop, programs, pictures, suffix
+        self.song = desktop.made_folder("home/Sessions/Big Song")
+        self.folders = [desktop.made_folder(f"home/Dropbox/Stemvault/{name}")
+                        for name in ("Northern Lights EP", "Client Review", "Radio Edits")]
+        self.daw = StandInDaw(desktop, programs / "stand-in-daw")
+        (self.song / "Big Song.rpp").write_text("<REAPER_PROJECT>\n")
+        self.daw.open(self.song / "Big Song.rpp")
+
+    def take(self, name, window, whole_screen=False):
+        window.focus()
+        path = self.pictures / f"{name}{self.suffix}.png"
+        self.desktop.display.take_picture(path, None if whole_screen else window.id())
+        print(path)
+
+    def start(self, **settings):
+        self.connect = StemvaultConnect(self.desktop, self.programs / "stemvault-connect", **settings)
+        self.connect.wait_until_it_watches(self.song)
+
+    def ask(self, name):
+        self.daw.bounce(self.song / name)
+        return self.connect.prompt(name)
+
+    def make(self):
+        self.start(folders=self.folders, projects_root=self.folders[0].parent)
+        self.take_prompts()
+        self.take_new_folder()
+        self.take_copying()
+        self.connect.quit()
+        self.start(folders=[])
+        self.take("no-destination", self.ask("Big Song - Mix 6.wav"))
+
+    def take_prompts(self):
+        prompt = self.ask("Big Song - Mix 1.wav")
+        self.take("desktop", prompt, whole_screen=True)
+        self.take("prompt", prompt)
+        self.daw.bounce(self.song / "Big Song - Mix 2.wav")
+        self.daw.bounce(self.song / "Big Song - Instrumental.wav")
+        self.daw.bounce(self.song / "Big Song - A cappella.wav")
+        self.connect.wait_until_it_rests()
+        prompt.answer("Skip")
+        prompt = self.connect.prompt("more waiting")
+        self.take("prompt-add-all", prompt)
+        prompt.answer("Cancel")
+
+    def take_new_folder(self):
+        prompt = self.ask("Big Song - Mix 3.wav")
+        prompt.choose("New Folder…")
+        prompt.answer("Add")
+        panel = self.connect.window("Choose or create a folder for this Stemvault project.")
+        self.take("new-folder", panel)
+        panel.answer("Cancel")
+
+    def take_copying(self):
+        (self.folders[0] / "Big Song - Mix 4.wav").touch()
+        self.ask("Big Song - Mix 4.wav").answer("Add")
+        question = self.connect.window("Replace existing file?")
+        self.take("replace", question)
+        question.answer("Cancel")
+        prompt = self.ask("Big Song - Mix 5.wav")
+        self.folders[0].rename(self.folders[0].with_name("Renamed"))
+        prompt.answer("Add")
+        alert = self.connect.window("Copy failed")
+        self.take("copy-failed", alert)
+        alert.answer("OK")
+
+
+def main():
+    programs, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
+    for look, suffix in (("light", ""), ("dark", "-dark")):
+        with VirtualDesktop(size="1100x620", look=look) as desktop:
+            PictureBook(desktop, programs, pictures, suffix).make()
+
+
+main()
