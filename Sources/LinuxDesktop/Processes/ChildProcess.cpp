@@ -1,11 +1,12 @@
 #include "LinuxDesktop/Processes/ChildProcess.h"
 
+#include "LinuxDesktop/Processes/ProcessDescriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <sys/pidfd.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -144,7 +145,7 @@ std::optional<ChildProcess> ChildProcess::start(const std::string& executable,
 }
 
 ChildProcess::ChildProcess(pid_t child, FileDescriptor readingEnd)
-    : process(child), output(std::move(readingEnd)), processEnding(::pidfd_open(child, 0))
+    : process(child), output(std::move(readingEnd)), processEnding(openProcess(child))
 {
 }
 

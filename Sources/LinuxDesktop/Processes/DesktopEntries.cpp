@@ -84,8 +84,9 @@ std::shared_ptr<const DesktopEntries> DesktopEntries::read(DesktopEntryPlaces pl
 
 bool DesktopEntries::isOutdated() const
 {
-    return std::ranges::any_of(
-        folderTimes, [](const auto& folder) { return timeOf(folder.first) != folder.second; });
+    return folderTimes.empty() || std::ranges::any_of(folderTimes, [](const auto& folder) {
+        return timeOf(folder.first) != folder.second;
+    });
 }
 
 void DesktopEntries::readFolder(const fs::path& folder, const std::string& prefix, int depth)

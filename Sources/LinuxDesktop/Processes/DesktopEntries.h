@@ -27,7 +27,8 @@ class DesktopEntries {
 public:
     [[nodiscard]] static std::shared_ptr<const DesktopEntries> read(DesktopEntryPlaces places);
 
-    /// Whether an entry has come or gone since, by the times of the folders. Asks the disk.
+    /// Whether an entry has come or gone since, by the times of the folders. Those that were
+    /// never read are. Asks the disk.
     [[nodiscard]] bool isOutdated() const;
 
     struct Found {

@@ -1,0 +1,99 @@
+#include "LinuxDesktop/Processes/ApplicationList.h"
+#include "LinuxDesktop/Processes/FakeProcesses.h"
+
+#include <gmock/gmock.h>
+
+#include <unistd.h>
+
+namespace stemvault {
+namespace {
+
+using std::string_literals::operator""s;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<std::string> listed(ProcessTable& table, const DesktopEntries& entries = {},
+    const std::map<ProcessKey, WindowClass>& windows = {})
+{
+    table.sweep();
+    std::vector<std::string> lines;
+    for (const auto& [key, application] : listApplications(table.processes(), windows, entries))
+        lines.push_back(std::to_string(application.processIdentifier) + " "
+            + application.bundleIdentifier.value_or("-") + " "
+            + application.localizedName.value_or("-")
+            + (application.activationPolicy == ActivationPolicy::Regular ? "" : " (background)"));
+    return lines;
+}
+
+TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
+{
+    const FakeProcesses processes;
+    processes.start(30, { "/opt/reaper\0"s, "reaper", 1, 500 });
+    processes.start(31, { "/opt/reaper\0"s, "reaper", 33, 530 }); // Started by its own helper.
+    processes.start(33, { "/opt/reaper_host64\0"s, "reaper_host64", 30, 510 });
+    processes.start(40, { "C:\\ProTools.exe\0\0\0"s, "ProTools.exe", 1, 400 });
+    processes.start(41, { "/usr/bin/wineserver\0"s, "wineserver", 1, 390 });
+    processes.start(50, { "", "reaper", 1, 300, "x", 'Z' });
+    ProcessTable table(processes.root());
+    EXPECT_THAT(listed(table),
+        ElementsAre("40 com.avid.ProTools Pro Tools", "30 com.cockos.reaper REAPER",
+            "31 com.cockos.reaper REAPER (background)"));
+
+    processes.end(40);
+    processes.start(30, { "sleep\0"s, "sleep", 1, 900 }); // The number given out again.
+    processes.start(33, { "/opt/reaper\0"s, "reaper", 1, 510 }); // Became another program.
+    EXPECT_THAT(listed(table),
+        ElementsAre("33 com.cockos.reaper REAPER", "31 com.cockos.reaper REAPER (background)"));
+
+    ProcessTable ofAnother(processes.root(), ::geteuid() + 1);
+    EXPECT_THAT(listed(ofAnother), IsEmpty());
+    ProcessTable ofNothing(processes.root() + "/none");
+    EXPECT_THAT(listed(ofNothing), IsEmpty());
+}
+
+TEST(ApplicationListTests, OtherApplicationsByTheDesktopsMenu)
+{
+    const TemporaryFolder folder;
+    const auto add = [&](const std::string& file, const std::string& keys) {
+        folder.write(file, "[Desktop Entry]\nType=Application\n" + keys);
+    };
+    add("home/applications/vendor/logic.desktop", "Name=Logic 2\nExec=/opt/Logic/Logic");
+    add("home/applications/gone.desktop", "Hidden=true");
+    add("system/applications/gone.desktop", "Name=Gone");
+    add("system/applications/vendor-logic.desktop", "Name=Overridden");
+    add("system/applications/term.desktop", "Name=Term\nStartupWMClass=TermWindow");
+    add("system/applications/quiet.desktop", "Name=Quiet\nNoDisplay=true");
+    add("system/applications/missing.desktop", "Name=Missing\nTryExec=" + folder.path("no"));
+    folder.write("system/applications/broken.desktop", "\xff\n[\n=");
+    const auto menu = DesktopEntries::read(
+        { { folder.path("home/applications"), folder.path("system/applications") }, {}, {} });
+
+    const FakeProcesses processes;
+    processes.start(10, { "bwrap\0"s, "bwrap", 1, 10, "app-flatpak-vendor\\x2dlogic-10.scope" });
+    processes.start(11, { "/app/run\0"s, "run", 10, 11, "app-flatpak-vendor\\x2dlogic-10.scope" });
+    processes.start(12, { "/app/gpu\0"s, "gpu", 1, 12, "app-flatpak-vendor\\x2dlogic-10.scope" });
+    processes.start(20, { "term\0"s, "term", 1, 20, "app-term-20.scope" });
+    processes.start(21, { "./Logic\0"s, "Logic", 20, 21, "app-term-20.scope" });
+    processes.start(22, { "./tool\0"s, "tool", 20, 22, "app-term-20.scope" });
+    processes.start(23, { "./bare\0"s, "bare", 20, 23, "app-term-20.scope" });
+    processes.start(30, { "q\0"s, "q", 1, 30, "app-quiet-30.scope" });
+    processes.start(31, { "t\0"s, "t", 1, 31, "app-term@autostart.service" });
+    processes.start(32, { "m\0"s, "m", 1, 32, "app-missing-32.scope" });
+    processes.start(33, { "g\0"s, "g", 1, 33, "app-gone-33.scope" });
+    processes.start(40, { "C:\\windows\\explorer.exe\0"s, "explorer.exe", 1, 40 });
+    ProcessTable table(processes.root());
+    const std::map<ProcessKey, WindowClass> windows { { { 21, 21 }, { "logic", "Logic" } },
+        { { 22, 22 }, { "x", "TermWindow" } }, { { 23, 23 }, { "bare", "Bare" } },
+        { { 40, 40 }, { "explorer.exe", "explorer.exe" } } };
+    EXPECT_THAT(listed(table, *menu, windows),
+        ElementsAre("11 vendor-logic Logic 2", "20 term Term", "21 vendor-logic Logic 2",
+            "22 term Term", "23 Bare bare", "30 quiet Quiet (background)",
+            "31 term Term (background)", "32 missing m (background)", "33 gone g (background)"));
+
+    EXPECT_FALSE(menu->isOutdated());
+    add("home/applications/vendor/new.desktop", "Name=New");
+    EXPECT_TRUE(menu->isOutdated());
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <string>
+
+namespace stemvault {
+
+/// A folder in the form of /proc.
+class FakeProcesses {
+public:
+    struct Description {
+        std::string commandLine; ///< With a NUL behind each word.
+        std::string command;
+        int parent = 1;
+        int startTime = 100;
+        std::string unit = "session-2.scope";
+        char state = 'S';
+    };
+
+    [[nodiscard]] const std::string& root() const { return folder.path(); }
+
+    void start(int process, const Description& description) const
+    {
+        const std::string at = std::to_string(process) + "/";
+        folder.write(at + "cmdline", description.commandLine);
+        folder.write(at + "comm", description.command + "\n");
+        folder.write(at + "cgroup", "1:name=systemd:/\n0::/user.slice/" + description.unit + "\n");
+        folder.write(at + "stat",
+            std::to_string(process) + " (" + description.command + ") " + description.state + " "
+                + std::to_string(description.parent) + " 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 "
+                + std::to_string(description.startTime) + " 5 5 5\n");
+    }
+
+    void end(int process) const
+    {
+        std::filesystem::remove_all(folder.path(std::to_string(process)));
+    }
+
+private:
+    TemporaryFolder folder;
+};
+
+} // namespace stemvault

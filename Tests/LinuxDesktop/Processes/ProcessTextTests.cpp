@@ -1,0 +1,126 @@
+#include "LinuxDesktop/Processes/DesktopEntry.h"
+#include "LinuxDesktop/Processes/KnownApplication.h"
+#include "LinuxDesktop/Processes/OpenFilesText.h"
+#include "LinuxDesktop/Processes/ProcessText.h"
+
+#include <gmock/gmock.h>
+
+namespace stemvault {
+namespace {
+
+using std::string_literals::operator""s;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+
+TEST(ProcessTextTests, TheStatOfAProcess)
+{
+    const auto text = [](const std::string& begin) {
+        return begin + " 7 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 4711 5 5";
+    };
+    EXPECT_THAT(
+        parseProcessStat(text("42 (a) b) S")), Optional(ProcessStat { 'S', 7, 4711, "a) b" }));
+    for (const auto& malformed : { ""s, "42"s, "42 )("s, "42 (a"s, "42 (a)"s, "42 (a) "s,
+             "42 (a) S x"s, "42 (a) S 7 1 1"s, text("42 (a) S").substr(0, 50) })
+        EXPECT_EQ(parseProcessStat(malformed), std::nullopt) << malformed;
+}
+
+TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
+{
+    const std::string wine(20, '\0'); // Wine leaves that many empty words behind the path.
+    const struct {
+        std::string commandLine, command, executable, name, identifier;
+    } rows[] = {
+        { "C:\\Program Files\\DAW\\ProTools.exe" + wine, "ProTools.exe", "/usr/lib/wine/wine64",
+            "Pro Tools", "com.avid.ProTools" },
+        { "C:\\Program Files\\DAW\\Ableton Live 11 Suite.exe" + wine, "Ableton Live 11", "",
+            "Ableton Live 11 Suite", "com.ableton.live" },
+        { "", "Ableton Live 11", "", "Ableton Live 11", "com.ableton.live" }, // Cut at 15 bytes.
+        { "C:\\DAW\\Cubase12.EXE" + wine, "", "", "Cubase 12", "com.steinberg.cubase12" },
+        { "cubase12" + wine, "cubase12", "", "cubase 12", "com.steinberg.cubase12" },
+        { "Z:\\reaper.exe" + wine, "", "", "REAPER", "com.cockos.reaper" },
+        { "/opt/REAPER/reaper\0/s/Song.rpp\0"s, "reaper", "", "REAPER", "com.cockos.reaper" },
+        { "C:\\PreSonus\\Studio One 5\\Studio One.exe" + wine, "", "/usr/lib/wine/wine64",
+            "Studio One", "com.presonus.studioone5" },
+        { "Studio One\0"s, "Studio One", "/opt/PreSonus/Studio One 5/Studio One", "Studio One",
+            "com.presonus.studioone5" },
+        { "/opt/PreSonus/Studio One 7/Studio One\0"s, "", "", "Studio One",
+            "com.presonus.studioone6" },
+        { "/opt/REAPER/reaper_host64\0"s, "reaper_host64", "", "", "" },
+        { "/usr/bin/wineserver64\0"s, "", "", "", "" },
+        { "C:\\windows\\system32\\services.exe" + wine, "", "", "", "" },
+        { "grep\0reaper\0"s, "grep", "/opt/REAPER/reaper", "", "" },
+        { "", "", "", "", "" },
+    };
+    for (const auto& row : rows) {
+        const auto known =
+            knownApplication(parseProgram(row.commandLine, row.command + "\n"), row.executable);
+        EXPECT_EQ(
+            known.value_or(KnownApplication {}), (KnownApplication { row.identifier, row.name }))
+            << row.commandLine;
+    }
+}
+
+TEST(ProcessTextTests, TheUnitOfAnApplication)
+{
+    const struct {
+        const char *unit, *identifier;
+        bool isAutostart = false;
+    } rows[] = {
+        { "app-gnome-cockos\\x2dreaper-1234.scope", "cockos-reaper" },
+        { "app-cockos\\x2dreaper-0123456789abcdef0123456789abcdef.scope", "cockos-reaper" },
+        { "app-org.kde.dolphin@0123456789abcdef.service", "org.kde.dolphin" },
+        { "app-flatpak-com.bitwig.BitwigStudio-99.scope", "com.bitwig.BitwigStudio" },
+        { "app-gnome-a\\x2db@autostart.service", "a-b", true },
+        { "app-x-1.scope/of its own", "x" },
+        { "app-x\\x2.service", "x\\x2" },
+        { "app-.scope", "" },
+        { "session-2.scope", "" },
+        { "user@1000.service/app.slice", "" },
+    };
+    for (const auto& row : rows) {
+        const auto unit =
+            parseApplicationUnit("2:cpu:/app-no-1.scope\n0::/user.slice/"s + row.unit);
+        EXPECT_EQ(unit ? unit->identifier : "", row.identifier) << row.unit;
+        EXPECT_EQ(unit && unit->isAutostart, row.isAutostart) << row.unit;
+    }
+}
+
+TEST(ProcessTextTests, ADesktopEntry)
+{
+    const auto entry =
+        parseDesktopEntry("# Name=No\nName=No\n[Desktop Entry]\r\nType = Application\n"
+                          "Name=A\\sB\\\\c\\q\nName[de]=Ein Name\nName=Later\nNo value\n"
+                          "StartupWMClass=Cls\nTryExec=/x y\nNoDisplay=true\nTerminal=true\n"
+                          "Exec=env A=b \"/opt/My \\\\\"Daw/run it\" %U\n[Desktop Action x]\n"
+                          "Hidden=true\n=\n[",
+            { "fr" });
+    EXPECT_THAT(
+        entry, Optional(DesktopEntry { "A B\\c\\q", "Cls", "run it", "/x y", false, false, true }));
+    const std::string twoNames =
+        "[Desktop Entry]\nType=Application\nName=A\nName[de]=B\nName[de_AT]=C";
+    EXPECT_EQ(parseDesktopEntry(twoNames, preferredLanguages("de_CH.UTF-8"))->name, "B");
+    EXPECT_EQ(parseDesktopEntry(twoNames, preferredLanguages("C.UTF-8"))->name, "A");
+    EXPECT_THAT(preferredLanguages("sr_RS.UTF-8@latin"),
+        ElementsAre("sr_RS@latin", "sr_RS", "sr@latin", "sr"));
+    for (const char* none : { "", "[Desktop Entry]\nName=A", "[Desktop Entry]\nType=Application",
+             "Type=Application\nName=A", "[Desktop Entry]\nType=Link\nName=A" })
+        EXPECT_EQ(parseDesktopEntry(none, {}), std::nullopt) << none;
+    for (const char* others : { "", "\"", "sh -c reaper", "env A=b", "flatpak run org.x.Y" })
+        EXPECT_THAT(programOfExecLine(others), IsEmpty());
+    EXPECT_THAT(parseFlatpakIdentifier("[Application]\nname=org.x.Y\n"), Optional("org.x.Y"s));
+}
+
+TEST(ProcessTextTests, NamesInTheFormOfLsof)
+{
+    EXPECT_EQ(nameAsPrinted("/a b/\xc3\xa9\xe6\x97\xa5 "), "/a b/\xc3\xa9\xe6\x97\xa5 ");
+    EXPECT_EQ(nameAsPrinted("\n\t\r\\\x07\x7f\xff\xc3"), "\\n\\t\\r\\\\^G^?\\xff\\xc3");
+    EXPECT_EQ(linesOfMappedFiles("0-1 r--p 0 0:1 5   /exe\n1-2 r--p 0 0:1 5 /a b\n"
+                                 "2-3 rw-p 0 0:1 5 /a b\n3-4 rw-p 0 0:0 0 [heap]\n"
+                                 "4-5 r--p 0 0:1 6 /x\\012y (deleted)\n5-6 rw-p 0 0:0 0",
+                  "/exe"),
+        "n/a b\nn/x\\ny\n");
+}
+
+} // namespace
+} // namespace stemvault
