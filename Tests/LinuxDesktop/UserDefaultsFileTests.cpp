@@ -1,0 +1,232 @@
+#include "LinuxDesktop/UserDefaultsFile.h"
+#include "Support/FakeDispatch.h"
+#include "Support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <sys/wait.h>
+#include <thread>
+#include <vector>
+
+namespace stemvault {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+const std::string key = "settingsStore_v1";
+
+class UserDefaultsFileTest : public testing::Test {
+protected:
+    UserDefaultsFileTest()
+    {
+        calls.pwrite = [this](auto... arguments) {
+            ++writes;
+            return ::pwrite(arguments...);
+        };
+    }
+
+    [[nodiscard]] UserDefaultsFile open() { return { path, dispatch, calls }; }
+
+    [[nodiscard]] std::optional<std::string> stored()
+    {
+        FakeDispatch another;
+        return UserDefaultsFile(path, another).data(key);
+    }
+
+    [[nodiscard]] std::vector<std::string> names() const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(files.path("stemvault")))
+            found.push_back(entry.path().filename().string());
+        std::ranges::sort(found);
+        return found;
+    }
+
+    TemporaryFolder files;
+    std::string path = files.path("stemvault/connect.json");
+    FakeDispatch dispatch;
+    SystemCalls calls;
+    int writes = 0;
+};
+
+TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
+{
+    const struct {
+        const char* what;
+        std::string file;
+        std::optional<std::string> expected;
+    } rows[] = {
+        { "text", R"({"settingsStore_v1": {"data": "{\"a\":1}"}})", R"({"a":1})" },
+        { "other bytes", R"({"settingsStore_v1": {"base64": "/wA="}})", std::string("\xFF\0", 2) },
+        { "no whole base64", R"({"settingsStore_v1": {"base64": "/wA"}})", std::nullopt },
+        { "another kind", R"({"settingsStore_v1": {"date": "2026-01-01"}})", std::nullopt },
+        { "no kind", R"({"settingsStore_v1": "text"})", std::nullopt },
+        { "another key", R"({"other": {"data": "x"}})", std::nullopt },
+    };
+    for (const auto& row : rows) {
+        files.write("stemvault/connect.json", row.file);
+        EXPECT_EQ(open().data(key), row.expected) << row.what;
+        EXPECT_EQ(files.read("stemvault/connect.json"), row.file) << row.what;
+    }
+    EXPECT_THAT(names(), ElementsAre("connect.json"));
+}
+
+TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)
+{
+    auto defaults = open();
+    const std::string values[] = { "text", "", std::string("\0\n\u00e9", 4), "\xFF", "\xFF\xFE",
+        std::string("\xFF\0\xFE", 3) };
+    for (const std::string& value : values) {
+        writes = 0;
+        defaults.setData(key, "first");
+        defaults.setData(key, value);
+        EXPECT_EQ(defaults.data(key), value);
+        dispatch.settle();
+        EXPECT_EQ(writes, 1);
+        EXPECT_EQ(stored(), value);
+        defaults.setData(key, value);
+        dispatch.settle();
+        EXPECT_EQ(writes, 1) << "it is there already";
+    }
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(path).permissions(), perms { 0600 });
+    EXPECT_EQ(std::filesystem::status(files.path("stemvault")).permissions(), perms { 0700 });
+}
+
+TEST_F(UserDefaultsFileTest, KeepsWhatItDoesNotKnow)
+{
+    files.write("stemvault/connect.json", R"({"later": {"date": "2026"}, "n": [1.5, null]})");
+    auto defaults = open();
+    defaults.setData(key, "a");
+    dispatch.settle();
+    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("\"date\": \"2026\""));
+    files.write("stemvault/connect.json", "torn {");
+    defaults.setData(key, "b");
+    dispatch.settle();
+    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("\"date\": \"2026\""));
+    EXPECT_EQ(stored(), "b");
+}
+
+TEST_F(UserDefaultsFileTest, MovesDamagedFilesAside)
+{
+    for (const std::string damage : { "", "{\"settings", "[1]" }) {
+        files.write("stemvault/connect.json", damage);
+        EXPECT_EQ(open().data(key), std::nullopt);
+        EXPECT_FALSE(std::filesystem::exists(path)) << damage;
+    }
+    ASSERT_EQ(names().size(), 3U) << "none over an earlier one";
+    for (const std::string& name : names())
+        EXPECT_THAT(name, StartsWith("connect.json.damaged-2"));
+}
+
+TEST_F(UserDefaultsFileTest, SparesAFileThatItCannotRead)
+{
+    files.makeFolder("stemvault/connect.json/inner");
+    auto defaults = open();
+    defaults.setData(key, "new");
+    dispatch.settle();
+    EXPECT_TRUE(std::filesystem::exists(path + "/inner"));
+    EXPECT_EQ(defaults.data(key), "new");
+    std::filesystem::remove_all(path);
+    const std::string unseen = R"({"settingsStore_v1": {"data": "old"}, "kept": 1})";
+    files.write("stemvault/connect.json", unseen);
+    defaults.setData(key, "newer");
+    dispatch.settle();
+    EXPECT_EQ(stored(), "newer");
+    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("kept"));
+    ASSERT_THAT(names(), ElementsAre("connect.json", StartsWith("connect.json.unread-2")));
+    EXPECT_EQ(files.read("stemvault/" + names()[1]), unseen);
+}
+
+TEST_F(UserDefaultsFileTest, WritesThroughALink)
+{
+    files.makeFolder("stemvault");
+    files.makeFolder("dotfiles");
+    std::filesystem::create_symlink("../dotfiles/settings.json", path);
+    for (const std::string value : { "made", "changed" }) {
+        auto defaults = open();
+        defaults.setData(key, value);
+        dispatch.settle();
+        EXPECT_TRUE(std::filesystem::is_symlink(path));
+        EXPECT_THAT(files.read("dotfiles/settings.json"), HasSubstr(value));
+    }
+}
+
+TEST_F(UserDefaultsFileTest, TriesAFailedWriteAgainWithTheNextChange)
+{
+    bool isFull = false;
+    calls.fsync = [&](int file) { return isFull ? errno = ENOSPC, -1 : ::fsync(file); };
+    auto defaults = open();
+    defaults.setData(key, "old");
+    dispatch.settle();
+    isFull = true;
+    defaults.setData(key, "new");
+    dispatch.settle();
+    EXPECT_EQ(stored(), "old");
+    EXPECT_EQ(defaults.data(key), "new");
+    EXPECT_THAT(names(), ElementsAre("connect.json"));
+    isFull = false;
+    defaults.setData("other", "x");
+    dispatch.settle();
+    EXPECT_EQ(stored(), "new");
+}
+
+TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
+{
+    auto defaults = open();
+    defaults.setData(key, "first");
+    dispatch.settleMainQueue();
+    defaults.setData(key, "last");
+    std::thread underWay([this] { dispatch.runOldestUtilityWork(); });
+    defaults.synchronize();
+    underWay.join();
+    EXPECT_EQ(stored(), "last");
+    dispatch.settle();
+    EXPECT_EQ(stored(), "last");
+    {
+        auto gone = open();
+        gone.setData(key, "of one that is gone");
+        dispatch.settleMainQueue();
+    }
+    dispatch.settle();
+    EXPECT_EQ(stored(), "of one that is gone") << "what was under way is finished";
+}
+
+TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
+{
+    files.write("stemvault/connect.json", R"({"settingsStore_v1": {"data": "old"}})");
+    int call = 1;
+    for (bool isKilled = true; isKilled; ++call) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            int left = call;
+            const auto arm = [&left](auto& target) {
+                target = [&left, real = target](auto... arguments) {
+                    return --left == 0 ? ::raise(SIGKILL) : 0, real(arguments...);
+                };
+            };
+            arm(calls.openat), arm(calls.pwrite), arm(calls.fsync);
+            arm(calls.linkat), arm(calls.renameat2);
+            auto defaults = open();
+            defaults.setData(key, "new");
+            defaults.synchronize();
+            ::_exit(0);
+        }
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        isKilled = WIFSIGNALED(status);
+        ASSERT_TRUE(stored() == "old" || stored() == "new") << call;
+    }
+    EXPECT_EQ(stored(), "new");
+    EXPECT_GT(call, 6);
+}
+
+} // namespace
+} // namespace stemvault
