@@ -1,0 +1,177 @@
+#include "LinuxDesktop/Workspace/ApplicationWatch.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds usualInterval = 5s;
+
+/// Who asks twice within one piece of work gets one look.
+constexpr std::chrono::milliseconds momentOfOneLook = 5ms;
+
+std::string environment(const char* name)
+{
+    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody sets any.
+    return value == nullptr ? "" : value;
+}
+
+bool isRegular(const ListedApplication& application)
+{
+    return application.description.activationPolicy == ActivationPolicy::Regular;
+}
+
+} // namespace
+
+WorkspaceSources WorkspaceSources::ofThisSession()
+{
+    WorkspaceSources sources;
+    sources.display = environment("DISPLAY");
+    sources.entries = DesktopEntryPlaces::ofThisUser();
+    const bool isWayland =
+        !environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland";
+    if (isWayland)
+        sources.unitBus = QDBusConnection::sessionBus();
+    if (isWayland || sources.display.empty())
+        sources.interval = usualInterval;
+    return sources;
+}
+
+ApplicationWatch::ApplicationWatch(
+    Dispatch& queues, WorkspaceSources sources, std::function<void(WorkspaceNews)> onNews)
+    : dispatch(queues), announced(std::move(onNews)), menuPlaces(sources.entries),
+      menu(std::make_shared<const DesktopEntries>()), processes(sources.processRoot),
+      endings(sources.processRoot, [this] { update(); })
+{
+    listen(sources);
+}
+
+void ApplicationWatch::listen(const WorkspaceSources& sources)
+{
+    QObject::connect(&timer, &QTimer::timeout, &context, [this] { update(); });
+    if (!sources.display.empty())
+        windows = X11Windows::connect(
+            sources.display,
+            [this](X11Windows::Change change) {
+                update(change.active ? Activation::Another : Activation::None);
+            },
+            [this] { lookEvery(usualInterval); });
+    if (sources.unitBus)
+        units = std::make_unique<UnitSignals>(*sources.unitBus, [this] { update(); });
+    if (sources.interval || !windows)
+        lookEvery(sources.interval.value_or(usualInterval));
+}
+
+void ApplicationWatch::lookEvery(std::chrono::milliseconds interval)
+{
+    timer.start(interval);
+}
+
+const std::vector<ListedApplication>& ApplicationWatch::applications()
+{
+    if (lookedAt && steady_clock::now() - *lookedAt < momentOfOneLook)
+        return listed;
+    look();
+    // Nobody is told of anything inside a question of theirs.
+    if (news.launched || news.terminated)
+        QMetaObject::invokeMethod(
+            &context, [this] { announce(); }, Qt::QueuedConnection);
+    return listed;
+}
+
+void ApplicationWatch::update(Activation activation)
+{
+    look();
+    news.activated = news.activated || activation == Activation::Another;
+    announce();
+}
+
+void ApplicationWatch::look()
+{
+    processes.sweep();
+    noteWindows();
+    listed = listApplications(processes.processes(), windowClasses, *menu);
+    noteTerminated();
+    noteLaunched();
+    // What is there at the first look has not just been launched.
+    if (!std::exchange(lookedAt, steady_clock::now()))
+        news = {};
+    endings.watch(running);
+}
+
+void ApplicationWatch::noteWindows()
+{
+    std::erase_if(
+        windowClasses, [this](const auto& window) { return !processes.contains(window.first); });
+    if (!windows)
+        return;
+    for (const auto& [window, about] : windows->windows()) {
+        const auto process = processes.processes().find(about.process);
+        if (about.isOrdinary && process != processes.processes().end())
+            windowClasses.emplace(
+                process->second.key, WindowClass { about.instance, about.className });
+    }
+}
+
+void ApplicationWatch::noteLaunched()
+{
+    bool isAnyNew = false;
+    for (const ListedApplication& application : listed)
+        if (isRegular(application) && running.insert(application.key).second)
+            isAnyNew = true;
+    if (!isAnyNew)
+        return;
+    news.launched = true;
+    readMenuIfOutdated();
+}
+
+void ApplicationWatch::noteTerminated()
+{
+    const auto isGone = [this](const ProcessKey& key) { return !processes.contains(key); };
+    if (std::erase_if(running, isGone) > 0)
+        news.terminated = true;
+}
+
+void ApplicationWatch::announce()
+{
+    if (news.launched || news.terminated || news.activated)
+        announced(std::exchange(news, {}));
+}
+
+/// The disk is asked in the background: it may be slow, and another machine's.
+void ApplicationWatch::readMenuIfOutdated()
+{
+    if (std::exchange(isReadingMenu, true))
+        return;
+    auto take = [this](std::shared_ptr<const DesktopEntries> read) { takeMenu(std::move(read)); };
+    auto finish = [&queues = dispatch, guarded = alive.guard(std::move(take))](
+                      std::shared_ptr<const DesktopEntries> read) {
+        queues.mainAsync([guarded, read = std::move(read)]() mutable { guarded(read); });
+    };
+    dispatch.utilityAsync([old = menu, places = menuPlaces, finish = std::move(finish)] {
+        finish(old->isOutdated() ? DesktopEntries::read(places) : nullptr);
+    });
+}
+
+void ApplicationWatch::takeMenu(std::shared_ptr<const DesktopEntries> read)
+{
+    isReadingMenu = false;
+    if (!read)
+        return;
+    menu = std::move(read);
+    const auto before = std::move(listed);
+    look();
+    // A name that was not known before can be the one that somebody is waiting for.
+    if (!std::ranges::equal(
+            before, listed, {}, &ListedApplication::description, &ListedApplication::description))
+        news.launched = true;
+    announce();
+}
+
+} // namespace stemvault

@@ -1,0 +1,99 @@
+#pragma once
+
+#include "Foundation/Alive.h"
+#include "LinuxDesktop/Processes/ApplicationList.h"
+#include "LinuxDesktop/Workspace/ProcessEndings.h"
+#include "LinuxDesktop/Workspace/UnitSignals.h"
+#include "LinuxDesktop/Workspace/X11Windows.h"
+#include "Platform/Dispatch.h"
+
+#include <QDBusConnection>
+#include <QObject>
+#include <QTimer>
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// What a workspace looks at.
+struct WorkspaceSources {
+    std::string processRoot = "/proc";
+    std::string display; ///< Of X11; empty when there is none.
+    std::optional<QDBusConnection> unitBus; ///< Where the service manager signals, if it is asked.
+    /// How often to look for what no event tells of; absent where events tell of everything.
+    std::optional<std::chrono::milliseconds> interval;
+    DesktopEntryPlaces entries;
+
+    /// By this program's environment. Windows of X11 tell of every application on X11 only. On
+    /// Wayland those of its own kind are found by their units and by looking every five seconds.
+    [[nodiscard]] static WorkspaceSources ofThisSession();
+};
+
+struct WorkspaceNews {
+    bool launched = false;
+    bool terminated = false;
+    bool activated = false;
+};
+
+/// Knows the applications among the user's processes by their windows, by the desktop's units and,
+/// for DAWs, by their names. An application is launched when it first counts as regular. It stays
+/// so until its process ends, whatever its windows do: many a program shows a splash window, then
+/// none, then its own. Main thread only; needs its event loop.
+///
+/// The desktop's menu is read in the background. Until then applications other than DAWs go by the
+/// names of their programs.
+class ApplicationWatch {
+public:
+    /// `onNews` is called from the event loop, once for all that is found at once. `dispatch` must
+    /// outlive the watch.
+    ApplicationWatch(
+        Dispatch& queues, WorkspaceSources sources, std::function<void(WorkspaceNews)> onNews);
+
+    /// As they are now, in the order in which they were started.
+    [[nodiscard]] const std::vector<ListedApplication>& applications();
+
+private:
+    enum class Activation { None, Another };
+
+    void listen(const WorkspaceSources& sources);
+    void lookEvery(std::chrono::milliseconds interval);
+
+    void update(Activation activation = Activation::None);
+    void look();
+    void noteWindows();
+    void noteLaunched();
+    void noteTerminated();
+    void announce();
+
+    void readMenuIfOutdated();
+    void takeMenu(std::shared_ptr<const DesktopEntries> read);
+
+    Dispatch& dispatch;
+    const std::function<void(WorkspaceNews)> announced;
+    const DesktopEntryPlaces menuPlaces;
+    std::shared_ptr<const DesktopEntries> menu;
+    bool isReadingMenu = false;
+
+    ProcessTable processes;
+    std::map<ProcessKey, WindowClass> windowClasses;
+    std::vector<ListedApplication> listed;
+    std::set<ProcessKey> running; ///< Those whose launch counts as told.
+    std::optional<std::chrono::steady_clock::time_point> lookedAt;
+    WorkspaceNews news;
+
+    ProcessEndings endings;
+    std::unique_ptr<X11Windows> windows;
+    std::unique_ptr<UnitSignals> units;
+    QTimer timer;
+    QObject context; ///< Of what is queued for later.
+    Alive alive;
+};
+
+} // namespace stemvault

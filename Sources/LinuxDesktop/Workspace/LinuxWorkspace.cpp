@@ -1,0 +1,55 @@
+#include "LinuxDesktop/Workspace/LinuxWorkspace.h"
+
+#include <utility>
+
+namespace stemvault {
+
+LinuxWorkspace::LinuxWorkspace(Dispatch& dispatch, WorkspaceSources sources)
+    : watch(std::make_unique<ApplicationWatch>(
+        dispatch, std::move(sources), [this](WorkspaceNews news) { announce(news); }))
+{
+}
+
+std::vector<RunningApplication> LinuxWorkspace::runningApplications() const
+{
+    std::vector<RunningApplication> running;
+    for (const ListedApplication& application : watch->applications())
+        running.push_back(application.description);
+    return running;
+}
+
+void LinuxWorkspace::addObserver(
+    const void* observer, WorkspaceNotification notification, std::function<void()> work)
+{
+    observers.push_back(
+        std::make_shared<Observer>(Observer { observer, notification, std::move(work) }));
+}
+
+void LinuxWorkspace::removeObserver(const void* observer)
+{
+    std::erase_if(observers, [observer](const auto& each) {
+        // A notice may be on its way round just now.
+        each->isRemoved = each->handle == observer;
+        return each->isRemoved;
+    });
+}
+
+void LinuxWorkspace::announce(WorkspaceNews news)
+{
+    if (news.terminated)
+        post(WorkspaceNotification::DidTerminateApplication);
+    if (news.launched)
+        post(WorkspaceNotification::DidLaunchApplication);
+    if (news.activated)
+        post(WorkspaceNotification::DidActivateApplication);
+}
+
+void LinuxWorkspace::post(WorkspaceNotification notification)
+{
+    const auto asked = observers;
+    for (const auto& observer : asked)
+        if (!observer->isRemoved && observer->notification == notification)
+            observer->work();
+}
+
+} // namespace stemvault

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "LinuxDesktop/Workspace/ApplicationWatch.h"
+#include "Platform/Workspace.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace stemvault {
+
+/// The workspace of a Linux desktop; see ApplicationWatch for what counts as an application.
+/// An activation is told for every other window that the user turns to, also of the same
+/// application: that is when a DAW has opened its session.
+class LinuxWorkspace : public Workspace {
+public:
+    /// `dispatch` must outlive it.
+    explicit LinuxWorkspace(
+        Dispatch& dispatch, WorkspaceSources sources = WorkspaceSources::ofThisSession());
+
+    [[nodiscard]] std::vector<RunningApplication> runningApplications() const override;
+    void addObserver(const void* observer, WorkspaceNotification notification,
+        std::function<void()> work) override;
+    void removeObserver(const void* observer) override;
+
+private:
+    struct Observer {
+        const void* handle;
+        WorkspaceNotification notification;
+        std::function<void()> work;
+        bool isRemoved = false;
+    };
+
+    void announce(WorkspaceNews news);
+    void post(WorkspaceNotification notification);
+
+    std::vector<std::shared_ptr<Observer>> observers;
+    std::unique_ptr<ApplicationWatch> watch;
+};
+
+} // namespace stemvault

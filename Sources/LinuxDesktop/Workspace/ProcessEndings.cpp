@@ -1,0 +1,51 @@
+#include "LinuxDesktop/Workspace/ProcessEndings.h"
+
+#include "LinuxDesktop/Processes/ProcessDescriptor.h"
+#include "LinuxDesktop/Processes/ReadText.h"
+
+#include <QObject>
+
+#include <utility>
+
+namespace stemvault {
+
+ProcessEndings::ProcessEndings(std::string processRoot, std::function<void()> onEnding)
+    : root(std::move(processRoot)), ended(std::move(onEnding))
+{
+}
+
+void ProcessEndings::watch(const std::set<ProcessKey>& keys)
+{
+    std::erase_if(watches, [&](const auto& each) { return !keys.contains(each.first); });
+    for (const ProcessKey& key : keys)
+        if (const auto [at, isNew] = watches.try_emplace(key); isNew)
+            at->second = makeWatch(key);
+}
+
+ProcessEndings::Watch ProcessEndings::makeWatch(const ProcessKey& key)
+{
+    Watch made { openProcess(key.process), nullptr };
+    // The process may have ended, and its number been given out again, before this was open.
+    if (!isStillThere(key)) {
+        QMetaObject::invokeMethod(&context, ended, Qt::QueuedConnection);
+        return {};
+    }
+    if (!made.process)
+        return made;
+    made.notifier.reset(new QSocketNotifier(made.process.get(), QSocketNotifier::Read));
+    QObject::connect(made.notifier.get(), &QSocketNotifier::activated, &context,
+        [this, notifier = made.notifier.get()] {
+            notifier->setEnabled(false); // It stays readable for ever.
+            ended();
+        });
+    return made;
+}
+
+bool ProcessEndings::isStillThere(const ProcessKey& key) const
+{
+    const auto text = readText(root + "/" + std::to_string(key.process) + "/stat");
+    const auto stat = text ? parseProcessStat(*text) : std::nullopt;
+    return stat && stat->startTime == key.startTime;
+}
+
+} // namespace stemvault

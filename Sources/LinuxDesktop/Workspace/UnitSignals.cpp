@@ -1,0 +1,38 @@
+#include "LinuxDesktop/Workspace/UnitSignals.h"
+
+#include <QDBusMessage>
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+const QString service = QStringLiteral("org.freedesktop.systemd1");
+const QString path = QStringLiteral("/org/freedesktop/systemd1");
+const QString manager = QStringLiteral("org.freedesktop.systemd1.Manager");
+
+} // namespace
+
+UnitSignals::UnitSignals(QDBusConnection bus, std::function<void()> onChange)
+    : changed(std::move(onChange))
+{
+    // No sender is asked for, which would make Qt wait for the bus to say who that is.
+    for (const char* signal : { "UnitNew", "UnitRemoved" })
+        bus.connect(QString(), path, manager, QString::fromLatin1(signal), this,
+            SLOT(unitChanged(QString)));
+    // The manager is silent until it is asked. Its answer tells nothing, so none is awaited.
+    auto subscribe =
+        QDBusMessage::createMethodCall(service, path, manager, QStringLiteral("Subscribe"));
+    subscribe.setAutoStartService(false);
+    bus.send(subscribe);
+}
+
+void UnitSignals::unitChanged(const QString& unit)
+{
+    if (unit.startsWith(QLatin1String("app-"))
+        && (unit.endsWith(QLatin1String(".scope")) || unit.endsWith(QLatin1String(".service"))))
+        changed();
+}
+
+} // namespace stemvault

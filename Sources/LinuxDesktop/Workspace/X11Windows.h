@@ -1,0 +1,106 @@
+#pragma once
+
+#include <QSocketNotifier>
+#include <xcb/xcb.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <sys/types.h>
+
+namespace stemvault {
+
+/// A window in the window manager's list.
+struct ClientWindow {
+    pid_t process = 0; ///< 0 when it cannot be told, as for a window of another machine.
+    std::string instance;
+    std::string className;
+    bool isOrdinary = false; ///< One of those that a task bar shows.
+};
+
+/// The windows of an X display and the one the user works in, as the window manager tells them,
+/// over a connection of its own. After connecting nothing waits for the server: every question's
+/// answer is taken up by the event loop when it is there. Main thread only.
+class X11Windows {
+public:
+    struct Change {
+        bool list = false;
+        bool active = false; ///< Another window than the one before, not none.
+    };
+
+    /// `changed` is called once for all that has come in together; `lost` once, when the server
+    /// has gone, which leaves the list empty. Null when there is no such display.
+    [[nodiscard]] static std::unique_ptr<X11Windows> connect(const std::string& display,
+        std::function<void(Change)> changed, std::function<void()> lost);
+
+    [[nodiscard]] const std::map<xcb_window_t, ClientWindow>& windows() const { return listed; }
+
+private:
+    struct Disconnect {
+        void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+    };
+    using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
+
+    enum AtomName : std::size_t {
+        ClientList,
+        ActiveWindow,
+        WindowPid,
+        WindowType,
+        WindowTypeNormal,
+        WindowState,
+        SkipTaskbar,
+        AtomCount,
+    };
+
+    /// An answer under way. They come in the order of the questions.
+    struct Question {
+        unsigned sequence;
+        std::function<void(const void* reply)> answered; ///< Null for a refusal.
+    };
+
+    X11Windows(Connection made, int screen, std::function<void(Change)> onChange,
+        std::function<void()> onLost);
+
+    void internAtoms();
+    void watchRootWindow(int screen);
+    void handleSocket();
+    [[nodiscard]] bool takeAnswer();
+    [[nodiscard]] bool takeEvent();
+    void handleLoss();
+
+    using PropertyAnswer = std::function<void(const xcb_get_property_reply_t* reply)>;
+    void askProperty(xcb_window_t window, xcb_atom_t property, PropertyAnswer answered);
+    void askClientList();
+    void askActiveWindow();
+    void askAbout(xcb_window_t window);
+    void askOwner(xcb_window_t window);
+    void takeClientList(const xcb_get_property_reply_t* reply);
+    void takeActiveWindow(const xcb_get_property_reply_t* reply);
+    void takeState(xcb_window_t window, const xcb_get_property_reply_t* reply);
+
+    struct Asked {
+        ClientWindow found;
+        pid_t claimedProcess = 0;
+    };
+
+    std::function<void(Change)> changed;
+    std::function<void()> lost;
+    Connection connection;
+    xcb_window_t root = 0;
+    std::array<xcb_atom_t, AtomCount> atoms {};
+    bool canAskOwner = false;
+    std::string machine;
+    std::deque<Question> questions;
+    std::map<xcb_window_t, Asked> asked;
+    std::map<xcb_window_t, ClientWindow> listed;
+    xcb_window_t active = 0;
+    Change pending;
+    std::unique_ptr<QSocketNotifier> notifier;
+};
+
+} // namespace stemvault

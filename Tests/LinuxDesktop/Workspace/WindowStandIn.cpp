@@ -1,0 +1,50 @@
+// Stands for an application of X11: opens a window for each line "open" on its standard input,
+// closes the latest for each "close", and quits when there are no more lines.
+
+#include <xcb/xcb.h>
+
+#include <iostream>
+#include <string>
+#include <string_view>
+#include <sys/utsname.h>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+void setText(
+    xcb_connection_t* connection, xcb_window_t window, xcb_atom_t property, std::string_view text)
+{
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, XCB_ATOM_STRING, 8,
+        static_cast<std::uint32_t>(text.size()), text.data());
+}
+
+void open(xcb_connection_t* connection, xcb_window_t window)
+{
+    const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
+    xcb_create_window(connection, XCB_COPY_FROM_PARENT, window, screen.root, 0, 0, 200, 100, 0,
+        XCB_WINDOW_CLASS_INPUT_OUTPUT, screen.root_visual, 0, nullptr);
+    setText(connection, window, XCB_ATOM_WM_CLASS, { "stand-in\0Stand-In\0", 18 });
+    utsname machine {};
+    uname(&machine);
+    setText(connection, window, XCB_ATOM_WM_CLIENT_MACHINE, machine.nodename);
+    xcb_map_window(connection, window);
+}
+
+} // namespace
+
+int main()
+{
+    xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
+    std::vector<xcb_window_t> windows;
+    for (std::string line; std::getline(std::cin, line); xcb_flush(connection)) {
+        if (line == "open") {
+            windows.push_back(xcb_generate_id(connection));
+            open(connection, windows.back());
+        } else {
+            xcb_destroy_window(connection, windows.back());
+            windows.pop_back();
+        }
+    }
+    xcb_disconnect(connection);
+}
