@@ -6,7 +6,8 @@
 
 namespace stemvault {
 
-AnswerGuard::AnswerGuard(QWidget& guarded) : QObject(&guarded)
+AnswerGuard::AnswerGuard(QWidget& guarded, std::chrono::milliseconds quiet)
+    : QObject(&guarded), quietTime(quiet)
 {
     guarded.winId(); // Makes the native window, through which all input comes.
     guarded.installEventFilter(this);

@@ -3,6 +3,8 @@
 #include <QDeadlineTimer>
 #include <QObject>
 
+#include <chrono>
+
 class QWidget;
 
 namespace stemvault {
@@ -13,11 +15,10 @@ namespace stemvault {
 /// clicks count once the window has been on the screen that long. Accessibility actions are always
 /// deliberate and pass.
 class AnswerGuard final : public QObject {
+    Q_OBJECT
 public:
-    static constexpr int quietTime = 400; ///< Milliseconds.
-
-    /// Belongs to the window, which must be one of its own.
-    explicit AnswerGuard(QWidget& guarded);
+    /// Belongs to the window, which must be a top-level one.
+    AnswerGuard(QWidget& guarded, std::chrono::milliseconds quiet);
 
     [[nodiscard]] bool takesKeys() const { return keysFrom.hasExpired(); }
     [[nodiscard]] bool takesClicks() const { return clicksFrom.hasExpired(); }
@@ -28,6 +29,7 @@ protected:
 private:
     [[nodiscard]] bool swallowsKey();
 
+    const std::chrono::milliseconds quietTime;
     QDeadlineTimer keysFrom { QDeadlineTimer::Forever };
     QDeadlineTimer clicksFrom { QDeadlineTimer::Forever };
 };

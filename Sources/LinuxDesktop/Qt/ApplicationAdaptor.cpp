@@ -1,13 +1,6 @@
 #include "LinuxDesktop/Qt/ApplicationAdaptor.h"
 
-#include <utility>
-
 namespace stemvault {
-
-ApplicationAdaptor::ApplicationAdaptor(QObject* node, std::function<void()> activation)
-    : QDBusAbstractAdaptor(node), activate(std::move(activation))
-{
-}
 
 // The token of the click that started us is what lets a Wayland desktop put our window in front;
 // the toolkit looks for it in the environment.
@@ -16,7 +9,8 @@ void ApplicationAdaptor::Activate(const QVariantMap& platformData)
     if (const QByteArray token = platformData.value("activation-token").toByteArray();
         !token.isEmpty())
         qputenv("XDG_ACTIVATION_TOKEN", token);
-    activate();
+    if (onActivate)
+        onActivate();
 }
 
 void ApplicationAdaptor::Open(const QStringList& /*uris*/, const QVariantMap& platformData)

@@ -14,16 +14,15 @@ class ApplicationAdaptor final : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 public:
-    ApplicationAdaptor(QObject* node, std::function<void()> activation);
+    explicit ApplicationAdaptor(QObject* node) : QDBusAbstractAdaptor(node) { }
+
+    std::function<void()> onActivate;
 
 public Q_SLOTS:
     void Activate(const QVariantMap& platformData);
     void Open(const QStringList& uris, const QVariantMap& platformData);
     void ActivateAction(
         const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
-
-private:
-    std::function<void()> activate;
 };
 
 } // namespace stemvault

@@ -38,7 +38,7 @@ int ModalWindows::run(QDialog& window)
     const bool takesKeyboard = isInFront();
     window.setWindowFlags(frameOfModalWindow);
     window.setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
-    new AnswerGuard(window);
+    new AnswerGuard(window, quiet);
     place(window);
     if (takesKeyboard)
         bringToFront(window);

@@ -2,6 +2,7 @@
 
 #include <QDeadlineTimer>
 
+#include <chrono>
 #include <vector>
 
 class QDialog;
@@ -14,6 +15,14 @@ namespace stemvault {
 /// only shows itself above all windows. Main thread only.
 class ModalWindows {
 public:
+    /// How long the keyboard and the mouse must be quiet before they answer; see AnswerGuard.
+    /// Longer than the gaps in typing, shorter than it takes to read the question.
+    static constexpr std::chrono::milliseconds usualQuietTime { 400 };
+
+    explicit ModalWindows(std::chrono::milliseconds quietTime = usualQuietTime) : quiet(quietTime)
+    {
+    }
+
     /// Runs an event loop until the window is done or the program ends; the window's result, or 0
     /// when it was closed without one.
     [[nodiscard]] int run(QDialog& window);
@@ -29,6 +38,7 @@ private:
     void place(QDialog& window) const;
     void stayInFront();
 
+    const std::chrono::milliseconds quiet;
     std::vector<QDialog*> open;
     QDeadlineTimer inFrontUntil;
     bool isStopped = false;

@@ -3,7 +3,6 @@
 #include "LinuxDesktop/Qt/ApplicationAdaptor.h"
 #include "LinuxDesktop/Qt/Identity.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 
 #include <fcntl.h>
@@ -37,9 +36,10 @@ void activateOther(QDBusConnection& bus)
 
 } // namespace
 
-SingleInstance::SingleInstance(std::function<void()> activate) : node(std::make_unique<QObject>())
+SingleInstance::SingleInstance(const QDBusConnection& sessionBus)
+    : bus(sessionBus), node(std::make_unique<QObject>()),
+      adaptor(*new ApplicationAdaptor(node.get()))
 {
-    new ApplicationAdaptor(node.get(), std::move(activate));
 }
 
 SingleInstance::~SingleInstance() = default;
@@ -47,7 +47,6 @@ SingleInstance::~SingleInstance() = default;
 // The object is there before the name is: whoever sees the name can already be answered.
 bool SingleInstance::claim()
 {
-    QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return claimLock();
     bus.registerObject(identity::objectPath, node.get());
@@ -55,6 +54,11 @@ bool SingleInstance::claim()
         return true;
     activateOther(bus);
     return false;
+}
+
+void SingleInstance::onActivate(std::function<void()> work)
+{
+    adaptor.onActivate = std::move(work);
 }
 
 // Without a runtime folder there is no session to be alone in.

@@ -2,20 +2,22 @@
 
 #include "Foundation/FileDescriptor.h"
 
+#include <QDBusConnection>
+
 #include <functional>
 #include <memory>
-#include <string>
 
 class QObject;
 
 namespace stemvault {
 
+class ApplicationAdaptor;
+
 /// Sees to it that a user runs the program once in a session: by the program's name on the session
 /// bus, or without a bus, by a lock in the user's runtime folder.
 class SingleInstance {
 public:
-    /// `activate` is called on the main thread when the user starts the program once more.
-    explicit SingleInstance(std::function<void()> activate);
+    explicit SingleInstance(const QDBusConnection& sessionBus);
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
     ~SingleInstance();
@@ -24,10 +26,15 @@ public:
     /// one is to end.
     [[nodiscard]] bool claim();
 
+    /// Called on the main thread when the user starts the program once more.
+    void onActivate(std::function<void()> work);
+
 private:
     [[nodiscard]] bool claimLock();
 
+    QDBusConnection bus;
     std::unique_ptr<QObject> node;
+    ApplicationAdaptor& adaptor;
     FileDescriptor lock;
 };
 
