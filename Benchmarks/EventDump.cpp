@@ -1,0 +1,58 @@
+// Prints the path of everything that happens below some folders, a line each, until it is told to
+// end. What a script or a comparison with other watchers needs, and nothing else.
+
+#include "LinuxDesktop/FileEvents/InotifyStream.h"
+#include "Platform/FileEvents.h"
+
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace {
+
+/// Only the watched folders themselves bear a slash at the end, as other watchers print them.
+void print(const stemvault::EventBatch& batch)
+{
+    for (std::size_t index = 0; index < batch.paths.size(); ++index) {
+        const std::string& path = batch.paths[index];
+        std::fwrite(path.data(), 1, path.size(), stdout);
+        if ((batch.flags[index] & stemvault::FileEventFlag::RootChanged) != 0)
+            std::putchar('/');
+        std::putchar('\n');
+    }
+    std::fflush(stdout);
+}
+
+sigset_t endingSignals()
+{
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    return signals;
+}
+
+} // namespace
+
+int main(int count, char** arguments)
+{
+    stemvault::StreamOptions options;
+    options.paths.assign(arguments + 1, arguments + count);
+    if (options.paths.empty()) {
+        std::fputs("Usage: stemvault-eventdump FOLDER...\n", stderr);
+        return 2;
+    }
+    const sigset_t signals = endingSignals();
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    const auto stream = stemvault::InotifyStream::create(
+        options, print, [] { std::fputs("Watches established.\n", stderr); });
+    if (!stream) {
+        std::fputs("stemvault-eventdump: no thread or descriptor to spare\n", stderr);
+        return 1;
+    }
+    int signal = 0;
+    sigwait(&signals, &signal);
+    return 0;
+}

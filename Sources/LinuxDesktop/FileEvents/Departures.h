@@ -1,0 +1,45 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/WatchTree.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// An item that has left its place and may turn up in another one.
+struct Departure {
+    std::uint32_t cookie = 0; ///< What the kernel gives both halves of a rename; 0 if unknown.
+    std::string formerPath; ///< To be reported; empty if it need not be.
+    std::uint32_t kind = 0; ///< The bit of FileEventFlag that says what left.
+    NodeRef node; ///< A folder's node, detached, still watched.
+    NodeRef formerParent;
+    std::string formerName;
+    EventWindow::Time deadline;
+};
+
+/// The second half of a rename follows the first at once, but perhaps in the next read. Until its
+/// time is up an item is neither here nor gone.
+class Departures {
+public:
+    static constexpr std::chrono::milliseconds patience { 20 };
+
+    void add(Departure departure) { waiting.push_back(std::move(departure)); }
+
+    [[nodiscard]] std::optional<Departure> take(std::uint32_t cookie);
+
+    /// The folder has been found; only the report of its old path is still owed.
+    void forgetNode(NodeId node);
+
+    [[nodiscard]] std::optional<EventWindow::Time> due() const;
+    [[nodiscard]] std::vector<Departure> takeOverdue(EventWindow::Time now);
+
+private:
+    std::vector<Departure> waiting; ///< Hardly ever more than a few; by deadline.
+};
+
+} // namespace stemvault

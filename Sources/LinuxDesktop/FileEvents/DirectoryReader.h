@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace stemvault {
+
+struct DirectoryEntry {
+    const char* name;
+    unsigned char type; ///< A DT_ value; DT_UNKNOWN where the file system does not say.
+};
+
+/// Reads the names in an open folder straight from the kernel, without "." and "..". Names stay
+/// valid until the next call; the buffer is the caller's, so that a walk needs only one.
+class DirectoryReader {
+public:
+    DirectoryReader(int openFolder, std::span<std::byte> ownBuffer)
+        : folder(openFolder), buffer(ownBuffer)
+    {
+    }
+
+    [[nodiscard]] std::optional<DirectoryEntry> next();
+
+private:
+    [[nodiscard]] bool fill();
+
+    int folder;
+    std::span<std::byte> buffer;
+    std::span<const std::byte> unread;
+};
+
+} // namespace stemvault

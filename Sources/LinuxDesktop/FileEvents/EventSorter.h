@@ -1,0 +1,48 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/InotifyEvent.h"
+#include "LinuxDesktop/FileEvents/TreeWalker.h"
+#include "LinuxDesktop/FileEvents/WatchState.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace stemvault {
+
+/// Turns what the kernel tells of one folder into reports and into changes of the tree.
+class EventSorter {
+public:
+    EventSorter(WatchState& shared, TreeWalker& treeWalker) : state(shared), walker(treeWalker) { }
+
+    void sort(const InotifyEvent& event);
+
+    /// Gives up on what has left and did not turn up in time.
+    void settleDepartures();
+
+private:
+    void sortAt(NodeId folder, const InotifyEvent& event);
+    void sortFile(NodeId folder, const InotifyEvent& event);
+    void sortFolder(NodeId folder, const InotifyEvent& event);
+    void closed(NodeId folder, const InotifyEvent& event);
+    void folderCreated(NodeId parent, std::string_view name);
+    void folderRemoved(NodeId parent, std::string_view name);
+    void fileArrived(NodeId folder, const InotifyEvent& event);
+    void folderArrived(NodeId parent, const InotifyEvent& event);
+    void meet(NodeId parent, std::string_view name);
+    void put(Departure& departure, NodeId parent, std::string_view name);
+    void reportMove(const std::optional<Departure>& departure, NodeId parent, std::string_view name,
+        std::uint32_t kind);
+    void watchEnded(int watch);
+    bool takeBack(const Departure& departure);
+    [[nodiscard]] std::string resolvedPath(NodeId folder, std::string_view name) const;
+
+    WatchState& state;
+    TreeWalker& walker;
+    std::vector<NodeRef> places;
+};
+
+} // namespace stemvault

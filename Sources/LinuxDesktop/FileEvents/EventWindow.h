@@ -1,0 +1,82 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/FlatIndex.h"
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace stemvault {
+
+/// Paths and their flags, index for index, in the order in which they first occurred.
+struct EventBatch {
+    std::vector<std::string> paths;
+    std::vector<std::uint32_t> flags;
+};
+
+/// Gathers events into batches: one entry per path, flags add up. After a quiet spell the first
+/// event is due at once; what follows is due together, one latency after the batch before. A
+/// window, not a debounce: events that keep coming never put a batch off.
+///
+/// A file that was created a moment ago and not closed yet is kept back for a blink, so that the
+/// events of one short write make one entry and not two.
+///
+/// Pure: it lives in the points of time it is given.
+class EventWindow {
+public:
+    using Time = std::chrono::steady_clock::time_point;
+
+    enum class FirstEvent { AtOnce, Gathered };
+
+    /// What an event says about further events of the same write.
+    enum class More { Unsaid, Expected, Done };
+
+    static constexpr std::chrono::microseconds blinkWhenQuiet { 500 };
+    static constexpr std::chrono::milliseconds blinkWhenBusy { 50 };
+
+    EventWindow(std::chrono::milliseconds latency, FirstEvent firstEvent);
+
+    /// Returns the place of the entry, valid until the next `take`.
+    std::size_t add(std::string_view path, std::uint32_t flags, More more, Time now);
+    void addTo(std::size_t entry, std::uint32_t flags, More more);
+
+    [[nodiscard]] bool isEmpty() const { return entries.empty(); }
+
+    /// The flags gathered for a path so far; 0 if there is none.
+    [[nodiscard]] std::uint32_t flagsOf(std::string_view path) const;
+    [[nodiscard]] std::uint32_t flagsOf(std::size_t entry) const { return entries[entry].flags; }
+
+    /// When the next batch is to go out; absent while there is none.
+    [[nodiscard]] std::optional<Time> due() const;
+
+    /// The batch, if it is due.
+    [[nodiscard]] EventBatch take(Time now);
+
+private:
+    struct Entry {
+        std::string path;
+        std::uint32_t flags;
+        std::uint32_t hash;
+        Time since;
+        bool isOpen;
+    };
+
+    [[nodiscard]] std::uint32_t find(std::string_view path, std::uint32_t hash) const;
+    [[nodiscard]] Time windowEnd() const;
+    [[nodiscard]] std::chrono::steady_clock::duration blink() const;
+    void keepOnly(std::vector<Entry> kept);
+    void index(std::uint32_t entry);
+
+    std::chrono::milliseconds latency;
+    FirstEvent firstEvent;
+    std::vector<Entry> entries;
+    FlatIndex byPath;
+    std::size_t openEntries = 0;
+    std::optional<Time> lastBatch;
+};
+
+} // namespace stemvault

@@ -1,0 +1,140 @@
+#include "LinuxDesktop/FileEvents/FileStatus.h"
+
+#include "Platform/FileEvents.h"
+
+#include <climits>
+#include <dirent.h>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+FileTime toFileTime(const statx_timestamp& time)
+{
+    return FileTime(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
+}
+
+/// File systems that keep whole seconds, or two of them, cannot say more.
+bool isSince(FileTime time, FileTime since)
+{
+    const bool isCoarse =
+        time.time_since_epoch() % std::chrono::seconds(1) == std::chrono::nanoseconds::zero();
+    return time >= since || (isCoarse && time + std::chrono::seconds(2) > since);
+}
+
+/// A path cut to what the kernel takes: an open folder and the rest below it.
+class KernelPath {
+public:
+    explicit KernelPath(const std::string& path) : rest(path.empty() ? "/" : std::string_view(path))
+    {
+        while (rest.size() >= PATH_MAX)
+            enterAsFarAsPossible();
+    }
+
+    [[nodiscard]] int folder() const { return base ? base.get() : AT_FDCWD; }
+    [[nodiscard]] const char* name() const { return rest.data(); }
+
+private:
+    void enterAsFarAsPossible()
+    {
+        const std::size_t slash = rest.rfind('/', PATH_MAX - 2);
+        if (slash == 0 || slash == std::string_view::npos)
+            return rest.remove_prefix(rest.size());
+        const std::string piece(rest.substr(0, slash));
+        base = FileDescriptor(
+            openat(folder(), piece.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        // What cannot be entered leaves an empty name, which the kernel refuses.
+        rest.remove_prefix(base ? slash + 1 : rest.size());
+    }
+
+    std::string_view rest; ///< A tail of the path, so it ends with a zero.
+    FileDescriptor base;
+};
+
+} // namespace
+
+FileTime wallClock()
+{
+    return std::chrono::system_clock::now();
+}
+
+std::uint32_t FileStatus::kind() const
+{
+    if (S_ISREG(mode))
+        return FileEventFlag::ItemIsFile;
+    if (S_ISDIR(mode))
+        return FileEventFlag::ItemIsDir;
+    return S_ISLNK(mode) ? FileEventFlag::ItemIsSymlink : 0;
+}
+
+std::uint32_t FileStatus::changesSince(FileTime since) const
+{
+    if (!isSince(changed, since))
+        return 0;
+    if (!born || isSince(*born, since))
+        return FileEventFlag::ItemCreated | kind();
+    if (S_ISREG(mode) && isSince(modified, since))
+        return FileEventFlag::ItemModified | kind();
+    // Neither new nor written: it came by a rename, and a move is not a recording.
+    return FileEventFlag::ItemRenamed | kind();
+}
+
+std::uint32_t kindOfEntry(unsigned char type)
+{
+    switch (type) {
+    case DT_REG:
+        return FileEventFlag::ItemIsFile;
+    case DT_DIR:
+        return FileEventFlag::ItemIsDir;
+    case DT_LNK:
+        return FileEventFlag::ItemIsSymlink;
+    default:
+        return 0;
+    }
+}
+
+std::optional<FileStatus> fileStatus(int folder, const char* name)
+{
+    struct statx status { };
+    if (statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
+            &status)
+        != 0)
+        return std::nullopt;
+    FileStatus result;
+    result.device = (std::uint64_t { status.stx_dev_major } << 32U) | status.stx_dev_minor;
+    result.inode = status.stx_ino;
+    result.mode = status.stx_mode;
+    result.links = status.stx_nlink;
+    result.size = status.stx_size;
+    result.modified = toFileTime(status.stx_mtime);
+    result.changed = toFileTime(status.stx_ctime);
+    if ((status.stx_mask & STATX_BTIME) != 0)
+        result.born = toFileTime(status.stx_btime);
+    return result;
+}
+
+std::optional<FileStatus> fileStatus(const std::string& path)
+{
+    const KernelPath kernelPath(path);
+    return fileStatus(kernelPath.folder(), kernelPath.name());
+}
+
+FileDescriptor openFolder(const std::string& path, int access)
+{
+    const KernelPath kernelPath(path);
+    return FileDescriptor(openat(kernelPath.folder(), kernelPath.name(),
+        access | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
+}
+
+FileTime arrivalTime(const std::optional<FileStatus>& arrived, FileTime bound)
+{
+    if (arrived && arrived->modified < arrived->changed && arrived->changed > bound)
+        return arrived->changed;
+    return bound;
+}
+
+} // namespace stemvault

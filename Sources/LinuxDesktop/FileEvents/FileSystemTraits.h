@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+
+namespace stemvault {
+
+/// Whether another computer or program may change such a file system without an event here. By the
+/// magic number that statfs tells.
+[[nodiscard]] constexpr bool isSharedWithOthers(std::uint32_t type)
+{
+    switch (type) {
+    case 0x6969: // NFS
+    case 0xFF534D42: // CIFS
+    case 0xFE534D42: // SMB 2 and later
+    case 0x517B: // SMB 1
+    case 0x65735546: // FUSE
+    case 0x01021997: // 9P
+    case 0x786F4256: // shared folders of a virtual machine
+    case 0x00C36400: // Ceph
+    case 0x5346414F: // AFS
+    case 0x73757245: // Coda
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// Whether a folder's link count is exactly two more than the number of folders in it, so that one
+/// with a count of two need not be read. True of these by their design; others (btrfs, overlays)
+/// always say one, or make it up.
+[[nodiscard]] constexpr bool countsFoldersByLinks(std::uint32_t type)
+{
+    switch (type) {
+    case 0xEF53: // ext2, ext3, ext4
+    case 0x58465342: // XFS
+    case 0x01021994: // tmpfs
+        return true;
+    default:
+        return false;
+    }
+}
+
+} // namespace stemvault

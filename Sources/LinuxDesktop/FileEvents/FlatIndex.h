@@ -1,0 +1,90 @@
+#pragma once
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace stemvault {
+
+/// A hash table of indices into a vector that holds the keys: four bytes a slot, nothing else. The
+/// caller hashes and compares, because only it knows where the keys are.
+class FlatIndex {
+public:
+    static constexpr std::uint32_t none = UINT32_MAX;
+
+    template <typename Equal>
+    [[nodiscard]] std::uint32_t find(std::uint32_t hash, Equal&& equal) const
+    {
+        if (slots.empty())
+            return none;
+        std::size_t slot = hash & mask();
+        while (slots[slot] != none && !equal(slots[slot]))
+            slot = (slot + 1) & mask();
+        return slots[slot];
+    }
+
+    template <typename HashOf> void insert(std::uint32_t hash, std::uint32_t index, HashOf&& hashOf)
+    {
+        if ((used + 1) * 4 > slots.size() * 3)
+            grow(hashOf);
+        put(hash, index);
+        ++used;
+    }
+
+    /// Moves what follows back into the gap, so that no search ever stops too early.
+    template <typename HashOf> void erase(std::uint32_t hash, std::uint32_t index, HashOf&& hashOf)
+    {
+        std::size_t gap = hash & mask();
+        while (slots[gap] != index)
+            gap = (gap + 1) & mask();
+        for (std::size_t next = (gap + 1) & mask(); slots[next] != none;
+             next = (next + 1) & mask()) {
+            const std::size_t home = hashOf(slots[next]) & mask();
+            if (((next - home) & mask()) >= ((next - gap) & mask()))
+                slots[std::exchange(gap, next)] = slots[next];
+        }
+        slots[gap] = none;
+        --used;
+    }
+
+    void clear()
+    {
+        slots.clear();
+        slots.shrink_to_fit();
+        used = 0;
+    }
+
+private:
+    [[nodiscard]] std::size_t mask() const { return slots.size() - 1; }
+
+    void put(std::uint32_t hash, std::uint32_t index)
+    {
+        std::size_t slot = hash & mask();
+        while (slots[slot] != none)
+            slot = (slot + 1) & mask();
+        slots[slot] = index;
+    }
+
+    template <typename HashOf> void grow(HashOf&& hashOf)
+    {
+        const std::vector<std::uint32_t> old = std::exchange(
+            slots, std::vector<std::uint32_t>(slots.empty() ? 16 : slots.size() * 2, none));
+        for (const std::uint32_t index : old)
+            if (index != none)
+                put(hashOf(index), index);
+    }
+
+    std::vector<std::uint32_t> slots;
+    std::size_t used = 0;
+};
+
+/// Spreads a value over all bits, because the table takes the lowest.
+[[nodiscard]] inline std::uint32_t spread(std::uint64_t value)
+{
+    value *= 0x9E3779B97F4A7C15U;
+    return static_cast<std::uint32_t>(value >> 32U);
+}
+
+} // namespace stemvault

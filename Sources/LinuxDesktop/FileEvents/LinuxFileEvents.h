@@ -1,0 +1,28 @@
+#pragma once
+
+#include "Platform/Dispatch.h"
+#include "Platform/FileEvents.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// Event streams by inotify, delivered on the main queue. A limit of the system never shows: what
+/// cannot be watched is looked at every few seconds.
+class LinuxFileEvents final : public FileEvents {
+public:
+    /// `mainQueue` must outlive every stream.
+    explicit LinuxFileEvents(Dispatch& mainQueue) : dispatch(mainQueue) { }
+
+    [[nodiscard]] std::unique_ptr<FileEventStream> createStream(FileEventHandler handler,
+        const std::vector<std::string>& paths, std::chrono::milliseconds latency,
+        std::uint32_t flags) override;
+
+private:
+    Dispatch& dispatch;
+};
+
+} // namespace stemvault

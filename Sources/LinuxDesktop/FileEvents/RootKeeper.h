@@ -1,0 +1,69 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/MountTable.h"
+#include "LinuxDesktop/FileEvents/PathGuard.h"
+#include "LinuxDesktop/FileEvents/TreeWalker.h"
+#include "LinuxDesktop/FileEvents/WatchState.h"
+
+#include <chrono>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// Keeps the roots on the folders their paths lead to, whatever is removed, renamed, mounted or put
+/// in their place, and for as long as there is none waits for one.
+class RootKeeper {
+public:
+    RootKeeper(WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths);
+
+    /// Attaches the roots that are there; `since` is when the stream began.
+    void start(FileTime since);
+
+    /// To be shown every event.
+    void notice(const InotifyEvent& event);
+    void noticeMounts() { haveMountsChanged = suspicious = true; }
+
+    /// Follows the paths anew if anything has cast doubt on them.
+    void recheck();
+
+    /// Events were lost: everything is looked through for changes since then.
+    void lookThrough(FileTime since);
+
+    /// When the paths must be followed by the clock; absent while every change is told.
+    [[nodiscard]] std::optional<EventWindow::Time> due() const;
+    void suspect() { suspicious = true; }
+
+    [[nodiscard]] bool guards(int watch) const { return guard.uses(watch); }
+    [[nodiscard]] const MountTable& mountTable() const { return mounts; }
+
+private:
+    struct Root {
+        std::string given;
+        std::string absolute;
+        PathGuard::Meaning meaning;
+        NodeId node = noNode;
+        bool isLost = false; ///< Its watch has ended, so its folder has, whatever bears its number.
+    };
+
+    void followAll(TreeWalker::Visit visit, FileTime since);
+    void update(Root& root, PathGuard::Meaning meaning, TreeWalker::Visit visit, FileTime since);
+    void attach(Root& root, TreeWalker::Visit visit, FileTime since);
+    void detach(Root& root);
+    void checkMounts();
+    void checkMount(const Root& root, const std::string& point);
+
+    WatchState& state;
+    TreeWalker& walker;
+    PathGuard guard;
+    MountTable mounts;
+    std::vector<Root> roots;
+    std::set<std::string> mountPoints;
+    bool suspicious = false;
+    bool haveMountsChanged = true;
+    std::optional<EventWindow::Time> nextLook;
+};
+
+} // namespace stemvault

@@ -1,0 +1,202 @@
+#include "LinuxDesktop/FileEvents/StreamWorker.h"
+
+#include <algorithm>
+#include <array>
+#include <ctime>
+#include <poll.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+using Time = EventWindow::Time;
+
+/// Times of files are taken from a clock that ticks this seldom.
+constexpr std::chrono::milliseconds clockGrain { 10 };
+/// How long a sleeping thread may take to notice that it was woken.
+constexpr std::chrono::milliseconds wakeUpTime { 100 };
+/// While events stream in, reading them in gulps costs a fraction of reading each at once.
+constexpr std::chrono::milliseconds breather { 5 };
+/// A long walk holds a batch up no longer than this.
+constexpr std::chrono::milliseconds longestHoldUp { 20 };
+constexpr int readsAtOnce = 64;
+
+Time steadyNow()
+{
+    return std::chrono::steady_clock::now();
+}
+
+timespec timeUntil(Time time)
+{
+    const auto left = std::max(time - steadyNow(), std::chrono::steady_clock::duration::zero());
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
+    return { seconds.count(), std::chrono::nanoseconds(left - seconds).count() };
+}
+
+} // namespace
+
+StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime streamBegan,
+    const std::atomic<bool>& mustEnd, int wakeUpDescriptor)
+    : began(streamBegan), wakeUp(wakeUpDescriptor),
+      state(calls, options.latency, options.firstEvent, mustEnd), walker(state),
+      roots(state, walker, options.paths), sorter(state, walker)
+{
+}
+
+void StreamWorker::run(const Deliver& deliver, const Ready& ready)
+{
+    state.watchedUntil = state.arrivalBound = began - clockGrain;
+    state.inotify.open();
+    roots.start(state.watchedUntil);
+    while (!state.mustEnd && !walker.isIdle())
+        turn(deliver);
+    if (!state.mustEnd && ready)
+        ready();
+    while (!state.mustEnd)
+        turn(deliver);
+}
+
+void StreamWorker::turn(const Deliver& deliver)
+{
+    const bool isDrained = drain();
+    followUp();
+    if (isDrained)
+        deliverIfDue(deliver);
+    if (isDrained && !workOn())
+        wait();
+    else
+        state.arrivalBound = state.watchedUntil;
+}
+
+/// False if there may be more to read, because so much comes that other work must have its turn.
+bool StreamWorker::drain()
+{
+    hasReadEvents = false;
+    for (int reads = 0; reads < readsAtOnce; ++reads) {
+        const FileTime now = wallClock();
+        const std::span<const std::byte> events = state.inotify.read();
+        if (events.empty()) {
+            state.watchedUntil = now - clockGrain;
+            return true;
+        }
+        hasReadEvents = true;
+        sortAll(events);
+    }
+    return false;
+}
+
+void StreamWorker::sortAll(std::span<const std::byte> events)
+{
+    while (const std::optional<InotifyEvent> event = takeInotifyEvent(events)) {
+        if (event->has(IN_Q_OVERFLOW))
+            lostSince = std::min(lostSince.value_or(state.watchedUntil), state.watchedUntil);
+        roots.notice(*event);
+        sorter.sort(*event);
+    }
+}
+
+void StreamWorker::followUp()
+{
+    if (lostSince)
+        roots.lookThrough(*std::exchange(lostSince, std::nullopt));
+    roots.recheck();
+    const Time now = steadyNow();
+    if (const auto due = state.departures.due(); due && *due <= now && walker.isIdle())
+        sorter.settleDepartures();
+    if (const auto due = nextLook(); due && *due <= now)
+        look();
+}
+
+void StreamWorker::look()
+{
+    if (!state.inotify.isOpen() && state.inotify.open())
+        roots.lookThrough(state.watchedUntil);
+    if (roots.due())
+        roots.suspect();
+    walker.polled().look(steadyNow());
+}
+
+void StreamWorker::deliverIfDue(const Deliver& deliver)
+{
+    const Time now = steadyNow();
+    const std::optional<Time> due = state.window.due();
+    if (!due || *due > now || (!walker.isIdle() && now - *due < longestHoldUp))
+        return;
+    EventBatch batch = state.window.take(now);
+    state.reporter.forgetLast();
+    if (batch.paths.empty())
+        return;
+    addKinds(batch);
+    deliver(std::move(batch));
+}
+
+/// The kernel tells folders from the rest, but not files from links.
+void StreamWorker::addKinds(EventBatch& batch) const
+{
+    constexpr std::uint32_t kinds =
+        FileEventFlag::ItemIsFile | FileEventFlag::ItemIsDir | FileEventFlag::ItemIsSymlink;
+    for (std::size_t index = 0; index < batch.paths.size(); ++index) {
+        if ((batch.flags[index] & kinds) != 0)
+            continue;
+        const std::optional<FileStatus> status = fileStatus(batch.paths[index]);
+        batch.flags[index] |= status ? status->kind() : FileEventFlag::ItemIsFile;
+    }
+}
+
+bool StreamWorker::workOn()
+{
+    const bool hasWalked = walker.runSlice();
+    const bool hasRemoved = state.inotify.removeSome(
+        [this](int watch) { return state.tree.atWatch(watch) != noNode || roots.guards(watch); });
+    return hasWalked || hasRemoved;
+}
+
+void StreamWorker::wait()
+{
+    std::optional<Time> until = nextDue();
+    const Time soon = steadyNow() + breather;
+    const bool isBusy = hasReadEvents && state.window.due() && *state.window.due() > soon;
+    const FileTime before = wallClock();
+    if (isBusy)
+        sleep(Awaited::EndOnly, std::min(soon, until.value_or(soon)));
+    else
+        sleep(Awaited::Everything, until);
+    // Whatever woke us has happened only now, unless it was there before we lay down.
+    const FileTime after = wallClock();
+    state.arrivalBound =
+        !isBusy && after - before > wakeUpTime ? after - wakeUpTime : state.watchedUntil;
+}
+
+std::optional<Time> StreamWorker::nextLook() const
+{
+    const std::optional<Time> polled = walker.polled().due();
+    const std::optional<Time> followed = roots.due();
+    return polled && followed ? std::min(polled, followed) : polled ? polled : followed;
+}
+
+std::optional<Time> StreamWorker::nextDue() const
+{
+    std::optional<Time> next;
+    for (const std::optional<Time>& due :
+        { state.window.due(), state.departures.due(), nextLook() })
+        if (due && (!next || *due < *next))
+            next = due;
+    return next;
+}
+
+void StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
+{
+    std::array<pollfd, 3> awaiting { { { wakeUp, POLLIN, 0 },
+        { roots.mountTable().get(), POLLPRI, 0 }, { state.inotify.get(), POLLIN, 0 } } };
+    const nfds_t count = awaited == Awaited::EndOnly ? 1 : awaiting.size();
+    timespec timeout {};
+    if (until)
+        timeout = timeUntil(*until);
+    if (ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr) <= 0)
+        return;
+    if (count > 1 && (awaiting[1].revents & POLLPRI) != 0)
+        roots.noticeMounts();
+}
+
+} // namespace stemvault

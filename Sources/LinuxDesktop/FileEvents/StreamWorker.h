@@ -1,0 +1,65 @@
+#pragma once
+
+#include "Foundation/FileDescriptor.h"
+#include "LinuxDesktop/FileEvents/EventSorter.h"
+#include "LinuxDesktop/FileEvents/RootKeeper.h"
+#include "LinuxDesktop/FileEvents/TreeWalker.h"
+#include "LinuxDesktop/FileEvents/WatchState.h"
+
+#include <atomic>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// What a stream is told when it is made.
+struct StreamOptions {
+    std::vector<std::string> paths;
+    std::chrono::milliseconds latency { 500 };
+    EventWindow::FirstEvent firstEvent = EventWindow::FirstEvent::AtOnce;
+};
+
+/// The loop of a stream's one thread: read, sort, walk, deliver, wait. It sleeps without a clock
+/// unless something is due.
+class StreamWorker {
+public:
+    using Deliver = std::function<void(EventBatch)>;
+    using Ready = std::function<void()>;
+
+    /// `wakeUp` becomes readable when the worker must end.
+    StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime began,
+        const std::atomic<bool>& mustEnd, int wakeUp);
+
+    /// Runs until it must end. `deliver` gets every batch, `ready` is called once, when everything
+    /// that was there is watched; both on this thread.
+    void run(const Deliver& deliver, const Ready& ready);
+
+private:
+    enum class Awaited { Everything, EndOnly };
+
+    void turn(const Deliver& deliver);
+    [[nodiscard]] bool drain();
+    void sortAll(std::span<const std::byte> events);
+    void followUp();
+    void look();
+    void deliverIfDue(const Deliver& deliver);
+    void addKinds(EventBatch& batch) const;
+    [[nodiscard]] bool workOn();
+    void wait();
+    [[nodiscard]] std::optional<EventWindow::Time> nextLook() const;
+    [[nodiscard]] std::optional<EventWindow::Time> nextDue() const;
+    void sleep(Awaited awaited, std::optional<EventWindow::Time> until);
+
+    FileTime began;
+    int wakeUp;
+    WatchState state;
+    TreeWalker walker;
+    RootKeeper roots;
+    EventSorter sorter;
+    std::optional<FileTime> lostSince;
+    bool hasReadEvents = false;
+};
+
+} // namespace stemvault

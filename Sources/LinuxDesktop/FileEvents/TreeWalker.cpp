@@ -1,0 +1,201 @@
+#include "LinuxDesktop/FileEvents/TreeWalker.h"
+
+#include "LinuxDesktop/FileEvents/FileSystemTraits.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+constexpr std::chrono::milliseconds sliceLength { 4 };
+
+bool isOutOfDescriptors(int error)
+{
+    return error == EMFILE || error == ENFILE || error == ENOMEM;
+}
+
+} // namespace
+
+TreeWalker::TreeWalker(WatchState& shared)
+    : state(shared), buffer(32UL * 1024), polledFolders(shared, *this)
+{
+}
+
+void TreeWalker::enqueue(NodeId node, Visit visit, FileTime since)
+{
+    jobs.push_back({ state.tree.ref(node), visit, since });
+}
+
+bool TreeWalker::runSlice()
+{
+    if (jobs.empty())
+        return false;
+    const auto end = std::chrono::steady_clock::now() + sliceLength;
+    while (!jobs.empty() && !state.mustEnd && std::chrono::steady_clock::now() < end) {
+        const Job job = jobs.back();
+        jobs.pop_back();
+        if (state.tree.isCurrent(job.node))
+            visit(job);
+    }
+    if (jobs.empty())
+        jobs.shrink_to_fit();
+    return true;
+}
+
+void TreeWalker::visit(Job job)
+{
+    NodeId node = job.node.id;
+    switch (watchPlacer.place(node)) {
+    case Placement::Fresh:
+        return visitFolder(node, job);
+    case Placement::Same:
+        return job.visit == Visit::Check ? visitFolder(node, job) : void();
+    case Placement::Replaced:
+        state.reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
+        job.visit = Visit::Arrived;
+        return visitFolder(node, job);
+    case Placement::Unwatched:
+        polledFolders.add(node, PolledFolders::Reason::NoWatch);
+        return visitFolder(node, job);
+    case Placement::Unreadable:
+        return waitUntilReadable(node, job.since);
+    case Placement::Gone:
+        return leave(node, job);
+    case Placement::Loop:
+        break;
+    }
+}
+
+void TreeWalker::visitFolder(NodeId node, Job job)
+{
+    if (!state.tree.path(node, WatchTree::Spelling::Resolved, path))
+        return;
+    if (job.visit == Visit::Start)
+        visitAtStart(node, job);
+    else
+        list(node, job, true);
+}
+
+void TreeWalker::visitAtStart(NodeId node, const Job& job)
+{
+    const std::optional<FileStatus> status = fileStatus(path);
+    if (!status)
+        return;
+    const Device traits = device(status->device);
+    if (traits.isShared)
+        polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
+    // New names show in the folder's own time, which spares a look at every file.
+    const bool hasNewNames = status->modified >= job.since;
+    if (hasNewNames || !traits.countsFolders || status->links != 2)
+        list(node, job, hasNewNames);
+}
+
+void TreeWalker::waitUntilReadable(NodeId node, FileTime since)
+{
+    const NodeId parent = state.tree.parent(node);
+    unreadable.emplace_back(state.tree.ref(node), since);
+    if (parent != noNode && state.tree.path(parent, WatchTree::Spelling::Resolved, path))
+        (void)state.inotify.watch(path, WatchState::folderMask | IN_ATTRIB);
+}
+
+void TreeWalker::retryUnreadable(NodeId parent)
+{
+    for (const auto& [node, since] : std::exchange(unreadable, {})) {
+        if (!state.tree.isCurrent(node))
+            continue;
+        if (node.id == parent || state.tree.parent(node.id) == parent)
+            enqueue(node.id, Visit::Arrived, since);
+        else
+            unreadable.emplace_back(node, since);
+    }
+}
+
+void TreeWalker::list(NodeId node, const Job& job, bool areItemsReported)
+{
+    const FileDescriptor folder = openFolder(path, O_RDONLY);
+    if (!folder && isOutOfDescriptors(errno))
+        return polledFolders.add(node, PolledFolders::Reason::NoWatch);
+    if (!folder)
+        return;
+    DirectoryReader reader(folder.get(), buffer);
+    while (const std::optional<DirectoryEntry> entry = reader.next()) {
+        if (state.mustEnd)
+            return;
+        meet(node, folder.get(), *entry, job, areItemsReported);
+    }
+    if (job.visit == Visit::Check)
+        departUnseen(node);
+}
+
+void TreeWalker::meet(
+    NodeId node, int folder, const DirectoryEntry& entry, const Job& job, bool isReported)
+{
+    std::uint32_t kind = kindOfEntry(entry.type);
+    std::uint32_t flags = isReported ? FileEventFlag::ItemCreated | kind : 0;
+    if (entry.type == DT_UNKNOWN || (isReported && job.visit != Visit::Created)) {
+        const std::optional<FileStatus> status = fileStatus(folder, entry.name);
+        if (!status)
+            return;
+        kind = status->kind();
+        flags = job.visit == Visit::Created ? flags | kind : status->changesSince(job.since);
+    }
+    if (kind == FileEventFlag::ItemIsDir)
+        meetFolder(node, entry.name, flags, job);
+    else if (isReported && flags != 0)
+        state.reporter.report(node, entry.name, flags, EventWindow::More::Expected);
+}
+
+void TreeWalker::meetFolder(
+    NodeId parent, std::string_view name, std::uint32_t flags, const Job& job)
+{
+    const NodeId known = state.tree.child(parent, name);
+    if (known != noNode && job.visit == Visit::Check) {
+        state.tree.setSeen(known, true);
+        enqueue(known, Visit::Check, job.since);
+    }
+    if (known != noNode)
+        return;
+    const NodeId child = state.tree.add(parent, name);
+    state.tree.setSeen(child, job.visit == Visit::Check);
+    if (flags != 0)
+        state.reporter.report(child, flags);
+    enqueue(child, job.visit == Visit::Check ? Visit::Arrived : job.visit, job.since);
+}
+
+void TreeWalker::departUnseen(NodeId node)
+{
+    NodeId next = noNode;
+    for (NodeId child = state.tree.firstChild(node); child != noNode; child = next) {
+        next = state.tree.nextSibling(child);
+        if (!state.tree.isSeen(child))
+            state.depart(child, 0, {});
+        else
+            state.tree.setSeen(child, false);
+    }
+}
+
+void TreeWalker::leave(NodeId node, const Job& job)
+{
+    if (state.tree.parent(node) == noNode)
+        return;
+    if (job.visit == Visit::Check)
+        state.depart(node, 0, {});
+    else
+        state.remove(node);
+}
+
+TreeWalker::Device TreeWalker::device(std::uint64_t number)
+{
+    const auto known = devices.find(number);
+    if (known != devices.end())
+        return known->second;
+    const std::uint32_t type = state.calls.fileSystemType(path.c_str());
+    return devices[number] = { isSharedWithOthers(type), countsFoldersByLinks(type) };
+}
+
+} // namespace stemvault

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/DirectoryReader.h"
+#include "LinuxDesktop/FileEvents/PolledFolders.h"
+#include "LinuxDesktop/FileEvents/WatchPlacer.h"
+#include "LinuxDesktop/FileEvents/WatchState.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <unordered_map>
+#include <vector>
+
+namespace stemvault {
+
+/// Goes through folders: sets their watches first and reads them second, so that nothing falls in
+/// between. Works in short slices, because the kernel's queue must be read meanwhile.
+class TreeWalker {
+public:
+    /// Why a folder is visited, which decides what is reported of what it holds.
+    enum class Visit : std::uint8_t {
+        Start, ///< It was there before the stream: only what has changed since its start.
+        Created, ///< It was made while we watched: everything.
+        Arrived, ///< It came as a whole: only what has changed since.
+        Check, ///< Events were lost: what has changed since, and which folders are where.
+    };
+
+    explicit TreeWalker(WatchState& shared);
+
+    void enqueue(NodeId node, Visit visit, FileTime since);
+
+    /// Visits folders for a few milliseconds. Whether there was anything to do.
+    bool runSlice();
+    [[nodiscard]] bool isIdle() const { return jobs.empty(); }
+
+    /// Tries again what could not be read below a folder, since it may be readable now.
+    void retryUnreadable(NodeId parent);
+
+    [[nodiscard]] WatchPlacer& placer() { return watchPlacer; }
+    [[nodiscard]] PolledFolders& polled() { return polledFolders; }
+    [[nodiscard]] const PolledFolders& polled() const { return polledFolders; }
+
+private:
+    struct Job {
+        NodeRef node;
+        Visit visit;
+        FileTime since;
+    };
+
+    /// What is known of a file system by its type.
+    struct Device {
+        bool isShared; ///< Others may change it, and no event tells.
+        bool countsFolders; ///< The link count of a folder is two and one for each folder in it.
+    };
+
+    void visit(Job job);
+    void visitFolder(NodeId node, Job job);
+    void visitAtStart(NodeId node, const Job& job);
+    void waitUntilReadable(NodeId node, FileTime since);
+    void list(NodeId node, const Job& job, bool areItemsReported);
+    void meet(
+        NodeId node, int folder, const DirectoryEntry& entry, const Job& job, bool isReported);
+    void meetFolder(NodeId parent, std::string_view name, std::uint32_t flags, const Job& job);
+    void departUnseen(NodeId node);
+    void leave(NodeId node, const Job& job);
+    [[nodiscard]] Device device(std::uint64_t number);
+
+    WatchState& state;
+    WatchPlacer watchPlacer { state };
+    std::vector<std::byte> buffer;
+    std::vector<Job> jobs;
+    std::string path;
+    std::map<std::uint64_t, Device> devices;
+    std::vector<std::pair<NodeRef, FileTime>> unreadable;
+    PolledFolders polledFolders;
+};
+
+} // namespace stemvault

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/Departures.h"
+#include "LinuxDesktop/FileEvents/EventReporter.h"
+#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/FileStatus.h"
+#include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/WatchTree.h"
+#include "Platform/FileEvents.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <sys/inotify.h>
+#include <utility>
+#include <vector>
+
+namespace stemvault {
+
+/// What the parts of a running stream share. All of it belongs to the worker thread, except that
+/// anybody may ask it to end.
+struct WatchState {
+    WatchState(InotifyCalls& systemCalls, std::chrono::milliseconds latency,
+        EventWindow::FirstEvent firstEvent, const std::atomic<bool>& isEnding)
+        : calls(systemCalls), mustEnd(isEnding), inotify(systemCalls), window(latency, firstEvent)
+    {
+    }
+
+    /// Every mask is added to what the watch has already, for one inode may serve several ends.
+    static constexpr std::uint32_t folderMask = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE
+        | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
+
+    InotifyCalls& calls;
+    const std::atomic<bool>& mustEnd;
+    Inotify inotify;
+    WatchTree tree;
+    EventWindow window;
+    EventReporter reporter { tree, window };
+    Departures departures;
+    /// Whatever happened before this moment has been read.
+    FileTime watchedUntil;
+    /// What arrives now was not there yet at this moment: as a rule much later than the above.
+    FileTime arrivalBound;
+
+    void remove(NodeId node)
+    {
+        std::vector<int> unused;
+        tree.remove(node, unused);
+        inotify.retire(unused);
+    }
+
+    void removeBelow(NodeId node)
+    {
+        std::vector<int> unused;
+        tree.removeBelow(node, unused);
+        inotify.retire(unused);
+    }
+
+    /// Takes a folder from its place until it is known where it went.
+    void depart(NodeId node, std::uint32_t cookie, std::string formerPath)
+    {
+        departures.add({ cookie, std::move(formerPath), FileEventFlag::ItemIsDir, tree.ref(node),
+            tree.ref(tree.parent(node)), std::string(tree.name(node)),
+            std::chrono::steady_clock::now() + Departures::patience });
+        tree.detach(node);
+    }
+};
+
+} // namespace stemvault
