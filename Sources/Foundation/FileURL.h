@@ -2,8 +2,8 @@
 
 #include "Foundation/PathText.h"
 
-#include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace stemvault {

@@ -69,7 +69,7 @@ struct OpenPanel {
 
 struct OpenPanelAnswer {
     int response = ModalResponse::cancel;
-    std::optional<FileURL> url;
+    std::optional<FileURL> url; ///< Absolute, without a trailing slash.
 };
 
 /// Modal questions. Each call runs a nested event loop: main-queue work goes on meanwhile, and may

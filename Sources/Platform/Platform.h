@@ -24,7 +24,8 @@ struct Platform {
     UserNotificationCenter& userNotificationCenter;
     Workspace& workspace;
 
-    /// The desktop that the program runs on. Installed before anything asks for it.
+    /// The desktop that the program runs on. Installed before anything asks for it, and asked for
+    /// from any thread: the threads of each part are its own.
     [[nodiscard]] static const Platform& current();
 
     /// Set once by `main`, or by a test; null takes it back.

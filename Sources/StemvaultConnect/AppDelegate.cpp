@@ -6,6 +6,9 @@
 #include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SettingsStore.h"
 
+#include <optional>
+#include <string>
+
 namespace stemvault {
 
 namespace {
@@ -34,7 +37,12 @@ void prompt(const FileURL& file, const std::string& folderName)
 void AppDelegate::applicationDidFinishLaunching()
 {
     setApplicationIcon();
-    SessionTracker::shared().observers.emplace_back(watch);
+    SessionTracker::shared().observers.emplace_back(
+        [this](const std::optional<FileURL>& sessionFolder) {
+            // A look that ends after watching has ended begins no new stream.
+            if (!isTerminating)
+                watch(sessionFolder);
+        });
     BounceWatcher::shared().onBounceDetected = prompt;
     SessionTracker::shared().start();
     watch(SessionTracker::shared().currentSessionFolder());
@@ -42,6 +50,7 @@ void AppDelegate::applicationDidFinishLaunching()
 
 void AppDelegate::applicationWillTerminate()
 {
+    isTerminating = true;
     SessionTracker::shared().stop();
     BounceWatcher::shared().stop();
 }

@@ -9,6 +9,9 @@ class AppDelegate : public ApplicationDelegate {
 public:
     void applicationDidFinishLaunching() override;
     void applicationWillTerminate() override;
+
+private:
+    bool isTerminating = false;
 };
 
 } // namespace stemvault

@@ -1,5 +1,6 @@
 #include "Foundation/FileManager.h"
 #include "Foundation/NotificationCenter.h"
+#include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
 
@@ -16,6 +17,13 @@ void notifyUser(const std::string& body)
 {
     Platform::current().userNotificationCenter.add(
         { UUID().uuidString(), "Added to Stemvault", body, UserNotificationSound::Default });
+}
+
+void tellCopied(const std::string& fileName, const std::string& folderName)
+{
+    NotificationCenter::defaultCenter().post({ std::string(BounceAlertController::bounceAdded),
+        { { "file", fileName }, { "destination", folderName } } });
+    notifyUser(printable(fileName) + " → " + printable(folderName));
 }
 
 void showCopyFailed(const std::string& reason)
@@ -64,52 +72,50 @@ void BounceAlertController::willPresent(const UserNotification& /*notification*/
 void BounceAlertController::copyFile(const FileURL& fileURL, const StemvaultFolder& folder)
 {
     const FileURL destURL = destination(fileURL, folder);
-    const auto answered = alive.guard([this, fileURL, destURL, folder](bool exists) {
-        copyIfWanted(fileURL, destURL, folder, exists);
+    const auto proceed = alive.guard([this, fileURL, destURL, folder](bool exists) {
+        if (exists)
+            askToReplace(fileURL, destURL, folder);
+        else
+            performCopy(fileURL, destURL, folder, IfTaken::Ask);
     });
     Dispatch& dispatch = Platform::current().dispatch;
-    dispatch.utilityAsync([&dispatch, destURL, answered] {
+    dispatch.utilityAsync([&dispatch, destURL, proceed] {
         const bool exists = FileManager::fileExists(destURL.path());
-        dispatch.mainAsync([answered, exists] { answered(exists); });
+        dispatch.mainAsync([proceed, exists] { proceed(exists); });
     });
 }
 
-void BounceAlertController::copyIfWanted(
-    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder, bool exists)
-{
-    if (exists && !mayReplace(fileURL, folder))
-        return;
-    Platform::current().dispatch.utilityAsync(
-        [fileURL, destURL, folder] { performCopy(fileURL, destURL, folder); });
-}
-
-bool BounceAlertController::mayReplace(const FileURL& fileURL, const StemvaultFolder& folder) const
+void BounceAlertController::askToReplace(
+    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder)
 {
     Alert alert;
     alert.messageText = "Replace existing file?";
-    alert.informativeText =
-        fileURL.lastPathComponent() + " already exists in \"" + folder.name + "\".";
+    alert.informativeText = printable(fileURL.lastPathComponent()) + " already exists in \""
+        + printable(folder.name) + "\".";
     alert.style = AlertStyle::Warning;
     alert.icon = appIcon;
     alert.buttons = { "Replace", "Cancel" };
-    return Platform::current().dialogs.runModal(alert).response == ModalResponse::alertFirstButton;
+    if (Platform::current().dialogs.runModal(alert).response == ModalResponse::alertFirstButton)
+        performCopy(fileURL, destURL, folder, IfTaken::Replace);
 }
 
 void BounceAlertController::performCopy(
-    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder)
+    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken)
 {
-    // The old file goes only when the new one is whole, so that a failure never leaves neither.
-    const auto copied = FileManager::fileExists(destURL.path())
-        ? FileManager::replaceItem(fileURL, destURL)
-        : FileManager::copyItem(fileURL, destURL);
-    if (!copied) {
-        showCopyFailed(copied.error());
-        return;
-    }
-    const std::string fileName = fileURL.lastPathComponent();
-    NotificationCenter::defaultCenter().post(
-        { bounceAdded, { { "file", fileName }, { "destination", folder.name } } });
-    notifyUser(fileName + " → " + folder.name);
+    // A name that was free may be taken by the time of the copy, by an earlier copy still on its
+    // way: that file is not replaced without a question either.
+    const auto ask =
+        alive.guard([this, fileURL, destURL, folder] { askToReplace(fileURL, destURL, folder); });
+    Platform::current().dispatch.utilityAsync([fileURL, destURL, folder, ifTaken, ask] {
+        const auto copied = ifTaken == IfTaken::Replace ? FileManager::replaceItem(fileURL, destURL)
+                                                        : FileManager::copyItem(fileURL, destURL);
+        if (copied)
+            tellCopied(fileURL.lastPathComponent(), folder.name);
+        else if (ifTaken == IfTaken::Ask && FileManager::fileExists(destURL.path()))
+            Platform::current().dispatch.mainAsync(ask);
+        else
+            showCopyFailed(copied.error());
+    });
 }
 
 void BounceAlertController::copyBatch(
@@ -121,8 +127,8 @@ void BounceAlertController::copyBatch(
             if (copyIfFree(fileURL, destination(fileURL, folder)))
                 ++copied;
         NotificationCenter::defaultCenter().post(
-            { bounceAdded, { { "destination", folder.name } } });
-        notifyUser(batchBody(copied, files.size() - copied, folder.name));
+            { std::string(bounceAdded), { { "destination", folder.name } } });
+        notifyUser(batchBody(copied, files.size() - copied, printable(folder.name)));
     });
 }
 

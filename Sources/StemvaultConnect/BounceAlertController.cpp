@@ -1,6 +1,7 @@
 #include "StemvaultConnect/BounceAlertController.h"
 
 #include "Foundation/NotificationCenter.h"
+#include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/SettingsStore.h"
 
@@ -8,9 +9,6 @@
 #include <iterator>
 
 namespace stemvault {
-
-const std::string BounceAlertController::bounceAdded = "bounceAdded";
-const std::string BounceAlertController::openPreferences = "openPreferences";
 
 namespace {
 
@@ -28,7 +26,7 @@ std::optional<Image> loadAppIcon()
 std::string informativeText(
     const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting)
 {
-    std::string text = fileURL.lastPathComponent() + "\nfrom " + sourceFolder;
+    std::string text = printable(fileURL.lastPathComponent()) + "\nfrom " + printable(sourceFolder);
     if (waiting > 0)
         text += "\n\n+ " + std::to_string(waiting) + " more waiting";
     return text;
@@ -60,11 +58,24 @@ std::string titleOfAnswer(const std::vector<std::string>& buttons, int response)
     return buttons[static_cast<std::size_t>(index)];
 }
 
-AlertAnswer runInFront(const Alert& alert)
+auto runInFront(const auto& question)
 {
     const Platform& platform = Platform::current();
     platform.application.activateIgnoringOtherApps();
-    return platform.dialogs.runModal(alert);
+    return platform.dialogs.runModal(question);
+}
+
+OpenPanel folderPanel(const std::optional<std::string>& projectsRoot)
+{
+    OpenPanel panel;
+    panel.canChooseFiles = false;
+    panel.canChooseDirectories = true;
+    panel.canCreateDirectories = true;
+    panel.prompt = "Use This Folder";
+    panel.message = "Choose or create a folder for this Stemvault project.";
+    if (projectsRoot)
+        panel.directoryURL = FileURL(*projectsRoot);
+    return panel;
 }
 
 /// The folder that the pop-up's answer stands for; absent for its last item, a new one.
@@ -83,18 +94,25 @@ BounceAlertController::BounceAlertController() : appIcon(loadAppIcon())
     setUpUserNotifications();
 }
 
-BounceAlertController::~BounceAlertController() = default;
+BounceAlertController::~BounceAlertController()
+{
+    Platform::current().userNotificationCenter.setDelegate(nullptr);
+}
 
 void BounceAlertController::showNextIfIdle()
 {
-    // Each prompt's answer leads back to here. While one is open, or a nested call is at work on
-    // the queue, there is nothing to do: the flag or the empty queue says so.
-    while (!isShowing && !queue.empty()) {
+    // Every answer leads to the next prompt, once it has been acted on: what comes in while an
+    // alert or the folder panel is open waits for the loop that opened it.
+    if (isShowing || isWorkingThroughQueue)
+        return;
+    isWorkingThroughQueue = true;
+    while (!queue.empty()) {
         const Entry next = std::move(queue.front());
         queue.pop_front();
         isShowing = true;
         show(next.first, next.second);
     }
+    isWorkingThroughQueue = false;
 }
 
 void BounceAlertController::show(const FileURL& fileURL, const std::string& sourceFolder)
@@ -137,7 +155,7 @@ void BounceAlertController::showNoDestination(Alert alert)
     const AlertAnswer answer = runInFront(alert);
     isShowing = false;
     if (answer.response == ModalResponse::alertFirstButton)
-        NotificationCenter::defaultCenter().post({ openPreferences, {} });
+        NotificationCenter::defaultCenter().post({ std::string(openPreferences), {} });
 }
 
 void BounceAlertController::add(
@@ -160,22 +178,12 @@ void BounceAlertController::add(
 std::optional<StemvaultFolder> BounceAlertController::resolveNewFolder()
 {
     SettingsStore& settings = SettingsStore::shared();
-    OpenPanel panel;
-    panel.canChooseFiles = false;
-    panel.canChooseDirectories = true;
-    panel.canCreateDirectories = true;
-    panel.prompt = "Use This Folder";
-    panel.message = "Choose or create a folder for this Stemvault project.";
-    if (const auto& projectsRoot = settings.projectsRootPath())
-        panel.directoryURL = FileURL(*projectsRoot);
-
-    const Platform& platform = Platform::current();
-    platform.application.activateIgnoringOtherApps();
-    const OpenPanelAnswer answer = platform.dialogs.runModal(panel);
+    const OpenPanelAnswer answer = runInFront(folderPanel(settings.projectsRootPath()));
     if (answer.response != ModalResponse::ok || !answer.url)
         return std::nullopt;
 
-    const StemvaultFolder chosen { UUID(), answer.url->lastPathComponent(), answer.url->path() };
+    const StemvaultFolder chosen { UUID(), answer.url->lastPathComponent(),
+        std::string(withoutTrailingSlash(answer.url->path())) };
     const auto hasChosenPath = [&chosen](const StemvaultFolder& folder) {
         return folder.path == chosen.path;
     };

@@ -8,6 +8,7 @@
 #include "StemvaultConnect/StemvaultFolder.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <optional>
@@ -30,9 +31,9 @@ public:
 
     /// Posted after each copy, from a background thread. Payload: "file" and "destination" for a
     /// single copy, "destination" alone for a batch.
-    static const std::string bounceAdded;
+    static constexpr std::string_view bounceAdded = "bounceAdded";
     /// Posted when the user wants to see the preferences. No payload.
-    static const std::string openPreferences;
+    static constexpr std::string_view openPreferences = "openPreferences";
 
     /// Files waiting to be asked about, oldest first. Append, then call `showNextIfIdle`.
     std::deque<Entry> queue;
@@ -52,20 +53,23 @@ private:
     void add(const Entry& current, bool isWholeQueue, std::optional<StemvaultFolder> destination);
     [[nodiscard]] static std::optional<StemvaultFolder> resolveNewFolder();
 
+    /// What becomes of a file that already bears the name of a copy.
+    enum class IfTaken { Ask, Replace };
+
     void copyFile(const FileURL& fileURL, const StemvaultFolder& folder);
-    void copyIfWanted(
-        const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder, bool exists);
-    [[nodiscard]] bool mayReplace(const FileURL& fileURL, const StemvaultFolder& folder) const;
-    static void performCopy(
+    void askToReplace(
         const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder);
+    void performCopy(const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder,
+        IfTaken ifTaken);
     static void copyBatch(const std::vector<Entry>& files, const StemvaultFolder& folder);
 
     void setUpUserNotifications();
     void willPresent(const UserNotification& notification,
         const std::function<void(std::uint32_t options)>& completionHandler) override;
 
-    bool isShowing = false;
-    std::optional<Image> appIcon;
+    bool isShowing = false; ///< A prompt's alert is open.
+    bool isWorkingThroughQueue = false; ///< So is an answer being acted on.
+    const std::optional<Image> appIcon;
 
     Alive alive;
 };

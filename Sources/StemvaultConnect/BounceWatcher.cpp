@@ -1,6 +1,7 @@
 #include "StemvaultConnect/BounceWatcher.h"
 
 #include "Foundation/FileManager.h"
+#include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/FileEvents.h"
 #include "Platform/Platform.h"
@@ -73,11 +74,11 @@ void BounceWatcher::startStream(const std::vector<std::string>& paths)
 {
     isActive = true;
     streamRef = Platform::current().fileEvents.createStream(
-        [this](const std::vector<std::string>& eventPaths,
-            const std::vector<std::uint32_t>& eventFlags) {
+        alive.guard([this](const std::vector<std::string>& eventPaths,
+                        const std::vector<std::uint32_t>& eventFlags) {
             if (isActive)
                 handleEvents(eventPaths, eventFlags);
-        },
+        }),
         paths, streamLatency, streamFlags);
     if (streamRef)
         streamRef->start();
@@ -109,7 +110,8 @@ void BounceWatcher::waitForStability(const FileURL& url, const std::string& path
     std::optional<WallTime> since;
     if (lastSize >= 0 && size == lastSize) {
         const WallTime now = Platform::current().dispatch.now();
-        since = stableSince.value_or(now);
+        // A clock that was set back must not make the file wait for the time to come again.
+        since = std::min(stableSince.value_or(now), now);
         if (now - *since >= stableFor) {
             report(url, path, size);
             return;

@@ -1,8 +1,10 @@
 #include "StemvaultConnect/SessionFolder.h"
 
+#include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace stemvault {
 

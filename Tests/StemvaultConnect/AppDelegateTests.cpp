@@ -44,10 +44,12 @@ protected:
 TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
 {
     EXPECT_FALSE(SessionTracker::isMade() || BounceWatcher::isMade() || SettingsStore::isMade());
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
     delegate.applicationDidFinishLaunching();
     platform.dispatch.settle();
     EXPECT_TRUE(SessionTracker::isMade() && BounceWatcher::isMade() && SettingsStore::isMade());
     EXPECT_FALSE(BounceAlertController::isMade());
+    EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "a DAW that was running already is seen";
     EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
     EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });
 }
@@ -95,7 +97,11 @@ TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
 {
     delegate.applicationDidFinishLaunching();
     openSession("/a");
+    platform.processRunner.openFiles["5"] = "n/b/S.rpp\n";
+    SessionTracker::shared().refresh();
     delegate.applicationWillTerminate();
+    platform.dispatch.settle();
+    EXPECT_THAT(platform.fileEvents.streams, testing::SizeIs(1)) << "a late look begins no stream";
     EXPECT_EQ(
         platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);

@@ -123,6 +123,15 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
             { "1.wav", "2.wav" }, { "2 files → Client A" } },
         { "Cancel empties the queue", [](FakeDialogs& dialogs) { dialogs.answer("Cancel"); },
             { "1.wav" }, {} },
+        { "a cancelled panel drops this file alone",
+            [](FakeDialogs& dialogs) {
+                dialogs.answer("Add All (3)", 2);
+                dialogs.choose(std::nullopt);
+                dialogs.answer("Add", -1);
+                dialogs.choose(std::nullopt);
+                dialogs.answer("Add", 0);
+            },
+            { "1.wav", "2.wav", "3.wav" }, { "3.wav → Client A" } },
         { "an answer that is no button skips",
             [](FakeDialogs& dialogs) {
                 dialogs.answerNumber(ModalResponse::stopped);
@@ -183,6 +192,29 @@ TEST_F(BounceAlertControllerTests, WhatArrivesWhileThePromptIsOpenWaitsAndGoesAl
     EXPECT_EQ(folder.read("Client A/late.wav"), "late.wav");
 }
 
+TEST_F(BounceAlertControllerTests, WhatArrivesWhileTheFolderPanelIsOpenWaitsToo)
+{
+    addDestination("Client A");
+    queue("1.wav");
+    queue("2.wav");
+    platform.dialogs.answer("Add All (2)", 1);
+    platform.dialogs.choose(folder.makeFolder("Client N"), [this] {
+        queue("late.wav");
+        BounceAlertController::shared().showNextIfIdle();
+        platform.dispatch.settle();
+        EXPECT_EQ(platform.dialogs.alerts.size(), 1U) << "nothing is asked over the panel";
+    });
+    showAll();
+    EXPECT_EQ(platform.dialogs.alerts.size(), 1U);
+    EXPECT_THAT(platform.userNotificationCenter.bodies(), ElementsAre("3 files → Client N"));
+
+    queue("next.wav");
+    platform.dialogs.answer("Skip");
+    showAll();
+    EXPECT_THAT(platform.dialogs.alerts[1].accessoryView->items,
+        ElementsAre("Client A", "Client N", "New Folder…"));
+}
+
 TEST_F(BounceAlertControllerTests, CancelDropsWhatArrivedMeanwhile)
 {
     addDestination("Client A");
@@ -214,6 +246,7 @@ TEST_F(BounceAlertControllerTests, WithoutAnyDestinationItLeadsToThePreferences)
     EXPECT_EQ(platform.application.activations, 2);
     EXPECT_THAT(texts(), ElementsAre("1.wav\nfrom Song\n\n+ 1 more waiting", "2.wav\nfrom Song"));
     EXPECT_FALSE(platform.dialogs.alerts[0].accessoryView);
+    showAll();
     EXPECT_THAT(platform.dialogs.alerts[0].buttons, ElementsAre("Open Preferences", "Skip"));
 }
 
@@ -228,12 +261,13 @@ TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
         std::vector<std::string> bodies;
     } rows[] = {
         { "cancelled", {}, {}, 1, {} },
-        { "one that is known", "/projects", known.path, 1, { "Mix.wav → Client A" } },
+        { "one that is known, by its path alone", "/projects", known.path + "/", 1,
+            { "Mix.wav → Client A" } },
         { "a new one", "", folder.makeFolder("Client N"), 2, { "Mix.wav → Client N" } },
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
-        SettingsStore::shared().addFolder(known);
+        SettingsStore::shared().addFolder({ known.id, "Label", known.path });
         SettingsStore::shared().setProjectsRootPath(row.projectsRoot);
         queue("Mix.wav");
         desktop.dialogs.answer("Add", 1);
@@ -272,8 +306,13 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmed)
     queue("Mix.wav");
     platform.dialogs.answer("Add");
     BounceAlertController::shared().showNextIfIdle();
-    EXPECT_EQ(folder.read("Client A/Mix.wav"), "") << "not on the main thread";
-    platform.dispatch.settle();
+    platform.dispatch.settleMainQueue();
+    platform.dispatch.runOldestUtilityWork();
+    platform.dispatch.settleMainQueue();
+    EXPECT_EQ(folder.read("Client A/Mix.wav"), "")
+        << "neither the look nor the copy on the main thread";
+    platform.dispatch.runOldestUtilityWork();
+    EXPECT_EQ(added.notices.size(), 1U) << "told where it was copied";
 
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav");
     EXPECT_THAT(added.notices,
@@ -289,12 +328,13 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmed)
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
 {
     addDestination("Client A");
-    for (const char* answer : { "Cancel", "Replace" }) {
-        const bool isReplaced = answer == std::string("Replace");
+    for (const int answer : { ModalResponse::alertFirstButton + 1, ModalResponse::stopped,
+             ModalResponse::alertFirstButton }) {
+        const bool isReplaced = answer == ModalResponse::alertFirstButton;
         folder.write("Client A/Mix.wav", "old");
         queue("Mix.wav");
         platform.dialogs.answer("Add");
-        platform.dialogs.answer(answer);
+        platform.dialogs.answerNumber(answer);
         showAll();
         EXPECT_EQ(folder.read("Client A/Mix.wav"), isReplaced ? "Mix.wav" : "old");
         EXPECT_EQ(added.notices.size(), isReplaced ? 1U : 0U);
@@ -307,7 +347,48 @@ TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
     expected.icon = Image { "/resources/AppIcon.icns" };
     expected.buttons = { "Replace", "Cancel" };
     EXPECT_EQ(platform.dialogs.alerts[1], expected);
-    EXPECT_EQ(platform.application.activations, 2) << "the question does not come to the front";
+    EXPECT_EQ(platform.application.activations, 3) << "the question does not come to the front";
+}
+
+TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
+{
+    addDestination("Client A");
+    queue("Mix.wav", "Song");
+    queue("Mix.wav", "Other Song");
+    folder.write("Other Song/Mix.wav", "another");
+    platform.dialogs.answer("Add");
+    platform.dialogs.answer("Add");
+    platform.dialogs.answer("Cancel");
+    showAll();
+    EXPECT_EQ(platform.dialogs.alerts.back().messageText, "Replace existing file?");
+    EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "free when asked, taken when copied";
+}
+
+TEST_F(BounceAlertControllerTests, AFailedReplacementLeavesTheOldFile)
+{
+    addDestination("Client A");
+    folder.write("Client A/Mix.wav", "old");
+    queue("Mix.wav");
+    platform.dialogs.answer("Add");
+    platform.dialogs.answer(
+        "Replace", 0, [this] { std::filesystem::remove(folder.path("Song/Mix.wav")); });
+    platform.dialogs.answerNumber(ModalResponse::stopped);
+    showAll();
+    EXPECT_EQ(platform.dialogs.alerts.back().messageText, "Copy failed");
+    EXPECT_EQ(folder.read("Client A/Mix.wav"), "old");
+}
+
+TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
+{
+    addDestination("Client A");
+    queue("Mix\nfrom me\xff.wav");
+    platform.dialogs.answer("Add");
+    showAll();
+    EXPECT_THAT(texts(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav\nfrom Song"));
+    EXPECT_THAT(platform.userNotificationCenter.bodies(),
+        ElementsAre("Mix\uFFFDfrom me\uFFFD.wav → Client A"));
+    EXPECT_EQ(folder.read("Client A/Mix\nfrom me\xff.wav"), "Mix\nfrom me\xff.wav");
+    EXPECT_EQ(added.notices.at(0).userInfo.at("file"), "Mix\nfrom me\xff.wav");
 }
 
 TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndPostsNothing)
@@ -326,6 +407,7 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndPostsNothing)
     EXPECT_THAT(alert.buttons, IsEmpty());
     EXPECT_THAT(added.notices, IsEmpty());
     EXPECT_THAT(platform.userNotificationCenter.posted, IsEmpty());
+    EXPECT_EQ(platform.application.activations, 1) << "it does not come to the front";
 }
 
 TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)

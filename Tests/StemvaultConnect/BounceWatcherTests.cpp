@@ -252,6 +252,16 @@ TEST_F(BounceWatcherTests, MeasuresSettlingByTheWallClock)
     EXPECT_EQ(reported.size(), 1U) << "exactly one second by the wall clock is enough";
 }
 
+TEST_F(BounceWatcherTests, AClockSetBackHoldsNothingUp)
+{
+    watch();
+    deliver(folder.write("Mix.wav", "data"));
+    platform.dispatch.advance(600ms);
+    platform.dispatch.jumpWallClock(-1h);
+    platform.dispatch.advance(1400ms);
+    EXPECT_EQ(reported.size(), 1U);
+}
+
 TEST_F(BounceWatcherTests, LivesWithoutAStreamAndWithoutAReceiver)
 {
     platform.fileEvents.canCreate = false;

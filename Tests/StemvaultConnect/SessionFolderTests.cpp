@@ -56,6 +56,7 @@ TEST(SessionFolderTests, TheFirstRuleThatAPathSatisfiesDecides)
             "absent" },
         { "then the next one counts", "n/Audio Files/a.wav\nn/x/Audio Files/a.wav\n", "/x" },
         { "a session file by its extension in any case", "n/s/Song.RPP\n", "/s" },
+        { "a name that is all extension", "n/s/.als\n", "/s" },
         { "an extension of the folder is none of the file's", "n/s.rpp/Song\n", "absent" },
         { "an escape is part of the name", "n/s\\x20t/Song.als\n", "/s\\x20t" },
         { "a session file directly under the root", "n/Song.als\n", "/" },

@@ -148,9 +148,27 @@ TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
     SessionTracker::shared().observers.emplace_back(
         [](const auto&) { ADD_FAILURE() << "told by a tracker that is gone"; });
     SessionTracker::shared().start();
+    SessionTracker::shared().refresh();
     platform.dispatch.runOldestUtilityWork();
     SharedInstances::destroyAll();
     platform.dispatch.settle();
+    EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "the second had not begun";
+}
+
+TEST_F(SessionTrackerTests, TellsItsObserversInOrderAndLateOnesNextTime)
+{
+    SessionTracker::shared().observers.emplace_back([this](const auto&) {
+        SessionTracker::shared().observers.emplace_back(
+            [this](const auto&) { told.emplace_back("late"); });
+        told.emplace_back("first");
+    });
+    start();
+    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.dispatch.settle();
+    platform.workspace.quit(5);
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("first", "/a", "first", "absent", "late"));
 }
 
 } // namespace

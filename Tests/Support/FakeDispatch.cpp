@@ -1,5 +1,6 @@
 #include "Support/FakeDispatch.h"
 
+#include <algorithm>
 #include <functional>
 
 namespace stemvault {
@@ -96,7 +97,7 @@ void FakeDispatch::advance(std::chrono::milliseconds duration)
         due.mapped()();
         settle();
     }
-    clock = end;
+    clock = std::max(clock, end);
 }
 
 void FakeDispatch::runOldestUtilityWork()

@@ -2,8 +2,12 @@
 
 #include "Platform/Dispatch.h"
 
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <map>
+#include <memory>
 #include <set>
 #include <utility>
 

@@ -51,9 +51,9 @@ OpenPanelAnswer FakeDialogs::runModal(const OpenPanel& panel)
         ADD_FAILURE() << "a panel that nobody expected: " << panel.message;
         return {};
     }
-    auto choice = std::move(choices.front());
+    const auto step = std::move(choices.front());
     choices.pop_front();
-    return choice;
+    return step();
 }
 
 void FakeDialogs::answer(const std::string& title, int index, std::function<void()> meanwhile)
@@ -73,12 +73,14 @@ void FakeDialogs::answerNumber(int response)
     answers.emplace_back([response](const Alert&) { return AlertAnswer { response, 0 }; });
 }
 
-void FakeDialogs::choose(const std::optional<std::string>& path)
+void FakeDialogs::choose(const std::optional<std::string>& path, std::function<void()> meanwhile)
 {
-    if (path)
-        choices.push_back({ ModalResponse::ok, FileURL(*path) });
-    else
-        choices.push_back({ ModalResponse::cancel, std::nullopt });
+    // A panel that is cancelled may still name what was selected in it.
+    choices.emplace_back([=] {
+        meanwhile();
+        return path ? OpenPanelAnswer { ModalResponse::ok, FileURL(*path) }
+                    : OpenPanelAnswer { ModalResponse::cancel, FileURL("/selected") };
+    });
 }
 
 namespace {

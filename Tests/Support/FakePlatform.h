@@ -55,15 +55,17 @@ struct FakeDialogs : Dialogs {
         const std::string& title, int index = 0, std::function<void()> meanwhile = [] {});
     /// Answers an alert with this number, whatever its buttons.
     void answerNumber(int response);
-    /// Chooses a folder in the panel, or cancels it.
-    void choose(const std::optional<std::string>& path);
+    /// Chooses a folder in the panel, or cancels it. What `meanwhile` does happens while it is
+    /// open.
+    void choose(
+        const std::optional<std::string>& path, std::function<void()> meanwhile = [] {});
 
     std::vector<Alert> alerts; ///< As they were asked.
     std::vector<OpenPanel> panels;
 
 private:
     std::deque<std::function<AlertAnswer(const Alert&)>> answers;
-    std::deque<OpenPanelAnswer> choices;
+    std::deque<std::function<OpenPanelAnswer()>> choices;
 };
 
 struct FakeFileEvents : FileEvents {
@@ -81,7 +83,8 @@ struct FakeFileEvents : FileEvents {
 
     // What a test may do.
 
-    /// Delivers a batch through the latest stream.
+    /// Delivers a batch through the latest stream, even one that was stopped: whoever stopped it
+    /// has to be deaf to what was already on its way.
     void deliver(const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags);
 
     bool canCreate = true;
