@@ -1,0 +1,88 @@
+#include "LinuxDesktop/LinuxPlatform.h"
+
+#include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
+#include "LinuxDesktop/Processes/ToolRunner.h"
+#include "LinuxDesktop/Qt/Appearance.h"
+#include "LinuxDesktop/Qt/DBusUserNotificationCenter.h"
+#include "LinuxDesktop/Qt/GuiProcess.h"
+#include "LinuxDesktop/Qt/Identity.h"
+#include "LinuxDesktop/Qt/LinuxBundle.h"
+#include "LinuxDesktop/Qt/QtApplication.h"
+#include "LinuxDesktop/Qt/QtDialogs.h"
+#include "LinuxDesktop/Qt/QtDispatch.h"
+#include "LinuxDesktop/Qt/SingleInstance.h"
+#include "LinuxDesktop/UserDefaultsFile.h"
+#include "LinuxDesktop/Workspace/LinuxWorkspace.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto timeForWorkAtEnd = 2s;
+
+// A build tree has no place in the icon theme; its notifications bear the file.
+std::string notificationIcon(const Bundle& bundle)
+{
+    return bundle.pathForResource("icons/hicolor/128x128/apps/net.stemvault.Connect", "png")
+        .value_or(identity::applicationId.toStdString());
+}
+
+} // namespace
+
+/// What the process needs before it knows whether it is the only one.
+struct LinuxPlatform::Session {
+    GuiProcess gui { "stemvault-connect" };
+    SingleInstance instance { QDBusConnection::sessionBus() };
+};
+
+/// In the order in which one needs the other.
+struct LinuxPlatform::Parts {
+    QtDispatch dispatch;
+    Appearance appearance;
+    LinuxBundle bundle { LinuxBundle::foldersOfExecutable() };
+    UserDefaultsFile userDefaults { UserDefaultsFile::standardPath(), dispatch };
+    ModalWindows windows;
+    QtApplication application { windows, [this] { userDefaults.synchronize(); } };
+    QtDialogs dialogs { windows, application.applicationIcon() };
+    LinuxFileEvents fileEvents { dispatch };
+    ToolRunner processRunner;
+    DBusUserNotificationCenter userNotificationCenter { dispatch, QDBusConnection::sessionBus(),
+        notificationIcon(bundle) };
+    LinuxWorkspace workspace { dispatch };
+    Platform platform { application, bundle, dialogs, dispatch, fileEvents, processRunner,
+        userDefaults, userNotificationCenter, workspace };
+};
+
+std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
+{
+    auto session = std::make_unique<Session>();
+    if (!session->instance.claim())
+        return nullptr;
+    return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(session)));
+}
+
+LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
+    : session(std::move(joined)), parts(std::make_unique<Parts>())
+{
+    session->instance.onActivate([this] { parts->application.activateIgnoringOtherApps(); });
+}
+
+// Nothing may be destroyed under work that still runs.
+LinuxPlatform::~LinuxPlatform()
+{
+    if (!parts->dispatch.finish(timeForWorkAtEnd))
+        std::_Exit(EXIT_SUCCESS);
+}
+
+const Platform& LinuxPlatform::platform() const
+{
+    return parts->platform;
+}
+
+} // namespace stemvault
