@@ -16,59 +16,62 @@
 
 namespace stemvault {
 
-/// Lets a call fail with an error.
-template <typename Call> void refuse(Call& call, int error)
+using Refusal = std::function<void(SystemCalls&)>;
+
+template <typename Call> Refusal no(Call SystemCalls::*call, int error)
 {
-    call = [error](auto...) {
-        errno = error;
-        return -1;
+    return [=](SystemCalls& calls) { calls.*call = [=](auto...) { return errno = error, -1; }; };
+}
+
+/// Refuses only the renames that carry one of the flags.
+inline Refusal noRename(unsigned flags, int error)
+{
+    return [=](SystemCalls& calls) {
+        calls.renameat2 = [=, real = calls.renameat2](
+                              auto from, auto old, auto to, auto name, unsigned given) {
+            return (given & flags) == 0 ? real(from, old, to, name, given) : (errno = error, -1);
+        };
     };
 }
 
-/// Lets only those renames fail that carry one of the flags.
-inline void refuseRename(SystemCalls& calls, unsigned flags, int error)
-{
-    calls.renameat2 = [=, real = calls.renameat2](
-                          int from, const char* old, int to, const char* fresh, unsigned given) {
-        errno = error;
-        return (given & flags) != 0 ? -1 : real(from, old, to, fresh, given);
-    };
-}
-
-inline void refuseUnnamed(SystemCalls& calls)
+inline void noUnnamed(SystemCalls& calls)
 {
     calls.openat = [](int folder, const char* name, int flags, mode_t mode) {
-        errno = EOPNOTSUPP;
-        return (flags & O_TMPFILE) == O_TMPFILE ? -1 : ::openat(folder, name, flags, mode);
+        return (flags & O_TMPFILE) == O_TMPFILE ? (errno = EOPNOTSUPP, -1)
+                                                : ::openat(folder, name, flags, mode);
     };
 }
 
-/// Runs `work` before the first bytes of each attempt are copied.
-inline void beforeContent(SystemCalls& calls, std::function<void()> work)
+/// Runs `work` at each attempt, before the first bytes are copied.
+inline Refusal meanwhile(std::function<void()> work)
 {
-    calls.clone = [work = std::move(work)](int, int) {
-        work();
-        errno = EOPNOTSUPP;
-        return -1;
+    return [=](SystemCalls& calls) {
+        calls.clone = [=](int, int) { return work(), errno = EOPNOTSUPP, -1; };
     };
 }
 
 /// A source `from/Mix.wav` and an empty folder `to`.
 class CopyTest : public testing::Test {
 protected:
-    [[nodiscard]] std::vector<std::string> namesIn(const std::string& folder) const
+    [[nodiscard]] CopyOptions with(const std::vector<Refusal>& refusals) const
     {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(files.path(folder)))
-            names.push_back(entry.path().filename().string());
-        std::ranges::sort(names);
-        return names;
+        CopyOptions changed = options;
+        for (const Refusal& refusal : refusals)
+            refusal(changed.calls);
+        return changed;
     }
 
-    Result<void> copy() const { return copyItem(source, target, options); }
+    [[nodiscard]] std::vector<std::string> names(const std::string& folder = "to") const
+    {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(files.path(folder)))
+            found.push_back(entry.path().filename().string());
+        std::ranges::sort(found);
+        return found;
+    }
 
     TemporaryFolder files;
-    std::string content = std::string(3 << 20, 'm') + "end";
+    std::string content = std::string(1 << 20, 'm') + "end";
     std::string source = files.write("from/Mix.wav", content);
     std::string target = files.makeFolder("to") + "/Mix.wav";
     CopyOptions options;

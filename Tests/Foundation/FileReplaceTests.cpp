@@ -2,8 +2,7 @@
 #include "Foundation/TemporaryItem.h"
 
 #include <cstring>
-#include <set>
-#include <sys/file.h>
+#include <map>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <thread>
@@ -28,8 +27,7 @@ protected:
         else
             files.write("to/Mix.wav/Old/a.wav", "old");
         if (kind == "closed folder")
-            std::filesystem::permissions(
-                files.path("to/Mix.wav/Old"), std::filesystem::perms::none);
+            ::chmod(files.path("to/Mix.wav/Old").c_str(), 0);
     }
 
     std::string album = [this] {
@@ -43,92 +41,76 @@ protected:
 
 TEST_F(ReplaceTest, PutsTheNewInPlaceOfTheOld)
 {
+    const Refusal noExchange = noRename(RENAME_EXCHANGE | RENAME_NOREPLACE, EINVAL);
     for (const std::string old : { "file", "link", "folder", "closed folder" })
         for (const bool isFolder : { false, true })
-            for (const bool isExchangeKnown : { true, false }) {
-                const auto trace = old + (isFolder ? " by a folder" : " by a file");
+            for (const auto& refusals : { std::vector<Refusal> {}, { noExchange } }) {
+                SCOPED_TRACE(old + (isFolder ? " by a folder" : " by a file"));
                 makeOld(old);
-                CopyOptions refusing = options;
-                if (!isExchangeKnown)
-                    refuseRename(refusing.calls, RENAME_EXCHANGE | RENAME_NOREPLACE, EINVAL);
-                const auto copied = copyItem(isFolder ? album : source, target, refusing);
-                ASSERT_TRUE(copied) << trace << copied.error();
-                EXPECT_EQ(files.read(isFolder ? "to/Mix.wav/Song/Mix.wav" : "to/Mix.wav"), content)
-                    << trace;
-                EXPECT_THAT(namesIn("to"), ElementsAre("Mix.wav")) << trace;
+                const auto copied = copyItem(isFolder ? album : source, target, with(refusals));
+                ASSERT_TRUE(copied) << copied.error();
+                EXPECT_EQ(files.read(isFolder ? "to/Mix.wav/Song/Mix.wav" : "to/Mix.wav"), content);
+                EXPECT_THAT(names(), ElementsAre("Mix.wav"));
             }
     EXPECT_EQ(files.read("linked"), "linked");
 }
 
 TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
 {
-    const struct {
-        const char* what;
-        std::function<void(SystemCalls&)> refusals;
-    } rows[] = {
-        { "the copy itself", [](SystemCalls& calls) { refuse(calls.copyFileRange, ENOSPC); } },
-        { "every rename", [](SystemCalls& calls) { refuse(calls.renameat2, EACCES); } },
-        { "the rename that follows moving the old aside",
-            [](SystemCalls& calls) {
-                refuseRename(calls, RENAME_EXCHANGE, EINVAL);
-                refuseRename(calls, RENAME_NOREPLACE, EIO);
-            } },
+    const Refusal noSharing = no(&SystemCalls::clone, EOPNOTSUPP);
+    const std::vector<Refusal> rows[] = {
+        { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) },
+        { no(&SystemCalls::renameat2, EACCES) },
+        { noRename(RENAME_EXCHANGE, EINVAL),
+            noRename(RENAME_NOREPLACE, EIO) }, // Moved aside first.
     };
-    for (const auto& row : rows) {
+    for (const auto& refusals : rows) {
         makeOld("folder");
-        CopyOptions refusing = options;
-        refuse(refusing.calls.clone, EOPNOTSUPP);
-        row.refusals(refusing.calls);
-        EXPECT_FALSE(copyItem(source, target, refusing)) << row.what;
-        EXPECT_FALSE(copyItem(album, target, refusing)) << row.what;
-        EXPECT_EQ(files.read("to/Mix.wav/Old/a.wav"), "old") << row.what;
-        EXPECT_THAT(namesIn("to"), ElementsAre("Mix.wav")) << row.what;
+        EXPECT_FALSE(copyItem(source, target, with(refusals)));
+        EXPECT_FALSE(copyItem(album, target, with(refusals)));
+        EXPECT_EQ(files.read("to/Mix.wav/Old/a.wav"), "old");
+        EXPECT_THAT(names(), ElementsAre("Mix.wav"));
     }
 }
 
 TEST_F(ReplaceTest, CopiesAFolderAsItIs)
 {
     ASSERT_TRUE(copyItem(album, files.path("to/Album")));
-    EXPECT_THAT(namesIn("to/Album"), ElementsAre("Song", "link", "pipe"));
+    EXPECT_THAT(names("to/Album"), ElementsAre("Song", "link", "pipe"));
     EXPECT_EQ(std::filesystem::read_symlink(files.path("to/Album/link")), "Song/Mix.wav");
     EXPECT_TRUE(std::filesystem::is_fifo(files.path("to/Album/pipe")));
     EXPECT_EQ(files.read("to/Album/Song/Mix.wav"), content);
-    const auto inner = std::filesystem::status(files.path("to/Album/Song"));
-    EXPECT_EQ(inner.permissions(), std::filesystem::perms { 0555 });
+    const auto song = std::filesystem::status(files.path("to/Album/Song"));
+    EXPECT_EQ(song.permissions(), std::filesystem::perms { 0555 });
     for (const char* name : { "", "/Song", "/Song/Mix.wav" })
         EXPECT_EQ(std::filesystem::last_write_time(album + name),
-            std::filesystem::last_write_time(files.path("to/Album") + name))
-            << name;
-    beforeContent(options.calls,
-        [this, n = 0]() mutable { files.write("album/" + std::to_string(++n), "new"); });
-    EXPECT_FALSE(copyItem(album, files.path("to/Never"), options)) << "its entries keep changing";
-    EXPECT_THAT(namesIn("to"), ElementsAre("Album"));
+            std::filesystem::last_write_time(files.path("to/Album") + name));
+    const auto more = meanwhile([this] { files.write("album/" + temporaryName("a"), "new"); });
+    EXPECT_FALSE(copyItem(album, files.path("to/Never"), with({ more }))) << "it keeps changing";
+    EXPECT_THAT(names(), ElementsAre("Album"));
 }
 
 TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
 {
     const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    ASSERT_GE(::inotify_add_watch(watch.get(), files.path("to").c_str(),
-                  IN_CREATE | IN_MODIFY | IN_MOVE | IN_CLOSE_WRITE | IN_DELETE),
-        0);
+    constexpr auto kinds = IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_CLOSE_WRITE;
+    ASSERT_GE(::inotify_add_watch(watch.get(), files.path("to").c_str(), kinds), 0);
     ASSERT_TRUE(copyItem(source, target));
-    ASSERT_TRUE(copy()) << "over a file";
-    makeOld("folder");
-    ASSERT_TRUE(copy()) << "over a folder";
-    std::vector<char> buffer(65536);
-    const ssize_t length = ::read(watch.get(), buffer.data(), buffer.size());
-    std::multiset<std::uint32_t> seen;
+    ASSERT_TRUE(copyItem(source, target, options));
+    std::filesystem::remove(target);
+    std::filesystem::create_directory(target);
+    ASSERT_TRUE(copyItem(source, target, options));
+    char buffer[16384];
+    const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
+    std::map<std::uint32_t, int> seen;
     for (ssize_t at = 0; at < length;) {
         inotify_event event {};
-        std::memcpy(&event, &buffer[static_cast<std::size_t>(at)], sizeof event);
-        const char* name = &buffer[static_cast<std::size_t>(at) + sizeof event];
-        if (std::string(name) == "Mix.wav" && (event.mask & IN_ISDIR) == 0)
-            seen.insert(event.mask);
+        std::memcpy(&event, buffer + at, sizeof event);
+        if (std::string(buffer + at + sizeof event) == "Mix.wav" && (event.mask & IN_ISDIR) == 0)
+            ++seen[event.mask];
         at += static_cast<ssize_t>(sizeof event + event.len);
     }
-    EXPECT_EQ(seen.count(IN_MOVED_TO), 3U);
-    EXPECT_EQ(seen.count(IN_CLOSE_WRITE), 3U);
-    EXPECT_EQ(seen.count(IN_CREATE) + seen.count(IN_MODIFY), 0U);
+    EXPECT_THAT(seen, ElementsAre(testing::Pair(IN_CLOSE_WRITE, 3), testing::Pair(IN_MOVED_TO, 3)));
 }
 
 TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
@@ -140,24 +122,17 @@ TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
     files.write("to/.~Gone.cccccc.tmp/inner/a.wav", "half");
     files.write("to/.~Not ours.tmp", "theirs");
     std::filesystem::create_symlink("x", files.path("to/.~Link.wav.dddddd.tmp"));
-    ASSERT_TRUE(copy());
-    EXPECT_THAT(namesIn("to"), Contains(".~Gone.wav.bbbbbb.tmp")) << "younger than a day";
+    ASSERT_TRUE(copyItem(source, target, options));
+    EXPECT_THAT(names(), Contains(".~Gone.wav.bbbbbb.tmp")) << "younger than a day";
     options.leftoverAge = std::chrono::seconds(0);
-    ASSERT_TRUE(copy());
-    EXPECT_THAT(namesIn("to"),
-        ElementsAre(".~Link.wav.dddddd.tmp", ".~Not ours.tmp", ".~Used.wav.aaaaaa.tmp", "Mix.wav"));
-}
-
-TEST_F(ReplaceTest, SparesTheWorkOfACopyThatRuns)
-{
-    refuseUnnamed(options.calls);
-    options.leftoverAge = std::chrono::seconds(0);
-    CopyOptions other = options;
-    beforeContent(options.calls, [&] {
-        std::thread([&] { EXPECT_TRUE(copyItem(album, files.path("to/Other"), other)); }).join();
+    const auto another = meanwhile([this] {
+        std::thread([this] { EXPECT_TRUE(copyItem(album, files.path("to/B"), options)); }).join();
     });
-    ASSERT_TRUE(copy());
-    EXPECT_EQ(files.read("to/Mix.wav"), content);
+    ASSERT_TRUE(copyItem(source, target, with({ noUnnamed, another })));
+    EXPECT_EQ(files.read("to/Mix.wav"), content) << "the other spared what was half done";
+    EXPECT_THAT(names(),
+        ElementsAre(
+            ".~Link.wav.dddddd.tmp", ".~Not ours.tmp", ".~Used.wav.aaaaaa.tmp", "B", "Mix.wav"));
 }
 
 TEST_F(ReplaceTest, ClosesEveryDescriptor)
@@ -166,11 +141,10 @@ TEST_F(ReplaceTest, ClosesEveryDescriptor)
         return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
     };
     const auto before = openCount();
-    for (int i = 0; i < 10; ++i) {
-        EXPECT_TRUE(copy());
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(copyItem(source, target, options));
         EXPECT_TRUE(copyItem(album, files.path("to/Album"), options));
         EXPECT_FALSE(copyItem(source, target));
-        EXPECT_FALSE(copyItem(files.path("none"), target));
         EXPECT_FALSE(copyItem(album, album + "/Song/b", options));
     }
     EXPECT_EQ(openCount(), before);
