@@ -14,14 +14,14 @@ const std::string path = "/home/mia/Sessions/Big Song/Bounced Files/Big Song Mix
 
 void pathExtensionLowered(benchmark::State& state)
 {
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(lowercased(pathExtension(path)));
 }
 BENCHMARK(pathExtensionLowered);
 
 void parentFolderName(benchmark::State& state)
 {
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(lastPathComponent(deletingLastPathComponent(path)));
 }
 BENCHMARK(parentFolderName);
@@ -29,7 +29,7 @@ BENCHMARK(parentFolderName);
 void lowercasedBeyondASCII(benchmark::State& state)
 {
     const std::string name = "ÉTUDE N° 4 – MÄRZ ÜBERSICHT.WAV";
-    for (auto _ : state)
+    while (state.KeepRunning())
         benchmark::DoNotOptimize(lowercased(name));
 }
 BENCHMARK(lowercasedBeyondASCII);

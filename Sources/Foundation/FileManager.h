@@ -8,11 +8,9 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
-
 /// What the program asks of the disk. Plain functions, safe from every thread; each looks at the
 /// disk anew. Failures are described in words for the user.
-namespace FileManager {
+namespace stemvault::FileManager {
 
 /// Whether anything bears this name: a file, a folder, a link (also a dangling one).
 [[nodiscard]] bool fileExists(const std::string& path);
@@ -34,6 +32,4 @@ Result<void> copyItem(const FileURL& from, const FileURL& to);
 /// it was until the new one is whole on disk, and for good if anything fails.
 Result<void> replaceItem(const FileURL& from, const FileURL& to);
 
-} // namespace FileManager
-
-} // namespace stemvault
+} // namespace stemvault::FileManager
