@@ -7,10 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cerrno>
-#include <filesystem>
 #include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -43,7 +42,7 @@ inline void noUnnamed(SystemCalls& calls)
 }
 
 /// Runs `work` at each attempt, before the first bytes are copied.
-inline Refusal meanwhile(std::function<void()> work)
+inline Refusal meanwhile(const std::function<void()>& work)
 {
     return [=](SystemCalls& calls) {
         calls.clone = [=](int, int) { return work(), errno = EOPNOTSUPP, -1; };
@@ -61,13 +60,9 @@ protected:
         return changed;
     }
 
-    [[nodiscard]] std::vector<std::string> names(const std::string& folder = "to") const
+    [[nodiscard]] std::set<std::string> names(const std::string& folder = "to") const
     {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(files.path(folder)))
-            found.push_back(entry.path().filename().string());
-        std::ranges::sort(found);
-        return found;
+        return files.names(folder);
     }
 
     TemporaryFolder files;

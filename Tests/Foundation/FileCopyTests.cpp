@@ -1,9 +1,9 @@
 #include "Foundation/CopyFixture.h"
 #include "Foundation/FileManager.h"
+#include "Foundation/KilledAt.h"
 
-#include <csignal>
+#include <filesystem>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <sys/xattr.h>
 #include <thread>
 
@@ -163,25 +163,6 @@ TEST_F(CopyTest, LetsExactlyOneOfTwoWin)
     }
 }
 
-bool isKilledAt(int call, const std::string& from, const std::string& to, CopyOptions options)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        const auto arm = [&call](auto&... targets) {
-            const auto count = [&call] { return --call == 0 ? ::raise(SIGKILL) : 0; };
-            ((targets = [=, real = targets](auto... given) { return count(), real(given...); }),
-                ...);
-        };
-        Calls& calls = options.calls;
-        arm(calls.openat, calls.clone, calls.fallocate, calls.copyFileRange, calls.fsync);
-        arm(calls.linkat, calls.renameat2);
-        ::_exit(copyItem(from, to, options) ? 0 : 1);
-    }
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    return WIFSIGNALED(status);
-}
-
 TEST_F(CopyTest, LeavesTheOldOrTheNewWholeWhenKilled)
 {
     // Some 25 pieces of data with holes between them, so as many steps of copying.
@@ -192,8 +173,10 @@ TEST_F(CopyTest, LeavesTheOldOrTheNewWholeWhenKilled)
     options.ifTaken = IfTaken::Replace;
     for (const auto& refusals : { std::vector<Refusal> {}, { noUnnamed } }) {
         files.write("to/Mix.wav", "old");
+        CopyOptions killed = with(refusals);
+        const auto copy = [&] { static_cast<void>(copyItem(source, target, killed)); };
         int call = 1;
-        for (; isKilledAt(call, source, target, with(refusals)); ++call) {
+        for (; isKilledAt(call, killed.calls, copy); ++call) {
             const std::string found = files.read("to/Mix.wav");
             ASSERT_TRUE(found == "old" || found == content) << call;
         }

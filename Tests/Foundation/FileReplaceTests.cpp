@@ -2,6 +2,7 @@
 #include "Foundation/TemporaryItem.h"
 
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <sys/inotify.h>
 #include <sys/stat.h>

@@ -1,3 +1,4 @@
+#include "Foundation/KilledAt.h"
 #include "LinuxDesktop/UserDefaultsFile.h"
 #include "Support/FakeDispatch.h"
 #include "Support/TemporaryFolder.h"
@@ -5,19 +6,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <csignal>
 #include <filesystem>
+#include <set>
 #include <sys/wait.h>
 #include <thread>
-#include <vector>
 
 namespace stemvault {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 const std::string key = "settingsStore_v1";
@@ -40,14 +38,16 @@ protected:
         return UserDefaultsFile(path, another).data(key);
     }
 
-    [[nodiscard]] std::vector<std::string> names() const
+    [[nodiscard]] std::set<std::string> names() const { return files.names("stemvault"); }
+
+    void change(UserDefaultsFile& defaults, const std::string& value)
     {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(files.path("stemvault")))
-            found.push_back(entry.path().filename().string());
-        std::ranges::sort(found);
-        return found;
+        defaults.setData(key, value);
+        dispatch.settle();
     }
+
+    [[nodiscard]] std::string text() const { return files.read("stemvault/connect.json"); }
+    void put(const std::string& content) const { files.write("stemvault/connect.json", content); }
 
     TemporaryFolder files;
     std::string path = files.path("stemvault/connect.json");
@@ -71,9 +71,9 @@ TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
         { "another key", R"({"other": {"data": "x"}})", std::nullopt },
     };
     for (const auto& row : rows) {
-        files.write("stemvault/connect.json", row.file);
+        put(row.file);
         EXPECT_EQ(open().data(key), row.expected) << row.what;
-        EXPECT_EQ(files.read("stemvault/connect.json"), row.file) << row.what;
+        EXPECT_EQ(text(), row.file) << row.what;
     }
     EXPECT_THAT(names(), ElementsAre("connect.json"));
 }
@@ -91,8 +91,7 @@ TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)
         dispatch.settle();
         EXPECT_EQ(writes, 1);
         EXPECT_EQ(stored(), value);
-        defaults.setData(key, value);
-        dispatch.settle();
+        change(defaults, value);
         EXPECT_EQ(writes, 1) << "it is there already";
     }
     using std::filesystem::perms;
@@ -102,22 +101,20 @@ TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)
 
 TEST_F(UserDefaultsFileTest, KeepsWhatItDoesNotKnow)
 {
-    files.write("stemvault/connect.json", R"({"later": {"date": "2026"}, "n": [1.5, null]})");
+    put(R"({"later": {"date": "2026"}, "n": [1.5, null]})");
     auto defaults = open();
-    defaults.setData(key, "a");
-    dispatch.settle();
-    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("\"date\": \"2026\""));
-    files.write("stemvault/connect.json", "torn {");
-    defaults.setData(key, "b");
-    dispatch.settle();
-    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("\"date\": \"2026\""));
+    change(defaults, "a");
+    EXPECT_THAT(text(), HasSubstr("\"date\": \"2026\""));
+    put("torn {");
+    change(defaults, "b");
+    EXPECT_THAT(text(), HasSubstr("\"date\": \"2026\""));
     EXPECT_EQ(stored(), "b");
 }
 
 TEST_F(UserDefaultsFileTest, MovesDamagedFilesAside)
 {
     for (const std::string damage : { "", "{\"settings", "[1]" }) {
-        files.write("stemvault/connect.json", damage);
+        put(damage);
         EXPECT_EQ(open().data(key), std::nullopt);
         EXPECT_FALSE(std::filesystem::exists(path)) << damage;
     }
@@ -130,19 +127,17 @@ TEST_F(UserDefaultsFileTest, SparesAFileThatItCannotRead)
 {
     files.makeFolder("stemvault/connect.json/inner");
     auto defaults = open();
-    defaults.setData(key, "new");
-    dispatch.settle();
+    change(defaults, "new");
     EXPECT_TRUE(std::filesystem::exists(path + "/inner"));
     EXPECT_EQ(defaults.data(key), "new");
     std::filesystem::remove_all(path);
     const std::string unseen = R"({"settingsStore_v1": {"data": "old"}, "kept": 1})";
-    files.write("stemvault/connect.json", unseen);
-    defaults.setData(key, "newer");
-    dispatch.settle();
+    put(unseen);
+    change(defaults, "newer");
     EXPECT_EQ(stored(), "newer");
-    EXPECT_THAT(files.read("stemvault/connect.json"), HasSubstr("kept"));
+    EXPECT_THAT(text(), HasSubstr("kept"));
     ASSERT_THAT(names(), ElementsAre("connect.json", StartsWith("connect.json.unread-2")));
-    EXPECT_EQ(files.read("stemvault/" + names()[1]), unseen);
+    EXPECT_EQ(files.read("stemvault/" + *names().rbegin()), unseen);
 }
 
 TEST_F(UserDefaultsFileTest, WritesThroughALink)
@@ -152,8 +147,7 @@ TEST_F(UserDefaultsFileTest, WritesThroughALink)
     std::filesystem::create_symlink("../dotfiles/settings.json", path);
     for (const std::string value : { "made", "changed" }) {
         auto defaults = open();
-        defaults.setData(key, value);
-        dispatch.settle();
+        change(defaults, value);
         EXPECT_TRUE(std::filesystem::is_symlink(path));
         EXPECT_THAT(files.read("dotfiles/settings.json"), HasSubstr(value));
     }
@@ -164,11 +158,9 @@ TEST_F(UserDefaultsFileTest, TriesAFailedWriteAgainWithTheNextChange)
     bool isFull = false;
     calls.fsync = [&](int file) { return isFull ? errno = ENOSPC, -1 : ::fsync(file); };
     auto defaults = open();
-    defaults.setData(key, "old");
-    dispatch.settle();
+    change(defaults, "old");
     isFull = true;
-    defaults.setData(key, "new");
-    dispatch.settle();
+    change(defaults, "new");
     EXPECT_EQ(stored(), "old");
     EXPECT_EQ(defaults.data(key), "new");
     EXPECT_THAT(names(), ElementsAre("connect.json"));
@@ -201,29 +193,15 @@ TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
 
 TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
 {
-    files.write("stemvault/connect.json", R"({"settingsStore_v1": {"data": "old"}})");
+    put(R"({"settingsStore_v1": {"data": "old"}})");
+    const auto save = [this] {
+        auto defaults = open();
+        defaults.setData(key, "new");
+        defaults.synchronize();
+    };
     int call = 1;
-    for (bool isKilled = true; isKilled; ++call) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            int left = call;
-            const auto arm = [&left](auto& target) {
-                target = [&left, real = target](auto... arguments) {
-                    return --left == 0 ? ::raise(SIGKILL) : 0, real(arguments...);
-                };
-            };
-            arm(calls.openat), arm(calls.pwrite), arm(calls.fsync);
-            arm(calls.linkat), arm(calls.renameat2);
-            auto defaults = open();
-            defaults.setData(key, "new");
-            defaults.synchronize();
-            ::_exit(0);
-        }
-        int status = 0;
-        ::waitpid(child, &status, 0);
-        isKilled = WIFSIGNALED(status);
+    for (; isKilledAt(call, calls, save); ++call)
         ASSERT_TRUE(stored() == "old" || stored() == "new") << call;
-    }
     EXPECT_EQ(stored(), "new");
     EXPECT_GT(call, 6);
 }

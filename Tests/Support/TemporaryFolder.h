@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <stdlib.h>
 #include <string>
 
@@ -46,6 +47,15 @@ public:
     {
         std::ifstream file(path(name), std::ios::binary);
         return { std::istreambuf_iterator<char>(file), {} };
+    }
+
+    /// What lies directly in a folder, sorted.
+    [[nodiscard]] std::set<std::string> names(const std::string& name) const
+    {
+        std::set<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(path(name)))
+            found.insert(entry.path().filename().string());
+        return found;
     }
 
 private:
