@@ -72,6 +72,7 @@ class CopyScenarios(Scenario):
         if left.exists():
             self.assert_copied(mix, self.client_a)
         self.start()
+        self.connect.wait_until_it_watches(self.song)
 
 
 class WithoutNotificationsScenarios(Scenario):

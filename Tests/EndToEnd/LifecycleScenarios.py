@@ -7,9 +7,9 @@ from Scenario import Scenario
 
 class LifecycleScenarios(Scenario):
     def test_without_a_display_it_says_so_in_one_line(self):
-        self.start()
-        lost = self.connect.start("lost", environment={"DISPLAY": "", "QT_QPA_PLATFORM": "",
-                                                       "DBUS_SESSION_BUS_ADDRESS": ""})
+        self.start(always_watch=self.folder("Bounces"))
+        lost = self.connect.start("lost", environment=dict.fromkeys(
+            ["DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"]))
         self.assertEqual(lost.wait(timeout=10), 1)
         self.assertEqual(len(self.desktop.log("lost").splitlines()), 1)
 

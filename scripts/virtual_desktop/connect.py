@@ -66,13 +66,7 @@ class StemvaultConnect:
 
     def open_files(self):
         """What its descriptors stand for."""
-        found = []
-        for entry in Path(f"/proc/{self.process.pid}/fd").iterdir():
-            try:
-                found.append(os.readlink(entry))
-            except OSError:  # Closed meanwhile.
-                pass
-        return found
+        return self._of_each_descriptor("fd", os.readlink)
 
     def quit(self):
         """Asks the program to end, and returns its exit status."""
@@ -84,13 +78,17 @@ class StemvaultConnect:
         return next(line for line in status.splitlines() if line.startswith("voluntary_ctxt"))
 
     def _inotify_watches(self):
-        lines = []
-        try:
-            for entry in Path(f"/proc/{self.process.pid}/fdinfo").iterdir():
-                lines += [line for line in entry.read_text().splitlines() if line.startswith("inotify")]
-        except OSError:  # A descriptor that was closed meanwhile, or the program's end.
-            pass
-        return lines
+        texts = self._of_each_descriptor("fdinfo", Path.read_text)
+        return [line for text in texts for line in text.splitlines() if line.startswith("inotify")]
+
+    def _of_each_descriptor(self, folder, read):
+        found = []
+        for entry in Path(f"/proc/{self.process.pid}/{folder}").iterdir():
+            try:
+                found.append(read(entry))
+            except OSError:  # Closed meanwhile.
+                pass
+        return found
 
     def _write_settings(self, record):
         self.settings_file.parent.mkdir(parents=True, exist_ok=True)

@@ -11,7 +11,7 @@ from .waiting import wait_for
 class StandInDaw:
     def __init__(self, desktop, program, name="reaper", title="Big Song - Stand-in DAW"):
         """Starts the program under a DAW's name."""
-        self.desktop, self.name, self.title = desktop, name, title
+        self.name = name
         executable = desktop.made_folder("bin") / name
         shutil.copy(program, executable)
         self.answers = desktop.logs / f"{name}-answers.log"
@@ -19,8 +19,7 @@ class StandInDaw:
             self.process = desktop.start(
                 name, [executable, title], stdin=subprocess.PIPE, stdout=answers,
                 environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"})
-        self.window = wait_for(
-            "the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
+        wait_for("the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
 
     def open(self, session_file):
         self._tell("open", session_file)
@@ -44,9 +43,6 @@ class StandInDaw:
         self.start_bounce(path, **pace)
         self.wait_for_bounce(path)
         return path
-
-    def come_to_front(self):
-        self.desktop.display.activate(self.window)
 
     def quit(self):
         self._tell("quit")

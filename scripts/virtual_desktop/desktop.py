@@ -1,5 +1,6 @@
 """The virtual desktop: each of its services is started, and waited for by its own sign."""
 
+import fcntl
 import json
 import os
 import sys
@@ -52,9 +53,14 @@ LOOKS = {"light": ("Breeze-ob", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
 class VirtualDesktop(PrivateSession):
     """Ready to use once made; `with` ends it. `notifications` says what the service can do, and
     None leaves it out.
+
+    A user's desktops are in use one after the other: the program looks at all processes of its
+    user, and would find the DAW of another desktop.
     """
 
     def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static"):
+        self.turn = open(f"/tmp/virtual-desktop-{os.getuid()}.lock", "w")
+        fcntl.flock(self.turn, fcntl.LOCK_EX)
         super().__init__()
         try:
             self._start_bus()
@@ -76,6 +82,7 @@ class VirtualDesktop(PrivateSession):
         self.accessibility.close()
         self.display.close()
         self.end()
+        self.turn.close()
 
     def notifications(self):
         """All that was posted so far, the oldest first."""

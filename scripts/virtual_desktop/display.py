@@ -5,7 +5,6 @@ import zlib
 
 from Xlib import X, XK, display, error
 from Xlib.ext import xtest
-from Xlib.protocol import event
 
 from .waiting import wait_for
 
@@ -39,17 +38,6 @@ class Display:
             if its_title.startswith(title) and self._property(window, "_NET_WM_PID") == [pid]:
                 return window
         return None
-
-    def activate(self, window):
-        """Does what a click on the window's title does, and waits until it has the keyboard."""
-        source_is_user = 2
-        self.root.send_event(
-            event.ClientMessage(
-                window=self._window(window), client_type=self._atom("_NET_ACTIVE_WINDOW"),
-                data=(32, [source_is_user, X.CurrentTime, 0, 0, 0])),
-            event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
-        self.connection.flush()
-        self.wait_for_keyboard(window)
 
     def wait_for_keyboard(self, window):
         wait_for(f"the keyboard to be with window {window:#x}",

@@ -46,13 +46,18 @@ class PrivateSession:
         return folder
 
     def start(self, name, command, environment=None, **options):
-        """Starts a program with its output in the log of that name. It ends with us, even killed."""
+        """Starts a program with its output in the log of that name. It ends with us, even killed.
+
+        `environment` changes the desktop's own; a variable that is None is left out.
+        """
+        merged = self.environment | (environment or {})
+        merged = {name: value for name, value in merged.items() if value is not None}
         options.setdefault("stdin", subprocess.DEVNULL)
         with open(self.logs / f"{name}.log", "ab") as log:
             options.setdefault("stdout", log)
             process = subprocess.Popen(
                 ["setpriv", "--pdeathsig", "KILL", *(str(part) for part in command)],
-                env=self.environment | (environment or {}), cwd=self.home, stderr=log, **options)
+                env=merged, cwd=self.home, stderr=log, **options)
         self.processes[name] = process
         return process
 
@@ -84,6 +89,8 @@ def end_process(process):
         except subprocess.TimeoutExpired:
             process.kill()
     process.wait()
+    if process.stdin:
+        process.stdin.close()
 
 
 def signal_process(pid, number):
