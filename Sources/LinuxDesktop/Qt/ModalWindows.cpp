@@ -16,7 +16,7 @@ namespace stemvault {
 namespace {
 
 // Long enough for the question that follows an answer, such as whether to replace a file.
-constexpr int inFrontTime = 2000;
+constexpr std::chrono::seconds inFrontTime { 5 };
 constexpr int cascade = 28;
 
 // What is minimised would be forgotten, with files waiting behind it.
@@ -35,13 +35,13 @@ int ModalWindows::run(QDialog& window)
 {
     if (isStopped)
         return 0;
-    const bool takesKeyboard = isInFront();
     window.setWindowFlags(frameOfModalWindow);
-    window.setAttribute(Qt::WA_ShowWithoutActivating, !takesKeyboard);
+    if (isInFront())
+        bringToFront(window);
+    else
+        showWithoutKeyboard(window);
     new AnswerGuard(window, quiet);
     place(window);
-    if (takesKeyboard)
-        bringToFront(window);
     open.push_back(&window);
     const int result = window.exec();
     open.pop_back(); // Windows opened meanwhile are gone already: their loops ran inside this one.

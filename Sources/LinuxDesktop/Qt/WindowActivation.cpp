@@ -98,10 +98,15 @@ void activateNow(QWindow& window)
         WindowManagerMessage().activate(static_cast<xcb_window_t>(window.winId()));
 }
 
-/// Waits for the first exposure: a request for a window not yet managed is lost.
+/// Does something with a window once it is on the screen, and so known to the window manager.
 class OnceExposed final : public QObject {
 public:
-    explicit OnceExposed(QWindow& awaited) : QObject(&awaited) { awaited.installEventFilter(this); }
+    using Action = void (*)(QWindow&);
+
+    OnceExposed(QWindow& awaited, Action then) : QObject(&awaited), action(then)
+    {
+        awaited.installEventFilter(this);
+    }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -110,10 +115,13 @@ protected:
         if (event->type() == QEvent::Expose && window.isExposed()) {
             window.removeEventFilter(this);
             deleteLater();
-            activateNow(window);
+            action(window);
         }
         return false;
     }
+
+private:
+    Action action;
 };
 
 } // namespace
@@ -124,7 +132,18 @@ void bringToFront(QWidget& window)
     if (window.windowHandle()->isExposed())
         activateNow(*window.windowHandle());
     else
-        new OnceExposed(*window.windowHandle());
+        new OnceExposed(*window.windowHandle(), &activateNow);
+}
+
+// The toolkit asks for the keyboard on behalf of every modal window, whatever it was told; a window
+// manager gives it to none that does not take it.
+void showWithoutKeyboard(QWidget& window)
+{
+    window.setAttribute(Qt::WA_ShowWithoutActivating);
+    window.setWindowFlag(Qt::WindowDoesNotAcceptFocus);
+    window.winId();
+    new OnceExposed(*window.windowHandle(),
+        [](QWindow& shown) { shown.setFlag(Qt::WindowDoesNotAcceptFocus, false); });
 }
 
 } // namespace stemvault

@@ -9,4 +9,8 @@ namespace stemvault {
 /// managers refuse that to a program that does not know the current time.
 void bringToFront(QWidget& window);
 
+/// Has a window not yet shown leave the keyboard where it is when it comes up. From then on the
+/// user can turn to it as to any other.
+void showWithoutKeyboard(QWidget& window);
+
 } // namespace stemvault
