@@ -151,7 +151,8 @@ ChildProcess::ChildProcess(pid_t child, FileDescriptor readingEnd)
 
 void ChildProcess::killGroup() const
 {
-    ::kill(-process, SIGKILL);
+    if (!isCollected) // Until then the group's number is not given out again.
+        ::kill(-process, SIGKILL);
 }
 
 bool ChildProcess::hasEnded()

@@ -122,18 +122,28 @@ void X11Windows::handleSocket()
 {
     if (!notifier->isEnabled())
         return;
-    bool isMoving = true;
-    while (isMoving) {
-        isMoving = false;
-        while (takeAnswer() || takeEvent())
-            isMoving = true;
-        xcb_flush(connection.get()); // It may read as well, hence another round.
-    }
+    while (takeWhatIsThere()) { }
     if (xcb_connection_has_error(connection.get()) != 0)
         return handleLoss();
     const Change news = std::exchange(pending, {});
     if (news.list || news.active)
         changed(news);
+}
+
+/// Each of these calls may read from the socket what only another one hands out; what is left in
+/// xcb's memory then would lie there until the server sends more. So the last round of all is one
+/// in which neither has anything after the other's reading.
+bool X11Windows::takeWhatIsThere()
+{
+    xcb_flush(connection.get());
+    bool isAnything = false;
+    while (takeEvent(xcb_poll_for_event(connection.get())))
+        isAnything = true;
+    while (takeAnswer())
+        isAnything = true;
+    while (takeEvent(xcb_poll_for_queued_event(connection.get())))
+        isAnything = true;
+    return isAnything;
 }
 
 bool X11Windows::takeAnswer()
@@ -152,9 +162,9 @@ bool X11Windows::takeAnswer()
     return true;
 }
 
-bool X11Windows::takeEvent()
+bool X11Windows::takeEvent(xcb_generic_event_t* polled)
 {
-    const auto event = owned(xcb_poll_for_event(connection.get()));
+    const auto event = owned(polled);
     if (!event)
         return false;
     if ((event->response_type & 0x7fU) == XCB_PROPERTY_NOTIFY) {

@@ -69,8 +69,9 @@ private:
     void internAtoms();
     void watchRootWindow(int screen);
     void handleSocket();
+    [[nodiscard]] bool takeWhatIsThere();
     [[nodiscard]] bool takeAnswer();
-    [[nodiscard]] bool takeEvent();
+    [[nodiscard]] bool takeEvent(xcb_generic_event_t* polled);
     void handleLoss();
 
     using PropertyAnswer = std::function<void(const xcb_get_property_reply_t* reply)>;

@@ -1,3 +1,4 @@
+#include "LinuxDesktop/Processes/ChildProcess.h"
 #include "LinuxDesktop/Processes/FakeProcesses.h"
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
@@ -5,13 +6,18 @@
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QProcess>
+#include <QTimer>
 #include <gmock/gmock.h>
 
+#include <deque>
 #include <filesystem>
+#include <fstream>
 #include <functional>
+#include <mutex>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 namespace stemvault {
@@ -44,7 +50,10 @@ public:
     [[nodiscard]] WallTime now() const override { return {}; }
     void mainAsync(Work work) override
     {
-        QMetaObject::invokeMethod(&context, std::move(work), Qt::QueuedConnection);
+        const std::lock_guard lock(mutex);
+        queue.push_back(std::move(work));
+        QMetaObject::invokeMethod(
+            &context, [this] { takeOne()(); }, Qt::QueuedConnection);
     }
     void mainAsyncAfter(std::chrono::milliseconds /*delay*/, Work /*work*/) override { }
     void utilityAsync(Work work) override { threads.emplace_back(std::move(work)); }
@@ -55,27 +64,95 @@ public:
     }
 
 private:
+    Work takeOne()
+    {
+        const std::lock_guard lock(mutex);
+        Work work = std::move(queue.front());
+        queue.pop_front();
+        return work;
+    }
+
+    std::mutex mutex;
+    std::deque<Work> queue;
     QObject context;
     std::vector<std::thread> threads;
 };
 
-/// A server of the test's own, which says on its standard output where it is.
-class Server : public QProcess {
+/// Another program for as long as this lives.
+class OtherProgram {
 public:
-    Server(const QString& name, const QStringList& options)
+    explicit OtherProgram(
+        const std::string& executable, const std::vector<std::string>& arguments = {})
+        : child(ChildProcess::start(executable, arguments, { environ, environ + variables() }))
     {
-        start(name, options);
-        waitUntil([this] { return canReadLine(); });
-        address = readLine().trimmed();
     }
-    ~Server() override { end(); }
+    ~OtherProgram() { end(); }
+
     void end()
     {
-        kill();
-        waitForFinished();
+        child->killGroup();
+        EXPECT_TRUE(waitUntil([this] { return child->hasEnded(); }));
     }
 
-    QByteArray address;
+    /// The first that it says: a server says where it is.
+    std::string firstLine()
+    {
+        EXPECT_TRUE(hasSaid("\n"));
+        return said.substr(0, said.find('\n'));
+    }
+
+    /// Waits for it.
+    bool hasSaid(const std::string& text)
+    {
+        return waitUntil([&] {
+            char letter = 0;
+            while (::read(child->standardOutput(), &letter, 1) == 1)
+                said += letter;
+            return said.find(text) != std::string::npos;
+        });
+    }
+
+private:
+    static std::size_t variables()
+    {
+        std::size_t count = 0;
+        while (environ[count] != nullptr)
+            ++count;
+        return count;
+    }
+
+    std::optional<ChildProcess> child;
+    std::string said;
+};
+
+/// An application under a name of one's choice, among the processes of a folder.
+class StandIn {
+public:
+    StandIn(const std::string& name, const std::string& processRoot)
+        : commands(makeCommands()), program(copyAs(name), { commands })
+    {
+        const std::string process = "/" + program.firstLine();
+        std::filesystem::create_symlink("/proc" + process, processRoot + process);
+    }
+
+    void say(const std::string& command) const { std::ofstream(commands) << command << std::endl; }
+
+private:
+    [[nodiscard]] std::string makeCommands() const
+    {
+        const std::string path = folder.path("commands");
+        EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
+        return path;
+    }
+    [[nodiscard]] std::string copyAs(const std::string& name) const
+    {
+        std::filesystem::copy_file(STAND_IN, folder.path(name));
+        return folder.path(name);
+    }
+
+    TemporaryFolder folder;
+    std::string commands;
+    OtherProgram program;
 };
 
 class LinuxWorkspaceTests : public testing::Test {
@@ -162,11 +239,12 @@ TEST_F(LinuxWorkspaceTests, IsRightWhenAskedAndTellsOnceAfterwards)
 
 TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
 {
-    const Server bus("dbus-daemon", { "--session", "--nofork", "--print-address" });
+    OtherProgram bus("/usr/bin/dbus-daemon", { "--session", "--nofork", "--print-address" });
+    const auto address = QString::fromStdString(bus.firstLine());
     const TemporaryFolder menu;
     menu.write("app.desktop", "[Desktop Entry]\nType=Application\nName=Logic 2\nExec=/opt/Logic");
     sources.entries.folders = { menu.path() };
-    sources.unitBus = QDBusConnection::connectToBus(bus.address, "listener");
+    sources.unitBus = QDBusConnection::connectToBus(address, "listener");
     makeWorkspace();
     // The first DAW makes it read the menu.
     processes.start(noRealProcess, reaper);
@@ -175,7 +253,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
 
     processes.start(
         noRealProcess + 1, { "/opt/Logic\0"s, "Logic", 1, 200, "app-gnome-app-1.scope" });
-    auto speaker = QDBusConnection::connectToBus(bus.address, "speaker");
+    auto speaker = QDBusConnection::connectToBus(address, "speaker");
     EXPECT_TRUE(waitUntil([&] {
         auto signal = QDBusMessage::createSignal(
             "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager", "UnitNew");
@@ -188,37 +266,30 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
 
 TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
 {
-    Server display("Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" });
-    const std::string number = ":" + display.address.toStdString();
-    qputenv("DISPLAY", number.c_str());
-    QProcess windowManager;
-    windowManager.start("openbox", { "--sm-disable" });
+    OtherProgram display("/usr/bin/Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" });
+    const std::string number = ":" + display.firstLine();
+    ::setenv("DISPLAY", number.c_str(), 1);
+    // A window that is mapped while it starts can be overlooked.
+    OtherProgram windowManager("/usr/bin/openbox", { "--sm-disable", "--startup", "echo ready" });
+    ASSERT_TRUE(windowManager.hasSaid("ready\n"));
 
     sources.display = number;
     sources.interval.reset();
     makeWorkspace();
-    const TemporaryFolder folder;
-    const auto start = [&](QProcess& standIn, const std::string& name) {
-        std::filesystem::copy_file(STAND_IN, folder.path(name));
-        standIn.start(QString::fromStdString(folder.path(name)), {});
-        ASSERT_TRUE(standIn.waitForStarted());
-        const auto process = "/" + std::to_string(standIn.processId());
-        std::filesystem::create_symlink("/proc" + process, processes.root() + process);
-        standIn.write("open\n");
-    };
-    QProcess first;
-    start(first, "first");
+
+    const StandIn first("first", processes.root());
+    first.say("open");
     EXPECT_TRUE(waitFor("launch"));
     EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "first"s }; }));
-
-    QProcess second;
-    start(second, "reaper");
+    std::optional<StandIn> second(std::in_place, "reaper", processes.root());
+    second->say("open");
     EXPECT_TRUE(waitFor("activate"));
     EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "first"s, "REAPER"s }; }));
-    first.write("close\nopen\n");
+    first.say("close");
+    first.say("open");
     EXPECT_TRUE(waitFor("activate"));
     EXPECT_THAT(names(), ElementsAre("first", "REAPER")) << "It stays one without its window.";
-    second.closeWriteChannel();
+    second.reset();
     EXPECT_TRUE(waitFor("terminate"));
     EXPECT_THAT(names(), ElementsAre("first"));
 
@@ -226,10 +297,7 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_TRUE(waitUntil([] {
         return !QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents);
     })) << "It keeps asking a server that has gone.";
-    first.kill();
-    EXPECT_TRUE(waitUntil([this] { return names().empty(); }));
-    windowManager.waitForFinished();
-    first.waitForFinished();
+    EXPECT_THAT(names(), ElementsAre("first"));
 }
 
 } // namespace

@@ -1,8 +1,9 @@
-// Stands for an application of X11: opens a window for each line "open" on its standard input,
-// closes the latest for each "close", and quits when there are no more lines.
+// Stands for an application of X11: says its process number, then opens a window for each line
+// "open" in the pipe that its argument names, and closes the latest for each "close".
 
 #include <xcb/xcb.h>
 
+#include <fstream>
 #include <iostream>
 #include <string>
 #include <string_view>
@@ -33,11 +34,13 @@ void open(xcb_connection_t* connection, xcb_window_t window)
 
 } // namespace
 
-int main()
+int main(int /*count*/, char** arguments)
 {
+    std::cout << getpid() << std::endl;
+    std::fstream commands(arguments[1]); // For writing as well, so that it never ends.
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     std::vector<xcb_window_t> windows;
-    for (std::string line; std::getline(std::cin, line); xcb_flush(connection)) {
+    for (std::string line; std::getline(commands, line); xcb_flush(connection)) {
         if (line == "open") {
             windows.push_back(xcb_generate_id(connection));
             open(connection, windows.back());
@@ -46,5 +49,4 @@ int main()
             windows.pop_back();
         }
     }
-    xcb_disconnect(connection);
 }
