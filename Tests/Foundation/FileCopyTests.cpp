@@ -145,9 +145,14 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
 
 TEST_F(CopyTest, LetsExactlyOneOfTwoWin)
 {
-    const auto appears = meanwhile([this] { files.write("to/Mix.wav", "theirs"); });
-    EXPECT_FALSE(copyItem(source, target, with({ appears })));
-    EXPECT_EQ(files.read("to/Mix.wav"), "theirs");
+    const Refusal appears = meanwhile([this] { files.write("to/Mix.wav", "theirs"); });
+    const Refusal noSparing = noRename(RENAME_NOREPLACE, EINVAL);
+    for (const auto& refusals : { std::vector<Refusal> { appears }, { appears, noSparing },
+             { appears, noSparing, noUnnamed, no(&Calls::linkat, EPERM) } }) {
+        EXPECT_FALSE(copyItem(source, target, with(refusals)));
+        EXPECT_EQ(files.read("to/Mix.wav"), "theirs");
+        std::filesystem::remove(target);
+    }
     for (int round = 0; round < 10; ++round) {
         std::filesystem::remove(target);
         std::string errors[2];

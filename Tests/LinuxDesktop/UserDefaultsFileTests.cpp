@@ -182,6 +182,10 @@ TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
     EXPECT_EQ(stored(), "last");
     dispatch.settle();
     EXPECT_EQ(stored(), "last");
+    defaults.setData(key, "under way");
+    dispatch.settleMainQueue();
+    change(defaults, "meanwhile");
+    EXPECT_EQ(stored(), "meanwhile");
     {
         auto gone = open();
         gone.setData(key, "of one that is gone");
