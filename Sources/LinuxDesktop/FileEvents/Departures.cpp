@@ -14,6 +14,10 @@ std::optional<Departure> Departures::take(std::uint32_t cookie)
         return std::nullopt;
     Departure departure = std::move(*found);
     waiting.erase(found);
+    // In roots within each other one name may leave from two places; it is reported once.
+    for (Departure& other : waiting)
+        if (other.cookie == cookie && other.formerPath == departure.formerPath)
+            other.formerPath.clear();
     return departure;
 }
 

@@ -90,7 +90,10 @@ std::unique_ptr<InotifyStream> InotifyStream::create(const StreamOptions& option
         return nullptr;
     try {
         const SignalsBlocked blocked;
-        std::thread([shared] { shared->run(); }).detach();
+        std::thread([shared] {
+            pthread_setname_np(pthread_self(), "file-events");
+            shared->run();
+        }).detach();
     } catch (const std::system_error&) {
         return nullptr;
     }

@@ -99,8 +99,8 @@ std::unique_ptr<FileEventStream> LinuxFileEvents::createStream(FileEventHandler 
     const auto first = (flags & FileEventStreamFlag::NoDefer) != 0
         ? EventWindow::FirstEvent::AtOnce
         : EventWindow::FirstEvent::Gathered;
-    return std::make_unique<LinuxFileEventStream>(
-        dispatch, std::move(handler), StreamOptions { paths, latency, first });
+    return std::make_unique<LinuxFileEventStream>(dispatch, std::move(handler),
+        StreamOptions { .paths = paths, .latency = latency, .firstEvent = first });
 }
 
 } // namespace stemvault

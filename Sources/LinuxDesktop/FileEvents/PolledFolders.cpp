@@ -12,7 +12,6 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::chrono::seconds interval { 3 };
 constexpr std::chrono::milliseconds longestLook { 50 };
 
 std::uint64_t signatureOf(const FileStatus& status)
@@ -40,7 +39,7 @@ void PolledFolders::add(NodeId node, Reason reason)
     folder = { state.tree.ref(node), reason, {}, {} };
     read(folder, true);
     if (!nextLook)
-        nextLook = std::chrono::steady_clock::now() + interval;
+        nextLook = std::chrono::steady_clock::now() + state.lookInterval;
 }
 
 std::optional<EventWindow::Time> PolledFolders::due() const
@@ -61,8 +60,9 @@ void PolledFolders::look(EventWindow::Time now)
             break;
     }
     nextInTurn = folder == folders.end() ? 0 : folder->first;
-    nextLook =
-        folders.empty() ? std::nullopt : std::optional(std::chrono::steady_clock::now() + interval);
+    nextLook = folders.empty()
+        ? std::nullopt
+        : std::optional(std::chrono::steady_clock::now() + state.lookInterval);
 }
 
 /// A folder that needs no further look loses its node.

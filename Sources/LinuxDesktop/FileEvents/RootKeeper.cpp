@@ -10,8 +10,6 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::chrono::seconds lookInterval { 3 };
-
 std::string withoutTrailingSlashes(std::string path)
 {
     while (path.ends_with('/'))
@@ -101,8 +99,9 @@ void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
     for (Root& root : roots)
         update(root, guard.follow(root.absolute), visit, since);
     guard.end();
-    nextLook = guard.isComplete() ? std::nullopt
-                                  : std::optional(std::chrono::steady_clock::now() + lookInterval);
+    nextLook = guard.isComplete()
+        ? std::nullopt
+        : std::optional(std::chrono::steady_clock::now() + state.lookInterval);
 }
 
 void RootKeeper::update(

@@ -38,8 +38,7 @@ timespec timeUntil(Time time)
 
 StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime streamBegan,
     const std::atomic<bool>& mustEnd, int wakeUpDescriptor)
-    : began(streamBegan), wakeUp(wakeUpDescriptor),
-      state(calls, options.latency, options.firstEvent, mustEnd), walker(state),
+    : began(streamBegan), wakeUp(wakeUpDescriptor), state(options, calls, mustEnd), walker(state),
       roots(state, walker, options.paths), sorter(state, walker)
 {
 }

@@ -3,23 +3,16 @@
 #include "Foundation/FileDescriptor.h"
 #include "LinuxDesktop/FileEvents/EventSorter.h"
 #include "LinuxDesktop/FileEvents/RootKeeper.h"
+#include "LinuxDesktop/FileEvents/StreamOptions.h"
 #include "LinuxDesktop/FileEvents/TreeWalker.h"
 #include "LinuxDesktop/FileEvents/WatchState.h"
 
 #include <atomic>
 #include <functional>
 #include <optional>
-#include <string>
-#include <vector>
+#include <span>
 
 namespace stemvault {
-
-/// What a stream is told when it is made.
-struct StreamOptions {
-    std::vector<std::string> paths;
-    std::chrono::milliseconds latency { 500 };
-    EventWindow::FirstEvent firstEvent = EventWindow::FirstEvent::AtOnce;
-};
 
 /// The loop of a stream's one thread: read, sort, walk, deliver, wait. It sleeps without a clock
 /// unless something is due.

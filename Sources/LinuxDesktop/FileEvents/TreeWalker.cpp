@@ -71,24 +71,18 @@ void TreeWalker::visit(Job job)
     }
 }
 
-void TreeWalker::visitFolder(NodeId node, Job job)
+void TreeWalker::visitFolder(NodeId node, const Job& job)
 {
     if (!state.tree.path(node, WatchTree::Spelling::Resolved, path))
         return;
-    if (job.visit == Visit::Start)
-        visitAtStart(node, job);
-    else
-        list(node, job, true);
-}
-
-void TreeWalker::visitAtStart(NodeId node, const Job& job)
-{
     const std::optional<FileStatus> status = fileStatus(path);
     if (!status)
         return;
     const Device traits = device(status->device);
     if (traits.isShared)
         polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
+    if (job.visit != Visit::Start)
+        return list(node, job, true);
     // New names show in the folder's own time, which spares a look at every file.
     const bool hasNewNames = status->modified >= job.since;
     if (hasNewNames || !traits.countsFolders || status->links != 2)

@@ -54,8 +54,7 @@ private:
     };
 
     void visit(Job job);
-    void visitFolder(NodeId node, Job job);
-    void visitAtStart(NodeId node, const Job& job);
+    void visitFolder(NodeId node, const Job& job);
     void waitUntilReadable(NodeId node, FileTime since);
     void list(NodeId node, const Job& job, bool areItemsReported);
     void meet(

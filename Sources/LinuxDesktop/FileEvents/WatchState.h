@@ -5,6 +5,7 @@
 #include "LinuxDesktop/FileEvents/EventWindow.h"
 #include "LinuxDesktop/FileEvents/FileStatus.h"
 #include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/StreamOptions.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
 #include "Platform/FileEvents.h"
 
@@ -21,9 +22,10 @@ namespace stemvault {
 /// What the parts of a running stream share. All of it belongs to the worker thread, except that
 /// anybody may ask it to end.
 struct WatchState {
-    WatchState(InotifyCalls& systemCalls, std::chrono::milliseconds latency,
-        EventWindow::FirstEvent firstEvent, const std::atomic<bool>& isEnding)
-        : calls(systemCalls), mustEnd(isEnding), inotify(systemCalls), window(latency, firstEvent)
+    WatchState(
+        const StreamOptions& options, InotifyCalls& systemCalls, const std::atomic<bool>& isEnding)
+        : lookInterval(options.lookInterval), calls(systemCalls), mustEnd(isEnding),
+          inotify(systemCalls), window(options.latency, options.firstEvent)
     {
     }
 
@@ -31,6 +33,8 @@ struct WatchState {
     static constexpr std::uint32_t folderMask = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE
         | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
 
+    /// How often to look at what the kernel does not tell.
+    const std::chrono::milliseconds lookInterval;
     InotifyCalls& calls;
     const std::atomic<bool>& mustEnd;
     Inotify inotify;

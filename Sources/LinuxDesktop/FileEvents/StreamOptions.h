@@ -1,0 +1,20 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/EventWindow.h"
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// What a stream is told when it is made.
+struct StreamOptions {
+    std::vector<std::string> paths;
+    std::chrono::milliseconds latency { 500 };
+    EventWindow::FirstEvent firstEvent = EventWindow::FirstEvent::AtOnce;
+    /// How often it looks at folders of which the kernel does not tell enough.
+    std::chrono::milliseconds lookInterval { 3000 };
+};
+
+} // namespace stemvault

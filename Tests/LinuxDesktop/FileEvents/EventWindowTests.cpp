@@ -1,0 +1,100 @@
+#include "LinuxDesktop/FileEvents/EventWindow.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+using More = EventWindow::More;
+using testing::ElementsAre;
+using testing::Pair;
+
+struct Event {
+    std::chrono::microseconds at;
+    const char* path;
+    std::uint32_t flags;
+    More more = More::Unsaid;
+};
+
+using Batches = std::vector<std::pair<std::chrono::microseconds, std::string>>;
+
+/// Plays events into a window of 500 ms and takes each batch when it is due; a batch is written as
+/// its paths with their flags.
+Batches batchesOf(const std::vector<Event>& events, EventWindow::FirstEvent first)
+{
+    const EventWindow::Time start = EventWindow::Time() + 1h;
+    EventWindow window(500ms, first);
+    Batches batches;
+    const auto takeUntil = [&](EventWindow::Time end) {
+        while (window.due() && *window.due() < end) {
+            const EventWindow::Time due = *window.due();
+            const EventBatch batch = window.take(due);
+            std::string text;
+            for (std::size_t index = 0; index < batch.paths.size(); ++index)
+                text += batch.paths[index] + std::to_string(batch.flags[index]) + " ";
+            batches.emplace_back(
+                std::chrono::duration_cast<std::chrono::microseconds>(due - start), text);
+        }
+    };
+    for (const Event& event : events) {
+        takeUntil(start + event.at);
+        window.add(event.path, event.flags, event.more, start + event.at);
+    }
+    takeUntil(EventWindow::Time::max());
+    return batches;
+}
+
+TEST(EventWindow, GathersWhatHappensInHalfASecond)
+{
+    const struct {
+        const char* what;
+        std::vector<Event> events;
+        Batches batches;
+    } rows[] = {
+        { "the first event goes out at once", { { 0us, "a", 1 } }, { { 0us, "a1 " } } },
+        { "what follows is held to the end of the window",
+            { { 0us, "a", 1 }, { 100ms, "b", 1 }, { 400ms, "c", 1 } },
+            { { 0us, "a1 " }, { 500ms, "b1 c1 " } } },
+        { "flags add up, in the order of the first occurrence",
+            { { 0us, "x", 1 }, { 1ms, "b", 1 }, { 2ms, "a", 1 }, { 3ms, "b", 2 }, { 4ms, "b", 4 } },
+            { { 0us, "x1 " }, { 500ms, "b7 a1 " } } },
+        { "after half a second of quiet the next goes out at once again",
+            { { 0us, "a", 1 }, { 600ms, "a", 2 } }, { { 0us, "a1 " }, { 600ms, "a2 " } } },
+        { "events that keep coming do not put a batch off",
+            { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 600ms, "a", 2 }, { 900ms, "a", 2 } },
+            { { 0us, "a1 " }, { 500ms, "a2 " }, { 1000ms, "a2 " } } },
+        { "a file just made waits for the rest of a short write",
+            { { 0us, "a", 1, More::Expected }, { 90us, "a", 2, More::Done } }, { { 0us, "a3 " } } },
+        { "but not for that of a long one", { { 0us, "a", 1, More::Expected }, { 9ms, "a", 2 } },
+            { { 500us, "a1 " }, { 500500us, "a2 " } } },
+        { "and in a busy spell for the next window",
+            { { 0us, "x", 1 }, { 9ms, "b", 1 }, { 499ms, "a", 1, More::Expected },
+                { 501ms, "a", 2, More::Done } },
+            { { 0us, "x1 " }, { 500ms, "b1 " }, { 1000ms, "a3 " } } },
+    };
+    for (const auto& row : rows) {
+        Batches batches = batchesOf(row.events, EventWindow::FirstEvent::AtOnce);
+        // The window is looked at after each event, so a write that ends is due since its start.
+        EXPECT_EQ(batches, row.batches) << row.what;
+    }
+}
+
+TEST(EventWindow, MayGatherTheFirstEventToo)
+{
+    EXPECT_THAT(batchesOf({ { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
+                    EventWindow::FirstEvent::Gathered),
+        ElementsAre(Pair(500ms, "a3 "), Pair(1300ms, "b1 ")));
+}
+
+TEST(EventWindow, ReportsFiveHundredAppendsInASecondAtMostFourTimes)
+{
+    std::vector<Event> appends;
+    for (int count = 0; count < 500; ++count)
+        appends.push_back({ count * 2ms, "a", 1 });
+    EXPECT_EQ(batchesOf(appends, EventWindow::FirstEvent::AtOnce).size(), 3U);
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,202 @@
+#include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
+#include "LinuxDesktop/FileEvents/StreamStage.h"
+#include "Platform/FileEvents.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <thread>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A main queue that the test itself runs.
+class MainQueue final : public Dispatch {
+public:
+    [[nodiscard]] WallTime now() const override { return {}; }
+    void mainAsync(Work work) override
+    {
+        const std::lock_guard lock(mutex);
+        queue.push_back(std::move(work));
+        added.notify_all();
+    }
+    void mainAsyncAfter(std::chrono::milliseconds, Work) override { }
+    void utilityAsync(Work) override { }
+    std::unique_ptr<Timer> scheduledTimer(std::chrono::milliseconds, Work) override { return {}; }
+
+    /// The next piece of work; absent when none comes in time.
+    std::optional<Work> next(std::chrono::milliseconds patience)
+    {
+        std::unique_lock lock(mutex);
+        if (!added.wait_for(lock, patience, [this] { return !queue.empty(); }))
+            return std::nullopt;
+        Work work = std::move(queue.front());
+        queue.pop_front();
+        return work;
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable added;
+    std::deque<Work> queue;
+};
+
+class StreamLifetime : public testing::Test {
+protected:
+    std::unique_ptr<FileEventStream> makeStream(const std::string& root)
+    {
+        auto stream = events.createStream(
+            [this](const auto& paths, const auto& flags) {
+                EXPECT_EQ(paths.size(), flags.size());
+                received.insert(received.end(), paths.begin(), paths.end());
+                onReceived();
+            },
+            { root }, 500ms, FileEventStreamFlag::NoDefer | FileEventStreamFlag::FileEvents);
+        stream->start();
+        return stream;
+    }
+
+    /// Makes files until one is noticed, which is when the stream has got that far.
+    Work awaitDelivery()
+    {
+        for (int attempt = 0; attempt < 1000; ++attempt) {
+            folder.write(std::to_string(attempt), "x");
+            if (auto work = queue.next(20ms))
+                return *work;
+        }
+        ADD_FAILURE() << "nothing was delivered";
+        return [] {};
+    }
+
+    TemporaryFolder folder;
+    MainQueue queue;
+    LinuxFileEvents events { queue };
+    std::vector<std::string> received;
+    std::function<void()> onReceived = [] {};
+};
+
+std::ptrdiff_t count(const char* folder)
+{
+    return std::distance(std::filesystem::directory_iterator(folder), {});
+}
+
+/// Threads and descriptors return to what they were, a moment later.
+void expectBackTo(std::ptrdiff_t threads, std::ptrdiff_t descriptors)
+{
+    const auto deadline = std::chrono::steady_clock::now() + 30s;
+    while (count("/proc/self/task") > threads || count("/proc/self/fd") > descriptors)
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline)
+            << count("/proc/self/task") << " threads, " << count("/proc/self/fd") << " descriptors";
+}
+
+TEST_F(StreamLifetime, IsNotMadeWithoutFoldersOrHandler)
+{
+    EXPECT_FALSE(events.createStream([](const auto&, const auto&) {}, {}, 500ms, 0));
+    EXPECT_FALSE(events.createStream({}, { folder.path() }, 500ms, 0));
+}
+
+TEST_F(StreamLifetime, DeliversWhatHappenedSinceStartOnTheMainQueue)
+{
+    for (int made = 0; made < 300; ++made)
+        folder.makeFolder(std::to_string(made) + "/deep");
+    const auto stream = makeStream(folder.path());
+    // The walk has hardly begun, so this one is found rather than told.
+    const std::string early = folder.write("299/deep/early", "x");
+    while (std::find(received.begin(), received.end(), early) == received.end()) {
+        const auto work = queue.next(10s);
+        ASSERT_TRUE(work);
+        (*work)();
+    }
+}
+
+TEST_F(StreamLifetime, CallsNobodyAfterStopHoweverMuchIsOnItsWay)
+{
+    auto stream = makeStream(folder.path());
+    const Work late = awaitDelivery();
+    stream->stop();
+    late();
+    EXPECT_THAT(received, testing::IsEmpty());
+
+    stream->start();
+    awaitDelivery()();
+    EXPECT_THAT(received, testing::Not(testing::IsEmpty()));
+
+    stream->invalidate();
+    stream->start();
+    folder.write("unseen", "x");
+    EXPECT_FALSE(queue.next(600ms)) << "an invalidated stream does not start again";
+}
+
+TEST_F(StreamLifetime, MayBeDestroyedFromWithinItsHandler)
+{
+    auto stream = makeStream(folder.path());
+    const Work work = awaitDelivery();
+    onReceived = [&] { stream.reset(); };
+    work();
+    EXPECT_FALSE(stream);
+    EXPECT_THAT(received, testing::Not(testing::IsEmpty()));
+}
+
+TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
+{
+    for (int made = 0; made < 2000; ++made)
+        folder.makeFolder(std::to_string(made / 40) + "/" + std::to_string(made));
+    const std::ptrdiff_t threads = count("/proc/self/task");
+    const std::ptrdiff_t descriptors = count("/proc/self/fd");
+    std::chrono::nanoseconds longest {};
+    for (int cycle = 0; cycle < 1000; ++cycle) {
+        const auto stream = makeStream(folder.path());
+        // Every so often it gets as far as watching something.
+        if (cycle % 50 == 0)
+            (void)queue.next(std::chrono::milliseconds(cycle / 50));
+        const auto before = std::chrono::steady_clock::now();
+        stream->stop();
+        longest = std::max(longest, std::chrono::steady_clock::now() - before);
+    }
+    EXPECT_LT(longest, 50ms);
+    expectBackTo(threads, descriptors);
+}
+
+/// How often the stream's threads have gone to sleep so far.
+long sleepsOfStreams()
+{
+    long sum = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream status(task.path() / "status");
+        bool isOurs = false;
+        for (std::string line; std::getline(status, line);) {
+            isOurs = isOurs || line == "Name:\tfile-events";
+            if (isOurs && line.starts_with("voluntary_ctxt_switches:"))
+                sum += std::stol(line.substr(line.find('\t')));
+        }
+    }
+    return sum;
+}
+
+TEST(StreamIdleness, NeverWakesUpWhileNothingHappens)
+{
+    StreamStage stage;
+    std::filesystem::create_directory(stage.path("root"));
+    stage.start({ "root" });
+    stage.sync();
+    // After the last delivery it may look once or twice more; then there must be no change.
+    for (int change = 0; change < 4; ++change) {
+        const long before = sleepsOfStreams();
+        const auto end = std::chrono::steady_clock::now() + 1s;
+        while (sleepsOfStreams() == before && std::chrono::steady_clock::now() < end)
+            std::this_thread::yield();
+        if (sleepsOfStreams() == before)
+            return;
+    }
+    ADD_FAILURE() << "the stream keeps waking up";
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,428 @@
+#include "LinuxDesktop/FileEvents/StreamStage.h"
+#include "Platform/FileEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <set>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+using Step = StreamStage::Step;
+using Reports = StreamStage::Reports;
+
+/// What a scenario must report: letters for flags, in capitals those that must be there and in
+/// small ones those that may, for whether a write is seen or its result is found in a listing is a
+/// matter of a moment.
+struct Report {
+    const char* flags;
+    std::string path;
+};
+
+/// The flags of one path add up over all batches. Every path that is not named must stay silent.
+struct Scenario {
+    const char* name;
+    std::vector<Step> before;
+    std::vector<Step> during;
+    std::vector<Report> reports;
+    std::vector<std::string> trees = {}; ///< Everything in these is new.
+    std::vector<std::string> roots = { "root" };
+};
+
+void PrintTo(const Scenario& scenario, std::ostream* out)
+{
+    *out << scenario.name;
+}
+
+constexpr std::pair<char, std::uint32_t> letters[] = { { 'C', FileEventFlag::ItemCreated },
+    { 'M', FileEventFlag::ItemModified }, { 'R', FileEventFlag::ItemRenamed },
+    { 'D', FileEventFlag::ItemRemoved }, { 'F', FileEventFlag::ItemIsFile },
+    { 'O', FileEventFlag::ItemIsDir }, { 'L', FileEventFlag::ItemIsSymlink },
+    { 'S', FileEventFlag::MustScanSubDirs }, { 'X', FileEventFlag::RootChanged } };
+
+std::string lettersOf(std::uint32_t flags)
+{
+    std::string text;
+    for (const auto& [letter, flag] : letters)
+        text += (flags & flag) != 0 ? std::string(1, letter) : "";
+    return text;
+}
+
+bool matches(std::uint32_t flags, std::string_view wanted)
+{
+    std::uint32_t must = 0;
+    std::uint32_t may = 0;
+    for (const auto& [letter, flag] : letters) {
+        must |= wanted.find(letter) != std::string_view::npos ? flag : 0;
+        may |= wanted.find(static_cast<char>(letter | 0x20)) != std::string_view::npos ? flag : 0;
+    }
+    return (flags & must) == must && (flags & ~(must | may)) == 0;
+}
+
+/// What is wrong with the reports, in words; empty if nothing is.
+std::string complaints(const Reports& reports, const std::vector<Report>& expected)
+{
+    std::string text;
+    std::set<std::string> known;
+    for (const auto& [flags, path] : expected) {
+        const auto found = reports.find(path);
+        const std::uint32_t actual = found == reports.end() ? 0 : found->second;
+        known.insert(path);
+        if (!matches(actual, flags))
+            text += path + " is " + lettersOf(actual) + ", not " + flags + "\n";
+    }
+    for (const auto& [path, flags] : reports)
+        if (!known.contains(path))
+            text += path + " is " + lettersOf(flags) + " and should be silent\n";
+    return text;
+}
+
+void expectTree(StreamStage& stage, const std::string& top, std::vector<Report>& reports)
+{
+    for (const auto& item : std::filesystem::recursive_directory_iterator(stage.path(top))) {
+        const std::string path = item.path().native().substr(stage.path("").size());
+        reports.push_back({ item.is_symlink() ? "CL" : item.is_directory() ? "CO" : "CmF", path });
+    }
+}
+
+void run(const Scenario& scenario)
+{
+    StreamStage stage;
+    for (const Step& step : scenario.before)
+        step(stage);
+    age(stage, 20ms);
+    stage.start(scenario.roots);
+    for (const Step& step : scenario.during)
+        step(stage);
+    std::vector<Report> expected = scenario.reports;
+    for (const std::string& tree : scenario.trees)
+        expectTree(stage, tree, expected);
+    (void)stage.waitFor(
+        [&](const Reports& reports) { return complaints(reports, expected).empty(); });
+    stage.sync();
+    EXPECT_EQ(complaints(stage.reports(), expected), "");
+}
+
+Step exchange(const char* one, const char* other)
+{
+    return [=](StreamStage& stage) {
+        EXPECT_EQ(renameat2(AT_FDCWD, stage.path(one).c_str(), AT_FDCWD, stage.path(other).c_str(),
+                      RENAME_EXCHANGE),
+            0);
+    };
+}
+
+void writeThroughMapping(StreamStage& stage)
+{
+    const FileDescriptor file(open(stage.path("root/f").c_str(), O_RDWR | O_CLOEXEC));
+    void* const bytes = mmap(nullptr, 4096, PROT_WRITE, MAP_SHARED, file.get(), 0);
+    static_cast<char*>(bytes)[0] = 'x';
+    munmap(bytes, 4096);
+}
+
+void linkUnnamedFile(StreamStage& stage)
+{
+    const FileDescriptor file(
+        open(stage.path("root").c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600));
+    EXPECT_EQ(write(file.get(), "x", 1), 1);
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(file.get());
+    EXPECT_EQ(linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, stage.path("root/f").c_str(),
+                  AT_SYMLINK_FOLLOW),
+        0);
+}
+
+const std::string longName(200, 'n');
+
+/// Folders within each other until no system call takes the path.
+FileDescriptor enterDeepFolder(StreamStage& stage, bool isMade)
+{
+    FileDescriptor folder(open(stage.path("root").c_str(), O_PATH | O_CLOEXEC));
+    for (int depth = 0; depth < 25; ++depth) {
+        if (isMade)
+            mkdirat(folder.get(), longName.c_str(), 0700);
+        folder = FileDescriptor(openat(folder.get(), longName.c_str(), O_PATH | O_CLOEXEC));
+    }
+    return folder;
+}
+
+void makeDeepFolder(StreamStage& stage)
+{
+    enterDeepFolder(stage, true);
+}
+
+void writeInDeepFolder(StreamStage& stage)
+{
+    const FileDescriptor folder = enterDeepFolder(stage, false);
+    const FileDescriptor file(openat(folder.get(), "f", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    EXPECT_EQ(write(file.get(), "x", 1), 1);
+}
+
+std::string deepPath()
+{
+    std::string path = "root";
+    for (int depth = 0; depth < 25; ++depth)
+        path += "/" + longName;
+    return path + "/f";
+}
+
+Step held(bool isHeld)
+{
+    return [=](StreamStage& stage) { stage.calls().holdReads(isHeld); };
+}
+
+Step watchLimit(int watches)
+{
+    return [=](StreamStage& stage) { stage.calls().watchesLeft = watches; };
+}
+
+Step noDescriptors(bool areNone)
+{
+    return [=](StreamStage& stage) { stage.calls().noDescriptors = areNone; };
+}
+
+/// Sets off what was done before from a folder that arrives later.
+void longAgo(StreamStage& stage)
+{
+    age(stage, 150ms);
+}
+
+void silenceOthers(StreamStage& stage)
+{
+    stage.calls().areOthersSilent = true;
+}
+
+void lock(StreamStage& stage)
+{
+    stage.calls().unreadableName = "/locked";
+}
+
+/// Folders and files that were there long before.
+const Step oldTree = sh("mkdir -p root/a/deep out/t/deep; echo > root/a/deep/x; echo > out/t/x");
+
+const std::vector<Scenario> scenarios = {
+    // What happens to a file.
+    { "Write", { sh("mkdir root") }, { sh("echo > root/f") }, { { "CMF", "root/f" } } },
+    { "KindsOfItems", { sh("mkdir root") }, { sh("mkdir root/d; ln -s d root/l; mkfifo root/p") },
+        { { "CO", "root/d" }, { "CL", "root/l" }, { "C", "root/p" } } },
+    { "GoneWithinTheWindow", { sh("mkdir root") }, { sh("echo > root/f; rm root/f") },
+        { { "CMDF", "root/f" } } },
+    { "GrowsWhileOpen", { sh("mkdir root") },
+        { sh("exec 3> root/f"), sync, sh("exec 3>> root/f; echo x >&3"), sync },
+        { { "CMF", "root/f" } } },
+    { "Truncated", { sh("mkdir root; echo x > root/f") }, { sh("truncate -s 0 root/f") },
+        { { "MF", "root/f" } } },
+    { "WrittenThroughMapping", { sh("mkdir root; truncate -s 4096 root/f") },
+        { writeThroughMapping }, { { "MF", "root/f" } } },
+    { "UnnamedFileLinked", { sh("mkdir root") }, { linkUnnamedFile }, { { "CF", "root/f" } } },
+    { "HardLink", { sh("mkdir root; echo > f") }, { sh("ln f root/f") }, { { "CF", "root/f" } } },
+    { "RenamedOverAnother", { sh("mkdir root; echo > root/f; echo > root/g") },
+        { sh("mv root/f root/g") }, { { "RF", "root/f" }, { "RF", "root/g" } } },
+    { "FileMovedIn", { sh("mkdir root; echo > f") }, { sh("mv f root/f") },
+        { { "RF", "root/f" } } },
+    { "FileMovedOut", { sh("mkdir root; echo > root/f") }, { sh("mv root/f f; echo > f") },
+        { { "RDF", "root/f" } } },
+    { "OurOwnCopyIsAMove", { sh("mkdir root; echo > root/.f; touch -d 2001-01-01 root/.f") },
+        { sh("mv root/.f root/f; : >> root/f") }, { { "RF", "root/.f" }, { "RF", "root/f" } } },
+    { "LinksAreNotEntered", { sh("mkdir root out; ln -s ../out root/l; ln -s . root/loop") },
+        { sh("echo > out/f; echo > root/g") }, { { "CMF", "root/g" } } },
+    // Names are bytes.
+    { "StrangeNames", { sh("mkdir root") },
+        { sh("cd root; echo > ' a '; echo > 'b\nc'; echo > \"$(printf 'caf\\351')\"; mkdir "
+             "$(printf '\\377')") },
+        { { "CMF", "root/ a " }, { "CMF", "root/b\nc" }, { "CMF", "root/caf\xE9" },
+            { "CO", "root/\xFF" } } },
+    { "LongestName", { sh("mkdir root") }, { sh("echo > root/$(printf %0255d 0)") },
+        { { "CMF", "root/" + std::string(255, '0') } } },
+    { "PathLongerThanTheKernelTakes", { sh("mkdir root"), makeDeepFolder }, { writeInDeepFolder },
+        { { "CMF", deepPath() } } },
+    // New folders.
+    { "FileAtOnceInNewFolders", { sh("mkdir root") },
+        { sh("for i in $(seq 200); do mkdir -p root/$i/a/b; echo > root/$i/a/b/f; done") }, {},
+        { "root" } },
+    { "TreeCopied",
+        { sh("mkdir -p root out/$(seq -s/ 5)/x; cd out; for i in $(seq 125); do "
+             "mkdir $i.d; echo > $i.d/f; done") },
+        { sh("cp -r out root/out") }, {}, { "root" } },
+    { "TreeUnpacked", { sh("mkdir -p root out/a/b; echo > out/a/b/f; ln out/a/b/f out/a/l") },
+        { sh("tar -cf - out | tar -C root -xf -") }, {}, { "root" } },
+    { "RemovedAndMadeAgain", { sh("mkdir root") },
+        { sh("for i in $(seq 100); do mkdir root/d; rmdir root/d; done; mkdir root/d"), sync,
+            sh("echo > root/d/f") },
+        { { "CDO", "root/d" }, { "CMF", "root/d/f" } } },
+    { "RemovedWhileInUse", { sh("mkdir -p root/d/e") },
+        { sh("exec 3< root/d/e; rm -r root/d; mkdir -p root/d/e"), sync, sh("echo > root/d/e/f") },
+        { { "CDO", "root/d" }, { "CDO", "root/d/e" }, { "CMF", "root/d/e/f" } } },
+    // Moved folders.
+    { "MovedIn", { oldTree, longAgo },
+        { sh("mv out/t root/t"), sync, sh("echo > root/t/deep/f; echo >> root/t/x") },
+        { { "RO", "root/t" }, { "CMF", "root/t/deep/f" }, { "MF", "root/t/x" } } },
+    { "MovedInAndWrittenAtOnce", { oldTree, longAgo },
+        { sh("mv out/t root/t; echo > root/t/deep/f") },
+        { { "RO", "root/t" }, { "CmF", "root/t/deep/f" } } },
+    { "MovedOut", { oldTree },
+        { sh("mv root/a out/a; echo > out/a/early"), sync, sh("echo > out/a/deep/late") },
+        { { "RDO", "root/a" } } },
+    { "MovedOutAndBack", { oldTree },
+        { sh("mv root/a out/a"), sync, sh("mv out/a root/b"), sync, sh("echo > root/b/deep/f") },
+        { { "RDO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/b/deep/f" } } },
+    { "MovedInside", { oldTree }, { sh("mv root/a root/b; echo > root/b/deep/f") },
+        { { "RO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/b/deep/f" } } },
+    { "MovedTwice", { oldTree }, { sh("mv root/a root/b; mv root/b root/c; echo > root/c/deep/f") },
+        { { "RO", "root/a" }, { "RO", "root/b" }, { "RO", "root/c" },
+            { "CMF", "root/c/deep/f" } } },
+    { "NewAndMoved", { sh("mkdir root") },
+        { sh("mkdir root/a; mv root/a root/b"), sync, sh("echo > root/b/f") },
+        { { "CRO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/b/f" } } },
+    { "NamesSwapped", { oldTree, sh("mkdir root/b") },
+        { sh("mv root/a root/t; mv root/b root/a; mv root/t root/b"), sync,
+            sh("echo > root/a/f; echo > root/b/deep/f") },
+        { { "RO", "root/a" }, { "RO", "root/b" }, { "RO", "root/t" }, { "CMF", "root/a/f" },
+            { "CMF", "root/b/deep/f" } } },
+    { "NamesExchanged", { oldTree, sh("mkdir root/b") },
+        { exchange("root/a", "root/b"), sync, sh("echo > root/a/f; echo > root/b/deep/f") },
+        { { "RO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/a/f" },
+            { "CMF", "root/b/deep/f" } } },
+    { "FileAndFolderExchanged", { oldTree, sh("echo > root/b") },
+        { exchange("root/a", "root/b"), sync, sh("echo > root/b/deep/f; echo > root/a") },
+        { { "RmfO", "root/a" }, { "RfO", "root/b" }, { "CMF", "root/b/deep/f" } } },
+    { "MovedOverAnEmptyOne", { oldTree, sh("mkdir root/b") },
+        { sh("mv -T root/a root/b; echo > root/b/deep/f") },
+        { { "RO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/b/deep/f" } } },
+    { "MovedFromRootToRoot", { oldTree, sh("mkdir other") },
+        { sh("mv root/a other/b; echo > other/b/deep/f") },
+        { { "RO", "root/a" }, { "RO", "other/b" }, { "CMF", "other/b/deep/f" } }, {},
+        { "root", "other" } },
+    // Roots.
+    { "SameRootTwice", { sh("mkdir root") }, { sh("echo > root/f") }, { { "CMF", "root/f" } }, {},
+        { "root", "root/", "root" } },
+    { "RootWithinRoot", { sh("mkdir -p root/a/b") },
+        { sh("mkdir root/a/b/c; echo > root/a/b/c/f"), sync, sh("mv root/a/b/c root/c"), sync,
+            sh("echo > root/c/g") },
+        { { "CRO", "root/a/b/c" }, { "CmF", "root/a/b/c/f" }, { "RO", "root/c" },
+            { "CMF", "root/c/g" } },
+        {}, { "root", "root/a/b" } },
+    { "RootThroughLink", { sh("mkdir -p real/d; ln -s real link") }, { sh("echo > real/d/f") },
+        { { "CMF", "link/d/f" } }, {}, { "link" } },
+    { "FolderUnderTwoSpellings", { sh("mkdir -p real/d; ln -s real/d link") },
+        { sh("echo > real/d/f") }, { { "CMF", "real/d/f" }, { "CMF", "link/f" } }, {},
+        { "real", "link" } },
+    { "LinkLeadsElsewhere", { sh("mkdir one two; ln -s one link") },
+        { sh("ln -sfn two link"), sync, sh("echo > two/f; echo > one/g") },
+        { { "CDOX", "link" }, { "CMF", "link/f" } }, {}, { "link" } },
+    { "RootMissingAtStart", {}, { sh("mkdir -p top/root/d; echo > top/root/d/f") },
+        { { "COX", "top/root" }, { "cO", "top/root/d" }, { "CmF", "top/root/d/f" } }, {},
+        { "top/root" } },
+    { "RootThatIsAFileAtFirst", { sh("echo > root") },
+        { sh("rm root; mkdir root"), sync, sh("echo > root/f") },
+        { { "COX", "root" }, { "CMF", "root/f" } } },
+    { "RootRemovedAndMadeAgain", { sh("mkdir root") },
+        { sh("rmdir root; mkdir root; echo > root/f"), sync, sh("echo > root/g") },
+        { { "CDOX", "root" }, { "CmF", "root/f" }, { "CMF", "root/g" } } },
+    { "RootRemovedWhileInUse", { sh("mkdir root") },
+        { sh("exec 3< root; rmdir root"), sync, sh("mkdir root"), sync, sh("echo > root/f") },
+        { { "CDOX", "root" }, { "CMF", "root/f" } } },
+    { "RootMovedAwayAndBack", { oldTree, longAgo },
+        { sh("mv root away"), sync, sh("echo > away/silent"), longAgo, sh("mv away root"), sync,
+            sh("echo > root/a/f") },
+        { { "CDOX", "root" }, { "CMF", "root/a/f" } } },
+    { "RootReplaced", { oldTree, longAgo },
+        { sh("mv root away; mv out root"), sync, sh("echo > root/t/deep/f; echo > away/a/g") },
+        { { "CDOX", "root" }, { "CMF", "root/t/deep/f" } } },
+    { "AncestorRenamed", { sh("mkdir -p top/mid/root; echo > top/mid/root/old"), longAgo },
+        { sh("mv top away; echo > away/mid/root/silent"), longAgo, sh("mv away top"), sync,
+            sh("echo > top/mid/root/f") },
+        { { "CDOX", "top/mid/root" }, { "CMF", "top/mid/root/f" } }, {}, { "top/mid/root" } },
+    // Limits.
+    { "Overflow", { sh("mkdir -p root/a root/many; echo > root/a/old") },
+        { held(true),
+            sh("cd root/many; seq 9000 | xargs touch; mkdir -p ../a/n/d; echo > ../a/n/f"),
+            held(false), sync, sh("echo > root/a/n/d/g") },
+        { { "OS", "root" }, { "OS", "beat" }, { "CO", "root/a/n" } }, { "root/many", "root/a/n" } },
+    { "TooManyFoldersToWatch",
+        { sh("mkdir -p root/a/b root/c; echo > root/a/b/old"), watchLimit(9) },
+        { sh("echo > root/a/b/f; echo > root/c/f"), sync, watchLimit(1000),
+            sh("mkdir -p root/a/b/d; echo > root/a/b/d/g") },
+        { { "CmF", "root/a/b/f" }, { "CmF", "root/c/f" }, { "CO", "root/a/b/d" } },
+        { "root/a/b/d" } },
+    { "NoDescriptorToSpare", { sh("mkdir -p root/a; echo > root/a/old"), noDescriptors(true) },
+        { sh("echo > root/a/f"), sync, noDescriptors(false), sync, sh("echo >> root/a/old") },
+        { { "CmF", "root/a/f" }, { "MF", "root/a/old" }, { "OS", "root" }, { "OS", "beat" } } },
+    { "ChangedByAnotherComputer", { sh("mkdir -p root/a; echo > root/a/old"), silenceOthers },
+        { sh("echo > root/a/f; echo x >> root/a/old; mkdir root/d; echo > root/d/g"), sync,
+            sh("echo > root/d/h") },
+        { { "CmF", "root/a/f" }, { "MF", "root/a/old" }, { "CO", "root/d" }, { "CmF", "root/d/g" },
+            { "CmF", "root/d/h" } } },
+    { "FolderReadableLater", { sh("mkdir -p root/locked; chmod 0 root/locked"), lock },
+        { sh("echo > root/locked/unseen; chmod 700 root/locked"), sync,
+            sh("echo > root/locked/f") },
+        { { "CmF", "root/locked/unseen" }, { "CMF", "root/locked/f" } } },
+};
+
+/// A file system of its own on `folder`.
+Step mountOn(const char* folder)
+{
+    return sh("mount -t tmpfs none " + std::string(folder));
+}
+
+const std::vector<Scenario> mountScenarios = {
+    { "MountedOverRoot", { sh("mkdir root; echo > root/covered") },
+        { mountOn("root"), sync, sh("echo > root/f"), sync, sh("umount root"), sync,
+            sh("echo > root/g") },
+        { { "CDOX", "root" }, { "CMF", "root/f" }, { "CMF", "root/g" } } },
+    { "MountedOverFolderInside", { sh("mkdir -p root/a/b") },
+        { mountOn("root/a"), sync, sh("mkdir root/a/c"), sync,
+            sh("echo > root/a/c/f; umount -l "
+               "root/a"),
+            sync, sh("echo > root/a/b/g") },
+        { { "OS", "root/a" }, { "CO", "root/a/c" }, { "CMF", "root/a/c/f" },
+            { "CMF", "root/a/b/g" } } },
+    { "DriveWithOldMixes",
+        { sh("mkdir root drive"), mountOn("drive"), sh("mkdir drive/d; echo > drive/d/old"),
+            longAgo },
+        { sh("mount --bind drive root"), sync, sh("echo > root/d/f"), sync, sh("umount -l root") },
+        { { "CDOX", "root" }, { "CMF", "root/d/f" } } },
+    { "RootOfAMount", { sh("mkdir root"), mountOn("root"), sh("mkdir root/d") },
+        { sh("echo > root/d/f"), sync, sh("umount root"), sync, sh("echo > root/g") },
+        { { "CDOX", "root" }, { "CMF", "root/d/f" }, { "CMF", "root/g" } } },
+    { "AncestorMountedOver", { sh("mkdir -p top/root; echo > top/root/old"), longAgo },
+        { mountOn("top"), sync, sh("mkdir top/root; echo > top/root/f"), sync, sh("umount top"),
+            sync, sh("echo > top/root/g") },
+        { { "CDOX", "top/root" }, { "CmF", "top/root/f" }, { "CMF", "top/root/g" } }, {},
+        { "top/root" } },
+    { "TwoPlacesOfOneFolder", { sh("mkdir -p root/a/d root/b; mount --bind root/a root/b") },
+        { sh("echo > root/a/d/f; mkdir root/a/e; echo > root/a/e/g") },
+        { { "CMF", "root/a/d/f" }, { "CMF", "root/b/d/f" }, { "CO", "root/a/e" },
+            { "CO", "root/b/e" }, { "CmF", "root/a/e/g" }, { "CmF", "root/b/e/g" } } },
+    { "FolderWithinItself", { sh("mkdir -p root/a/b; mount --bind root root/a/b") },
+        { sh("echo > root/f") }, { { "CMF", "root/f" } } },
+};
+
+class StreamScenarios : public testing::TestWithParam<Scenario> { };
+
+TEST_P(StreamScenarios, ReportJustThat)
+{
+    run(GetParam());
+}
+
+std::string nameOf(const testing::TestParamInfo<Scenario>& info)
+{
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Plain, StreamScenarios, testing::ValuesIn(scenarios), nameOf);
+
+// Where nobody lets us mount there is nothing to watch either, only the parsing, tested elsewhere.
+INSTANTIATE_TEST_SUITE_P(Mounts, StreamScenarios,
+    testing::ValuesIn(canMount() ? mountScenarios : std::vector<Scenario> {}), nameOf);
+
+GTEST_ALLOW_UNINSTANTIATED_PARAMETERIZED_TEST(StreamScenarios);
+
+} // namespace
+} // namespace stemvault

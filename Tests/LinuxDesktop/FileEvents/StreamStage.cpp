@@ -1,0 +1,175 @@
+#include "LinuxDesktop/FileEvents/StreamStage.h"
+
+#include "Platform/FileEvents.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sched.h>
+#include <sys/inotify.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+namespace stemvault {
+
+namespace {
+
+constexpr std::chrono::seconds deadline { 20 };
+
+/// Streams may outlive their test by a moment and the kernel's stand-in with them.
+FaultyInotifyCalls* newCalls()
+{
+    static auto& all = *new std::vector<std::unique_ptr<FaultyInotifyCalls>>;
+    return all.emplace_back(std::make_unique<FaultyInotifyCalls>()).get();
+}
+
+bool enterMountNamespace()
+{
+    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+        return false;
+    return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+}
+
+const bool mayMount = enterMountNamespace();
+
+} // namespace
+
+bool canMount()
+{
+    return mayMount;
+}
+
+int FaultyInotifyCalls::addWatch(int descriptor, const char* path, std::uint32_t mask)
+{
+    struct stat status { };
+    const bool isUnreadable = !unreadableName.empty()
+        && std::string_view(path).ends_with(unreadableName) && stat(path, &status) == 0
+        && (status.st_mode & 0777U) != 0700;
+    if (isUnreadable)
+        return -EACCES;
+    if (watchesLeft-- <= 0)
+        return -ENOSPC;
+    const bool isDeaf = areOthersSilent && !std::string_view(path).ends_with("/beat");
+    return InotifyCalls::addWatch(descriptor, path, isDeaf ? IN_MASK_ADD | IN_DELETE_SELF : mask);
+}
+
+long FaultyInotifyCalls::read(int descriptor, void* buffer, std::size_t size)
+{
+    std::unique_lock lock(mutex);
+    released.wait(lock, [this] { return !areReadsHeld; });
+    return InotifyCalls::read(descriptor, buffer, size);
+}
+
+std::uint32_t FaultyInotifyCalls::fileSystemType(const char* path)
+{
+    return areOthersSilent ? 0x6969 : InotifyCalls::fileSystemType(path);
+}
+
+void FaultyInotifyCalls::holdReads(bool isHeld)
+{
+    const std::lock_guard lock(mutex);
+    areReadsHeld = isHeld;
+    released.notify_all();
+}
+
+struct StreamStage::Record {
+    mutable std::mutex mutex;
+    mutable std::condition_variable changed;
+    bool isReady = false;
+    Reports reports;
+
+    void add(const EventBatch& batch)
+    {
+        const std::lock_guard lock(mutex);
+        for (std::size_t index = 0; index < batch.paths.size(); ++index)
+            reports[batch.paths[index]] |= batch.flags[index];
+        changed.notify_all();
+    }
+
+    [[nodiscard]] bool waitFor(const std::function<bool()>& isDone) const
+    {
+        std::unique_lock lock(mutex);
+        return changed.wait_for(lock, deadline, isDone);
+    }
+};
+
+StreamStage::StreamStage() : faults(newCalls()), record(std::make_shared<Record>())
+{
+    folder.makeFolder("beat");
+}
+
+void StreamStage::start(const std::vector<std::string>& roots)
+{
+    StreamOptions options;
+    for (const std::string& root : roots)
+        options.paths.push_back(root.starts_with('/') ? root : path(root));
+    options.paths.push_back(path("beat"));
+    options.latency = std::chrono::milliseconds(30);
+    options.lookInterval = std::chrono::milliseconds(50);
+    stream = InotifyStream::create(
+        options, [to = record](const EventBatch& batch) { to->add(batch); },
+        [to = record] {
+            const std::lock_guard lock(to->mutex);
+            to->isReady = true;
+            to->changed.notify_all();
+        },
+        *faults);
+    ASSERT_TRUE(stream);
+    ASSERT_TRUE(record->waitFor([this] { return record->isReady; }));
+}
+
+/// The kernel keeps events in order, so what comes back last was preceded by all else; four times,
+/// because what is half done by then is done one window later.
+void StreamStage::sync()
+{
+    for (int count = 0; count < 4; ++count) {
+        const std::string beat = path("beat/" + std::to_string(++beats));
+        std::filesystem::create_directory(beat);
+        ASSERT_TRUE(record->waitFor([&] { return record->reports.contains(beat); }));
+    }
+}
+
+StreamStage::Reports StreamStage::reports() const
+{
+    const std::lock_guard lock(record->mutex);
+    return shortened();
+}
+
+StreamStage::Reports StreamStage::shortened() const
+{
+    Reports result;
+    for (const auto& [reported, flags] : record->reports) {
+        const bool isBelow = reported.starts_with(folder.path() + "/");
+        if (!reported.starts_with(path("beat/")))
+            result[isBelow ? reported.substr(folder.path().size() + 1) : reported] = flags;
+    }
+    return result;
+}
+
+bool StreamStage::waitFor(const std::function<bool(const Reports&)>& isDone) const
+{
+    return record->waitFor([&] { return isDone(shortened()); });
+}
+
+StreamStage::Step sh(const std::string& script)
+{
+    return [script](StreamStage& stage) {
+        const std::string command = "cd '" + stage.path("") + "' && set -e\n" + script;
+        EXPECT_EQ(system(command.c_str()), 0) << script;
+    };
+}
+
+void age(StreamStage& stage, std::chrono::milliseconds least)
+{
+    const FileTime enough = wallClock() + least;
+    const std::string clock = stage.path("clock");
+    do
+        std::ofstream(clock) << "tick";
+    while (fileStatus(clock)->changed < enough);
+}
+
+} // namespace stemvault

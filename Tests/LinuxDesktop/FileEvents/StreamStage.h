@@ -1,0 +1,92 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/InotifyStream.h"
+#include "Support/TemporaryFolder.h"
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// The kernel, with faults that a test can switch on.
+class FaultyInotifyCalls : public InotifyCalls {
+public:
+    std::atomic<bool> noDescriptors = false;
+    std::atomic<int> watchesLeft = 1 << 20; ///< ENOSPC afterwards.
+    std::atomic<bool> areOthersSilent = false; ///< A network share: others' changes raise no event.
+    std::string unreadableName; ///< EACCES for folders of this name, until their mode is 0700.
+
+    int open() override { return noDescriptors ? -EMFILE : InotifyCalls::open(); }
+    int addWatch(int descriptor, const char* path, std::uint32_t mask) override;
+    long read(int descriptor, void* buffer, std::size_t size) override;
+    std::uint32_t fileSystemType(const char* path) override;
+
+    /// While held, nothing is read, as if the reader were busy elsewhere.
+    void holdReads(bool isHeld);
+
+private:
+    std::mutex mutex;
+    std::condition_variable released;
+    bool areReadsHeld = false;
+};
+
+/// A temporary folder, a stream over some of what is in it, and everything it reported.
+class StreamStage {
+public:
+    using Step = std::function<void(StreamStage&)>;
+    using Reports = std::map<std::string, std::uint32_t>;
+
+    StreamStage();
+
+    [[nodiscard]] std::string path(const std::string& name) const { return folder.path(name); }
+    [[nodiscard]] FaultyInotifyCalls& calls() const { return *faults; }
+
+    /// Watches these, and one more folder that `sync` needs; returns when all watches are in place.
+    void start(const std::vector<std::string>& roots);
+
+    /// Returns when everything that was done before has been reported.
+    void sync();
+
+    /// All flags reported so far by path, those of `sync` left out; paths below the stage's folder
+    /// are shortened by it.
+    [[nodiscard]] Reports reports() const;
+
+    /// Waits until the reports satisfy a test, up to a deadline.
+    [[nodiscard]] bool waitFor(const std::function<bool(const Reports&)>& isDone) const;
+
+private:
+    struct Record;
+
+    [[nodiscard]] Reports shortened() const;
+
+    TemporaryFolder folder;
+    FaultyInotifyCalls* faults;
+    std::shared_ptr<Record> record;
+    std::unique_ptr<InotifyStream> stream;
+    int beats = 0;
+};
+
+/// Runs a piece of shell in the stage's folder.
+[[nodiscard]] StreamStage::Step sh(const std::string& script);
+
+inline void sync(StreamStage& stage)
+{
+    stage.sync();
+}
+
+/// Waits until the clock of the file system is that far on.
+void age(StreamStage& stage, std::chrono::milliseconds least);
+
+/// Whether this process may mount: as root, or in a user namespace of its own. Nobody else sees it.
+[[nodiscard]] bool canMount();
+
+} // namespace stemvault
