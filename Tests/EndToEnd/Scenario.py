@@ -39,10 +39,10 @@ class Scenario(unittest.TestCase):
         settings.setdefault("folders", [self.client_a, self.client_b])
         self.connect = StemvaultConnect(self.desktop, PROGRAMS / "stemvault-connect", **settings)
 
-    def start_daw(self, session="Big Song"):
-        self.daw = StandInDaw(self.desktop, PROGRAMS / "stand-in-daw")
-        self.song = self.folder(f"Sessions/{session}")
-        self.daw.open(self.session_file(self.song))
+    def start_daw(self):
+        self.song = self.folder("Sessions/Big Song")
+        self.daw = StandInDaw(
+            self.desktop, PROGRAMS / "stand-in-daw", self.session_file(self.song))
 
     def start_with_session(self, **settings):
         """Starts a DAW with an open session, and the program, which finds it."""

@@ -4,7 +4,8 @@
 //
 //   open PATH        close PATH        bounce PATH BYTES PORTIONS MILLISECONDS        quit
 //
-// A bounce is answered when the file is whole.
+// A bounce is answered when the file is whole. Its command line: the window's title, and a session
+// to begin with.
 
 #include <QApplication>
 #include <QFile>
@@ -107,6 +108,12 @@ private:
 
 std::map<QByteArray, std::unique_ptr<FILE, decltype(&::fclose)>> sessionFiles;
 
+void openSession(const QByteArray& encodedPath)
+{
+    const QByteArray path = QByteArray::fromPercentEncoding(encodedPath);
+    sessionFiles.try_emplace(encodedPath, ::fopen(path.constData(), "r+"), &::fclose);
+}
+
 void obey(const QList<QByteArray>& words)
 {
     const QByteArray path = words.value(1);
@@ -116,8 +123,7 @@ void obey(const QList<QByteArray>& words)
     }
     sessionFiles.erase(path);
     if (words[0] == "open")
-        sessionFiles.try_emplace(
-            path, ::fopen(QByteArray::fromPercentEncoding(path).constData(), "r+"), &::fclose);
+        openSession(path);
     else if (words[0] == "quit")
         QApplication::quit();
     std::cout << words.join(' ').constData() << std::endl;
@@ -129,6 +135,7 @@ int main(int count, char** arguments)
 {
     std::ios::sync_with_stdio(false);
     QApplication application(count, arguments);
+    openSession(arguments[2]);
     Arrangement window;
     window.resize(900, 460);
     window.setWindowTitle(QFile::decodeName(arguments[1]));

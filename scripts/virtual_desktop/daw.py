@@ -9,15 +9,16 @@ from .waiting import wait_for
 
 
 class StandInDaw:
-    def __init__(self, desktop, program, name="reaper", title="Big Song - Stand-in DAW"):
-        """Starts the program under a DAW's name."""
+    def __init__(self, desktop, program, session_file, name="reaper"):
+        """Starts the program under a DAW's name, with a session."""
+        title = f"{session_file.stem} - Stand-in DAW"
         self.name = name
         executable = desktop.made_folder("bin") / name
         shutil.copy(program, executable)
         self.answers = desktop.logs / f"{name}-answers.log"
         with open(self.answers, "wb") as answers:
             self.process = desktop.start(
-                name, [executable, title], stdin=subprocess.PIPE, stdout=answers,
+                name, [executable, title, encoded(session_file).decode()], stdin=subprocess.PIPE, stdout=answers,
                 environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"})
         wait_for("the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
 

@@ -33,8 +33,7 @@ class Demonstration:
         session_file = song / "Big Song.rpp"
         session_file.write_text("<REAPER_PROJECT>\n")
 
-        daw = StandInDaw(self.desktop, self.programs / "stand-in-daw")
-        daw.open(session_file)
+        daw = StandInDaw(self.desktop, self.programs / "stand-in-daw", session_file)
         self.say(f"A stand-in DAW runs as {daw.name} (process {daw.process.pid}) and has {session_file.name} open.")
         connect = StemvaultConnect(self.desktop, self.programs / "stemvault-connect", folders)
         self.say(f"Stemvault Connect runs (process {connect.process.pid}).")

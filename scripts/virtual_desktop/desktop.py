@@ -47,7 +47,7 @@ WINDOW_MANAGER_CONFIGURATION = """<openbox_config xmlns="http://openbox.org/3.4/
 </openbox_config>
 """
 # A window manager's theme and a background for a light and a dark desktop.
-LOOKS = {"light": ("Breeze-ob", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
+LOOKS = {"light": ("Clearlooks", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
 
 
 class VirtualDesktop(PrivateSession):

@@ -16,9 +16,9 @@ class PictureBook:
         self.song = desktop.made_folder("home/Sessions/Big Song")
         self.folders = [desktop.made_folder(f"home/Dropbox/Stemvault/{name}")
                         for name in ("Northern Lights EP", "Client Review", "Radio Edits")]
-        self.daw = StandInDaw(desktop, programs / "stand-in-daw")
-        (self.song / "Big Song.rpp").write_text("<REAPER_PROJECT>\n")
-        self.daw.open(self.song / "Big Song.rpp")
+        session_file = self.song / "Big Song.rpp"
+        session_file.write_text("<REAPER_PROJECT>\n")
+        self.daw = StandInDaw(desktop, programs / "stand-in-daw", session_file)
 
     def take(self, name, window, whole_screen=False):
         window.focus()
