@@ -13,10 +13,8 @@ class Appearance final : public QObject {
 public:
     Appearance();
 
-private Q_SLOTS:
-    void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
-
 private:
+    Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
     void askPortal();
     void apply(bool dark);
 

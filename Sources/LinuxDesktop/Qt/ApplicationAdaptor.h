@@ -18,10 +18,9 @@ public:
 
     std::function<void()> onActivate;
 
-public Q_SLOTS:
-    void Activate(const QVariantMap& platformData);
-    void Open(const QStringList& uris, const QVariantMap& platformData);
-    void ActivateAction(
+    Q_SLOT void Activate(const QVariantMap& platformData);
+    Q_SLOT void Open(const QStringList& uris, const QVariantMap& platformData);
+    Q_SLOT void ActivateAction(
         const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 };
 

@@ -62,8 +62,8 @@ QVariantMap hints(const UserNotification& notification)
 } // namespace
 
 DBusUserNotificationCenter::DBusUserNotificationCenter(
-    Dispatch& mainDispatch, const QDBusConnection& sessionBus, const std::string& iconName)
-    : dispatch(mainDispatch), bus(sessionBus), icon(QString::fromStdString(iconName)),
+    Dispatch& mainDispatch, QDBusConnection sessionBus, const std::string& iconName)
+    : dispatch(mainDispatch), bus(std::move(sessionBus)), icon(QString::fromStdString(iconName)),
       owner(service, bus, QDBusServiceWatcher::WatchForOwnerChange)
 {
     if (icon.startsWith(u'/'))

@@ -20,7 +20,7 @@ class DBusUserNotificationCenter final : public QObject, public UserNotification
 public:
     /// `iconName` is a name that the desktop knows, or the path of an image.
     DBusUserNotificationCenter(
-        Dispatch& mainDispatch, const QDBusConnection& sessionBus, const std::string& iconName);
+        Dispatch& mainDispatch, QDBusConnection sessionBus, const std::string& iconName);
 
     void setDelegate(UserNotificationCenterDelegate* chosen) override;
 

@@ -26,8 +26,9 @@ std::vector<std::string> LinuxBundle::foldersOfExecutable()
 std::optional<std::string> LinuxBundle::pathForResource(
     const std::string& name, const std::string& type) const
 {
+    const std::string file = name + "." + type;
     for (const std::string& folder : folders) {
-        std::string path = appendingPathComponent(folder, name + "." + type);
+        std::string path = appendingPathComponent(folder, file);
         std::error_code failure;
         if (std::filesystem::exists(path, failure))
             return path;

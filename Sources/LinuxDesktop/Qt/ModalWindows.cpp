@@ -9,7 +9,7 @@
 #include <QScreen>
 #include <QWindow>
 
-#include <ranges>
+#include <algorithm>
 
 namespace stemvault {
 
@@ -59,8 +59,7 @@ void ModalWindows::activate()
 void ModalWindows::stop()
 {
     isStopped = true;
-    for (QDialog* window : open | std::views::reverse)
-        window->done(0);
+    std::for_each(open.rbegin(), open.rend(), [](QDialog* window) { window->done(0); });
 }
 
 bool ModalWindows::isInFront() const

@@ -26,7 +26,7 @@ QString startFolder(const std::optional<FileURL>& asked)
 {
     for (std::string path = asked ? asked->path() : "/"; path != "/";
          path = deletingLastPathComponent(path)) {
-        const QString name = QFile::decodeName(path.c_str());
+        QString name = QFile::decodeName(path.c_str());
         if (QFile::encodeName(name) == path.c_str() && QDir(name).exists())
             return name;
         if (!name.startsWith(u'/'))

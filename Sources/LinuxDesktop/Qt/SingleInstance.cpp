@@ -36,8 +36,8 @@ void activateOther(QDBusConnection& bus)
 
 } // namespace
 
-SingleInstance::SingleInstance(const QDBusConnection& sessionBus)
-    : bus(sessionBus), node(std::make_unique<QObject>()),
+SingleInstance::SingleInstance(QDBusConnection sessionBus)
+    : bus(std::move(sessionBus)), node(std::make_unique<QObject>()),
       adaptor(*new ApplicationAdaptor(node.get()))
 {
 }

@@ -17,7 +17,7 @@ class ApplicationAdaptor;
 /// bus, or without a bus, by a lock in the user's runtime folder.
 class SingleInstance {
 public:
-    explicit SingleInstance(const QDBusConnection& sessionBus);
+    explicit SingleInstance(QDBusConnection sessionBus);
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
     ~SingleInstance();

@@ -4,9 +4,11 @@
 #include <QTextLayout>
 #include <QtMath>
 
+#include <utility>
+
 namespace stemvault {
 
-TextBlock::TextBlock(const QString& shown, int width, const QFont& font) : content(shown)
+TextBlock::TextBlock(QString shown, int width, const QFont& font) : content(std::move(shown))
 {
     setTextFormat(Qt::PlainText);
     setFont(font);

@@ -10,7 +10,7 @@ namespace stemvault {
 /// has no blank in it, and takes no character of its text for a sign.
 class TextBlock final : public QLabel {
 public:
-    TextBlock(const QString& shown, int width, const QFont& font);
+    TextBlock(QString shown, int width, const QFont& font);
 
     /// Gives a control its accessible name: this text.
     void nameControl(QWidget& control);

@@ -18,7 +18,7 @@ TEST(DisplayTextTest, NamesAreShownHarmlesslyAndOtherwiseAsTheyStand)
         { "an emoji beyond the basic plane", "mix \U0001F3B8.wav", "mix \U0001F3B8.wav" },
         { "bytes that are not UTF-8", "Caf\xE9.wav", "Caf\uFFFD.wav" },
         { "line feed, tab and escape in one line", "a\nb\tc\x1B[0m", "a\u240Ab\u2409c\u241B[0m" },
-        { "a name that would read as another", "x\u202Evaw.exe", "x\uFFFDvaw.exe" },
+        { "a name that would read as another", "x\u202Evaw\u202C.exe", "x\uFFFDvaw\uFFFD.exe" },
         { "a mark of a right-to-left script stays", "a\u200Fb", "a\u200Fb" },
         { "other ends of a line", "a\u2028b\u0085c", "a\u2424b\uFFFDc" },
     };
