@@ -53,7 +53,7 @@ std::optional<UUID> UUID::fromString(std::string_view text)
         if (!value)
             return std::nullopt;
         auto& byte = bytes[digits / 2];
-        byte = static_cast<std::uint8_t>(byte << 4 | *value);
+        byte = static_cast<std::uint8_t>(static_cast<unsigned>(byte) << 4 | *value);
         ++digits;
     }
     return UUID(bytes);
