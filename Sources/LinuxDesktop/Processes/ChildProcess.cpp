@@ -51,7 +51,7 @@ void forgetSignalHandlers()
         ::sigaction(signal, &standard, nullptr);
     sigset_t none;
     ::sigemptyset(&none);
-    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
 /// lsof's helper closes every descriptor number up to the soft limit one by one, which takes
@@ -97,6 +97,7 @@ void becomeTool(const Plan& plan)
 std::vector<char*> pointersTo(const std::vector<std::string>& texts)
 {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (const std::string& text : texts)
         pointers.push_back(const_cast<char*>(text.c_str()));
     pointers.push_back(nullptr);

@@ -149,10 +149,10 @@ DesktopEntries::Found DesktopEntries::byWindowClass(
     std::string_view instance, std::string_view className) const
 {
     for (const auto& name : { instance, className })
-        if (const auto found = follow(byClass, name))
+        if (auto found = follow(byClass, name))
             return found;
     for (const auto& name : { instance, className })
-        if (const auto found = follow(byLowerCaseIdentifier, lowercased(name)))
+        if (auto found = follow(byLowerCaseIdentifier, lowercased(name)))
             return found;
     return {};
 }

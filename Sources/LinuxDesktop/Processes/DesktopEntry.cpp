@@ -75,7 +75,8 @@ std::string localizedText(
     const Group& group, const std::string& key, const std::vector<std::string>& languages)
 {
     for (const std::string& language : languages)
-        if (auto value = text(group, key + "[" + language + "]"); !value.empty())
+        if (auto value = text(group, std::string(key).append("[").append(language).append("]"));
+            !value.empty())
             return value;
     return text(group, key);
 }

@@ -17,6 +17,8 @@ struct ProcessKey {
     std::uint64_t startTime = 0;
     pid_t process = 0;
 
+    [[nodiscard]] bool operator==(const ProcessKey&) const = default;
+    // NOLINTNEXTLINE(modernize-use-nullptr): it takes the default's zero for a pointer.
     [[nodiscard]] auto operator<=>(const ProcessKey&) const = default;
 };
 

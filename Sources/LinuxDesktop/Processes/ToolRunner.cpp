@@ -110,8 +110,7 @@ ToolRunner::ToolRunner(Limits allowed) : limits(allowed), environment(environmen
 std::string ToolRunner::pathForTool(const std::string& name) const
 {
     for (const char* folder : { "/usr/bin", "/usr/sbin", "/bin" })
-        if (const auto path = appendingPathComponent(folder, name);
-            ::access(path.c_str(), X_OK) == 0)
+        if (auto path = appendingPathComponent(folder, name); ::access(path.c_str(), X_OK) == 0)
             return path;
     return appendingPathComponent("/usr/bin", name);
 }

@@ -44,7 +44,7 @@ WorkspaceSources WorkspaceSources::ofThisSession()
 }
 
 ApplicationWatch::ApplicationWatch(
-    Dispatch& queues, WorkspaceSources sources, std::function<void(WorkspaceNews)> onNews)
+    Dispatch& queues, const WorkspaceSources& sources, std::function<void(WorkspaceNews)> onNews)
     : dispatch(queues), announced(std::move(onNews)), menuPlaces(sources.entries),
       menu(std::make_shared<const DesktopEntries>()), processes(sources.processRoot),
       endings(sources.processRoot, [this] { update(); })

@@ -4,9 +4,9 @@
 
 namespace stemvault {
 
-LinuxWorkspace::LinuxWorkspace(Dispatch& dispatch, WorkspaceSources sources)
+LinuxWorkspace::LinuxWorkspace(Dispatch& dispatch, const WorkspaceSources& sources)
     : watch(std::make_unique<ApplicationWatch>(
-        dispatch, std::move(sources), [this](WorkspaceNews news) { announce(news); }))
+        dispatch, sources, [this](WorkspaceNews news) { announce(news); }))
 {
 }
 

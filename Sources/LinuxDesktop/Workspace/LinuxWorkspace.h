@@ -16,7 +16,7 @@ class LinuxWorkspace : public Workspace {
 public:
     /// `dispatch` must outlive it.
     explicit LinuxWorkspace(
-        Dispatch& dispatch, WorkspaceSources sources = WorkspaceSources::ofThisSession());
+        Dispatch& dispatch, const WorkspaceSources& sources = WorkspaceSources::ofThisSession());
 
     [[nodiscard]] std::vector<RunningApplication> runningApplications() const override;
     void addObserver(const void* observer, WorkspaceNotification notification,

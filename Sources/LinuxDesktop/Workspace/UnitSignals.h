@@ -16,10 +16,9 @@ class UnitSignals : public QObject {
 public:
     UnitSignals(QDBusConnection bus, std::function<void()> onChange);
 
-private slots:
-    void unitChanged(const QString& unit);
-
 private:
+    Q_SLOT void unitChanged(const QString& unit);
+
     const std::function<void()> changed;
 };
 
