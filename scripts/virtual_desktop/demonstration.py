@@ -2,7 +2,7 @@
 
     demonstration.py PROGRAMS PICTURES
 
-PROGRAMS is the folder of the built programs, PICTURES the one that gets a picture of each step.
+PROGRAMS is the folder of the built programs, PICTURES the one that gets a picture of the prompt.
 """
 
 import filecmp
@@ -15,30 +15,32 @@ from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, VirtualDeskt
 
 
 class Demonstration:
-    def __init__(self, desktop, programs, pictures):
-        self.desktop, self.programs, self.pictures = desktop, programs, pictures
-        self.begin = time.monotonic()
+    def __init__(self, desktop, programs, pictures, begin):
+        self.desktop, self.programs, self.pictures, self.begin = desktop, programs, pictures, begin
 
     def say(self, text):
         print(f"{time.monotonic() - self.begin:6.2f} s  {text}", flush=True)
 
-    def take_picture(self, name, window=None):
+    def take_picture(self, name):
         path = self.pictures / f"{name}.png"
-        self.desktop.display.take_picture(path, window)
-        self.say(f"          picture: {path}")
+        self.desktop.display.take_picture(path)
+        self.say(f"    picture: {path}")
 
     def run(self):
-        folders = [self.desktop.made_folder(f"home/Stemvault/{name}") for name in ("Client A", "Client B")]
+        self.say("A desktop without a screen is up.")
+        folders = [self.desktop.made_folder(f"home/Stemvault/{name}")
+                   for name in ("Client A", "Client B")]
         song = self.desktop.made_folder("home/Sessions/Big Song")
         session_file = song / "Big Song.rpp"
         session_file.write_text("<REAPER_PROJECT>\n")
 
         daw = StandInDaw(self.desktop, self.programs / "stand-in-daw", session_file)
-        self.say(f"A stand-in DAW runs as {daw.name} (process {daw.process.pid}) and has {session_file.name} open.")
+        self.say(f"A stand-in DAW runs as {daw.name} (process {daw.process.pid})"
+                 f" and has {session_file.name} open.")
         connect = StemvaultConnect(self.desktop, self.programs / "stemvault-connect", folders)
         self.say(f"Stemvault Connect runs (process {connect.process.pid}).")
         connect.wait_until_it_watches(song)
-        self.say(f"It has found the session: the kernel now reports to it what happens in {song.name}.")
+        self.say(f"It has found the session: the kernel now tells it what happens in {song.name}.")
 
         mix = song / "Mix.wav"
         daw.start_bounce(mix, size=6_000_000, portions=8, milliseconds=250)
@@ -46,10 +48,11 @@ class Demonstration:
         prompt = connect.prompt("Mix.wav")
         if not daw.has_bounced(mix):
             raise AssertionError("the prompt came before the bounce was whole")
-        self.say(f"The bounce is whole, and the prompt is up: {' / '.join(' '.join(prompt.texts()).split(chr(10)))}")
-        self.say(f"          folders: {', '.join(prompt.choices())}; buttons: {', '.join(prompt.buttons())}")
+        title, text = (" ".join(shown.split("\n")) for shown in prompt.texts())
+        self.say(f'The bounce is whole, and the prompt is up: "{title}", "{text}",')
+        self.say(f"    folders {', '.join(prompt.choices())}, buttons {', '.join(prompt.buttons())}.")
         prompt.focus()
-        self.take_picture("demonstration-prompt")
+        self.take_picture("prompt")
         prompt.choose("Client B")
         prompt.answer("Add")
         self.say("Client B is chosen and Add pressed.")
@@ -57,8 +60,7 @@ class Demonstration:
         self.say(f'The notification has come: "{note["summary"]}", "{note["body"]}".')
         if not filecmp.cmp(mix, folders[1] / "Mix.wav", shallow=False):
             raise AssertionError("the copy differs from the bounce")
-        self.say(f"Client B holds Mix.wav, {mix.stat().st_size} bytes, each the same as in the bounce.")
-        self.take_picture("demonstration-after")
+        self.say(f"Client B holds Mix.wav: {mix.stat().st_size} bytes, all as in the bounce.")
 
         daw.quit()
         connect.wait_until_it_leaves(song)
@@ -71,9 +73,10 @@ class Demonstration:
 
 def main():
     programs, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
+    begin = time.monotonic()
     with VirtualDesktop() as desktop:
         try:
-            Demonstration(desktop, programs, pictures).run()
+            Demonstration(desktop, programs, pictures, begin).run()
         except (AssertionError, TimedOut) as failure:
             desktop.keep_evidence(pictures / "failure")
             print(f"FAILED: {failure}. The evidence is in {pictures / 'failure'}", file=sys.stderr)
