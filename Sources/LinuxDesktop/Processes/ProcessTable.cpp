@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Processes/ProcessTable.h"
 
+#include "Foundation/FileDescriptor.h"
 #include "LinuxDesktop/Processes/DesktopEntry.h"
 #include "LinuxDesktop/Processes/ReadText.h"
 
@@ -54,6 +55,17 @@ std::string linkTarget(int folder, const std::string& link)
                       : std::string();
 }
 
+/// What every sweep reads for every process: the kernel gives it whole at the first reading.
+std::optional<ProcessStat> readStat(int folder, const std::string& path)
+{
+    const FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 1024> text; // NOLINT(*-member-init): read fills what is used of it.
+    const ssize_t length = file ? ::read(file.get(), text.data(), text.size()) : -1;
+    if (length <= 0)
+        return std::nullopt;
+    return parseProcessStat({ text.data(), static_cast<std::size_t>(length) });
+}
+
 bool hasEnded(const ProcessStat& stat)
 {
     return stat.state == 'Z' || stat.state == 'X';
@@ -104,8 +116,7 @@ void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
         return;
     }
     const std::string name = std::to_string(process);
-    const auto text = readText(folder, name + "/stat", mostBytes);
-    const auto stat = text ? parseProcessStat(*text) : std::nullopt;
+    const auto stat = readStat(folder, name + "/stat");
     if (!stat || hasEnded(*stat))
         return;
     const auto known = previous.find(process);

@@ -8,7 +8,7 @@
 namespace stemvault {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

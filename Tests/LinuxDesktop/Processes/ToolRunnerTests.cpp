@@ -24,7 +24,7 @@ class ToolRunnerTests : public testing::Test {
 protected:
     std::string script(const std::string& name, const std::string& body) const
     {
-        const std::string path = folder.write(name, "#!" + body);
+        std::string path = folder.write(name, "#!" + body);
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         return path;
     }
@@ -127,7 +127,7 @@ TEST_F(ToolRunnerTests, AnswersFromProcWhileLsofIsStuck)
     for (std::thread& other : others)
         other.join();
     EXPECT_THAT(answer, Optional(HasSubstr("p" + own + "\nn")));
-    EXPECT_THAT(answer, Optional(HasSubstr("\nn" + folder.path("Open\\\\Song.rpp") + "\n")));
+    EXPECT_THAT(answer, Optional(HasSubstr("\nn" + folder.path(R"(Open\\Song.rpp)") + "\n")));
     EXPECT_THAT(ask("4194305"), Optional(std::string())); // No such process.
     EXPECT_EQ(folder.read("runs"), "-p " + own + " -Fn\n") << "One was started, for all of them.";
 

@@ -140,7 +140,7 @@ public:
 private:
     [[nodiscard]] std::string makeCommands() const
     {
-        const std::string path = folder.path("commands");
+        std::string path = folder.path("commands");
         EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
         return path;
     }
@@ -268,7 +268,7 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
 {
     OtherProgram display("/usr/bin/Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" });
     const std::string number = ":" + display.firstLine();
-    ::setenv("DISPLAY", number.c_str(), 1);
+    qputenv("DISPLAY", number.c_str());
     // A window that is mapped while it starts can be overlooked.
     OtherProgram windowManager("/usr/bin/openbox", { "--sm-disable", "--startup", "echo ready" });
     ASSERT_TRUE(windowManager.hasSaid("ready\n"));
