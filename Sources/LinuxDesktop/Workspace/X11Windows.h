@@ -42,7 +42,7 @@ public:
 
 private:
     struct Disconnect {
-        void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
+        void operator()(xcb_connection_t* ended) const { xcb_disconnect(ended); }
     };
     using Connection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
