@@ -44,7 +44,7 @@ struct LinuxPlatform::Session {
 /// In the order in which one needs the other.
 struct LinuxPlatform::Parts {
     QtDispatch dispatch;
-    Appearance appearance;
+    Appearance appearance { QDBusConnection::sessionBus() };
     LinuxBundle bundle { LinuxBundle::foldersOfExecutable() };
     UserDefaultsFile userDefaults { UserDefaultsFile::standardPath(), dispatch };
     ModalWindows windows;

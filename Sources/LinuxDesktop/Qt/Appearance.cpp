@@ -1,12 +1,14 @@
 #include "LinuxDesktop/Qt/Appearance.h"
 
 #include <QApplication>
-#include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusMetaType>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QPalette>
+
+#include <utility>
 
 namespace stemvault {
 
@@ -57,14 +59,14 @@ QPalette darkPalette()
 
 // The portal is asked when it is there and again whenever it comes; it is not started for our sake.
 // The match names no service, as the toolkit would wait for that service's owner.
-Appearance::Appearance()
+Appearance::Appearance(QDBusConnection sessionBus) : bus(std::move(sessionBus))
 {
-    auto* portal = new QDBusServiceWatcher(
-        service, QDBusConnection::sessionBus(), QDBusServiceWatcher::WatchForRegistration, this);
+    auto* portal =
+        new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &Appearance::askPortal);
-    QDBusConnection::sessionBus().connect(QString(), path, settings,
-        QStringLiteral("SettingChanged"), { group }, QString(), this,
-        SLOT(settingChanged(QString, QString, QDBusVariant)));
+    qDBusRegisterMetaType<QDBusVariant>(); // Without it the slot is not found.
+    bus.connect(QString(), path, settings, QStringLiteral("SettingChanged"), { group }, QString(),
+        this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     askPortal();
 }
 
@@ -73,8 +75,7 @@ void Appearance::askPortal()
     auto call = QDBusMessage::createMethodCall(service, path, settings, QStringLiteral("Read"));
     call << group << colorScheme;
     call.setAutoStartService(false);
-    auto* watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    auto* watcher = new QDBusPendingCallWatcher(bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         if (const QDBusPendingReply<QDBusVariant> reply = *watcher; reply.isValid())

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
 
@@ -11,13 +12,14 @@ namespace stemvault {
 class Appearance final : public QObject {
     Q_OBJECT
 public:
-    Appearance();
+    explicit Appearance(QDBusConnection sessionBus);
 
 private:
     Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
     void askPortal();
     void apply(bool dark);
 
+    QDBusConnection bus;
     bool isOurs = false; ///< The palette in use is our dark one.
 };
 
