@@ -29,7 +29,7 @@ class WatchingScenarios(Scenario):
         self.connect.wait_until_it_rests()  # The answer of a scan under way may come last.
         self.daw.quit()
         self.connect.wait_until_it_leaves(next_song)
-        self.assertTrue(self.connect.watches(bounces))
+        self.connect.wait_until_it_watches(bounces)
 
     def test_a_daw_that_starts_later_is_found(self):
         self.start()

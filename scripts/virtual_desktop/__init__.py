@@ -16,5 +16,5 @@ from .daw import StandInDaw
 from .desktop import VirtualDesktop
 from .waiting import TimedOut, wait_for
 
-__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "VirtualDesktop", "Window",
-           "wait_for"]
+__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "VirtualDesktop",
+           "Window", "wait_for"]

@@ -23,6 +23,8 @@ class Accessibility:
             "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", "", ())
         session.close()
         self.bus = dbus.bus.BusConnection(address)
+        self.root = Node(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
+        self.root.call(ACCESSIBLE, "GetChildren")  # Has the registry up before the first program.
         self.display = display
 
     def close(self):
@@ -30,8 +32,7 @@ class Accessibility:
 
     def windows(self):
         """The windows that are on the screen."""
-        root = Node(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-        return [Window(node, self.display) for application in root.children()
+        return [Window(node, self.display) for application in self.root.children()
                 for node in application.children()
                 if node.role().split()[0] in WINDOW_ROLES and node.has_state(SHOWING)]
 
@@ -128,7 +129,8 @@ class Window:
         wait_for(f'the window "{self.name}" to close', lambda: not self.is_open())
 
     def texts(self):
-        return [str(node.name()) for node in self.node.walk() if node.role() == "label" and node.name()]
+        return [str(node.name()) for node in self.node.walk()
+                if node.role() == "label" and node.name()]
 
     def buttons(self):
         return [str(node.name()) for node in self.node.walk() if node.role() in BUTTON_ROLES]
@@ -171,13 +173,15 @@ class Window:
 
     def _moves_on_from(self, selected, seconds=0.5):
         try:
-            return wait_for("the next item", lambda: self._selected() not in (None, selected), seconds)
+            return wait_for(
+                "the next item", lambda: self._selected() not in (None, selected), seconds)
         except TimedOut:
             return False
 
     def type(self, field, text):
         """Puts text into the field that a label names."""
-        node = wait_for(f'a field "{field}" in "{self.name}"', lambda: self.node.find(("text",), field))
+        node = wait_for(
+            f'a field "{field}" in "{self.name}"', lambda: self.node.find(("text",), field))
         node.call(EDITABLE_TEXT, "SetTextContents", "s", text)
 
     def focus(self):
@@ -187,7 +191,8 @@ class Window:
     def id(self):
         """Its number on the X display."""
         process = self._process()
-        return wait_for(f'the window of "{self.name}"', lambda: self.display.window_of(self.name, process))
+        return wait_for(
+            f'the window of "{self.name}"', lambda: self.display.window_of(self.name, process))
 
     def _process(self):
         bus = self.node.bus
@@ -203,4 +208,5 @@ class Window:
         return [item for one in lists for item in one.children()]
 
     def _selected(self):
-        return next((str(item.name()) for item in self._popup_items() if item.has_state(SELECTED)), None)
+        return next(
+            (str(item.name()) for item in self._popup_items() if item.has_state(SELECTED)), None)

@@ -18,8 +18,9 @@ class StandInDaw:
         self.answers = desktop.logs / f"{name}-answers.log"
         with open(self.answers, "wb") as answers:
             self.process = desktop.start(
-                name, [executable, title, encoded(session_file).decode()], stdin=subprocess.PIPE, stdout=answers,
-                environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"})
+                name, [executable, title, encoded(session_file).decode()],
+                stdin=subprocess.PIPE, stdout=answers,
+                environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": None})
         wait_for("the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
 
     def open(self, session_file):
