@@ -2,10 +2,13 @@
 
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
+#include "StemvaultConnect/SessionFolder.h"
 
 #include <benchmark/benchmark.h>
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace stemvault {
 namespace {
@@ -33,6 +36,27 @@ void lowercasedBeyondASCII(benchmark::State& state)
         benchmark::DoNotOptimize(lowercased(name));
 }
 BENCHMARK(lowercasedBeyondASCII);
+
+/// 1 MB of what lsof prints for a DAW with thousands of plug-ins; the session file comes last, so
+/// every rule looks at every line.
+std::string lsofText()
+{
+    std::string text = "p4711\nfcwd\nn/home/mia\n";
+    for (int i = 0; text.size() < 1'000'000; ++i)
+        text += "ftxt\nn/usr/lib/vst3/Vendor " + std::to_string(i % 97) + "/Équaliseur "
+            + std::to_string(i) + ".vst3/Contents/x86_64-linux/plugin.so\n";
+    return text + "n/home/mia/Sessions/Big Song/Big Song.rpp\n";
+}
+
+void sessionFolderFromOneMegabyteOfOpenFiles(benchmark::State& state)
+{
+    const std::string text = lsofText();
+    constexpr std::string_view extensions[] = { "ptx", "logicx", "als", "song", "cpr", "rpp" };
+    const ModificationDate unknown = [](const std::string&) { return std::nullopt; };
+    while (state.KeepRunning())
+        benchmark::DoNotOptimize(sessionFolder(openPaths(text), extensions, unknown));
+}
+BENCHMARK(sessionFolderFromOneMegabyteOfOpenFiles);
 
 } // namespace
 } // namespace stemvault

@@ -1,0 +1,17 @@
+// stemvault-empty-program FOLDER: what any Qt Widgets program costs. Begins its event loop, then
+// watches FOLDER, which can be seen from outside, and does nothing.
+
+#include <QApplication>
+#include <QTimer>
+
+#include <sys/inotify.h>
+
+int main(int argc, char* argv[])
+{
+    const QApplication application(argc, argv);
+    QTimer::singleShot(0, &application, [&application] {
+        inotify_add_watch(inotify_init1(IN_CLOEXEC),
+            application.arguments().at(1).toLocal8Bit().constData(), IN_CREATE);
+    });
+    return QApplication::exec();
+}
