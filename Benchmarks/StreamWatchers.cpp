@@ -139,13 +139,12 @@ bool Watcher::startDaemon(const std::string& folder, const std::string& scratch)
                 command + "\n");
         return client->awaitWord(answer);
     };
-    // The answer to a query comes when the folder has been walked; so does the first of a
-    // subscription, which names what is there already.
+    // The answer to a query comes when the folder has been walked.
     return ask(R"(["watch",")" + folder + "\"]", "\"watch\"")
         && ask(R"(["query",")" + folder + R"(",{"expression":["name","none"]}])", "\"files\"")
         && ask(R"(["subscribe",")" + folder
                 + R"(","bench",{"fields":["name"],"expression":["match","take-*.wav"]}])",
-            "is_fresh_instance");
+            "\"subscribe\"");
 }
 
 bool Watcher::awaitFirstReport(const std::string& folder)

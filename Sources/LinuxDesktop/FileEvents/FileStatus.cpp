@@ -77,8 +77,9 @@ std::uint32_t FileStatus::changesSince(FileTime since) const
         return 0;
     if (!born || isSince(*born, since))
         return FileEventFlag::ItemCreated | kind();
-    if (S_ISREG(mode) && isSince(modified, since))
-        return FileEventFlag::ItemModified | kind();
+    // A folder's own time changes with the names in it, which are reported themselves.
+    if (isSince(modified, since))
+        return S_ISDIR(mode) ? 0 : FileEventFlag::ItemModified | kind();
     // Neither new nor written: it came by a rename, and a move is not a recording.
     return FileEventFlag::ItemRenamed | kind();
 }

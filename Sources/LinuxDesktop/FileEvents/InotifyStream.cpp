@@ -40,9 +40,9 @@ private:
 } // namespace
 
 struct InotifyStream::Shared {
-    Shared(const StreamOptions& wanted, StreamWorker::Deliver deliverBatch,
-        StreamWorker::Ready tellReady, InotifyCalls& systemCalls)
-        : options(wanted), deliver(std::move(deliverBatch)), ready(std::move(tellReady)),
+    Shared(StreamOptions wanted, StreamWorker::Deliver deliverBatch, StreamWorker::Ready tellReady,
+        InotifyCalls& systemCalls)
+        : options(std::move(wanted)), deliver(std::move(deliverBatch)), ready(std::move(tellReady)),
           calls(systemCalls)
     {
     }

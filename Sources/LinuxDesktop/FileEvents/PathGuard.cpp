@@ -75,7 +75,8 @@ PathGuard::Meaning PathGuard::follow(const std::string& absolutePath)
             here = part == "." ? here : parentOf(here);
             continue;
         }
-        const std::string next = here + "/" + part;
+        std::string next = here;
+        next.append("/").append(part);
         // Watched before it is looked at, so that no change falls in between.
         if (parts.empty() || !watch(next, selfMask, {}))
             watchNames(here, part);

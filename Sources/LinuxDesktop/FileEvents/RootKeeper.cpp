@@ -53,19 +53,20 @@ void RootKeeper::start(FileTime since)
     checkMounts();
 }
 
-void RootKeeper::notice(const InotifyEvent& event)
+bool RootKeeper::notice(const InotifyEvent& event)
 {
-    suspicious = guard.concerns(event) || suspicious;
+    bool isDoubtful = guard.concerns(event);
     if (event.has(IN_UNMOUNT))
         noticeMounts();
-    if (!event.has(IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED))
-        return;
-    for (Root& root : roots) {
-        if (root.node == noNode || state.tree.watch(root.node) != event.watch)
-            continue;
-        root.isLost = root.isLost || event.has(IN_UNMOUNT | IN_IGNORED);
-        suspicious = true;
-    }
+    if (event.has(IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED))
+        for (Root& root : roots) {
+            if (root.node == noNode || state.tree.watch(root.node) != event.watch)
+                continue;
+            root.isLost = root.isLost || event.has(IN_UNMOUNT | IN_IGNORED);
+            isDoubtful = true;
+        }
+    suspicious = suspicious || isDoubtful;
+    return isDoubtful;
 }
 
 void RootKeeper::recheck()

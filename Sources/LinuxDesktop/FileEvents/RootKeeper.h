@@ -22,8 +22,9 @@ public:
     /// Attaches the roots that are there; `since` is when the stream began.
     void start(FileTime since);
 
-    /// To be shown every event.
-    void notice(const InotifyEvent& event);
+    /// To be shown every event, before anything else is done with it. Whether it means that a path
+    /// may lead elsewhere now.
+    bool notice(const InotifyEvent& event);
     void noticeMounts() { haveMountsChanged = suspicious = true; }
 
     /// Follows the paths anew if anything has cast doubt on them.

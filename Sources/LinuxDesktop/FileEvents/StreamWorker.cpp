@@ -90,7 +90,9 @@ void StreamWorker::sortAll(std::span<const std::byte> events)
     while (const std::optional<InotifyEvent> event = takeInotifyEvent(events)) {
         if (event->has(IN_Q_OVERFLOW))
             lostSince = std::min(lostSince.value_or(state.watchedUntil), state.watchedUntil);
-        roots.notice(*event);
+        // At once, for what follows may have happened in a folder that is no root any more.
+        if (roots.notice(*event))
+            roots.recheck();
         sorter.sort(*event);
     }
 }
