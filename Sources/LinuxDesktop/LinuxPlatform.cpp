@@ -24,7 +24,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto timeForWorkAtEnd = 2s;
+// For a copy that is on its way; one that takes longer is given up, and leaves nothing behind.
+constexpr auto timeForWorkAtEnd = 8s;
 
 // A build tree has no place in the icon theme; its notifications bear the file.
 std::string notificationIcon(const Bundle& bundle)

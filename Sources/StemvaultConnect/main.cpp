@@ -1,5 +1,8 @@
 #include "LinuxDesktop/LinuxPlatform.h"
+#include "Platform/Platform.h"
 #include "StemvaultConnect/AppDelegate.h"
+
+#include <memory>
 
 // The program takes nothing from its command line.
 int main()

@@ -15,8 +15,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Enough for a scan and some copies side by side; a stuck tool or a slow drive holds up one only.
-constexpr int utilityThreads = 4;
+// Far more than are ever busy: a stuck tool or a drive that does not answer keeps its thread, and
+// no number of looks at the session may hold up a copy.
+constexpr int utilityThreads = 16;
 constexpr auto utilityThreadExpiry = 5s;
 constexpr int utilityNiceness = 5;
 
