@@ -37,36 +37,6 @@ std::string readingReason(int error)
     }
 }
 
-std::string writingReason(int error, const std::string& folder)
-{
-    switch (error) {
-    case EEXIST:
-    case ENOTEMPTY:
-        return "an item with the same name already exists in " + folder;
-    case ENOSPC:
-        return "the disk is full";
-    case EDQUOT:
-        return "your share of the disk is used up";
-    case EFBIG:
-        return "it is too large for the format of the disk";
-    case EROFS:
-        return "the disk is read-only";
-    case EACCES:
-    case EPERM:
-        return "you don’t have permission to change the folder " + folder;
-    case ENOENT:
-        return "the folder " + folder + " doesn’t exist";
-    case ENOTDIR:
-        return folder + " isn’t a folder";
-    case ENAMETOOLONG:
-        return "its name is too long";
-    case EIO:
-        return "the disk of the folder " + folder + " reported an error";
-    default:
-        return "the copy couldn’t be written (" + systemText(error) + ")";
-    }
-}
-
 std::string reason(const CopyFault& fault, const std::string& folder)
 {
     switch (fault.kind) {
@@ -98,6 +68,36 @@ CopyFault readingFault()
 CopyFault writingFault()
 {
     return { CopyFault::Kind::Writing, errno };
+}
+
+std::string writingReason(int error, const std::string& folder)
+{
+    switch (error) {
+    case EEXIST:
+    case ENOTEMPTY:
+        return "an item with the same name already exists in " + folder;
+    case ENOSPC:
+        return "the disk is full";
+    case EDQUOT:
+        return "your share of the disk is used up";
+    case EFBIG:
+        return "it is too large for the format of the disk";
+    case EROFS:
+        return "the disk is read-only";
+    case EACCES:
+    case EPERM:
+        return "you don’t have permission to change the folder " + folder;
+    case ENOENT:
+        return "the folder " + folder + " doesn’t exist";
+    case ENOTDIR:
+        return folder + " isn’t a folder";
+    case ENAMETOOLONG:
+        return "its name is too long";
+    case EIO:
+        return "the disk of the folder " + folder + " reported an error";
+    default:
+        return "it couldn’t be written (" + systemText(error) + ")";
+    }
 }
 
 std::string describe(const CopyFault& fault, const std::string& from, const std::string& to)

@@ -28,6 +28,10 @@ using CopyOutcome = std::optional<CopyFault>;
 [[nodiscard]] CopyFault readingFault();
 [[nodiscard]] CopyFault writingFault();
 
+/// Why the system refused to make an item in a folder, as the end of a sentence. `error` is as
+/// errno; `folder` names the folder as it is to be shown.
+[[nodiscard]] std::string writingReason(int error, const std::string& folder);
+
 /// The fault as a sentence for the user. Bytes of a name that are not text are shown as U+FFFD.
 [[nodiscard]] std::string describe(
     const CopyFault& fault, const std::string& from, const std::string& to);

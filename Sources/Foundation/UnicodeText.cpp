@@ -2,6 +2,7 @@
 
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
+#include <unicode/uchar.h>
 #include <unicode/utf8.h>
 
 #include <algorithm>
@@ -69,6 +70,25 @@ std::string lowercased(std::string_view text)
         icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink, nullptr,
         status);
     return U_SUCCESS(status) ? lowered : asciiLowercased(text);
+}
+
+std::string trimmed(std::string_view text)
+{
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    const auto length = static_cast<std::int64_t>(text.size());
+    std::int64_t first = length;
+    std::int64_t last = length;
+    for (std::int64_t position = 0; position < length;) {
+        const std::int64_t start = position;
+        UChar32 character = 0;
+        U8_NEXT(bytes, position, length, character);
+        if (u_isUWhiteSpace(character))
+            continue;
+        first = std::min(first, start);
+        last = position;
+    }
+    return std::string(
+        text.substr(static_cast<std::size_t>(first), static_cast<std::size_t>(last - first)));
 }
 
 } // namespace stemvault

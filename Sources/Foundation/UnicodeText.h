@@ -14,4 +14,7 @@ namespace stemvault {
 /// letters lowered, so that no byte of a file name is lost.
 [[nodiscard]] std::string lowercased(std::string_view text);
 
+/// The text without the white space and line breaks at its ends.
+[[nodiscard]] std::string trimmed(std::string_view text);
+
 } // namespace stemvault
