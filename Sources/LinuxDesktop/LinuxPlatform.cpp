@@ -3,6 +3,7 @@
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
 #include "LinuxDesktop/Processes/ToolRunner.h"
 #include "LinuxDesktop/Qt/Appearance.h"
+#include "LinuxDesktop/Qt/DBusServices.h"
 #include "LinuxDesktop/Qt/DBusUserNotificationCenter.h"
 #include "LinuxDesktop/Qt/GuiProcess.h"
 #include "LinuxDesktop/Qt/Identity.h"
@@ -39,17 +40,21 @@ std::string notificationIcon(const Bundle& bundle)
 /// What the process needs before it knows whether it is the only one.
 struct LinuxPlatform::Session {
     GuiProcess gui { "stemvault-connect" };
+    DBusServices services { QDBusConnection::sessionBus() }; ///< Before the name is claimed.
     SingleInstance instance { QDBusConnection::sessionBus() };
 };
 
 /// In the order in which one needs the other.
 struct LinuxPlatform::Parts {
+    explicit Parts(DBusServices& busServices) : services(busServices) { }
+
+    DBusServices& services;
     QtDispatch dispatch;
     Appearance appearance { QDBusConnection::sessionBus() };
     LinuxBundle bundle { LinuxBundle::foldersOfExecutable() };
     UserDefaultsFile userDefaults { UserDefaultsFile::standardPath(), dispatch };
     ModalWindows windows;
-    QtApplication application { windows, [this] { userDefaults.synchronize(); } };
+    QtApplication application { windows, services, [this] { userDefaults.synchronize(); } };
     QtDialogs dialogs { windows, application.applicationIcon() };
     LinuxFileEvents fileEvents { dispatch };
     ToolRunner processRunner;
@@ -69,7 +74,7 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 }
 
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
-    : session(std::move(joined)), parts(std::make_unique<Parts>())
+    : session(std::move(joined)), parts(std::make_unique<Parts>(session->services))
 {
     session->instance.onActivate([this] { parts->application.activateIgnoringOtherApps(); });
 }

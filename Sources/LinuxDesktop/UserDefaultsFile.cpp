@@ -71,12 +71,24 @@ std::string UserDefaultsFile::standardPath()
         + "/stemvault/connect.json";
 }
 
-std::optional<std::string> UserDefaultsFile::data(const std::string& key) const
+const nlohmann::json* UserDefaultsFile::entry(const std::string& key) const
 {
     for (const nlohmann::json* record : { &changes, &values })
         if (const auto found = record->find(key); found != record->end())
-            return bytesOf(*found);
-    return std::nullopt;
+            return &*found;
+    return nullptr;
+}
+
+std::optional<std::string> UserDefaultsFile::data(const std::string& key) const
+{
+    const nlohmann::json* found = entry(key);
+    return found != nullptr ? bytesOf(*found) : std::nullopt;
+}
+
+std::optional<std::string> UserDefaultsFile::string(const std::string& key) const
+{
+    const nlohmann::json* found = entry(key);
+    return found != nullptr ? textIn(*found, "string") : std::nullopt;
 }
 
 void UserDefaultsFile::setData(const std::string& key, const std::string& bytes)

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace stemvault {
@@ -38,13 +39,24 @@ struct PopUpButton {
     [[nodiscard]] bool operator==(const PopUpButton&) const = default;
 };
 
+/// A line of text that the user may change.
+struct TextField {
+    Frame frame;
+    std::string text; ///< What it holds when the alert opens.
+    bool isInitialFirstResponder = false; ///< It has the keyboard then, all its text selected.
+
+    [[nodiscard]] bool operator==(const TextField&) const = default;
+};
+
+using AccessoryView = std::variant<PopUpButton, TextField>;
+
 /// A modal question, whole. Texts are shown as they stand, never as markup.
 struct Alert {
     std::string messageText;
     std::string informativeText;
     AlertStyle style = AlertStyle::Warning;
     std::optional<Image> icon; ///< Absent: the application's own.
-    std::optional<PopUpButton> accessoryView;
+    std::optional<AccessoryView> accessoryView; ///< Between the texts and the buttons.
     std::vector<std::string> buttons; ///< The first is the default. Empty: a single "OK".
 
     [[nodiscard]] bool operator==(const Alert&) const = default;
@@ -52,7 +64,8 @@ struct Alert {
 
 struct AlertAnswer {
     int response = ModalResponse::stopped;
-    int indexOfSelectedItem = -1; ///< Of the accessory view; -1 when there is none.
+    int indexOfSelectedItem = -1; ///< Of a pop-up button; -1 when there is none.
+    std::string text; ///< Of a text field, as it was left.
 };
 
 /// A panel that picks one file or folder that exists.

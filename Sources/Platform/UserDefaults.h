@@ -13,6 +13,9 @@ public:
     /// The byte string under a key; absent when there is none or the value is of another kind.
     [[nodiscard]] virtual std::optional<std::string> data(const std::string& key) const = 0;
 
+    /// The text under a key; absent when there is none or the value is of another kind.
+    [[nodiscard]] virtual std::optional<std::string> string(const std::string& key) const = 0;
+
     /// Replaces what is under the key. Reading gives the new value at once; it reaches the disk
     /// soon after, whole, several changes in a row as one.
     virtual void setData(const std::string& key, const std::string& bytes) = 0;

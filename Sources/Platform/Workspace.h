@@ -40,6 +40,10 @@ public:
 
     /// Afterwards none of the observer's work runs.
     virtual void removeObserver(const void* observer) = 0;
+
+    /// Hands a URL to the user's default application for its kind, and says whether the desktop
+    /// could. Main-queue work may go on before it returns.
+    [[nodiscard]] virtual bool open(const std::string& url) = 0;
 };
 
 } // namespace stemvault

@@ -66,16 +66,19 @@ TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
         { "text", R"({"settingsStore_v1": {"data": "{\"a\":1}"}})", R"({"a":1})" },
         { "other bytes", R"({"settingsStore_v1": {"base64": "/wA="}})", std::string("\xFF\0", 2) },
         { "no whole base64", R"({"settingsStore_v1": {"base64": "/wA"}})", std::nullopt },
-        { "another kind", R"({"settingsStore_v1": {"date": "2026-01-01"}})", std::nullopt },
+        { "another kind", R"({"settingsStore_v1": {"string": "https://h"}})", std::nullopt },
         { "no kind", R"({"settingsStore_v1": "text"})", std::nullopt },
         { "another key", R"({"other": {"data": "x"}})", std::nullopt },
     };
+    EXPECT_EQ(open().string(key), std::nullopt);
     for (const auto& row : rows) {
         put(row.file);
         EXPECT_EQ(open().data(key), row.expected) << row.what;
         EXPECT_EQ(text(), row.file) << row.what;
     }
     EXPECT_THAT(names(), ElementsAre("connect.json"));
+    files.write("stemvault/connect.json", R"({"settingsStore_v1": {"string": "https://h"}})");
+    EXPECT_EQ(open().string(key), "https://h");
 }
 
 TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)

@@ -34,6 +34,12 @@ protected:
         platform.dispatch.settle();
     }
 
+    /// The pop-up's items of one of the alerts.
+    [[nodiscard]] std::vector<std::string> offered(std::size_t index) const
+    {
+        return std::get<PopUpButton>(*platform.dialogs.alerts.at(index).accessoryView).items;
+    }
+
     [[nodiscard]] std::vector<std::string> texts() const
     {
         std::vector<std::string> all;
@@ -211,8 +217,7 @@ TEST_F(BounceAlertControllerTests, WhatArrivesWhileTheFolderPanelIsOpenWaitsToo)
     queue("next.wav");
     platform.dialogs.answer("Skip");
     showAll();
-    EXPECT_THAT(platform.dialogs.alerts[1].accessoryView->items,
-        ElementsAre("Client A", "Client N", "New Folder…"));
+    EXPECT_THAT(offered(1), ElementsAre("Client A", "Client N", "New Folder…"));
 }
 
 TEST_F(BounceAlertControllerTests, CancelDropsWhatArrivedMeanwhile)
@@ -297,7 +302,7 @@ TEST_F(BounceAlertControllerTests, WithAProjectsRootAloneOnlyANewFolderIsOffered
     queue("Mix.wav");
     platform.dialogs.answer("Skip");
     showAll();
-    EXPECT_THAT(platform.dialogs.alerts[0].accessoryView->items, ElementsAre("New Folder…"));
+    EXPECT_THAT(offered(0), ElementsAre("New Folder…"));
 }
 
 TEST_F(BounceAlertControllerTests, ACopyIsConfirmed)

@@ -56,21 +56,38 @@ OpenPanelAnswer FakeDialogs::runModal(const OpenPanel& panel)
     return step();
 }
 
+int FakeDialogs::response(const Alert& alert, const std::string& title)
+{
+    const std::vector<std::string> lone { "OK" };
+    const auto& buttons = alert.buttons.empty() ? lone : alert.buttons;
+    const auto button = std::ranges::find(buttons, title);
+    EXPECT_NE(button, buttons.end()) << "no button " << title;
+    return ModalResponse::alertFirstButton
+        + static_cast<int>(std::distance(buttons.begin(), button));
+}
+
 void FakeDialogs::answer(const std::string& title, int index, std::function<void()> meanwhile)
 {
     answers.emplace_back([=](const Alert& alert) {
         meanwhile();
-        const auto button = std::ranges::find(alert.buttons, title);
-        EXPECT_NE(button, alert.buttons.end()) << "no button " << title;
-        return AlertAnswer { ModalResponse::alertFirstButton
-                + static_cast<int>(std::distance(alert.buttons.begin(), button)),
-            index };
+        return AlertAnswer { response(alert, title), index, {} };
+    });
+}
+
+void FakeDialogs::answerText(
+    const std::string& title, const std::string& text, std::function<void()> meanwhile)
+{
+    answers.emplace_back([=](const Alert& alert) {
+        meanwhile();
+        EXPECT_TRUE(alert.accessoryView && std::holds_alternative<TextField>(*alert.accessoryView))
+            << "no text field";
+        return AlertAnswer { response(alert, title), -1, text };
     });
 }
 
 void FakeDialogs::answerNumber(int response)
 {
-    answers.emplace_back([response](const Alert&) { return AlertAnswer { response, 0 }; });
+    answers.emplace_back([response](const Alert&) { return AlertAnswer { response, 0, {} }; });
 }
 
 void FakeDialogs::choose(const std::optional<std::string>& path, std::function<void()> meanwhile)
@@ -139,6 +156,12 @@ std::optional<std::string> FakeUserDefaults::data(const std::string& key) const
     return value == values.end() ? std::nullopt : std::optional(value->second);
 }
 
+std::optional<std::string> FakeUserDefaults::string(const std::string& key) const
+{
+    const auto value = strings.find(key);
+    return value == strings.end() ? std::nullopt : std::optional(value->second);
+}
+
 void FakeUserDefaults::setData(const std::string& key, const std::string& bytes)
 {
     values[key] = bytes;
@@ -183,6 +206,12 @@ void FakeWorkspace::addObserver(
 void FakeWorkspace::removeObserver(const void* observer)
 {
     std::erase_if(entries, [observer](const Entry& entry) { return entry.observer == observer; });
+}
+
+bool FakeWorkspace::open(const std::string& url)
+{
+    opened.push_back(url);
+    return canOpen;
 }
 
 void FakeWorkspace::launch(

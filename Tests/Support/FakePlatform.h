@@ -18,6 +18,7 @@ struct FakeApplication : Application {
     void setDelegate(ApplicationDelegate*) override { }
     void setActivationPolicy(ActivationPolicy) override { }
     void setApplicationIconImage(const Image& image) override { icon = image; }
+    void setServicesProvider(ServicesProvider* provider) override { servicesProvider = provider; }
     void activateIgnoringOtherApps() override { ++activations; }
     void run() override { }
     void terminate() override { }
@@ -25,6 +26,7 @@ struct FakeApplication : Application {
     // What a test may look at.
     std::optional<Image> icon;
     int activations = 0;
+    ServicesProvider* servicesProvider = nullptr;
 };
 
 struct FakeBundle : Bundle {
@@ -53,6 +55,9 @@ struct FakeDialogs : Dialogs {
     /// `meanwhile` does happens while the alert is open.
     void answer(
         const std::string& title, int index = 0, std::function<void()> meanwhile = [] {});
+    /// Presses the button of this title, with the accessory's text field left at `text`.
+    void answerText(
+        const std::string& title, const std::string& text, std::function<void()> meanwhile = [] {});
     /// Answers an alert with this number, whatever its buttons.
     void answerNumber(int response);
     /// Chooses a folder in the panel, or cancels it. What `meanwhile` does happens while it is
@@ -64,6 +69,8 @@ struct FakeDialogs : Dialogs {
     std::vector<OpenPanel> panels;
 
 private:
+    [[nodiscard]] static int response(const Alert& alert, const std::string& title);
+
     std::deque<std::function<AlertAnswer(const Alert&)>> answers;
     std::deque<std::function<OpenPanelAnswer()>> choices;
 };
@@ -103,10 +110,12 @@ struct FakeProcessRunner : ProcessRunner {
 
 struct FakeUserDefaults : UserDefaults {
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
+    [[nodiscard]] std::optional<std::string> string(const std::string& key) const override;
     void setData(const std::string& key, const std::string& bytes) override;
 
     // What a test may do.
     std::map<std::string, std::string> values;
+    std::map<std::string, std::string> strings;
     int writes = 0;
 };
 
@@ -129,6 +138,7 @@ struct FakeWorkspace : Workspace {
     void addObserver(const void* observer, WorkspaceNotification notification,
         std::function<void()> work) override;
     void removeObserver(const void* observer) override;
+    [[nodiscard]] bool open(const std::string& url) override;
 
     // What a test may do.
 
@@ -138,6 +148,8 @@ struct FakeWorkspace : Workspace {
     void notify(WorkspaceNotification notification);
 
     std::vector<RunningApplication> applications;
+    std::vector<std::string> opened; ///< URLs, whether or not they could be.
+    bool canOpen = true;
 
 private:
     struct Entry {

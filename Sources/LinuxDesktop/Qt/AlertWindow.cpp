@@ -7,8 +7,11 @@
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QBoxLayout>
+#include <QClipboard>
 #include <QComboBox>
+#include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLineEdit>
 #include <QPushButton>
 
 #include <algorithm>
@@ -61,6 +64,7 @@ QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
 } // namespace
 
 AlertWindow::AlertWindow(const Alert& alert, const QIcon& icon)
+    : texts(alert.messageText + "\n\n" + alert.informativeText)
 {
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed);
@@ -78,7 +82,8 @@ AlertWindow::AlertWindow(const Alert& alert, const QIcon& icon)
     column->setSpacing(0);
     addTexts(alert, *column);
     if (alert.accessoryView)
-        addPopUp(*alert.accessoryView, *column);
+        std::visit(
+            [&](const auto& accessory) { addAccessory(accessory, *column); }, *alert.accessoryView);
     column->addStretch();
     content->addLayout(column);
     rows->addLayout(content);
@@ -99,21 +104,37 @@ void AlertWindow::addTexts(const Alert& alert, QBoxLayout& column)
     column.addWidget(new TextBlock(displayLines(alert.informativeText), width, font()));
 }
 
-// At least as large as the frame asks; the column may give it more.
-void AlertWindow::addPopUp(const PopUpButton& accessory, QBoxLayout& column)
+void AlertWindow::addAccessory(const PopUpButton& accessory, QBoxLayout& column)
 {
     popUp = new SteadyComboBox;
     popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    popUp->setMinimumSize(static_cast<int>(accessory.frame.width),
-        std::max(static_cast<int>(accessory.frame.height), controlHeight(*this)));
+    addControl(*popUp, accessory.frame, column);
     for (const std::string& item : accessory.items) {
         const QString name = displayLine(item);
         popUp->addItem(fitting(name, *popUp, std::max(popUp->minimumWidth(), message->width())));
         popUp->setItemData(popUp->count() - 1, name, Qt::ToolTipRole);
     }
-    message->nameControl(*popUp);
+}
+
+void AlertWindow::addAccessory(const TextField& accessory, QBoxLayout& column)
+{
+    initialText = accessory.text;
+    textField = new QLineEdit(QString::fromStdString(accessory.text));
+    addControl(*textField, accessory.frame, column);
+    if (!accessory.isInitialFirstResponder)
+        return;
+    textField->setFocus();
+    textField->selectAll();
+}
+
+// At least as large as the frame asks; the column may give it more.
+void AlertWindow::addControl(QWidget& control, const Frame& frame, QBoxLayout& column)
+{
+    control.setMinimumSize(static_cast<int>(frame.width),
+        std::max(static_cast<int>(frame.height), controlHeight(*this)));
+    message->nameControl(control);
     column.addSpacing(gap - 4);
-    column.addWidget(popUp);
+    column.addWidget(&control);
 }
 
 // The default button stands rightmost, where the eye ends; the keyboard and a screen reader go
@@ -142,8 +163,18 @@ int AlertWindow::indexOfSelectedItem() const
     return popUp ? popUp->currentIndex() : -1;
 }
 
+std::string AlertWindow::text() const
+{
+    const bool isUnchanged = !textField || textField->text() == QString::fromStdString(initialText);
+    return isUnchanged ? initialText : textField->text().toStdString();
+}
+
 void AlertWindow::keyPressEvent(QKeyEvent* event)
 {
+    if (event->matches(QKeySequence::Copy)) {
+        QGuiApplication::clipboard()->setText(QString::fromStdString(texts));
+        return;
+    }
     if (!event->matches(QKeySequence::Cancel))
         return QDialog::keyPressEvent(event);
     if (escapeButton)

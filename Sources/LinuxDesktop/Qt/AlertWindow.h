@@ -5,10 +5,12 @@
 #include <QDialog>
 #include <QIcon>
 
+#include <string>
 #include <vector>
 
 class QBoxLayout;
 class QComboBox;
+class QLineEdit;
 class QPushButton;
 
 namespace stemvault {
@@ -17,14 +19,17 @@ class TextBlock;
 
 /// An alert on the screen. Its result is a response of the alert, or 0 when it was closed without a
 /// button. Return presses the default button, Escape the one titled "Cancel". A lone button is also
-/// pressed by Escape and by closing the window.
+/// pressed by Escape and by closing the window. Copying copies the texts.
 class AlertWindow final : public QDialog {
     Q_OBJECT
 public:
     AlertWindow(const Alert& alert, const QIcon& icon);
 
-    /// The accessory view's; -1 without one.
+    /// The pop-up button's; -1 without one.
     [[nodiscard]] int indexOfSelectedItem() const;
+
+    /// The text field's. One that the user left alone keeps what no control can show.
+    [[nodiscard]] std::string text() const;
 
     /// Escape, and closing by the window manager, come here.
     void reject() override;
@@ -34,12 +39,17 @@ protected:
 
 private:
     void addTexts(const Alert& alert, QBoxLayout& column);
-    void addPopUp(const PopUpButton& accessory, QBoxLayout& column);
+    void addAccessory(const PopUpButton& accessory, QBoxLayout& column);
+    void addAccessory(const TextField& accessory, QBoxLayout& column);
+    void addControl(QWidget& control, const Frame& frame, QBoxLayout& column);
     void addButtons(const std::vector<std::string>& titles, QBoxLayout& rows);
 
+    const std::string texts;
     std::vector<QPushButton*> buttons; ///< In the alert's order.
     QPushButton* escapeButton = nullptr;
     QComboBox* popUp = nullptr;
+    QLineEdit* textField = nullptr;
+    std::string initialText;
     TextBlock* message = nullptr;
 };
 

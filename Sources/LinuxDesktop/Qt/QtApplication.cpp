@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Qt/QtApplication.h"
 
+#include "LinuxDesktop/Qt/DBusServices.h"
 #include "LinuxDesktop/Qt/TerminationSignals.h"
 
 #include <QApplication>
@@ -27,8 +28,9 @@ void endWithoutDisplay()
 
 } // namespace
 
-QtApplication::QtApplication(ModalWindows& modalWindows, std::function<void()> finalWork)
-    : windows(modalWindows), lastWork(std::move(finalWork))
+QtApplication::QtApplication(
+    ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> finalWork)
+    : windows(modalWindows), services(busServices), lastWork(std::move(finalWork))
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
@@ -44,6 +46,11 @@ void QtApplication::setDelegate(ApplicationDelegate* chosen)
 }
 
 void QtApplication::setActivationPolicy(ActivationPolicy /*policy*/) { }
+
+void QtApplication::setServicesProvider(ServicesProvider* provider)
+{
+    services.setProvider(provider);
+}
 
 void QtApplication::setApplicationIconImage(const Image& image)
 {

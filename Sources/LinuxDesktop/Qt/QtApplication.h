@@ -12,13 +12,16 @@ class QSessionManager;
 
 namespace stemvault {
 
+class DBusServices;
+
 /// Made once the toolkit's application object stands. Besides `terminate`, these end the program in
 /// good order: SIGTERM, SIGINT and SIGHUP, the end of the desktop session, and the loss of the
 /// display.
 class QtApplication final : public QObject, public Application {
 public:
     /// `lastWork` is run once, after the delegate was told of the end.
-    QtApplication(ModalWindows& modalWindows, std::function<void()> finalWork);
+    QtApplication(
+        ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> finalWork);
     ~QtApplication() override;
 
     void setDelegate(ApplicationDelegate* chosen) override;
@@ -27,6 +30,7 @@ public:
     /// list all the same, or one that another window hides would be lost.
     void setActivationPolicy(ActivationPolicy policy) override;
 
+    void setServicesProvider(ServicesProvider* provider) override;
     void setApplicationIconImage(const Image& image) override;
     void activateIgnoringOtherApps() override;
     void run() override;
@@ -43,6 +47,7 @@ private:
     void endOfSession(QSessionManager& manager);
 
     ModalWindows& windows;
+    DBusServices& services;
     std::function<void()> lastWork;
     ApplicationDelegate* delegate = nullptr;
     ApplicationIcon iconOfWindows;

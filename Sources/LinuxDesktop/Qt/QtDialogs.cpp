@@ -13,7 +13,8 @@ AlertAnswer QtDialogs::runModal(const Alert& alert)
     const QIcon usual = applicationIcon.icon();
     AlertWindow window(alert, alert.icon ? iconFromImage(*alert.icon) : usual);
     const int response = windows.run(window);
-    return { response == 0 ? ModalResponse::stopped : response, window.indexOfSelectedItem() };
+    return { response == 0 ? ModalResponse::stopped : response, window.indexOfSelectedItem(),
+        window.text() };
 }
 
 OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)

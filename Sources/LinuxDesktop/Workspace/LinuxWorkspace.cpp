@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
+#include "LinuxDesktop/Workspace/URLOpener.h"
+
 #include <utility>
 
 namespace stemvault {
@@ -32,6 +34,11 @@ void LinuxWorkspace::removeObserver(const void* observer)
         each->isRemoved = each->handle == observer;
         return each->isRemoved;
     });
+}
+
+bool LinuxWorkspace::open(const std::string& url)
+{
+    return openURL(url);
 }
 
 void LinuxWorkspace::announce(WorkspaceNews news)

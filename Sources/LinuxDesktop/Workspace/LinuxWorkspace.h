@@ -22,6 +22,7 @@ public:
     void addObserver(const void* observer, WorkspaceNotification notification,
         std::function<void()> work) override;
     void removeObserver(const void* observer) override;
+    [[nodiscard]] bool open(const std::string& url) override;
 
 private:
     struct Observer {

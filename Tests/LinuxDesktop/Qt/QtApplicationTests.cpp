@@ -1,3 +1,4 @@
+#include "LinuxDesktop/Qt/DBusServices.h"
 #include "LinuxDesktop/Qt/QtApplication.h"
 #include "LinuxDesktop/Qt/QtDialogs.h"
 #include "LinuxDesktop/Qt/QtDispatch.h"
@@ -34,7 +35,8 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
         QtDispatch dispatch;
         ModalWindows windows;
         Delegate delegate;
-        QtApplication application(windows, [&] { delegate.told.emplace_back("saved"); });
+        DBusServices services(QDBusConnection("none"));
+        QtApplication application(windows, services, [&] { delegate.told.emplace_back("saved"); });
         QtDialogs dialogs(windows, application.applicationIcon());
         const auto ask = [&](const std::string& name) {
             Alert alert;

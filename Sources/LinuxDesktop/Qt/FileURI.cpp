@@ -1,0 +1,31 @@
+#include "LinuxDesktop/Qt/FileURI.h"
+
+#include "Foundation/PercentEncoding.h"
+
+namespace stemvault {
+
+namespace {
+
+/// The part behind the machine's name; empty when that is not this one.
+std::string_view localPart(std::string_view uri)
+{
+    for (const std::string_view thisMachine : { "file://localhost", "file://", "file:" })
+        if (uri.starts_with(thisMachine))
+            return uri.substr(thisMachine.size());
+    return {};
+}
+
+} // namespace
+
+std::optional<std::string> pathOfFileURI(std::string_view uri)
+{
+    const std::string_view part = localPart(uri);
+    if (!part.starts_with('/') || part.find_first_of("?#") != std::string_view::npos)
+        return std::nullopt;
+    auto path = percentDecoded(part);
+    if (path && path->find('\0') != std::string::npos)
+        return std::nullopt;
+    return path;
+}
+
+} // namespace stemvault
