@@ -36,6 +36,7 @@ void prompt(const FileURL& file, const std::string& folderName)
 
 void AppDelegate::applicationDidFinishLaunching()
 {
+    Platform::current().application.setServicesProvider(&serviceProvider);
     setApplicationIcon();
     SessionTracker::shared().observers.emplace_back(
         [this](const std::optional<FileURL>& sessionFolder) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Platform/Application.h"
+#include "StemvaultConnect/ServiceProvider.h"
 
 namespace stemvault {
 
@@ -11,6 +12,7 @@ public:
     void applicationWillTerminate() override;
 
 private:
+    ServiceProvider serviceProvider;
     bool isTerminating = false;
 };
 

@@ -52,6 +52,7 @@ TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
     EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "a DAW that was running already is seen";
     EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
     EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });
+    EXPECT_NE(platform.application.servicesProvider, nullptr);
 }
 
 TEST_F(AppDelegateTests, AMissingIconIsLeftAlone)

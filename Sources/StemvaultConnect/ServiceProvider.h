@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Foundation/FileURL.h"
+#include "Platform/Application.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace stemvault {
+
+/// Answers the two services that file managers offer on a selection. Keeps nothing between calls.
+/// Main thread only.
+class ServiceProvider : public ServicesProvider {
+public:
+    /// The services by their message names, "addToStemvault" and "createStemvaultPlaylist".
+    bool perform(const std::string& message, const Pasteboard& pasteboard,
+        const std::string& userData, std::string& error) override;
+
+    /// Puts every audio file of the selection to the user as if it had just been bounced. Looks one
+    /// level into selected folders.
+    void addToStemvault(
+        const Pasteboard& pasteboard, const std::string& userData, std::string& error);
+
+    /// Makes a project folder of the selection's audio files, and opens the web app on it.
+    void createStemvaultPlaylist(
+        const Pasteboard& pasteboard, const std::string& userData, std::string& error);
+
+private:
+    struct AudioFiles {
+        std::vector<FileURL> files; ///< In the order in which they were met.
+        std::string defaultName; ///< What the project is called unless the user says otherwise.
+    };
+
+    static const std::string noSelection;
+    static const std::string noAudioFiles;
+
+    [[nodiscard]] static bool isAudioFile(const FileURL& url);
+    [[nodiscard]] static std::vector<FileURL> audioFilesInFolder(const FileURL& folder);
+
+    static void createProject(
+        const std::string& projectName, const std::vector<FileURL>& files, const FileURL& root);
+    [[nodiscard]] static AudioFiles collectAudioFiles(const std::vector<std::string>& paths);
+    [[nodiscard]] static std::optional<std::string> promptForProjectName(
+        const std::string& defaultName);
+    [[nodiscard]] static FileURL uniqueDestination(const std::string& name, const FileURL& root);
+    [[nodiscard]] static std::optional<std::string> buildHandoffURL(
+        const FileURL& destURL, const std::string& projectName);
+};
+
+} // namespace stemvault
