@@ -1,0 +1,83 @@
+#include "Courier/Bus.h"
+#include "Foundation/PercentEncoding.h"
+
+#include <filesystem>
+#include <iostream>
+#include <optional>
+#include <span>
+#include <string_view>
+
+// Carries a file manager's selection to Stemvault Connect, and its answer back to the user.
+//
+//   courier add FILES...         Add to Stemvault
+//   courier playlist FILES...    Create Stemvault Playlist
+//
+// Status 0 when the service is done, 1 when the user was shown why not, 2 for another first word.
+
+namespace stemvault {
+namespace {
+
+struct Service {
+    std::string_view word;
+    const char* message;
+    const char* title;
+};
+
+constexpr Service services[] = {
+    { "add", "addToStemvault", "Add to Stemvault" },
+    { "playlist", "createStemvaultPlaylist", "Create Stemvault Playlist" },
+};
+
+const Service* serviceFor(std::string_view word)
+{
+    for (const Service& service : services)
+        if (service.word == word)
+            return &service;
+    return nullptr;
+}
+
+/// Byte for byte: a file's name need not be text, what goes over the bus must.
+std::string fileURI(const char* argument)
+{
+    std::error_code unknown; // Without a working directory the path stays as it is.
+    const auto path = std::filesystem::absolute(argument, unknown);
+    return "file://"
+        + percentEncoded(unknown ? std::string(argument) : path.lexically_normal().native());
+}
+
+/// What the user has to be told; empty when all is well.
+std::string deliver(const Result<Bus>& bus, const Service& service, std::span<char*> files)
+{
+    if (!bus)
+        return bus.error();
+    std::vector<std::string> uris;
+    for (const char* file : files)
+        uris.push_back(fileURI(file));
+    const auto answer = bus.value().perform(service.message, uris);
+    return answer ? answer.value() : answer.error();
+}
+
+int run(std::span<char*> arguments)
+{
+    const Service* service = arguments.size() > 1 ? serviceFor(arguments[1]) : nullptr;
+    if (service == nullptr) {
+        std::cerr << "usage: courier add|playlist FILES...\n";
+        return 2;
+    }
+    const auto bus = Bus::open();
+    const std::string error = deliver(bus, *service, arguments.subspan(2));
+    if (error.empty())
+        return 0;
+    std::cerr << error << '\n';
+    if (bus)
+        bus.value().notify(service->title, error);
+    return 1;
+}
+
+} // namespace
+} // namespace stemvault
+
+int main(int argc, char* argv[])
+{
+    return stemvault::run({ argv, static_cast<std::size_t>(argc) });
+}
