@@ -13,6 +13,7 @@ ACTION = "org.a11y.atspi.Action"
 EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 WINDOW_ROLES = ("alert", "dialog", "frame", "window")
 BUTTON_ROLES = ("push button", "button")
+TEXT = "org.a11y.atspi.Text"
 SELECTED, SENSITIVE, SHOWING = 23, 24, 25
 
 
@@ -183,6 +184,11 @@ class Window:
         node = wait_for(
             f'a field "{field}" in "{self.name}"', lambda: self.node.find(("text",), field))
         node.call(EDITABLE_TEXT, "SetTextContents", "s", text)
+
+    def field_text(self):
+        """What the window's text field holds."""
+        node = wait_for(f'a field in "{self.name}"', lambda: self.node.find(("text",)))
+        return str(node.call(TEXT, "GetText", "ii", 0, -1))
 
     def focus(self):
         """Waits until the window manager has given the window the keyboard."""

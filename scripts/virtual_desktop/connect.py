@@ -13,7 +13,8 @@ NEW_FOLDER = "New Folder…"
 
 
 class StemvaultConnect:
-    def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None):
+    def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None,
+                 is_running=True):
         """Starts the program with destination folders, each named as its directory is."""
         self.desktop, self.program = desktop, program
         self.settings_file = desktop.home / ".config/stemvault/connect.json"
@@ -23,7 +24,7 @@ class StemvaultConnect:
         record |= {"alwaysWatchPath": str(always_watch)} if always_watch else {}
         record |= {"projectsRootPath": str(projects_root)} if projects_root else {}
         self._write_settings(record)
-        self.process = self.start()
+        self.process = self.start() if is_running else None
         if always_watch:
             self.wait_until_it_watches(always_watch)
 

@@ -5,6 +5,7 @@ import zlib
 
 from Xlib import X, XK, display, error
 from Xlib.ext import xtest
+from Xlib.protocol import event
 
 from .waiting import wait_for
 
@@ -39,19 +40,42 @@ class Display:
                 return window
         return None
 
+    def activate(self, window):
+        """Does what a click on the window's title does, and waits until it has the keyboard."""
+        source_is_user = 2
+        self.root.send_event(
+            event.ClientMessage(
+                window=self._window(window), client_type=self._atom("_NET_ACTIVE_WINDOW"),
+                data=(32, [source_is_user, X.CurrentTime, 0, 0, 0])),
+            event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.connection.flush()
+        self.wait_for_keyboard(window)
+
     def wait_for_keyboard(self, window):
         wait_for(f"the keyboard to be with window {window:#x}",
                  lambda: self.active_window() == window)
 
     def press_key(self, name):
-        code = self.connection.keysym_to_keycode(XK.string_to_keysym(name))
-        xtest.fake_input(self.connection, X.KeyPress, code)
-        xtest.fake_input(self.connection, X.KeyRelease, code)
+        self.press_keys(name)
+
+    def press_keys(self, *names):
+        """Presses the keys together, as one shortcut."""
+        codes = [self.connection.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
+        for code in codes:
+            xtest.fake_input(self.connection, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self.connection, X.KeyRelease, code)
         self.connection.sync()
 
     def move_pointer_aside(self):
         """In the middle of the screen, where it begins, the pointer hovers over what pops up."""
         self.root.warp_pointer(self.screen.width_in_pixels - 1, self.screen.height_in_pixels - 1)
+        self.connection.sync()
+
+    def move_pointer_into(self, window):
+        """Where a menu that is opened by its key comes up."""
+        left, top, width, height = self.frame(window)
+        self.root.warp_pointer(left + width // 2, top + height // 3)
         self.connection.sync()
 
     def set_background(self, colour):

@@ -7,7 +7,9 @@ import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop  # noqa: E402
+from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop  # noqa: E402
+from virtual_desktop.file_manager import FileManager  # noqa: E402
+from virtual_desktop.services import Services  # noqa: E402
 
 
 class PictureBook:
@@ -78,11 +80,55 @@ class PictureBook:
         alert.answer("OK")
 
 
+class FileManagerPages:
+    """Both services in the menus of real file managers, and the prompt for a playlist's name."""
+
+    MENUS = {"nemo": [], "pcmanfm-qt": [], "thunar": ["Send To"]}
+
+    def __init__(self, programs, pictures):
+        self.programs, self.pictures = programs, pictures
+
+    def make(self):
+        for name in self.MENUS:
+            # Now and then PCManFM-Qt does not tell what is in its menus.
+            try:
+                self.take(name)
+            except TimedOut:
+                self.take(name)
+
+    def take(self, name):
+        with VirtualDesktop(size="1100x620") as desktop:
+            Services(desktop, self.programs)
+            song = desktop.made_folder("home/Big Song")
+            for mix in ("A cappella.wav", "Instrumental.wav", "Mix 1.wav", "Mix 2.flac"):
+                (song / mix).write_bytes(b"RIFF")
+            connect = StemvaultConnect(desktop, self.programs / "stemvault-connect",
+                                       projects_root=desktop.made_folder("home/Dropbox/Stemvault"),
+                                       always_watch=desktop.made_folder("home/Bounces"))
+            manager = FileManager(desktop, name, song)
+            manager.open_menu()
+            manager.entry(*self.MENUS[name], "Create Stemvault Playlist")
+            self.keep(desktop, name)
+            manager.close_menu()
+            manager.choose(*self.MENUS[name], "Create Stemvault Playlist")
+            prompt = connect.window("Create Stemvault playlist")
+            prompt.focus()
+            if name == "nemo":
+                self.keep(desktop, "playlist", prompt.id())
+
+    def keep(self, desktop, name, window=None):
+        path = self.pictures / f"{name}.png"
+        desktop.display.take_picture(path, window)
+        print(path)
+
+
 def main():
     programs, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
     for look, suffix in (("light", ""), ("dark", "-dark")):
         with VirtualDesktop(size="1100x620", look=look) as desktop:
             PictureBook(desktop, programs, pictures, suffix).make()
+    FileManagerPages(programs, pictures).make()
 
 
-main()
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,134 @@
+"""The services, from the Courier that a file manager starts to the browser."""
+
+import os
+import unittest
+from urllib.parse import parse_qsl, urlsplit
+
+from Scenario import PROGRAMS, Scenario, wait_for
+from virtual_desktop.services import Services, StartedByBus
+
+
+class ServiceScenarios(Scenario):
+    def setUp(self):
+        super().setUp()
+        self.services = Services(self.desktop, PROGRAMS)
+        self.projects = self.folder("Projects")
+        self.song = self.folder("Song Demos")
+        self.mixes = [self.make(self.song / name) for name in ("1.wav", "2.WAV", "3.mp3")]
+
+    def start(self, is_running=True):
+        """Once it watches, it also is on the bus: nobody starts it a second time."""
+        watched = self.folder("Bounces") if is_running else None
+        super().start(projects_root=self.projects, always_watch=watched, is_running=is_running)
+
+    def make(self, path):
+        with open(path, "wb") as file:
+            file.write(os.fsencode(path))
+        return path
+
+    def expect(self, courier, status):
+        self.assertEqual(courier.wait(timeout=10), status, self.desktop.log("courier"))
+
+    def name_prompt(self):
+        return self.connect.window("Create Stemvault playlist")
+
+    def test_add_asks_about_each_file_and_ends_with_the_last_answer(self):
+        self.start()
+        courier = self.services.run("add", "Song Demos/1.wav", self.mixes[1], "Song Demos/gone.wav")
+        prompt = self.connect.prompt("1.wav\nfrom Song Demos\n\n+ 1 more waiting")
+        self.expect(self.services.run("add", self.mixes[2]), 0)
+        prompt.answer("Add")
+        prompt = self.connect.prompt("2.WAV\nfrom Song Demos\n\n+ 1 more waiting")
+        self.assertIsNone(courier.poll())
+        prompt.answer("Add All (2)")
+        self.desktop.wait_for_notification("2 files → Client A")
+        self.expect(courier, 0)
+        for mix in self.mixes:
+            self.assert_copied(mix, self.client_a)
+
+    def test_a_playlist_is_named_made_and_opened_in_the_browser(self):
+        self.start()
+        courier = self.services.run("playlist", self.song)
+        prompt = self.name_prompt()
+        self.assertEqual(prompt.field_text(), "Song Demos")
+        prompt.focus()
+        prompt.type("Create Stemvault playlist", "Größe: A+B & 100%?")
+        prompt.answer("Create")
+        url = urlsplit(self.services.wait_for_url())
+        self.assertEqual((url.scheme, url.path), ("https", ""))
+        self.assertEqual(parse_qsl(url.query, strict_parsing=True),
+                         [("prefillFolder", "/größe- a+b & 100%?"), ("title", "Größe- A+B & 100%?"),
+                          ("autoscan", "1")])
+        self.desktop.wait_for_notification(
+            "Größe- A+B & 100%? — 3 files copied, opening browser…")
+        self.expect(courier, 0)
+        for mix in self.mixes:
+            self.assert_copied(mix, self.projects / "Größe- A+B & 100%?")
+
+    def test_the_bus_starts_the_program_for_either_service(self):
+        for word, title in (("add", "Bounce detected"), ("playlist", "Create Stemvault playlist")):
+            self.start(is_running=False)
+            courier = self.services.run(word, self.song)
+            self.connect.process = StartedByBus(self.desktop)
+            prompt = self.connect.window(title)
+            if word == "add":
+                prompt.answer("Cancel")
+                self.expect(courier, 0)
+                self.assertEqual(self.connect.quit(), 0)
+            else:
+                prompt.answer("Create")
+                self.expect(courier, 0)
+                self.assertEqual(len(list((self.projects / "Song Demos").iterdir())), 3)
+
+    def test_the_user_is_told_what_is_wrong(self):
+        self.start()
+        notes = self.make(self.song / "notes.txt")
+        for files, text in (([], "No files or folders were selected."),
+                            ([notes], "No audio files found in that selection.")):
+            self.expect(self.services.run("add", *files), 1)
+            note = self.desktop.wait_for_notification(text)
+            self.assertEqual(note["summary"], "Add to Stemvault")
+            self.assertIn(text, self.desktop.log("courier"))
+        courier = self.services.run("playlist", self.song)
+        self.name_prompt()
+        self.connect.process.kill()
+        self.expect(courier, 1)
+        self.desktop.wait_for_notification("Stemvault Connect ended before it was done.")
+        self.start()
+
+    def test_without_a_browser_the_link_is_shown(self):
+        self.start()
+        (self.desktop.home / ".config/mimeapps.list").unlink()
+        (self.desktop.home / ".local/share/applications/browser.desktop").unlink()
+        self.services.run("playlist", self.song)
+        self.name_prompt().answer("Create")
+        alert = self.connect.window("Couldn't open the browser")
+        self.assertTrue(any("open this link manually:\n\nhttps://" in text for text in alert.texts()))
+        alert.answer("OK")
+        self.desktop.wait_for_notification("Song Demos — 3 files copied, opening browser…")
+
+    def test_any_name_of_a_file_arrives(self):
+        self.start()
+        names = [b"\xff\xfe.wav", b"line\nfeed.wav", b"\"'`$(x) \\.wav", b"50%20#1&a+b;.wav",
+                 "🎛️ Größe.wav".encode(), b"-rf.wav", b".wav"]
+        self.services.run("add", *(self.make(self.song / os.fsdecode(name)) for name in names))
+        self.connect.prompt("from Song Demos").answer(f"Add All ({len(names)})")
+        self.desktop.wait_for_notification(f"{len(names)} files → Client A")
+        self.assertEqual(sorted(os.listdir(os.fsencode(self.client_a))), sorted(names))
+
+    def test_large_selections_are_no_harm(self):
+        self.start()
+        many = self.folder("Many")
+        files = [self.make(many / f"{number}.wav") for number in range(5_000)]
+        for number in range(45_000):
+            (many / f"{number}.txt").touch()
+        courier = self.services.run("add", *files)
+        self.connect.prompt("+ 4999 more waiting")
+        self.expect(self.services.run("add", many), 0)
+        self.connect.prompt("+ 4999 more waiting").answer("Skip")
+        self.connect.prompt("+ 9998 more waiting").answer("Cancel")
+        self.expect(courier, 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,107 @@
+"""A real file manager of Debian's, used as a user does: everything in a folder is selected, the menu
+of the selection opened, and an entry chosen."""
+
+import itertools
+
+from .accessibility import Node
+from .processes import end_process
+from .waiting import TimedOut, wait_for
+
+COMMANDS = {"caja": ["caja", "--no-desktop"], "nemo": ["nemo"], "pcmanfm-qt": ["pcmanfm-qt"],
+            "thunar": ["thunar"]}
+MENU_ROLES = ("menu", "menu item")
+# Menus of Qt are in no window. Qt numbers what it tells of from here; what is gone leaves a gap.
+FIRST_OF_QT, LARGEST_GAP = 2**31, 100
+
+
+class FileManager:
+    def __init__(self, desktop, name, folder):
+        self.desktop, self.name = desktop, name
+        self._choose_icons()
+        # PCManFM-Qt now and then tells nothing of itself, until it is started once more.
+        wait_for(f"{name} to be accessible", lambda: self._start(folder), 30)
+        desktop.display.activate(self.window)
+
+    def open_menu(self):
+        """The menu of everything in the folder."""
+        display = self.desktop.display
+        display.move_pointer_into(self.window)
+
+        def opened():
+            display.press_keys("Control_L", "a")
+            display.press_keys("Menu")
+            try:
+                return wait_for("the menu", lambda: self._entry("Cut"), 3)
+            except TimedOut:  # It was still reading the folder: the menu is the folder's own.
+                display.press_keys("Escape")
+                return None
+        wait_for(f"the menu of {self.name}", opened, 30)
+
+    def entry(self, *titles):
+        """The last of these entries, once the menus on the way to it are open."""
+        for title in titles[:-1]:
+            wait_for(f'an entry "{title}"', lambda: self._entry(title)).do("click")
+        return wait_for(f'an entry "{titles[-1]}"', lambda: self._entry(titles[-1]))
+
+    def close_menu(self):
+        while self._entry("Cut"):
+            self.desktop.display.press_keys("Escape")
+
+    def choose(self, *titles):
+        """Opens the menu of everything in the folder, and chooses the last of these entries."""
+        self.desktop.display.activate(self.window)
+        self.open_menu()
+        self.entry(*titles).do("Press" if self.name == "pcmanfm-qt" else "click")
+
+    def _start(self, folder):
+        self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
+        self.window = wait_for(f"{self.name}'s window", lambda: self._window(folder.name))
+        try:
+            return wait_for("its owner", self._owners, 2)
+        except TimedOut:
+            end_process(self.process)
+            return None
+
+    def _window(self, title):
+        windows = self.desktop.display.windows().items()
+        return next((window for window, its_title in windows if title in its_title), None)
+
+    def _entry(self, title):
+        return next((node for node in self._menu_nodes()
+                     if node.role() in MENU_ROLES and node.name() == title), None)
+
+    def _menu_nodes(self):
+        """All that is in the open menus."""
+        if self.name == "pcmanfm-qt":
+            return itertools.chain.from_iterable(map(self._qt_menus, self._owners()))
+        windows = self.desktop.accessibility.windows()
+        return (node for window in windows if window.node.role() == "window"
+                for node in window.node.walk())
+
+    def _owners(self):
+        """The manager on the accessibility bus. Its list of programs is not always complete."""
+        bus = self.desktop.accessibility.bus
+
+        def process(name):
+            return bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                     "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s", (name,))
+        return [name for name in bus.list_names()
+                if name.startswith(":") and process(name) == self.process.pid
+                and Node(bus, name, "/org/a11y/atspi/accessible/root").role() != "gone"]
+
+    def _qt_menus(self, owner):
+        gone = 0
+        for number in itertools.count(FIRST_OF_QT):
+            node = Node(self.desktop.accessibility.bus, owner, f"/org/a11y/atspi/accessible/{number}")
+            role = node.role()
+            gone = gone + 1 if role == "gone" else 0
+            if gone > LARGEST_GAP:
+                return
+            if role == "popup menu":
+                yield from node.walk()
+
+    def _choose_icons(self):
+        """Outside of its own desktop this one finds no icons by itself."""
+        settings = self.desktop.home / ".config/pcmanfm-qt/default/settings.conf"
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        settings.write_text("[System]\nFallbackIconThemeName=Adwaita\n")

@@ -1,0 +1,98 @@
+"""The program's services as a file manager finds them: entries, Courier, bus; and a browser."""
+
+import os
+import select
+import signal
+import subprocess
+
+import dbus
+import dbus.bus
+
+from .waiting import wait_for
+
+NAME = "net.stemvault.Connect"
+BROWSER = """#!/bin/sh
+printf '%s\\n' "$1" >> {log}
+"""
+BROWSER_ENTRY = """[Desktop Entry]
+Type=Application
+Name=Stand-in browser
+Exec={browser} %u
+MimeType=x-scheme-handler/https;
+"""
+
+
+class Services:
+    """Installs what belongs to the services into a folder of the desktop, where the programs that
+    are started from now on find it, and starts nothing."""
+
+    def __init__(self, desktop, programs):
+        self.desktop = desktop
+        prefix = desktop.made_folder("usr")
+        subprocess.run(["cmake", "--install", programs.parent, "--prefix", prefix, "--component",
+                        "services"], check=True, stdout=subprocess.DEVNULL)
+        self.courier = prefix / "libexec/stemvault-connect/courier"
+        for link, target in ((self.courier, programs / "courier"),
+                             (prefix / "bin/stemvault-connect", programs / "stemvault-connect"),
+                             (prefix / "share/icons", programs.parent / "Resources/icons")):
+            link.parent.mkdir(parents=True, exist_ok=True)
+            link.symlink_to(target)
+        desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
+        (desktop.folder / "services" / f"{NAME}.service").symlink_to(
+            prefix / f"share/dbus-1/services/{NAME}.service")
+        self._tell_bus()
+        self._register_browser()
+
+    def run(self, word, *files, **options):
+        """Starts the Courier as a file manager does, and returns its process."""
+        return self.desktop.start("courier", [self.courier, word, *files], **options)
+
+    def opened(self):
+        """The URLs that the browser was given so far."""
+        return self.desktop.log("browser").splitlines()
+
+    def wait_for_url(self):
+        return wait_for("the browser to be given a URL", self.opened)[-1]
+
+    def _tell_bus(self):
+        """What a session tells its bus at the start: where the display is."""
+        environment = dbus.Dictionary(self.desktop.environment, signature="ss")
+        bus = dbus.bus.BusConnection(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        interface = dbus.Interface(bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus"),
+                                   "org.freedesktop.DBus")
+        interface.UpdateActivationEnvironment(environment)
+        interface.ReloadConfig()
+        bus.close()
+
+    def _register_browser(self):
+        browser = self.desktop.made_folder("bin") / "browser"
+        browser.write_text(BROWSER.format(log=self.desktop.logs / "browser.log"))
+        browser.chmod(0o755)
+        entry = self.desktop.home / ".local/share/applications/browser.desktop"
+        entry.parent.mkdir(parents=True, exist_ok=True)
+        entry.write_text(BROWSER_ENTRY.format(browser=browser))
+        choices = self.desktop.home / ".config/mimeapps.list"
+        choices.parent.mkdir(parents=True, exist_ok=True)
+        choices.write_text("[Default Applications]\nx-scheme-handler/https=browser.desktop\n")
+
+
+class StartedByBus:
+    """The process of a program that the bus has started: not ours, so its status is unknown."""
+
+    def __init__(self, desktop):
+        bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        wait_for(f"the owner of {NAME}", lambda: bus.name_has_owner(NAME))
+        self.pid = int(bus.call_blocking(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "GetConnectionUnixProcessID", "s", (NAME,)))
+        bus.close()
+        self.descriptor = os.pidfd_open(self.pid)
+
+    def send_signal(self, number):
+        signal.pidfd_send_signal(self.descriptor, number)
+
+    def wait(self, timeout):
+        ended, _, _ = select.select([self.descriptor], [], [], timeout)
+        if not ended:
+            raise TimeoutError(f"the program still runs after {timeout} s")
+        return 0
