@@ -20,6 +20,13 @@ public:
     [[nodiscard]] virtual std::optional<Image> imageWithContentsOfFile(
         const std::string& path) const = 0;
 
+    /// The symbol of that name; absent when there is none.
+    [[nodiscard]] virtual std::optional<Image> imageWithSystemSymbolName(
+        const std::string& name, const std::string& accessibilityDescription) const = 0;
+
+    /// The version of the running program; absent when the bundle does not say.
+    [[nodiscard]] virtual std::optional<std::string> shortVersionString() const = 0;
+
     /// The image that the desktop keeps under a name; absent when there is none.
     [[nodiscard]] virtual std::optional<Image> imageNamed(const std::string& name) const = 0;
 };

@@ -68,11 +68,12 @@ struct AlertAnswer {
     std::string text; ///< Of a text field, as it was left.
 };
 
-/// A panel that picks one file or folder that exists.
+/// A panel that picks a file or folder that exists, or several.
 struct OpenPanel {
     bool canChooseFiles = true;
     bool canChooseDirectories = false;
     bool canCreateDirectories = false;
+    bool allowsMultipleSelection = false;
     std::string prompt; ///< The title of its confirm button.
     std::string message; ///< A line above the list.
     std::optional<FileURL> directoryURL; ///< Where it starts, where that folder exists.
@@ -82,7 +83,8 @@ struct OpenPanel {
 
 struct OpenPanelAnswer {
     int response = ModalResponse::cancel;
-    std::optional<FileURL> url; ///< Absolute, without a trailing slash.
+    std::optional<FileURL> url; ///< Absolute, without a trailing slash; the first of `urls`.
+    std::vector<FileURL> urls {}; ///< All that was chosen, in the order of the panel.
 };
 
 /// Modal questions. Each call runs a nested event loop: main-queue work goes on meanwhile, and may

@@ -5,9 +5,13 @@
 #include "Platform/Dialogs.h"
 #include "Platform/Dispatch.h"
 #include "Platform/FileEvents.h"
+#include "Platform/LoginItem.h"
 #include "Platform/ProcessRunner.h"
+#include "Platform/StatusBar.h"
+#include "Platform/URLSession.h"
 #include "Platform/UserDefaults.h"
 #include "Platform/UserNotificationCenter.h"
+#include "Platform/Windows.h"
 #include "Platform/Workspace.h"
 
 namespace stemvault {
@@ -19,9 +23,13 @@ struct Platform {
     Dialogs& dialogs;
     Dispatch& dispatch;
     FileEvents& fileEvents;
+    LoginItem& loginItem;
     ProcessRunner& processRunner;
+    StatusBar& statusBar;
+    URLSession& urlSession;
     UserDefaults& userDefaults;
     UserNotificationCenter& userNotificationCenter;
+    Windows& windows;
     Workspace& workspace;
 
     /// The desktop that the program runs on. Installed before anything asks for it, and asked for

@@ -3,8 +3,10 @@
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/MenuBarManager.h"
 #include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SettingsStore.h"
+#include "StemvaultConnect/UpdateChecker.h"
 
 #include <optional>
 #include <string>
@@ -34,10 +36,14 @@ void prompt(const FileURL& file, const std::string& folderName)
 
 } // namespace
 
+AppDelegate::AppDelegate() = default;
+AppDelegate::~AppDelegate() = default;
+
 void AppDelegate::applicationDidFinishLaunching()
 {
     Platform::current().application.setServicesProvider(&serviceProvider);
     setApplicationIcon();
+    menuBarManager = std::make_unique<MenuBarManager>();
     SessionTracker::shared().observers.emplace_back(
         [this](const std::optional<FileURL>& sessionFolder) {
             // A look that ends after watching has ended begins no new stream.
@@ -47,6 +53,9 @@ void AppDelegate::applicationDidFinishLaunching()
     BounceWatcher::shared().onBounceDetected = prompt;
     SessionTracker::shared().start();
     watch(SessionTracker::shared().currentSessionFolder());
+    UpdateChecker::shared().checkForUpdatesIfNeeded();
+    SessionTracker::shared().observers.emplace_back(
+        [this](const std::optional<FileURL>&) { menuBarManager->sessionDidChange(); });
 }
 
 void AppDelegate::applicationWillTerminate()

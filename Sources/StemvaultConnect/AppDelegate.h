@@ -3,15 +3,23 @@
 #include "Platform/Application.h"
 #include "StemvaultConnect/ServiceProvider.h"
 
+#include <memory>
+
 namespace stemvault {
+
+class MenuBarManager;
 
 /// Makes and connects the long-lived objects, in a fixed order, and stops what runs by itself.
 class AppDelegate : public ApplicationDelegate {
 public:
+    AppDelegate();
+    ~AppDelegate() override;
+
     void applicationDidFinishLaunching() override;
     void applicationWillTerminate() override;
 
 private:
+    std::unique_ptr<MenuBarManager> menuBarManager; ///< Absent until launching has finished.
     ServiceProvider serviceProvider;
     bool isTerminating = false;
 };

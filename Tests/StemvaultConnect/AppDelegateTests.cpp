@@ -2,6 +2,7 @@
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SessionTrackerObservable.h"
 #include "StemvaultConnect/SettingsStore.h"
 #include "Support/FakePlatform.h"
 #include "Support/TemporaryFolder.h"
@@ -48,7 +49,9 @@ TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
     delegate.applicationDidFinishLaunching();
     platform.dispatch.settle();
     EXPECT_TRUE(SessionTracker::isMade() && BounceWatcher::isMade() && SettingsStore::isMade());
-    EXPECT_FALSE(BounceAlertController::isMade());
+    EXPECT_FALSE(BounceAlertController::isMade() || SessionTrackerObservable::isMade());
+    EXPECT_EQ(platform.statusBar.menu.items.size(), 7U);
+    EXPECT_EQ(platform.urlSession.urls.size(), 1U) << "the daily look for an update";
     EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "a DAW that was running already is seen";
     EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
     EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });

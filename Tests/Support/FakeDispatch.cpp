@@ -105,6 +105,11 @@ void FakeDispatch::runOldestUtilityWork()
     takeFront(utilityQueue)();
 }
 
+Work FakeDispatch::holdOldestUtilityWork()
+{
+    return takeFront(utilityQueue);
+}
+
 void FakeDispatch::runNewestUtilityWork()
 {
     Work work = std::move(utilityQueue.back());

@@ -42,6 +42,9 @@ public:
     void runOldestUtilityWork();
     void runNewestUtilityWork();
 
+    /// Takes one out, to be run when the test likes.
+    [[nodiscard]] Work holdOldestUtilityWork();
+
     [[nodiscard]] std::size_t timerCount() const { return timers.size(); }
 
 private:

@@ -26,6 +26,14 @@ std::optional<Image> FakeBundle::imageNamed(const std::string& name) const
     return hasNamedIcon ? std::optional(Image { name }) : std::nullopt;
 }
 
+std::optional<Image> FakeBundle::imageWithSystemSymbolName(
+    const std::string& name, const std::string& accessibilityDescription) const
+{
+    if (!hasSymbols)
+        return std::nullopt;
+    return Image { "symbol:" + name, accessibilityDescription };
+}
+
 FakeDialogs::~FakeDialogs()
 {
     EXPECT_TRUE(answers.empty()) << answers.size() << " answers to alerts that never came";
@@ -95,9 +103,18 @@ void FakeDialogs::choose(const std::optional<std::string>& path, std::function<v
     // A panel that is cancelled may still name what was selected in it.
     choices.emplace_back([=] {
         meanwhile();
-        return path ? OpenPanelAnswer { ModalResponse::ok, FileURL(*path) }
-                    : OpenPanelAnswer { ModalResponse::cancel, FileURL("/selected") };
+        const FileURL url(path.value_or("/selected"));
+        return OpenPanelAnswer { path ? ModalResponse::ok : ModalResponse::cancel, url, { url } };
     });
+}
+
+void FakeDialogs::chooseAll(const std::vector<std::string>& paths)
+{
+    std::vector<FileURL> urls;
+    for (const std::string& path : paths)
+        urls.emplace_back(path);
+    choices.emplace_back(
+        [urls] { return OpenPanelAnswer { ModalResponse::ok, urls.front(), urls }; });
 }
 
 namespace {
@@ -134,6 +151,18 @@ void FakeFileEvents::deliver(
     streams.back()->handler(paths, flags);
 }
 
+Result<void> FakeLoginItem::registerItem()
+{
+    calls.emplace_back("register");
+    return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
+}
+
+Result<void> FakeLoginItem::unregisterItem()
+{
+    calls.emplace_back("unregister");
+    return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
+}
+
 std::string FakeProcessRunner::pathForTool(const std::string& name) const
 {
     return "/tools/" + name;
@@ -150,6 +179,59 @@ std::optional<std::string> FakeProcessRunner::run(
     return files == openFiles.end() ? std::nullopt : std::optional(files->second);
 }
 
+namespace {
+
+class FakeStatusItem : public StatusItem {
+public:
+    explicit FakeStatusItem(FakeStatusBar& owner) : bar(owner) { }
+    void setImage(const std::optional<Image>& image) override { bar.image = image; }
+    void setMenu(Menu menu, MenuDelegate* delegate) override
+    {
+        bar.menu = std::move(menu);
+        bar.delegate = delegate;
+    }
+    void setMenuNeedsUpdate() override { ++bar.updates; }
+
+private:
+    FakeStatusBar& bar;
+};
+
+} // namespace
+
+std::unique_ptr<StatusItem> FakeStatusBar::statusItem(double askedLength)
+{
+    length = askedLength;
+    return std::make_unique<FakeStatusItem>(*this);
+}
+
+const Menu& FakeStatusBar::open()
+{
+    delegate->menuWillOpen(menu);
+    return menu;
+}
+
+void FakeStatusBar::choose(const std::string& title)
+{
+    const auto item = std::ranges::find(open().items, title, &MenuItem::title);
+    ASSERT_NE(item, menu.items.end()) << "no row " << title;
+    ASSERT_TRUE(item->isEnabled && item->action) << title;
+    item->action();
+}
+
+void FakeURLSession::dataTask(const std::string& url, CompletionHandler completionHandler)
+{
+    urls.push_back(url);
+    handlers.push_back(std::move(completionHandler));
+}
+
+void FakeURLSession::finish(const Result<std::string>& body)
+{
+    ASSERT_FALSE(handlers.empty()) << "no fetch is under way";
+    const auto handler = std::move(handlers.front());
+    handlers.pop_front();
+    handler(body);
+}
+
 std::optional<std::string> FakeUserDefaults::data(const std::string& key) const
 {
     const auto value = values.find(key);
@@ -160,6 +242,17 @@ std::optional<std::string> FakeUserDefaults::string(const std::string& key) cons
 {
     const auto value = strings.find(key);
     return value == strings.end() ? std::nullopt : std::optional(value->second);
+}
+
+std::optional<WallTime> FakeUserDefaults::date(const std::string& key) const
+{
+    const auto value = dates.find(key);
+    return value == dates.end() ? std::nullopt : std::optional(value->second);
+}
+
+void FakeUserDefaults::setDate(const std::string& key, WallTime date)
+{
+    dates[key] = date;
 }
 
 void FakeUserDefaults::setData(const std::string& key, const std::string& bytes)
@@ -190,6 +283,29 @@ std::vector<std::string> FakeUserNotificationCenter::bodies() const
     for (const UserNotification& notification : posted)
         all.push_back(notification.body);
     return all;
+}
+
+namespace {
+
+class FakeWindow : public Window {
+public:
+    explicit FakeWindow(std::shared_ptr<FakeWindows::Record> shared) : record(std::move(shared)) { }
+    void setTitle(const std::string& title) override { record->title = title; }
+    void setStyleMask(std::uint32_t mask) override { record->styleMask = mask; }
+    void center() override { record->history += "centered "; }
+    void makeKeyAndOrderFront() override { record->history += "shown "; }
+    void setNeedsDisplay() override { ++record->drawings; }
+
+private:
+    std::shared_ptr<FakeWindows::Record> record;
+};
+
+} // namespace
+
+std::unique_ptr<Window> FakeWindows::window(std::function<View()> body)
+{
+    windows.push_back(std::make_shared<Record>(Record { std::move(body), {}, 0, {}, 0 }));
+    return std::make_unique<FakeWindow>(windows.back());
 }
 
 std::vector<RunningApplication> FakeWorkspace::runningApplications() const

@@ -21,11 +21,12 @@ struct FakeApplication : Application {
     void setServicesProvider(ServicesProvider* provider) override { servicesProvider = provider; }
     void activateIgnoringOtherApps() override { ++activations; }
     void run() override { }
-    void terminate() override { }
+    void terminate() override { ++terminations; }
 
     // What a test may look at.
     std::optional<Image> icon;
     int activations = 0;
+    int terminations = 0;
     ServicesProvider* servicesProvider = nullptr;
 };
 
@@ -35,8 +36,13 @@ struct FakeBundle : Bundle {
     [[nodiscard]] std::optional<Image> imageWithContentsOfFile(
         const std::string& path) const override;
     [[nodiscard]] std::optional<Image> imageNamed(const std::string& name) const override;
+    [[nodiscard]] std::optional<Image> imageWithSystemSymbolName(
+        const std::string& name, const std::string& accessibilityDescription) const override;
+    [[nodiscard]] std::optional<std::string> shortVersionString() const override { return version; }
 
     // What a test may set.
+    bool hasSymbols = true;
+    std::optional<std::string> version = "1.4";
     bool hasIconResource = true;
     bool isIconReadable = true;
     bool hasNamedIcon = true;
@@ -64,6 +70,8 @@ struct FakeDialogs : Dialogs {
     /// open.
     void choose(
         const std::optional<std::string>& path, std::function<void()> meanwhile = [] {});
+    /// Chooses several.
+    void chooseAll(const std::vector<std::string>& paths);
 
     std::vector<Alert> alerts; ///< As they were asked.
     std::vector<OpenPanel> panels;
@@ -98,6 +106,17 @@ struct FakeFileEvents : FileEvents {
     std::vector<std::shared_ptr<Stream>> streams; ///< In the order in which they were made.
 };
 
+struct FakeLoginItem : LoginItem {
+    [[nodiscard]] LoginItemStatus status() const override { return current; }
+    Result<void> registerItem() override;
+    Result<void> unregisterItem() override;
+
+    // What a test may do.
+    LoginItemStatus current = LoginItemStatus::NotRegistered;
+    bool isRefused = false;
+    std::vector<std::string> calls;
+};
+
 struct FakeProcessRunner : ProcessRunner {
     [[nodiscard]] std::string pathForTool(const std::string& name) const override;
     [[nodiscard]] std::optional<std::string> run(
@@ -108,13 +127,48 @@ struct FakeProcessRunner : ProcessRunner {
     std::vector<std::string> calls;
 };
 
+/// Has room for one item.
+struct FakeStatusBar : StatusBar {
+    [[nodiscard]] std::unique_ptr<StatusItem> statusItem(double length) override;
+
+    // What a test may do.
+
+    /// The menu as the user finds it on opening it.
+    const Menu& open();
+    /// Opens the menu and chooses the row of this title.
+    void choose(const std::string& title);
+
+    double length = 0;
+    std::optional<Image> image;
+    Menu menu;
+    int updates = 0; ///< How often the menu was said to be out of date.
+    MenuDelegate* delegate = nullptr;
+};
+
+struct FakeURLSession : URLSession {
+    void dataTask(const std::string& url, CompletionHandler completionHandler) override;
+
+    // What a test may do.
+
+    /// Ends the oldest fetch under way.
+    void finish(const Result<std::string>& body);
+
+    std::vector<std::string> urls; ///< As they were asked for.
+
+private:
+    std::deque<CompletionHandler> handlers;
+};
+
 struct FakeUserDefaults : UserDefaults {
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
     [[nodiscard]] std::optional<std::string> string(const std::string& key) const override;
+    [[nodiscard]] std::optional<WallTime> date(const std::string& key) const override;
     void setData(const std::string& key, const std::string& bytes) override;
+    void setDate(const std::string& key, WallTime date) override;
 
     // What a test may do.
     std::map<std::string, std::string> values;
+    std::map<std::string, WallTime> dates;
     std::map<std::string, std::string> strings;
     int writes = 0;
 };
@@ -131,6 +185,21 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
     UserNotificationCenterDelegate* delegate = nullptr;
     std::optional<std::uint32_t> requestedOptions;
     std::vector<UserNotification> posted;
+};
+
+struct FakeWindows : Windows {
+    struct Record {
+        std::function<View()> body;
+        std::string title;
+        std::uint32_t styleMask = 0;
+        std::string history; ///< "centered shown shown".
+        int drawings = 0; ///< How often a new drawing was asked for.
+    };
+
+    [[nodiscard]] std::unique_ptr<Window> window(std::function<View()> body) override;
+
+    // What a test may look at.
+    std::vector<std::shared_ptr<Record>> windows; ///< In the order in which they were made.
 };
 
 struct FakeWorkspace : Workspace {
@@ -174,14 +243,19 @@ public:
     FakeDialogs dialogs;
     FakeDispatch dispatch;
     FakeFileEvents fileEvents;
+    FakeLoginItem loginItem;
     FakeProcessRunner processRunner;
+    FakeStatusBar statusBar;
+    FakeURLSession urlSession;
     FakeUserDefaults userDefaults;
     FakeUserNotificationCenter userNotificationCenter;
+    FakeWindows windows;
     FakeWorkspace workspace;
 
 private:
-    Platform platform { application, bundle, dialogs, dispatch, fileEvents, processRunner,
-        userDefaults, userNotificationCenter, workspace };
+    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem,
+        processRunner, statusBar, urlSession, userDefaults, userNotificationCenter, windows,
+        workspace };
 };
 
 } // namespace stemvault

@@ -1,0 +1,126 @@
+#include "StemvaultConnect/FolderPresence.h"
+
+#include "Foundation/FileManager+Folders.h"
+#include "Foundation/PathText.h"
+#include "Platform/Platform.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto patience = 1s;
+
+// A walk that hangs holds up one background thread until its drive answers. One more may look for
+// the rest; the other threads are left to the scans and the copies.
+constexpr std::size_t mostWalks = 2;
+
+} // namespace
+
+/// One way through a list of folders.
+struct FolderPresence::Walk {
+    std::vector<std::string> paths;
+    std::vector<bool> wasMissing; ///< Only what differs from this is reported.
+    std::atomic<std::size_t> position = 0; ///< Of the folder that is being asked for.
+    std::atomic<bool> isLeftBehind = false; ///< Another walk goes on in its place.
+};
+
+FolderPresence::FolderPresence() = default;
+FolderPresence::~FolderPresence() = default;
+
+void FolderPresence::look(std::vector<std::string> paths)
+{
+    const bool isOnTheWay =
+        std::ranges::any_of(walks, [](const auto& walk) { return !walk->isLeftBehind; });
+    if (isOnTheWay || walks.size() == mostWalks)
+        next = std::move(paths);
+    else
+        begin(withoutStuck(std::move(paths)));
+}
+
+void FolderPresence::begin(std::vector<std::string> paths)
+{
+    if (paths.empty())
+        return;
+    const auto walk = std::make_shared<Walk>();
+    walk->paths = std::move(paths);
+    for (const std::string& path : walk->paths)
+        walk->wasMissing.push_back(isMissing(path));
+    walks.push_back(walk);
+
+    const auto found = alive.guard(
+        [this](const std::string& path, bool isMissingNow) { apply(path, isMissingNow); });
+    const auto ended = alive.guard([this, walk] { end(walk); });
+    Dispatch& dispatch = Platform::current().dispatch;
+    dispatch.utilityAsync([&dispatch, walk, found, ended] {
+        for (; walk->position < walk->paths.size() && !walk->isLeftBehind; ++walk->position) {
+            const std::string& path = walk->paths[walk->position];
+            const bool isMissingNow = !FileManager::itemKind(path);
+            if (isMissingNow != walk->wasMissing[walk->position])
+                dispatch.mainAsync([found, path, isMissingNow] { found(path, isMissingNow); });
+        }
+        dispatch.mainAsync(ended);
+    });
+    watchOver(walk, walk->paths.size());
+}
+
+void FolderPresence::apply(const std::string& path, bool isMissingNow)
+{
+    const bool changed = isMissingNow ? missing.insert(path).second : missing.erase(path) > 0;
+    if (changed && onChange)
+        onChange();
+}
+
+void FolderPresence::end(const std::shared_ptr<Walk>& walk)
+{
+    std::erase(walks, walk);
+    if (!next.empty())
+        look(std::exchange(next, {}));
+}
+
+// A walk that has not moved between two glances is stuck.
+void FolderPresence::watchOver(const std::shared_ptr<Walk>& walk, std::size_t lastPosition)
+{
+    Platform::current().dispatch.mainAsyncAfter(patience, alive.guard([this, walk, lastPosition] {
+        if (std::ranges::find(walks, walk) == walks.end())
+            return;
+        if (const std::size_t position = walk->position; position != lastPosition)
+            watchOver(walk, position);
+        else
+            leaveBehind(walk);
+    }));
+}
+
+void FolderPresence::leaveBehind(const std::shared_ptr<Walk>& walk)
+{
+    walk->isLeftBehind = true;
+    const auto after = std::min<std::size_t>(walk->position + 1, walk->paths.size());
+    auto paths = next.empty()
+        ? std::vector(walk->paths.begin() + static_cast<std::ptrdiff_t>(after), walk->paths.end())
+        : std::exchange(next, {});
+    if (walks.size() < mostWalks)
+        begin(withoutStuck(std::move(paths)));
+}
+
+// What lies beside a folder that does not answer will hardly answer either.
+std::vector<std::string> FolderPresence::withoutStuck(std::vector<std::string> paths) const
+{
+    for (const auto& walk : walks) {
+        const std::size_t position = walk->position;
+        if (position >= walk->paths.size())
+            continue;
+        const auto stuckIn = deletingLastPathComponent(walk->paths[position]);
+        std::erase_if(paths, [&stuckIn](const std::string& path) {
+            return deletingLastPathComponent(path) == stuckIn;
+        });
+    }
+    return paths;
+}
+
+} // namespace stemvault

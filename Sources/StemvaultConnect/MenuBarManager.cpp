@@ -1,0 +1,146 @@
+#include "StemvaultConnect/MenuBarManager.h"
+
+#include "Foundation/NotificationCenter.h"
+#include "Platform/Platform.h"
+#include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/PreferencesView.h"
+#include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/UpdateChecker.h"
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+constexpr std::size_t sessionMenuItem = 0;
+constexpr std::size_t lastCopiedMenuItem = 1;
+
+MenuItem item(const std::string& title, const std::string& keyEquivalent, Action action)
+{
+    MenuItem made;
+    made.title = title;
+    made.keyEquivalent = keyEquivalent;
+    made.action = std::move(action);
+    return made;
+}
+
+/// A row that only tells something.
+MenuItem line(const std::string& title)
+{
+    MenuItem made;
+    made.title = title;
+    made.isEnabled = false;
+    return made;
+}
+
+} // namespace
+
+MenuBarManager::MenuBarManager()
+{
+    const Platform& platform = Platform::current();
+    statusItem = platform.statusBar.statusItem(StatusBar::squareLength);
+    auto image = platform.bundle.imageWithSystemSymbolName("waveform.circle", "Stemvault Connect");
+    if (image)
+        image->isTemplate = true;
+    statusItem->setImage(image);
+    build();
+    NotificationCenter& center = NotificationCenter::defaultCenter();
+    center.addObserver(this, BounceAlertController::openPreferences,
+        [this](const Notification&) { openPreferences(); });
+    center.addObserver(this, BounceAlertController::bounceAdded,
+        [this](const Notification& notification) { handleBounceAdded(notification); });
+}
+
+MenuBarManager::~MenuBarManager()
+{
+    NotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void MenuBarManager::build()
+{
+    MenuItem lastAdded = line("");
+    lastAdded.isHidden = true;
+    Menu menu;
+    menu.items = {
+        line("No session detected"),
+        lastAdded,
+        MenuItem::separatorItem(),
+        item("Preferences…", ",", [this] { openPreferences(); }),
+        item("Check for Updates…", "", [] { checkForUpdates(); }),
+        MenuItem::separatorItem(),
+        item("Quit Stemvault Connect", "q", [] { Platform::current().application.terminate(); }),
+    };
+    statusItem->setMenu(std::move(menu), this);
+}
+
+// Posted from a background thread: the text is taken over on the main one.
+void MenuBarManager::handleBounceAdded(const Notification& notification)
+{
+    const auto text = lastAddedText(notification);
+    if (!text)
+        return;
+    Platform::current().dispatch.mainAsync(alive.guard([this, text] {
+        lastCopied = text;
+        statusItem->setMenuNeedsUpdate();
+    }));
+}
+
+void MenuBarManager::sessionDidChange()
+{
+    statusItem->setMenuNeedsUpdate();
+}
+
+void MenuBarManager::menuWillOpen(Menu& menu)
+{
+    const auto& folder = SessionTracker::shared().currentSessionFolder();
+    MenuItem& session = menu.items.at(sessionMenuItem);
+    session.attributedTitle = sessionTitle(folder);
+    if (folder)
+        session.title = session.attributedTitle->string;
+    MenuItem& lastAdded = menu.items.at(lastCopiedMenuItem);
+    if (lastCopied)
+        lastAdded.title = *lastCopied;
+    lastAdded.isHidden = !lastCopied;
+}
+
+// The colour is that of the dot and the blank behind it: two characters, which never reach into the
+// name.
+AttributedString MenuBarManager::sessionTitle(const std::optional<FileURL>& folder)
+{
+    if (folder)
+        return { "● " + folder->lastPathComponent(), ForegroundColor { Color::SystemGreen, 0, 2 } };
+    return { "○ No session detected", ForegroundColor { Color::SecondaryLabel, 0, 2 } };
+}
+
+std::optional<std::string> MenuBarManager::lastAddedText(const Notification& notification)
+{
+    const auto& payload = notification.userInfo;
+    const auto file = payload.find("file");
+    const auto destination = payload.find("destination");
+    if (file == payload.end() || destination == payload.end())
+        return std::nullopt;
+    return "Last added: " + file->second + " → " + destination->second;
+}
+
+void MenuBarManager::checkForUpdates()
+{
+    UpdateChecker::shared().checkForUpdates();
+}
+
+void MenuBarManager::openPreferences()
+{
+    const Platform& platform = Platform::current();
+    if (!preferencesWindow) {
+        const auto view = std::make_shared<PreferencesView>();
+        preferencesWindow = platform.windows.window([view] { return view->draw(); });
+        view->onNeedsDisplay = [this] { preferencesWindow->setNeedsDisplay(); };
+        preferencesWindow->setTitle("Stemvault Connect");
+        preferencesWindow->setStyleMask(WindowStyleMask::Titled | WindowStyleMask::Closable);
+        preferencesWindow->center();
+    }
+    preferencesWindow->makeKeyAndOrderFront();
+    platform.application.activateIgnoringOtherApps();
+}
+
+} // namespace stemvault

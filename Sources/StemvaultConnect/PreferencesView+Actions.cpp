@@ -1,0 +1,112 @@
+#include "Platform/Platform.h"
+#include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/PreferencesView.h"
+#include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SessionTrackerObservable.h"
+#include "StemvaultConnect/SettingsStore.h"
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+OpenPanel folderPanel(const std::string& prompt)
+{
+    OpenPanel panel;
+    panel.canChooseFiles = false;
+    panel.canChooseDirectories = true;
+    panel.prompt = prompt;
+    return panel;
+}
+
+/// Absent when the user cancelled.
+std::optional<std::string> pickFolder(const std::string& prompt)
+{
+    const OpenPanelAnswer answer = Platform::current().dialogs.runModal(folderPanel(prompt));
+    if (answer.response != ModalResponse::ok || !answer.url)
+        return std::nullopt;
+    return answer.url->path();
+}
+
+} // namespace
+
+PreferencesView::PreferencesView()
+    : store(SettingsStore::shared()), session(SessionTrackerObservable::shared()),
+      launchAtLogin(Platform::current().loginItem.status() == LoginItemStatus::Enabled)
+{
+    const auto changed = alive.guard([this] { needDisplay(); });
+    store.onWillChange(changed);
+    session.onWillChange(changed);
+    presence.onChange = changed;
+}
+
+PreferencesView::~PreferencesView() = default;
+
+void PreferencesView::needDisplay() const
+{
+    if (onNeedsDisplay)
+        onNeedsDisplay();
+}
+
+View PreferencesView::draw()
+{
+    std::vector<std::string> paths;
+    for (const StemvaultFolder& folder : store.stemvaultFolders())
+        paths.push_back(folder.path);
+    presence.look(std::move(paths));
+    return body();
+}
+
+void PreferencesView::addFolders() const
+{
+    OpenPanel panel = folderPanel("Add to Stemvault");
+    panel.allowsMultipleSelection = true;
+    const OpenPanelAnswer answer = Platform::current().dialogs.runModal(panel);
+    if (answer.response != ModalResponse::ok)
+        return;
+    for (const FileURL& url : answer.urls) {
+        auto folders = store.stemvaultFolders();
+        folders.push_back({ UUID(), url.lastPathComponent(), url.path() });
+        store.setStemvaultFolders(std::move(folders));
+    }
+}
+
+void PreferencesView::pickProjectsRoot() const
+{
+    if (auto path = pickFolder("Set as Projects Root"))
+        store.setProjectsRootPath(std::move(path));
+}
+
+void PreferencesView::pickAlwaysWatchFolder() const
+{
+    if (const auto path = pickFolder("Watch This Folder"))
+        setAlwaysWatchPath(path);
+}
+
+void PreferencesView::setAlwaysWatchPath(const std::optional<std::string>& path) const
+{
+    store.setAlwaysWatchPath(path);
+    BounceWatcher::shared().update(SessionTracker::shared().currentSessionFolder(), path);
+}
+
+// The desktop knows this location as that of its keyboard shortcuts. Whether it can show them is
+// not our affair.
+void PreferencesView::openServicesShortcutsPane()
+{
+    static_cast<void>(Platform::current().workspace.open(
+        "x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts_Services"));
+}
+
+void PreferencesView::setLaunchAtLogin(bool isOn) const
+{
+    if (isOn == launchAtLogin)
+        return;
+    LoginItem& loginItem = Platform::current().loginItem;
+    const auto done = isOn ? loginItem.registerItem() : loginItem.unregisterItem();
+    // Refused: the switch shows again what is true. That is no change by the user.
+    launchAtLogin = done ? isOn : !isOn;
+    needDisplay();
+}
+
+} // namespace stemvault

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Foundation/Alive.h"
+#include "Foundation/FileURL.h"
+#include "Foundation/ObservableObject.h"
+#include "Foundation/Shared.h"
+
+#include <optional>
+
+namespace stemvault {
+
+/// The open session's folder for the user interface to draw. Main thread only.
+class SessionTrackerObservable : public Shared<SessionTrackerObservable>, public ObservableObject {
+public:
+    [[nodiscard]] const std::optional<FileURL>& currentSessionFolder() const { return folder; }
+
+private:
+    friend class Shared<SessionTrackerObservable>;
+
+    /// Begins one look for the session, so that what is shown first is soon what is true.
+    SessionTrackerObservable();
+    ~SessionTrackerObservable();
+
+    void setCurrentSessionFolder(const std::optional<FileURL>& newFolder);
+
+    std::optional<FileURL> folder;
+
+    Alive alive;
+};
+
+} // namespace stemvault

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Foundation/Alive.h"
+#include "Foundation/Result.h"
+#include "Foundation/Shared.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace stemvault {
+
+struct UpdateInfo;
+
+/// Tells the user when there is a newer release. Main thread only; the fetch runs elsewhere.
+class UpdateChecker : public Shared<UpdateChecker> {
+public:
+    /// Looks at most once a day, and says something only when there is an update.
+    void checkForUpdatesIfNeeded();
+
+    /// Looks now, and says what came of it.
+    void checkForUpdates();
+
+private:
+    friend class Shared<UpdateChecker>;
+    UpdateChecker();
+    ~UpdateChecker();
+
+    enum class Silent { No, Yes };
+
+    void check(Silent silent);
+    void evaluate(const Result<std::string>& body, Silent silent) const;
+    [[nodiscard]] std::optional<UpdateInfo> ownEntry(const Result<std::string>& body) const;
+    static void presentUpdateAvailable(const UpdateInfo& info);
+    static void presentUpToDate(const std::string& currentVersion);
+    static void presentError();
+
+    const std::string updatesURL;
+    const std::string appKey = "stemvault_connect";
+    const std::string lastCheckKey = "updateChecker_lastCheckDate";
+    const std::chrono::seconds checkInterval { 86400 };
+
+    Alive alive;
+};
+
+} // namespace stemvault

@@ -1,0 +1,176 @@
+#include "StemvaultConnect/UpdateFeed.h"
+
+#include "Foundation/UnicodeText.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace stemvault {
+
+namespace {
+
+using nlohmann::json;
+
+constexpr auto none = std::string_view::npos;
+
+char lowered(char letter)
+{
+    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+bool isDigit(char letter)
+{
+    return letter >= '0' && letter <= '9';
+}
+
+bool isLetter(char letter)
+{
+    return lowered(letter) >= 'a' && lowered(letter) <= 'z';
+}
+
+/// `wanted` is in lower case.
+std::size_t findIgnoringCase(std::string_view text, std::string_view wanted, std::size_t from)
+{
+    const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(),
+        wanted.begin(), wanted.end(), [](char a, char b) { return lowered(a) == b; });
+    return found == text.end() ? none : static_cast<std::size_t>(found - text.begin());
+}
+
+std::string replaced(std::string_view text, std::string_view wanted, std::string_view by)
+{
+    std::string result;
+    result.reserve(text.size());
+    std::size_t from = 0;
+    for (auto at = text.find(wanted); at != none; at = text.find(wanted, from)) {
+        result.append(text, from, at - from).append(by);
+        from = at + wanted.size();
+    }
+    return result.append(text, from);
+}
+
+// The ampersand comes last: text that was escaped twice keeps one level of it.
+std::string unescaped(std::string_view html)
+{
+    std::string text(html);
+    for (const auto& [entity, character] : { std::pair("&quot;", "\""), std::pair("&#39;", "'"),
+             std::pair("&lt;", "<"), std::pair("&gt;", ">"), std::pair("&amp;", "&") })
+        text = replaced(text, entity, character);
+    return text;
+}
+
+/// False when the member is missing or no text.
+bool decodeText(const json& object, const char* name, std::string& text)
+{
+    const auto member = object.find(name);
+    if (member == object.end() || !member->is_string())
+        return false;
+    text = member->get<std::string>();
+    return true;
+}
+
+std::optional<UpdateInfo> decodedInfo(const json& object)
+{
+    UpdateInfo info;
+    if (!object.is_object() || !decodeText(object, "latest_version", info.latestVersion)
+        || !decodeText(object, "download_url", info.downloadURL))
+        return std::nullopt;
+    const auto notes = object.find("notes");
+    if (notes == object.end() || notes->is_null())
+        return info;
+    if (!notes->is_string())
+        return std::nullopt;
+    info.notes = notes->get<std::string>();
+    return info;
+}
+
+/// 0 for what is not a decimal number of 64 bits, with a sign or none.
+std::int64_t number(std::string_view piece)
+{
+    if (piece.starts_with('+')) {
+        piece.remove_prefix(1);
+        if (piece.starts_with('-'))
+            return 0;
+    }
+    std::int64_t value = 0;
+    const auto [end, error] = std::from_chars(piece.data(), piece.data() + piece.size(), value);
+    return error == std::errc() && end == piece.data() + piece.size() ? value : 0;
+}
+
+std::vector<std::int64_t> numbers(std::string_view version)
+{
+    std::vector<std::int64_t> all;
+    while (!version.empty()) {
+        const auto end = std::min(version.find('.'), version.size());
+        if (end > 0)
+            all.push_back(number(version.substr(0, end)));
+        version.remove_prefix(std::min(end + 1, version.size()));
+    }
+    return all;
+}
+
+} // namespace
+
+std::optional<std::string> extractJSON(std::string_view page)
+{
+    const auto tag = findIgnoringCase(page, "<pre", 0);
+    if (tag == none)
+        return std::nullopt;
+    const auto tagEnd = page.find('>', tag + std::string_view("<pre").size());
+    if (tagEnd == none)
+        return std::nullopt;
+    const auto blockEnd = findIgnoringCase(page, "</pre>", tagEnd + 1);
+    if (blockEnd == none)
+        return std::nullopt;
+    return trimmed(unescaped(page.substr(tagEnd + 1, blockEnd - tagEnd - 1)));
+}
+
+std::optional<std::map<std::string, UpdateInfo>> decodedFeed(const std::string& text)
+{
+    const json feed = json::parse(text, nullptr, false);
+    if (!feed.is_object())
+        return std::nullopt;
+    std::map<std::string, UpdateInfo> infos;
+    for (const auto& [appKey, object] : feed.items()) {
+        auto info = decodedInfo(object);
+        if (!info)
+            return std::nullopt;
+        infos.emplace(appKey, std::move(*info));
+    }
+    return infos;
+}
+
+bool isNewer(std::string_view latest, std::string_view current)
+{
+    auto ours = numbers(current);
+    auto theirs = numbers(latest);
+    const auto length = std::max(ours.size(), theirs.size());
+    ours.resize(length);
+    theirs.resize(length);
+    return theirs > ours;
+}
+
+bool isURL(std::string_view text)
+{
+    constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '%') {
+            const auto isHexadecimal = [&text](std::size_t at) {
+                return at < text.size()
+                    && (isDigit(text[at])
+                        || (lowered(text[at]) >= 'a' && lowered(text[at]) <= 'f'));
+            };
+            if (!isHexadecimal(i + 1) || !isHexadecimal(i + 2))
+                return false;
+        } else if (!isDigit(text[i]) && !isLetter(text[i]) && others.find(text[i]) == none) {
+            return false;
+        }
+    }
+    return !text.empty() && text.front() != ':';
+}
+
+} // namespace stemvault

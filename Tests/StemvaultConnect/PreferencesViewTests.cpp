@@ -1,0 +1,279 @@
+#include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/PreferencesView.h"
+#include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SettingsStore.h"
+#include "Support/FakePlatform.h"
+#include "Support/TemporaryFolder.h"
+#include "Support/ViewSearch.h"
+
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+
+namespace stemvault {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsSupersetOf;
+
+constexpr Font calloutMedium { TextStyle::Callout, FontWeight::Medium };
+constexpr Font caption { TextStyle::Caption, FontWeight::Regular };
+constexpr auto shortened = Text::Lines::OneTruncatedInTheMiddle;
+
+View row(std::vector<View> children, std::optional<double> spacing = {})
+{
+    return Stack { Stack::Axis::Horizontal, Stack::Alignment::Center, spacing,
+        std::move(children) };
+}
+
+class PreferencesViewTests : public testing::Test {
+protected:
+    PreferencesViewTests() { setenv("HOME", "/home/u", 1); }
+
+    /// Group `index`, counted without the dividers, as a list of its children.
+    [[nodiscard]] static std::vector<View> group(const PreferencesView& view, std::size_t index)
+    {
+        const View body = view.body();
+        const auto& groups = std::get<Stack>(body.content).children;
+        EXPECT_EQ(groups.size(), 11U);
+        return std::get<Stack>(groups.at(2 * index).content).children;
+    }
+
+    static void press(const PreferencesView& view, std::size_t groupIndex, std::size_t button)
+    {
+        const View all = Stack { {}, {}, {}, group(view, groupIndex) };
+        stemvault::all<Button>(all).at(button).action();
+    }
+
+    static StemvaultFolder add(const std::string& path)
+    {
+        const StemvaultFolder folder { UUID(), lastPathComponent(path), path };
+        SettingsStore::shared().addFolder(folder);
+        return folder;
+    }
+
+    [[nodiscard]] std::vector<std::string> watched() const
+    {
+        return platform.fileEvents.streams.back()->paths;
+    }
+
+    FakePlatform platform;
+};
+
+TEST_F(PreferencesViewTests, EmptyAsItIsRead)
+{
+    const PreferencesView view;
+    const View body = view.body();
+    EXPECT_EQ(body.width, 480);
+    EXPECT_THAT(readAloud(body),
+        ElementsAre("Stemvault Connect",
+            "Automatically detects Pro Tools bounces and copies them to your Stemvault folder.",
+            "<waveform> Active Session", "<circle.dashed>", "No session detected",
+            "<folder.fill> Stemvault Folders", "[+ Add]",
+            "No folders configured — add a Stemvault Dropbox folder to route bounces.",
+            "<folder.badge.gearshape> Stemvault Projects Root",
+            "Used by \"Create Stemvault Playlist\" (Finder → right-click → Services). Point this "
+            "at "
+            "your local Dropbox App Folder for Stemvault — e.g. ~/Dropbox/Apps/Stem Vault. New "
+            "playlist folders are created inside it.",
+            "Not set — required for Create Stemvault Playlist", "[Choose…]",
+            "<eye> Always Watch Folder (optional)",
+            "For bounces exported outside the session folder — e.g. a shared Dropbox Masters "
+            "folder.",
+            "Not set", "[Choose…]", "<keyboard> Quick Copy Hotkey",
+            "Select file(s) or a folder in Finder, then press your hotkey to copy any audio files "
+            "straight to a Stemvault folder — no session needed. Assign the key combo once in "
+            "System Settings, then point a Stream Deck or SoundFlow button at the same combo.",
+            "[Set Up Hotkey…]"));
+    EXPECT_EQ(all<Divider>(body).size(), 5U);
+    std::vector<double> spacings;
+    for (const View& each : std::get<Stack>(body.content).children)
+        if (const auto* stack = std::get_if<Stack>(&each.content)) {
+            spacings.push_back(stack->spacing.value());
+            EXPECT_EQ(each.padding, Padding::standard());
+        }
+    EXPECT_THAT(spacings, ElementsAre(4, 6, 8, 6, 6, 6));
+    EXPECT_THAT(all<Label>(body), testing::Each(testing::Field(&Label::isUppercase, true)));
+}
+
+TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
+{
+    platform.processRunner.openFiles["5"] = "n/home/u/S/Big Song/Big Song.rpp\n";
+    const PreferencesView view;
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    SessionTracker::shared().refresh();
+    EXPECT_EQ(group(view, 1).at(1),
+        row({ Symbol { "circle.dashed", Color::SecondaryLabel, {} },
+                Text { "No session detected", { TextStyle::Callout, {} }, Color::SecondaryLabel } },
+            6));
+    platform.dispatch.settle();
+    const View open = row({ Symbol { "checkmark.circle.fill", Color::SystemGreen, {} },
+                              Text { "Big Song", calloutMedium },
+                              Text { "~/S/Big Song", caption, Color::SecondaryLabel, shortened } },
+        6);
+    EXPECT_EQ(group(view, 1).at(1), open);
+    EXPECT_EQ(group(PreferencesView(), 1).at(1), open) << "known from the first drawing on";
+}
+
+TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
+{
+    const TemporaryFolder disk;
+    const StemvaultFolder there = add(disk.makeFolder("A & B"));
+    const StemvaultFolder gone = add(disk.path("gone\n\u202e🎚"));
+    PreferencesView view;
+    int drawings = 0;
+    view.onNeedsDisplay = [&drawings] { ++drawings; };
+    const auto rowOf = [](const StemvaultFolder& folder, const Symbol& symbol,
+                           std::vector<View> texts) {
+        View made =
+            row({ symbol, Stack { Stack::Axis::Vertical, {}, {}, std::move(texts) }, Spacer {},
+                Button { Symbol { "minus.circle", Color::SecondaryLabel, {} }, [] {},
+                    Button::Style::Plain, {}, "Remove " + folder.name } });
+        made.id = folder.id.uuidString();
+        made.padding.vertical = 2;
+        return made;
+    };
+    const Symbol plus { "folder.fill.badge.plus", Color::Accent, {} };
+    const auto rows = [&view] { return std::get<Stack>(group(view, 2).at(1).content).children; };
+    const auto present = [&](const StemvaultFolder& folder) {
+        return rowOf(folder, plus,
+            { Text { folder.name, calloutMedium },
+                Text { folder.path, caption, Color::SecondaryLabel } });
+    };
+    static_cast<void>(view.draw());
+    EXPECT_THAT(rows(), ElementsAre(present(there), present(gone))) << "before anyone has looked";
+    platform.dispatch.settle();
+    EXPECT_EQ(drawings, 1) << "only for what has changed";
+    EXPECT_THAT(rows(),
+        ElementsAre(present(there),
+            rowOf(gone, Symbol { "folder.fill.badge.questionmark", Color::SystemYellow, {} },
+                { Text { gone.name, calloutMedium }, Text { gone.path, caption, Color::Label },
+                    Text { "Folder not found — move it or remove it", caption,
+                        Color::SystemYellow } })));
+    press(view, 2, 2);
+    EXPECT_THAT(SettingsStore::shared().stemvaultFolders(), ElementsAre(there));
+    EXPECT_EQ(drawings, 2);
+}
+
+TEST_F(PreferencesViewTests, ADriveThatDoesNotAnswerHoldsUpNobodyElse)
+{
+    using namespace std::chrono_literals;
+    for (const char* path : { "/dead/1", "/dead/2", "/gone/3" })
+        add(path);
+    PreferencesView view;
+    const auto warnings = [&view] {
+        const auto lines = readAloud(view.body());
+        return std::ranges::count(lines, "Folder not found — move it or remove it");
+    };
+    platform.dispatch.settle();
+    static_cast<void>(view.draw());
+    const auto stuck = platform.dispatch.holdOldestUtilityWork();
+    platform.dispatch.advance(1500ms);
+    platform.dispatch.advance(1500ms);
+    EXPECT_EQ(warnings(), 1) << "another walk has found that the third is gone";
+    for (int i = 0; i < 5; ++i)
+        static_cast<void>(view.draw());
+    platform.dispatch.settle();
+    stuck();
+    platform.dispatch.settle();
+    static_cast<void>(view.draw());
+    platform.dispatch.settle();
+    EXPECT_EQ(warnings(), 3) << "the drive has answered";
+}
+
+TEST_F(PreferencesViewTests, WritesHomeAsATilde)
+{
+    const std::pair<std::string, std::string> rows[] = { { "/home/u/D/Mixes", "~/D/Mixes" },
+        { "/d/Mixes", "/d/Mixes" }, { "/home/u", "~" },
+        { "/backup/home/u/home/u/x", "/backup~~/x" }, { "/home/user", "~ser" }, { "", "" } };
+    for (const auto& [path, expected] : rows)
+        EXPECT_EQ(homeAbbreviated(path, "/home/u"), expected) << path;
+    EXPECT_EQ(homeAbbreviated("/a", ""), "/a");
+}
+
+TEST_F(PreferencesViewTests, AddTakesAllChosenFoldersEachWithAWriteOfItsOwn)
+{
+    const PreferencesView view;
+    add("/d/A");
+    const int before = platform.userDefaults.writes;
+    platform.dialogs.chooseAll({ "/d/B", "/d/A", "/" });
+    press(view, 2, 0);
+    platform.dialogs.choose(std::nullopt);
+    press(view, 2, 0);
+    std::vector<std::string> added;
+    for (const StemvaultFolder& folder : SettingsStore::shared().stemvaultFolders())
+        added.push_back(folder.name + " " + folder.path);
+    EXPECT_THAT(added, ElementsAre("A /d/A", "B /d/B", "A /d/A", "/ /"));
+    EXPECT_EQ(platform.userDefaults.writes, before + 3);
+    EXPECT_EQ(platform.dialogs.panels.at(0),
+        (OpenPanel { false, true, false, true, "Add to Stemvault", "", {} }));
+}
+
+TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)
+{
+    const PreferencesView view;
+    const SettingsStore& store = SettingsStore::shared();
+    const auto setRow = [](const std::string& path, const std::string& which) {
+        return row({ Text { path, caption, Color::Label, shortened }, Spacer {},
+            Button { Text { "Clear", caption, Color::SecondaryLabel }, [] {}, Button::Style::Plain,
+                {}, "Clear the " + which },
+            Button { Text { "Choose…" }, [] {}, Button::Style::Bordered, ControlSize::Small,
+                "Choose the " + (which.starts_with("p") ? which : "folder to always watch") } });
+    };
+    platform.dialogs.choose(std::nullopt);
+    press(view, 3, 0);
+    EXPECT_FALSE(store.projectsRootPath()) << "cancelled";
+    platform.dialogs.choose("/home/u/Root");
+    press(view, 3, 0);
+    EXPECT_EQ(store.projectsRootPath(), "/home/u/Root");
+    EXPECT_EQ(group(view, 3).at(2), setRow("~/Root", "projects root"));
+    EXPECT_FALSE(BounceWatcher::isMade()) << "it has nothing to do with watching";
+    press(view, 3, 0);
+    EXPECT_FALSE(store.projectsRootPath());
+
+    platform.dialogs.choose("/w");
+    press(view, 4, 0);
+    EXPECT_EQ(store.alwaysWatchPath(), "/w");
+    EXPECT_EQ(group(view, 4).at(2), setRow("/w", "folder to always watch"));
+    EXPECT_THAT(watched(), ElementsAre("/w"));
+    press(view, 4, 0);
+    EXPECT_FALSE(store.alwaysWatchPath());
+    EXPECT_THAT(platform.fileEvents.streams.back()->state, testing::HasSubstr("released"));
+    std::vector<std::string> prompts;
+    for (const OpenPanel& panel : platform.dialogs.panels)
+        prompts.push_back(panel.prompt);
+    EXPECT_THAT(
+        prompts, ElementsAre("Set as Projects Root", "Set as Projects Root", "Watch This Folder"));
+}
+
+TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)
+{
+    const PreferencesView view;
+    const auto toggle = [&view] { return all<Toggle>(view.body()).at(0); };
+    EXPECT_FALSE(toggle().isOn);
+    toggle().onChange(true);
+    EXPECT_TRUE(toggle().isOn);
+    platform.loginItem.isRefused = true;
+    toggle().onChange(false);
+    EXPECT_TRUE(toggle().isOn) << "refused";
+    EXPECT_THAT(platform.loginItem.calls, ElementsAre("register", "unregister"));
+
+    for (const auto status : { LoginItemStatus::NotRegistered, LoginItemStatus::Enabled,
+             LoginItemStatus::RequiresApproval, LoginItemStatus::NotFound }) {
+        platform.loginItem.current = status;
+        EXPECT_EQ(
+            all<Toggle>(PreferencesView().body()).at(0).isOn, status == LoginItemStatus::Enabled);
+    }
+}
+
+TEST_F(PreferencesViewTests, TheHotkeyIsSetUpInTheDesktopsSettings)
+{
+    platform.workspace.canOpen = false;
+    press(PreferencesView(), 5, 0);
+    EXPECT_THAT(platform.workspace.opened,
+        ElementsAre("x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts_Services"));
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,195 @@
+#include "StemvaultConnect/UpdateChecker.h"
+#include "StemvaultConnect/UpdateFeed.h"
+#include "Support/FakePlatform.h"
+
+#include <gmock/gmock.h>
+
+namespace stemvault {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+const std::string lastCheck = "updateChecker_lastCheckDate";
+const std::string upToDate = "You're Up to Date: Stemvault Connect 1.4 is the latest version.";
+const std::string failed =
+    "Couldn't Check for Updates: Please check your internet connection and try again.";
+
+std::string page(const std::string& json)
+{
+    return "<html><pre>" + json + "</pre></html>";
+}
+
+std::string entry(const std::string& version, const std::string& more = "")
+{
+    return R"("stemvault_connect":{"latest_version":")" + version
+        + R"(","download_url":"https://dl.example/x")" + more + "}";
+}
+
+class UpdateCheckerTests : public testing::Test {
+protected:
+    /// What the user is told, in one line; empty for nothing.
+    std::string told(const Result<std::string>& body, const std::string& button)
+    {
+        if (!button.empty())
+            platform.dialogs.answer(button);
+        platform.urlSession.finish(body);
+        platform.dispatch.settle();
+        if (platform.dialogs.alerts.empty())
+            return "";
+        const Alert alert = platform.dialogs.alerts.back();
+        platform.dialogs.alerts.clear();
+        return alert.messageText + ": " + alert.informativeText;
+    }
+
+    FakePlatform platform;
+};
+
+TEST_F(UpdateCheckerTests, ComparesVersionsNumberByNumber)
+{
+    const struct {
+        std::string latest, current;
+        bool expected;
+    } rows[] = {
+        { "1.2.10", "1.2.9", true },
+        { "1.3", "1.3.0", false },
+        { "1.3.1", "1.3", true },
+        { "1.3", "1.3.1", false },
+        { "2.0-beta", "1.9", true },
+        { "1.0.1b", "1.0.1", false },
+        { "ver2.0", "1.0", false },
+        { "0.0.1", "0", true },
+        { "1..2", "1.1", true },
+        { "...", "", false },
+        { "+2", "1", true },
+        { "+-2", "0", false },
+        { "-1", "0", false },
+        { "0", "-1", true },
+        { "1. 3", "1.2", false },
+        { "9223372036854775807", "9223372036854775806", true },
+        { "9223372036854775808", "1", false },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(isNewer(row.latest, row.current), row.expected)
+            << row.latest << " against " << row.current;
+    std::string thousand;
+    for (int i = 0; i < 1000; ++i)
+        thousand += "1.";
+    EXPECT_TRUE(isNewer(thousand + "1", thousand));
+}
+
+TEST_F(UpdateCheckerTests, FindsTheFirstBlockOfThePage)
+{
+    const struct {
+        std::string page;
+        std::optional<std::string> expected;
+    } rows[] = {
+        { "<pre>{}</pre>", "{}" },
+        { "x<PRE class='a'\n>\n {} \t</Pre>y<pre>z</pre>", "{}" },
+        { "<preview>a</preview></pre>", "a</preview>" },
+        { "<pre>&quot;&#39;&lt;&gt;&amp;&nbsp;</pre>", "\"'<>&&nbsp;" },
+        { "<pre>a &amp;lt; b &amp;amp;quot;</pre>", "a &lt; b &amp;quot;" },
+        { "<pre>\u00a0\u2028\u3000{\u00a0}\u0085\r\n</pre>", "{\u00a0}" },
+        { "<pre> \n </pre>", "" },
+        { std::string(3'000'000, '<') + "<pre>{}</pre>", "{}" },
+        { "", std::nullopt },
+        { "{}", std::nullopt },
+        { "<pre", std::nullopt },
+        { "<pre>{}", std::nullopt },
+        { "</pre><pre>{}", std::nullopt },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(extractJSON(row.page), row.expected) << row.page.substr(0, 80);
+}
+
+TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
+{
+    const std::string other = R"(,"other":{"latest_version":"1")";
+    const struct {
+        std::string what;
+        Result<std::string> body;
+        std::string button, expected;
+    } rows[] = {
+        { "newer", page("{" + entry("1.4.1") + "}"), "Later",
+            "Update Available: Stemvault Connect 1.4.1 is available." },
+        { "with notes", page("{" + entry("2", R"(,"notes":"a\n&amp;lt; b","x":[1])") + "}"),
+            "Later", "Update Available: Stemvault Connect 2 is available.\n\na\n&lt; b" },
+        { "without notes", page("{" + entry("2", R"(,"notes":"")") + "}"), "Later",
+            "Update Available: Stemvault Connect 2 is available." },
+        { "equal", page("{" + entry("1.4.0", R"(,"notes":null)") + "}"), "OK", upToDate },
+        { "no connection", Failure { "unreachable" }, "OK", failed },
+        { "not UTF-8", page("{" + entry("2\xff") + "}"), "OK", failed },
+        { "an error page", std::string("<h1>404</h1>"), "OK", failed },
+        { "nothing", std::string(), "OK", failed },
+        { "not JSON", page("{" + entry("2")), "OK", failed },
+        { "a list", page("[]"), "OK", failed },
+        { "deeply nested", page(std::string(500'000, '[')), "OK", failed },
+        { "not about this program", page(R"({"x":{"latest_version":"2","download_url":""}})"), "OK",
+            failed },
+        { "another entry lacks its URL", page("{" + entry("2") + other + "}}"), "OK", failed },
+        { "another entry is no object", page("{" + entry("2") + R"(,"other":[]})"), "OK", failed },
+        { "a number for a text", page("{" + entry("2", R"(,"notes":1)") + "}"), "OK", failed },
+        { "a version that is a number",
+            page(R"({"stemvault_connect":{"latest_version":2,"download_url":""}})"), "OK", failed },
+    };
+    for (const auto& row : rows) {
+        UpdateChecker::shared().checkForUpdates();
+        EXPECT_EQ(told(row.body, row.button), row.expected) << row.what;
+    }
+    EXPECT_EQ(platform.application.activations, static_cast<int>(std::size(rows)));
+    EXPECT_TRUE(platform.userDefaults.dates.empty()) << "asked for, so it does not count";
+    EXPECT_THAT(platform.urlSession.urls, testing::Each("https://www.stemvault.example/updates"));
+}
+
+TEST_F(UpdateCheckerTests, DownloadOpensWhatIsAURL)
+{
+    const std::pair<std::string, bool> rows[] = { { "https://dl.example/a%20b?c#d", true },
+        { "", false }, { "https://dl.example/a b", false }, { "https://dl.example/%zz", false },
+        { "://x", false }, { "https://dl.example/\\n", false } };
+    for (const auto& [url, isOpened] : rows) {
+        platform.workspace.opened.clear();
+        UpdateChecker::shared().checkForUpdates();
+        told(page(R"({"stemvault_connect":{"latest_version":"2","download_url":")" + url + "\"}}"),
+            "Download");
+        EXPECT_EQ(platform.workspace.opened.size(), isOpened ? 1U : 0U) << url;
+    }
+}
+
+TEST_F(UpdateCheckerTests, TheDailyCheckSpeaksOnlyOfAnUpdate)
+{
+    const Result<std::string> newer = page("{" + entry("2") + "}");
+    platform.bundle.version.reset();
+    UpdateChecker::shared().checkForUpdatesIfNeeded();
+    EXPECT_EQ(platform.userDefaults.dates.at(lastCheck), platform.dispatch.now()) << "at once";
+    EXPECT_NE(told(newer, "Later"), "") << "newer than no version at all";
+    platform.bundle.version = "2";
+
+    const struct {
+        std::chrono::hours sinceLast;
+        bool isFetched;
+    } rows[] = { { 23h, false }, { 24h, true }, { 25h, true }, { -1h, false }, { -48h, false } };
+    for (const auto& row : rows) {
+        platform.urlSession.urls.clear();
+        const WallTime before = platform.dispatch.now() - row.sinceLast;
+        platform.userDefaults.dates[lastCheck] = before;
+        UpdateChecker::shared().checkForUpdatesIfNeeded();
+        EXPECT_EQ(platform.urlSession.urls.size(), row.isFetched ? 1U : 0U)
+            << row.sinceLast.count();
+        EXPECT_EQ(platform.userDefaults.dates[lastCheck],
+            row.isFetched ? platform.dispatch.now() : before);
+        if (row.isFetched) {
+            EXPECT_EQ(told(row.sinceLast == 24h ? newer : Failure { "" }, ""), "");
+        }
+    }
+}
+
+TEST_F(UpdateCheckerTests, ChecksSideBySideEachShowTheirOutcome)
+{
+    UpdateChecker::shared().checkForUpdatesIfNeeded();
+    UpdateChecker::shared().checkForUpdates();
+    EXPECT_EQ(told(Failure { "" }, ""), "");
+    EXPECT_EQ(told(Failure { "" }, "OK"), failed);
+}
+
+} // namespace
+} // namespace stemvault
