@@ -5,15 +5,20 @@
 #include <cstdlib>
 #include <pwd.h>
 #include <unistd.h>
+#include <vector>
 
 namespace stemvault {
 
 std::string homeDirectory()
 {
-    if (const char* home = std::getenv("HOME"); home && *home)
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes it.
+    if (const char* const home = std::getenv("HOME"); home && *home == '/')
         return std::string(withoutTrailingSlash(home));
-    const passwd* user = getpwuid(geteuid());
-    return user && user->pw_dir ? std::string(withoutTrailingSlash(user->pw_dir)) : std::string();
+    passwd entry {};
+    passwd* found = nullptr;
+    std::vector<char> buffer(16384);
+    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
+    return found ? std::string(withoutTrailingSlash(found->pw_dir)) : std::string();
 }
 
 } // namespace stemvault

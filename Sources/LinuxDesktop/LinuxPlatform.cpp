@@ -1,10 +1,13 @@
 #include "LinuxDesktop/LinuxPlatform.h"
 
+#include "Foundation/NotificationCenter.h"
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
+#include "LinuxDesktop/Login/AutostartEntry.h"
 #include "LinuxDesktop/Processes/ToolRunner.h"
 #include "LinuxDesktop/Qt/Appearance.h"
 #include "LinuxDesktop/Qt/DBusServices.h"
 #include "LinuxDesktop/Qt/DBusUserNotificationCenter.h"
+#include "LinuxDesktop/Qt/FetcherURLSession.h"
 #include "LinuxDesktop/Qt/GuiProcess.h"
 #include "LinuxDesktop/Qt/Identity.h"
 #include "LinuxDesktop/Qt/LinuxBundle.h"
@@ -12,8 +15,12 @@
 #include "LinuxDesktop/Qt/QtDialogs.h"
 #include "LinuxDesktop/Qt/QtDispatch.h"
 #include "LinuxDesktop/Qt/SingleInstance.h"
+#include "LinuxDesktop/Qt/Tray/QtStatusBar.h"
+#include "LinuxDesktop/Qt/Views/QtWindows.h"
 #include "LinuxDesktop/UserDefaultsFile.h"
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
+
+#include <QWidget>
 
 #include <chrono>
 #include <cstdlib>
@@ -33,6 +40,12 @@ std::string notificationIcon(const Bundle& bundle)
 {
     return bundle.pathForResource("icons/hicolor/128x128/apps/net.stemvault.Connect", "png")
         .value_or(identity::applicationId.toStdString());
+}
+
+std::string symbolFolder(const Bundle& bundle)
+{
+    return deletingLastPathComponent(
+        bundle.pathForResource("Symbols/waveform", "svg").value_or(""));
 }
 
 } // namespace
@@ -57,12 +70,24 @@ struct LinuxPlatform::Parts {
     QtApplication application { windows, services, [this] { userDefaults.synchronize(); } };
     QtDialogs dialogs { windows, application.applicationIcon() };
     LinuxFileEvents fileEvents { dispatch };
+    AutostartEntry loginItem { AutostartEntry::standardFolder(),
+        AutostartEntry::standardExecutable() };
     ToolRunner processRunner;
+    QtStatusBar statusBar;
+    FetcherURLSession urlSession { FetcherURLSession::standardFetcher(), {} };
     DBusUserNotificationCenter userNotificationCenter { dispatch, QDBusConnection::sessionBus(),
         notificationIcon(bundle) };
+    QtWindows viewWindows { symbolFolder(bundle), [this](QWidget& window) { prepare(window); } };
     LinuxWorkspace workspace { dispatch };
-    Platform platform { application, bundle, dialogs, dispatch, fileEvents, processRunner,
-        userDefaults, userNotificationCenter, workspace };
+    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem,
+        processRunner, statusBar, urlSession, userDefaults, userNotificationCenter, viewWindows,
+        workspace };
+
+    void prepare(QWidget& window)
+    {
+        window.setWindowIcon(application.applicationIcon().icon());
+        statusBar.addKeyEquivalents(window);
+    }
 };
 
 std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
@@ -76,7 +101,10 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     : session(std::move(joined)), parts(std::make_unique<Parts>(session->services))
 {
-    session->instance.onActivate([this] { parts->application.activateIgnoringOtherApps(); });
+    // Who starts the program once more wants to see it; the tray may be missing.
+    session->instance.onActivate([] {
+        NotificationCenter::defaultCenter().post({ "openPreferences", {} });
+    });
 }
 
 // Nothing may be destroyed under work that still runs.

@@ -1,14 +1,13 @@
 #include "LinuxDesktop/UserDefaultsFile.h"
 
+#include "Foundation/HomeDirectory.h"
 #include "Foundation/UnicodeText.h"
 #include "LinuxDesktop/Base64.h"
+#include "LinuxDesktop/DateText.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <pwd.h>
-#include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace stemvault {
 
@@ -44,17 +43,6 @@ std::string environment(const char* name)
     return value != nullptr ? value : "";
 }
 
-std::string homeFolder()
-{
-    if (auto home = environment("HOME"); home.starts_with('/'))
-        return home;
-    passwd entry {};
-    passwd* found = nullptr;
-    std::vector<char> buffer(16384);
-    ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found);
-    return found != nullptr ? found->pw_dir : "";
-}
-
 } // namespace
 
 UserDefaultsFile::UserDefaultsFile(const std::string& path, Dispatch& queues, SystemCalls calls)
@@ -67,7 +55,7 @@ std::string UserDefaultsFile::standardPath()
 {
     const std::string folder = environment("XDG_CONFIG_HOME");
     // A relative path is invalid there and to be passed over.
-    return (folder.starts_with('/') ? folder : homeFolder() + "/.config")
+    return (folder.starts_with('/') ? folder : homeDirectory() + "/.config")
         + "/stemvault/connect.json";
 }
 
@@ -91,9 +79,26 @@ std::optional<std::string> UserDefaultsFile::string(const std::string& key) cons
     return found != nullptr ? textIn(*found, "string") : std::nullopt;
 }
 
+std::optional<WallTime> UserDefaultsFile::date(const std::string& key) const
+{
+    const nlohmann::json* found = entry(key);
+    const auto text = found != nullptr ? textIn(*found, "date") : std::nullopt;
+    return text ? dateOfText(*text) : std::nullopt;
+}
+
 void UserDefaultsFile::setData(const std::string& key, const std::string& bytes)
 {
-    changes[key] = entryFor(bytes);
+    set(key, entryFor(bytes));
+}
+
+void UserDefaultsFile::setDate(const std::string& key, WallTime date)
+{
+    set(key, { { "date", textOfDate(date) } });
+}
+
+void UserDefaultsFile::set(const std::string& key, nlohmann::json changed)
+{
+    changes[key] = std::move(changed);
     ++version;
     scheduleWrite();
 }

@@ -13,8 +13,8 @@
 namespace stemvault {
 
 /// The user's settings in one JSON file: under each key an object that names the kind of its value,
-/// {"data": "text"} or, where the bytes are not UTF-8, {"base64": "..."}, and {"string": "text"}.
-/// Entries of other kinds are kept as they are.
+/// {"data": "text"} or, where the bytes are not UTF-8, {"base64": "..."}, {"string": "text"}, and
+/// {"date": "2026-03-01T09:30:00.125Z"}. Entries of other kinds are kept as they are.
 ///
 /// Changes are written on the utility queue, after all main-queue work that was waiting when the
 /// first of them was made, all in one and never two at a time. A change that cannot be written
@@ -29,13 +29,16 @@ public:
 
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
     [[nodiscard]] std::optional<std::string> string(const std::string& key) const override;
+    [[nodiscard]] std::optional<WallTime> date(const std::string& key) const override;
     void setData(const std::string& key, const std::string& bytes) override;
+    void setDate(const std::string& key, WallTime date) override;
 
     /// Writes what is pending before it returns, for when the program is about to end.
     void synchronize();
 
 private:
     [[nodiscard]] const nlohmann::json* entry(const std::string& key) const;
+    void set(const std::string& key, nlohmann::json changed);
     void scheduleWrite();
     void write();
     void finish(std::uint64_t written, bool succeeded);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <concepts>
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 namespace stemvault {
@@ -11,8 +11,11 @@ namespace stemvault {
 class Action {
 public:
     Action() = default;
-    template <std::invocable Work>
-    requires(!std::same_as<Work, Action>) Action(Work chosen) : work(std::move(chosen)) { }
+    template <typename Work>
+    requires(std::is_invocable_v<Work> && !std::is_same_v<Work, Action>) Action(Work chosen)
+        : work(std::move(chosen))
+    {
+    }
 
     explicit operator bool() const { return static_cast<bool>(work); }
     void operator()() const { work(); }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -125,7 +126,7 @@ struct View {
     std::string id; ///< Tells a row of a list from the others, from one drawing to the next.
 
     template <typename Node>
-    requires std::constructible_from<Content, Node> View(Node node) : content(std::move(node)) { }
+    requires std::is_constructible_v<Content, Node> View(Node node) : content(std::move(node)) { }
 
     [[nodiscard]] bool operator==(const View&) const = default;
 };

@@ -46,9 +46,9 @@ MenuBarManager::MenuBarManager()
     statusItem->setImage(image);
     build();
     NotificationCenter& center = NotificationCenter::defaultCenter();
-    center.addObserver(this, BounceAlertController::openPreferences,
+    center.addObserver(this, std::string(BounceAlertController::openPreferences),
         [this](const Notification&) { openPreferences(); });
-    center.addObserver(this, BounceAlertController::bounceAdded,
+    center.addObserver(this, std::string(BounceAlertController::bounceAdded),
         [this](const Notification& notification) { handleBounceAdded(notification); });
 }
 

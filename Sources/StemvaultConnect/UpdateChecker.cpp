@@ -1,5 +1,6 @@
 #include "StemvaultConnect/UpdateChecker.h"
 
+#include "Foundation/URLComponents.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/UpdateFeed.h"
@@ -90,8 +91,9 @@ void UpdateChecker::presentUpdateAvailable(const UpdateInfo& info)
         alert.informativeText += "\n\n" + *info.notes;
     alert.style = AlertStyle::Informational;
     alert.buttons = { "Download", "Later" };
+    const bool isWanted = runInFront(alert) == ModalResponse::alertFirstButton;
     // Whether the desktop could open it is not our affair: the user sees what became of it.
-    if (runInFront(alert) == ModalResponse::alertFirstButton && isURL(info.downloadURL))
+    if (isWanted && !info.downloadURL.empty() && URLComponents::fromString(info.downloadURL))
         static_cast<void>(Platform::current().workspace.open(info.downloadURL));
 }
 

@@ -23,16 +23,6 @@ char lowered(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-bool isDigit(char letter)
-{
-    return letter >= '0' && letter <= '9';
-}
-
-bool isLetter(char letter)
-{
-    return lowered(letter) >= 'a' && lowered(letter) <= 'z';
-}
-
 /// `wanted` is in lower case.
 std::size_t findIgnoringCase(std::string_view text, std::string_view wanted, std::size_t from)
 {
@@ -152,25 +142,6 @@ bool isNewer(std::string_view latest, std::string_view current)
     ours.resize(length);
     theirs.resize(length);
     return theirs > ours;
-}
-
-bool isURL(std::string_view text)
-{
-    constexpr std::string_view others = "-._~:/?#[]@!$&'()*+,;=";
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        if (text[i] == '%') {
-            const auto isHexadecimal = [&text](std::size_t at) {
-                return at < text.size()
-                    && (isDigit(text[at])
-                        || (lowered(text[at]) >= 'a' && lowered(text[at]) <= 'f'));
-            };
-            if (!isHexadecimal(i + 1) || !isHexadecimal(i + 2))
-                return false;
-        } else if (!isDigit(text[i]) && !isLetter(text[i]) && others.find(text[i]) == none) {
-            return false;
-        }
-    }
-    return !text.empty() && text.front() != ':';
 }
 
 } // namespace stemvault

@@ -28,7 +28,4 @@ struct UpdateInfo {
 /// Whether `latest` is the higher of two versions, number by number. What is no number counts as 0.
 [[nodiscard]] bool isNewer(std::string_view latest, std::string_view current);
 
-/// Whether the text can be asked to be opened: it is a URL and has no character that none may hold.
-[[nodiscard]] bool isURL(std::string_view text);
-
 } // namespace stemvault

@@ -113,8 +113,9 @@ void FakeDialogs::chooseAll(const std::vector<std::string>& paths)
     std::vector<FileURL> urls;
     for (const std::string& path : paths)
         urls.emplace_back(path);
-    choices.emplace_back(
-        [urls] { return OpenPanelAnswer { ModalResponse::ok, urls.front(), urls }; });
+    choices.emplace_back([urls] {
+        return OpenPanelAnswer { ModalResponse::ok, urls.front(), urls };
+    });
 }
 
 namespace {

@@ -43,6 +43,18 @@ std::optional<Image> LinuxBundle::imageWithContentsOfFile(const std::string& pat
     return Image { path };
 }
 
+std::optional<Image> LinuxBundle::imageWithSystemSymbolName(
+    const std::string& name, const std::string& accessibilityDescription) const
+{
+    const auto path = pathForResource("Symbols/" + name, "svg");
+    return path ? std::optional(Image { *path, accessibilityDescription }) : std::nullopt;
+}
+
+std::optional<std::string> LinuxBundle::shortVersionString() const
+{
+    return STEMVAULT_VERSION;
+}
+
 std::optional<Image> LinuxBundle::imageNamed(const std::string& name) const
 {
     for (const char* type : { "icns", "svg", "png" })

@@ -23,6 +23,12 @@ public:
     [[nodiscard]] std::optional<Image> imageWithContentsOfFile(
         const std::string& path) const override;
 
+    /// One of the program's own, which lie in the folder Symbols.
+    [[nodiscard]] std::optional<Image> imageWithSystemSymbolName(
+        const std::string& name, const std::string& accessibilityDescription) const override;
+
+    [[nodiscard]] std::optional<std::string> shortVersionString() const override;
+
     /// The program's own image of that name, else the icon theme's.
     [[nodiscard]] std::optional<Image> imageNamed(const std::string& name) const override;
 

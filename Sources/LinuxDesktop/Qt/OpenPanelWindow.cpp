@@ -63,6 +63,8 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     usualColumns = columns(*this).saveState();
     if (onlyFolders)
         showOnlyFolders();
+    if (panel.allowsMultipleSelection)
+        allowSeveral();
     resize(720, 480);
 }
 
@@ -130,16 +132,24 @@ bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
     return QFileDialog::eventFilter(watched, event);
 }
 
-std::optional<FileURL> OpenPanelWindow::chosen() const
+// The toolkit has no such mode for folders, but takes whatever its lists have selected.
+void OpenPanelWindow::allowSeveral()
 {
-    const QStringList files = selectedFiles();
-    if (files.isEmpty())
-        return std::nullopt;
-    std::string path = QFile::encodeName(files.front()).toStdString();
-    std::error_code failure;
-    if (!std::filesystem::exists(path, failure))
-        return std::nullopt;
-    return FileURL(std::move(path));
+    for (const char* name : { "listView", "treeView" })
+        if (auto* view = findChild<QAbstractItemView*>(QLatin1String(name)))
+            view->setSelectionMode(QAbstractItemView::ExtendedSelection);
+}
+
+std::vector<FileURL> OpenPanelWindow::chosen() const
+{
+    std::vector<FileURL> found;
+    for (const QString& file : selectedFiles()) {
+        std::string path = QFile::encodeName(file).toStdString();
+        std::error_code failure;
+        if (std::filesystem::exists(path, failure))
+            found.emplace_back(std::move(path));
+    }
+    return found;
 }
 
 } // namespace stemvault

@@ -4,6 +4,8 @@
 
 #include <QFileDialog>
 
+#include <vector>
+
 namespace stemvault {
 
 /// A panel on the screen: the toolkit's own on every desktop, so that title, message and focus are
@@ -13,9 +15,9 @@ public:
     explicit OpenPanelWindow(const OpenPanel& panel);
     ~OpenPanelWindow() override;
 
-    /// What was chosen, if it is there. A name that is not UTF-8 cannot be chosen: the toolkit
-    /// knows it only by replacement characters.
-    [[nodiscard]] std::optional<FileURL> chosen() const;
+    /// What was chosen, as far as it is there. A name that is not UTF-8 cannot be chosen: the
+    /// toolkit knows it only by replacement characters.
+    [[nodiscard]] std::vector<FileURL> chosen() const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -24,6 +26,7 @@ private:
     void showMessage(const QString& message);
     void keepFromDeleting();
     void showOnlyFolders();
+    void allowSeveral();
 
     QByteArray usualColumns; ///< The toolkit keeps the state of the columns for all programs.
 };

@@ -23,8 +23,10 @@ OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
     OpenPanelWindow window(panel);
     if (windows.run(window) != QDialog::Accepted)
         return {};
-    const std::optional<FileURL> url = window.chosen();
-    return { url ? ModalResponse::ok : ModalResponse::cancel, url };
+    const std::vector<FileURL> urls = window.chosen();
+    if (urls.empty())
+        return {};
+    return { ModalResponse::ok, urls.front(), urls };
 }
 
 } // namespace stemvault

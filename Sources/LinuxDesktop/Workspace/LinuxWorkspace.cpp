@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
+#include "LinuxDesktop/Workspace/KeyboardSettings.h"
 #include "LinuxDesktop/Workspace/URLOpener.h"
 
 #include <utility>
@@ -38,6 +39,9 @@ void LinuxWorkspace::removeObserver(const void* observer)
 
 bool LinuxWorkspace::open(const std::string& url)
 {
+    // The place of the keyboard's shortcuts, which every desktop keeps elsewhere.
+    if (url.starts_with("x-apple.systempreferences:com.apple.preference.keyboard"))
+        return openKeyboardSettings();
     return openURL(url);
 }
 

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Platform/LoginItem.h"
+
+#include <string>
+
+namespace stemvault {
+
+/// The program's entry in the user's autostart folder. The file alone says how things stand: the
+/// desktops' own settings change it too.
+class AutostartEntry final : public LoginItem {
+public:
+    /// `folder` need not exist; `executable` is an absolute path.
+    AutostartEntry(std::string folder, std::string executable);
+
+    /// The autostart folder of the user's configuration.
+    [[nodiscard]] static std::string standardFolder();
+
+    /// What to start at login: the running program, or the image that it was unpacked from.
+    [[nodiscard]] static std::string standardExecutable();
+
+    [[nodiscard]] LoginItemStatus status() const override;
+    Result<void> registerItem() override;
+    Result<void> unregisterItem() override;
+
+private:
+    [[nodiscard]] std::string path() const;
+
+    std::string autostartFolder;
+    std::string program;
+};
+
+} // namespace stemvault

@@ -1,0 +1,71 @@
+#include "LinuxDesktop/Qt/FetcherURLSession.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTimer>
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// For the start of the process, on top of what the request itself may take.
+constexpr std::chrono::seconds grace { 10 };
+
+Result<std::string> resultOf(QProcess& process)
+{
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return process.readAllStandardOutput().toStdString();
+    return Failure { process.readAllStandardError().trimmed().toStdString() };
+}
+
+} // namespace
+
+FetcherURLSession::FetcherURLSession(std::string fetcherPath, Limits limits)
+    : fetcher(std::move(fetcherPath)), limit(limits)
+{
+}
+
+FetcherURLSession::~FetcherURLSession()
+{
+    for (auto* process : findChildren<QProcess*>()) {
+        process->disconnect();
+        process->kill();
+        process->waitForFinished(1000);
+    }
+}
+
+std::string FetcherURLSession::standardFetcher()
+{
+    const QString folder = QCoreApplication::applicationDirPath();
+    for (const char* place : { "/fetcher", "/../libexec/stemvault-connect/fetcher" })
+        if (const QString path = folder + QLatin1String(place); QFile::exists(path))
+            return QFile::encodeName(path).toStdString();
+    return {};
+}
+
+void FetcherURLSession::dataTask(const std::string& url, CompletionHandler completionHandler)
+{
+    auto* process = new QProcess(this);
+    const auto finished = [process, handler = std::move(completionHandler)] {
+        process->deleteLater();
+        handler(resultOf(*process));
+    };
+    connect(process, &QProcess::finished, this, finished);
+    connect(process, &QProcess::errorOccurred, this, [finished](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            finished();
+    });
+    QTimer::singleShot(limit.time + grace, process, &QProcess::kill);
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->setProgram(QFile::decodeName(fetcher.c_str()));
+    process->setArguments({ QString::fromStdString(url), QString::number(limit.time.count()),
+        QString::number(limit.bytes) });
+    // Not from within this call, as a failure to start would be told.
+    QMetaObject::invokeMethod(
+        process, [process] { process->start(); }, Qt::QueuedConnection);
+}
+
+} // namespace stemvault

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusVariant>
+#include <QList>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace stemvault {
+
+// What com.canonical.dbusmenu and org.kde.StatusNotifierItem send over the bus.
+
+struct DBusMenuItem { // (ia{sv})
+    int id = 0;
+    QVariantMap properties;
+};
+
+struct DBusMenuItemKeys { // (ias)
+    int id = 0;
+    QStringList properties;
+};
+
+struct DBusMenuLayout { // (ia{sv}av)
+    int id = 0;
+    QVariantMap properties;
+    QList<DBusMenuLayout> children;
+};
+
+struct DBusMenuEvent { // (isvu)
+    int id = 0;
+    QString type;
+    QDBusVariant data;
+    uint timestamp = 0;
+};
+
+struct DBusPixmap { // (iiay)
+    int width = 0;
+    int height = 0;
+    QByteArray pixels;
+};
+
+struct DBusToolTip { // (sa(iiay)ss)
+    QString icon;
+    QList<DBusPixmap> pixmaps;
+    QString title;
+    QString text;
+};
+
+/// Makes the types known to the bus library; more than once does no harm.
+void registerDBusMenuTypes();
+
+} // namespace stemvault
+
+Q_DECLARE_METATYPE(stemvault::DBusMenuItem)
+Q_DECLARE_METATYPE(stemvault::DBusMenuItemKeys)
+Q_DECLARE_METATYPE(stemvault::DBusMenuLayout)
+Q_DECLARE_METATYPE(stemvault::DBusMenuEvent)
+Q_DECLARE_METATYPE(stemvault::DBusPixmap)
+Q_DECLARE_METATYPE(stemvault::DBusToolTip)

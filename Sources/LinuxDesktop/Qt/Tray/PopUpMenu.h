@@ -1,0 +1,24 @@
+#pragma once
+
+#include "LinuxDesktop/Qt/Tray/TrayMenu.h"
+
+#include <QMenu>
+
+#include <vector>
+
+namespace stemvault {
+
+/// The menu as a window of our own, for trays that show none themselves.
+class PopUpMenu final : public QMenu {
+public:
+    /// `shown` must outlive it.
+    explicit PopUpMenu(TrayMenu& shown);
+
+private:
+    void refresh();
+
+    TrayMenu& menu;
+    std::vector<QAction*> rows;
+};
+
+} // namespace stemvault

@@ -1,0 +1,142 @@
+#include "LinuxDesktop/Qt/Tray/QtStatusItem.h"
+
+#include "LinuxDesktop/Qt/Tray/DBusMenu.h"
+#include "LinuxDesktop/Qt/Tray/MenuRow.h"
+#include "LinuxDesktop/Qt/Tray/PopUpMenu.h"
+#include "LinuxDesktop/Qt/Tray/QtStatusBar.h"
+#include "LinuxDesktop/Qt/Tray/StatusNotifierItem.h"
+#include "LinuxDesktop/Qt/Tray/TrayHost.h"
+#include "LinuxDesktop/Qt/Views/SymbolImage.h"
+
+#include <QCoreApplication>
+#include <QCursor>
+#include <QDBusConnection>
+#include <QGuiApplication>
+#include <QShortcut>
+#include <QSystemTrayIcon>
+
+namespace stemvault {
+
+namespace {
+
+const QString itemPath = QStringLiteral("/StatusNotifierItem");
+const QString menuPath = QStringLiteral("/MenuBar");
+
+} // namespace
+
+std::unique_ptr<StatusItem> QtStatusBar::statusItem(double /*length*/)
+{
+    auto item = std::make_unique<QtStatusItem>();
+    latest = item.get();
+    return item;
+}
+
+void QtStatusBar::addKeyEquivalents(QWidget& window) const
+{
+    if (latest)
+        latest->addKeyEquivalents(window);
+}
+
+QtStatusItem::QtStatusItem() = default;
+
+QtStatusItem::~QtStatusItem()
+{
+    if (!host)
+        return;
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.unregisterService(service);
+    bus.unregisterObject(itemPath);
+    bus.unregisterObject(menuPath);
+}
+
+void QtStatusItem::setImage(const std::optional<Image>& image)
+{
+    icon = image;
+    if (notifierItem)
+        notifierItem->setImage(image);
+}
+
+// The item is offered once it is whole.
+void QtStatusItem::setMenu(Menu menu, MenuDelegate* delegate)
+{
+    trayMenu.setMenu(std::move(menu), delegate);
+    if (host || olderTray)
+        return;
+    if (QDBusConnection::sessionBus().isConnected())
+        offerOnBus();
+    else
+        showInOlderTray();
+}
+
+void QtStatusItem::setMenuNeedsUpdate()
+{
+    trayMenu.update();
+}
+
+void QtStatusItem::addKeyEquivalents(QWidget& window)
+{
+    for (std::size_t row = 0; row < trayMenu.items().size(); ++row) {
+        const std::string& key = trayMenu.items()[row].keyEquivalent;
+        if (key.empty())
+            continue;
+        auto* shortcut = new QShortcut(commandKey(key), &window);
+        connect(shortcut, &QShortcut::activated, this, [this, row] { trayMenu.choose(row); });
+    }
+}
+
+void QtStatusItem::offerOnBus()
+{
+    notifierItem = new StatusNotifierItem(&itemNode, menuPath);
+    notifierItem->setImage(icon);
+    new DBusMenu(&menuNode, trayMenu);
+    connect(notifierItem, &StatusNotifierItem::menuWanted, this, [this](int x, int y) {
+        popUpMenu().popup({ x, y });
+    });
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    bus.registerObject(itemPath, &itemNode);
+    bus.registerObject(menuPath, &menuNode);
+    service =
+        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
+    bus.registerService(service);
+    host = std::make_unique<TrayHost>(bus, service);
+    connect(host.get(), &TrayHost::isThere, this, [this](bool there) { setHostIsThere(there); });
+}
+
+void QtStatusItem::setHostIsThere(bool there)
+{
+    if (!there)
+        showInOlderTray();
+    else if (olderTray)
+        olderTray->hide();
+}
+
+// Only X11 has such trays. The toolkit decides for one of the two protocols when the first icon is
+// made and stays with it: with no panel on the bus at that moment it is the older one, as meant.
+void QtStatusItem::showInOlderTray()
+{
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+        return;
+    if (!olderTray) {
+        olderTray = std::make_unique<QSystemTrayIcon>();
+        if (icon)
+            olderTray->setIcon(symbolIcon(icon->source));
+        olderTray->setToolTip(
+            icon ? QString::fromStdString(icon->accessibilityDescription) : QString());
+        olderTray->setContextMenu(&popUpMenu());
+        connect(olderTray.get(), &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger)
+                    popUpMenu().popup(QCursor::pos());
+            });
+    }
+    olderTray->show();
+}
+
+PopUpMenu& QtStatusItem::popUpMenu()
+{
+    if (!popUp)
+        popUp = std::make_unique<PopUpMenu>(trayMenu);
+    return *popUp;
+}
+
+} // namespace stemvault

@@ -1,0 +1,77 @@
+#include "LinuxDesktop/Qt/Tray/TrayHost.h"
+
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+const QString service = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString path = QStringLiteral("/StatusNotifierWatcher");
+
+} // namespace
+
+// The matches name no service, as the toolkit would wait for that service's owner.
+TrayHost::TrayHost(QDBusConnection connection, QString itemService)
+    : bus(std::move(connection)), item(std::move(itemService))
+{
+    watcher.setConnection(bus);
+    watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
+    watcher.addWatchedService(service);
+    connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+        [this](const QString&, const QString&, const QString& owner) {
+            if (owner.isEmpty())
+                lose();
+            else
+                registerItem();
+        });
+    for (const char* signal : { "StatusNotifierHostRegistered", "StatusNotifierHostUnregistered" })
+        bus.connect(QString(), path, service, QLatin1String(signal), this, SLOT(ask()));
+    registerItem();
+}
+
+QDBusMessage TrayHost::call(const QString& interface, const QString& method)
+{
+    auto message = QDBusMessage::createMethodCall(service, path, interface, method);
+    message.setAutoStartService(false);
+    return message;
+}
+
+void TrayHost::registerItem()
+{
+    auto message = call(service, QStringLiteral("RegisterStatusNotifierItem"));
+    message << item;
+    message.setDelayedReply(false);
+    bus.asyncCall(message);
+    ask();
+}
+
+void TrayHost::ask()
+{
+    auto message = call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    message << service << QStringLiteral("IsStatusNotifierHostRegistered");
+    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+        pending->deleteLater();
+        const QDBusPendingReply<QDBusVariant> reply = *pending;
+        set(reply.isValid() && reply.value().variant().toBool());
+    });
+}
+
+void TrayHost::lose()
+{
+    set(false);
+}
+
+void TrayHost::set(bool there)
+{
+    if (std::exchange(isKnown, true) && there == isShown)
+        return;
+    isShown = there;
+    Q_EMIT isThere(there);
+}
+
+} // namespace stemvault

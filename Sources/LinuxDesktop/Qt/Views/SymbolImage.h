@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPixmap>
+
+#include <string>
+
+namespace stemvault {
+
+// The program's own symbols: shapes without a colour of their own. What draws them is loaded with
+// the first one that is drawn, never at start.
+
+/// Names the folder of the symbols, once, before the first is drawn.
+void setSymbolFolder(const std::string& folder);
+
+/// The symbol in one colour, `size` points high and wide, sharp at the ratio of pixels to points.
+[[nodiscard]] QPixmap symbolPixmap(
+    const std::string& systemName, int size, qreal devicePixelRatio, const QColor& color);
+
+/// The symbol in a file as an icon in the colour of the window's text.
+[[nodiscard]] QIcon symbolIcon(const std::string& path);
+
+} // namespace stemvault

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Platform/View.h"
+
+#include <QCheckBox>
+#include <QPushButton>
+
+namespace stemvault {
+
+/// A button as the view asks for it: with a border, or its label alone.
+class ViewButton final : public QPushButton {
+public:
+    ViewButton();
+    void show(const Button& button);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    [[nodiscard]] const Symbol* symbol() const { return std::get_if<Symbol>(&shown.label); }
+    [[nodiscard]] QColor ink() const;
+    [[nodiscard]] QMargins margins() const;
+    void paintFrame(QPainter& painter) const;
+
+    Button shown;
+};
+
+/// A switch with its label before it.
+class ViewToggle final : public QCheckBox {
+public:
+    ViewToggle();
+    void show(const Toggle& toggle);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    [[nodiscard]] bool hitButton(const QPoint& position) const override;
+
+private:
+    [[nodiscard]] QRectF track() const;
+
+    Toggle shown;
+};
+
+} // namespace stemvault

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Platform/View.h"
+
+#include <QLabel>
+
+class QTextLayout;
+
+namespace stemvault {
+
+/// Plain text in as many lines as its width asks for, breaking a name that has no blank in it, or
+/// in one line that loses its middle when there is no room.
+class ViewText final : public QLabel {
+public:
+    void show(const Text& text);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override;
+    [[nodiscard]] bool hasHeightForWidth() const override;
+    [[nodiscard]] int heightForWidth(int width) const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void setUp(QTextLayout& layout, int width) const;
+    [[nodiscard]] bool isOneLine() const;
+
+    Text shown;
+};
+
+/// A title with a symbol before it.
+class ViewLabel final : public QLabel {
+public:
+    void show(const Label& label);
+
+    [[nodiscard]] QSize sizeHint() const override;
+    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    [[nodiscard]] QString displayed() const;
+
+    Label shown;
+};
+
+/// A symbol alone.
+class ViewSymbol final : public QWidget {
+public:
+    void show(const Symbol& symbol);
+
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    Symbol shown;
+};
+
+} // namespace stemvault

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "LinuxDesktop/Qt/Views/ViewTree.h"
+#include "Platform/Windows.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <memory>
+
+namespace stemvault {
+
+/// A window that shows a view. It is as large as the view asks and the screen allows: first the
+/// lists in it scroll, then all of it.
+class ViewWindow final : public QDialog {
+public:
+    explicit ViewWindow(std::function<View()> content);
+    ~ViewWindow() override;
+
+    void draw();
+
+    /// Draws soon, once for any number of calls; a hidden window only when it is shown.
+    void drawSoon();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    void fit();
+    [[nodiscard]] int availableHeight() const;
+    void keepTabOrder();
+    void keepInSight(QWidget* focused);
+
+    std::function<View()> body;
+    std::unique_ptr<ViewTree> tree;
+    QScrollArea* scroll;
+    bool isDrawingDue = false;
+};
+
+} // namespace stemvault
