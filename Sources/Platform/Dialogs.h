@@ -73,10 +73,10 @@ struct OpenPanel {
     bool canChooseFiles = true;
     bool canChooseDirectories = false;
     bool canCreateDirectories = false;
-    bool allowsMultipleSelection = false;
     std::string prompt; ///< The title of its confirm button.
     std::string message; ///< A line above the list.
     std::optional<FileURL> directoryURL; ///< Where it starts, where that folder exists.
+    bool allowsMultipleSelection = false;
 
     [[nodiscard]] bool operator==(const OpenPanel&) const = default;
 };

@@ -35,9 +35,9 @@ class Scenario(unittest.TestCase):
     def folder(self, name):
         return self.desktop.made_folder(f"home/{name}")
 
-    def start(self, **settings):
+    def start(self, program=PROGRAMS / "stemvault-connect", **settings):
         settings.setdefault("folders", [self.client_a, self.client_b])
-        self.connect = StemvaultConnect(self.desktop, PROGRAMS / "stemvault-connect", **settings)
+        self.connect = StemvaultConnect(self.desktop, program, **settings)
 
     def start_daw(self):
         self.song = self.folder("Sessions/Big Song")

@@ -207,7 +207,7 @@ TEST_F(PreferencesViewTests, AddTakesAllChosenFoldersEachWithAWriteOfItsOwn)
     EXPECT_THAT(added, ElementsAre("A /d/A", "B /d/B", "A /d/A", "/ /"));
     EXPECT_EQ(platform.userDefaults.writes, before + 3);
     EXPECT_EQ(platform.dialogs.panels.at(0),
-        (OpenPanel { false, true, false, true, "Add to Stemvault", "", {} }));
+        (OpenPanel { false, true, false, "Add to Stemvault", "", {}, true }));
 }
 
 TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)

@@ -14,7 +14,9 @@ from .accessibility import Accessibility, Window
 from .connect import StemvaultConnect
 from .daw import StandInDaw
 from .desktop import VirtualDesktop
+from .tray import Tray
+from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
-__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "VirtualDesktop",
-           "Window", "wait_for"]
+__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "Tray", "UpdateFeed",
+           "VirtualDesktop", "Window", "wait_for"]

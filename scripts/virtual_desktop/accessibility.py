@@ -14,7 +14,7 @@ EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 WINDOW_ROLES = ("alert", "dialog", "frame", "window")
 BUTTON_ROLES = ("push button", "button")
 TEXT = "org.a11y.atspi.Text"
-SELECTED, SENSITIVE, SHOWING = 23, 24, 25
+CHECKED, SELECTED, SENSITIVE, SHOWING = 4, 23, 24, 25
 
 
 class Accessibility:
@@ -136,12 +136,20 @@ class Window:
     def buttons(self):
         return [str(node.name()) for node in self.node.walk() if node.role() in BUTTON_ROLES]
 
-    def press(self, title):
-        """Presses a button as soon as it can be pressed."""
+    def press(self, title, number=0):
+        """Presses a button, that of this number where several bear the title, once it can be."""
         def pressable():
-            node = self.node.find(BUTTON_ROLES, title)
+            nodes = [node for node in self.node.walk()
+                     if node.role() in BUTTON_ROLES and node.name() == title]
+            node = nodes[number] if number < len(nodes) else None
             return node if node and node.has_state(SENSITIVE) else None
         wait_for(f'a button "{title}" in "{self.name}"', pressable).do("Press")
+
+    def toggle(self, title):
+        wait_for(f'a switch "{title}"', lambda: self.node.find(("check box",), title)).do("Toggle")
+
+    def is_checked(self, title):
+        return self.node.find(("check box",), title).has_state(CHECKED)
 
     def answer(self, title):
         """Presses a button that closes the window."""

@@ -10,6 +10,7 @@ from pathlib import Path
 from .waiting import wait_for
 
 NEW_FOLDER = "New Folder…"
+BUS_NAME = "net.stemvault.Connect"
 
 
 class StemvaultConnect:
@@ -30,6 +31,11 @@ class StemvaultConnect:
 
     def start(self, name="stemvault-connect", **options):
         return self.desktop.start(name, [self.program], **options)
+
+    def start_again(self):
+        """As a user does who wants to see it: it must be known to the session by then."""
+        wait_for("the program's name on the bus", lambda: self.desktop.has_bus_name(BUS_NAME))
+        return self.start("again").wait(timeout=10)
 
     def settings(self):
         """The record of its settings, as it stands on disk."""

@@ -68,9 +68,9 @@ class VirtualDesktop(PrivateSession):
             self._start_window_manager(look)
             self._start_accessibility()
             if notifications is not None:
-                self._start_service("notification_server", NOTIFICATIONS, notifications)
+                self.start_service("notification_server", NOTIFICATIONS, notifications)
             if look == "dark":
-                self._start_service("appearance_portal", PORTAL)
+                self.start_service("appearance_portal", PORTAL)
         except BaseException:
             self.end()
             raise
@@ -93,6 +93,13 @@ class VirtualDesktop(PrivateSession):
         def posted():
             return next((note for note in self.notifications() if note["body"] == body), None)
         return wait_for(f'a notification "{body}"', posted)
+
+    def has_bus_name(self, name):
+        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        try:
+            return bus.name_has_owner(name)
+        finally:
+            bus.close()
 
     def keep_evidence(self, folder):
         """Leaves a picture, what is in the windows, and every log in a folder."""
@@ -139,9 +146,7 @@ class VirtualDesktop(PrivateSession):
         self.accessibility = Accessibility(
             self.environment["DBUS_SESSION_BUS_ADDRESS"], self.display)
 
-    def _start_service(self, name, bus_name, *arguments):
+    def start_service(self, name, bus_name, *arguments):
         """Starts one of the services beside this file, which writes what it is asked to its log."""
         self.start(name, [sys.executable, Path(__file__).with_name(f"{name}.py"), *arguments])
-        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
-        wait_for(f"the owner of {bus_name}", lambda: bus.name_has_owner(bus_name))
-        bus.close()
+        wait_for(f"the owner of {bus_name}", lambda: self.has_bus_name(bus_name))

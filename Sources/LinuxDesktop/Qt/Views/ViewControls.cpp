@@ -5,6 +5,7 @@
 #include "LinuxDesktop/Qt/Views/ViewStyle.h"
 
 #include <QPainter>
+#include <QSignalBlocker>
 
 namespace stemvault {
 
@@ -129,7 +130,8 @@ void ViewButton::leaveEvent(QEvent* event)
 ViewToggle::ViewToggle()
 {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    connect(this, &QCheckBox::clicked, this, [this](bool isOn) {
+    // Not `clicked`: a screen reader toggles without a click.
+    connect(this, &QCheckBox::toggled, this, [this](bool isOn) {
         if (const auto onChange = shown.onChange)
             onChange(isOn);
     });
@@ -141,6 +143,7 @@ void ViewToggle::show(const Toggle& toggle)
     setFont(controlFont(toggle.size));
     setText(displayTitle(toggle.title));
     setAccessibleName(displayLine(toggle.title));
+    const QSignalBlocker notByTheUser(this);
     setChecked(toggle.isOn);
     updateGeometry();
     update();

@@ -18,6 +18,12 @@ constexpr int narrowestLine = 48;
 constexpr int gapAfterSymbol = 6;
 constexpr double capitalSpacing = 104; ///< Percent: capitals want a little air.
 
+// A symbol that stands alone is a little larger than the text around it.
+int sideOf(const QFont& font)
+{
+    return qRound(symbolSize(font) * 1.2);
+}
+
 } // namespace
 
 void ViewText::show(const Text& text)
@@ -26,7 +32,7 @@ void ViewText::show(const Text& text)
     setTextFormat(Qt::PlainText);
     setFont(stemvault::font(text.font));
     setText(displayLine(text.string));
-    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     policy.setHeightForWidth(!isOneLine());
     setSizePolicy(policy);
     updateGeometry();
@@ -149,7 +155,7 @@ void ViewSymbol::show(const Symbol& symbol)
 
 QSize ViewSymbol::sizeHint() const
 {
-    const int side = symbolSize(font());
+    const int side = sideOf(font());
     return { side, side };
 }
 
@@ -157,8 +163,8 @@ void ViewSymbol::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.drawPixmap(0, 0,
-        symbolPixmap(shown.systemName, symbolSize(font()), devicePixelRatioF(),
-            color(shown.color, palette())));
+        symbolPixmap(
+            shown.systemName, sideOf(font()), devicePixelRatioF(), color(shown.color, palette())));
 }
 
 } // namespace stemvault

@@ -238,6 +238,17 @@ void ViewTree::layOut(const Stack& stack)
         layout->addStretch(1);
 }
 
+void ViewTree::settle()
+{
+    for (const auto& child : children)
+        child->settle();
+    if (!inner)
+        return;
+    inner->layout()->invalidate();
+    inner->updateGeometry();
+    outer->updateGeometry();
+}
+
 void ViewTree::visit(const std::function<void(QWidget&)>& work) const
 {
     if (outer)

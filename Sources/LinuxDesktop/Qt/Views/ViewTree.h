@@ -31,6 +31,10 @@ public:
     /// Belongs to this object unless a parent has taken it. Null for a spacer.
     [[nodiscard]] QWidget* widget() const { return outer; }
 
+    /// Lets every layout know, from the inside out, what has changed: they would learn it from each
+    /// other only step by step, and the window is to have its size now.
+    void settle();
+
     /// The lists within it, which scroll, and the controls in the order in which they are read.
     [[nodiscard]] std::vector<ListArea*> lists() const;
     [[nodiscard]] std::vector<QWidget*> controls() const;

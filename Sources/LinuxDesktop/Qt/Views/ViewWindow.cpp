@@ -68,7 +68,7 @@ void ViewWindow::fit()
     const auto lists = tree->lists();
     for (ListArea* list : lists)
         list->setLimit(QWIDGETSIZE_MAX);
-    layout->activate();
+    tree->settle();
     int height = layout->totalHeightForWidth(width());
     for (ListArea* list : lists) {
         const int excess = height - availableHeight();
@@ -76,11 +76,13 @@ void ViewWindow::fit()
             break;
         const int whole = list->wholeHeight(list->width());
         list->setLimit(std::max(shortestList, whole - excess));
-        layout->activate();
+        tree->settle();
         height = layout->totalHeightForWidth(width());
     }
+    const bool isTooHigh = height > availableHeight();
+    scroll->setVerticalScrollBarPolicy(isTooHigh ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     tree->widget()->setMinimumHeight(height);
-    setFixedHeight(std::min(height, availableHeight()));
+    setFixedHeight(isTooHigh ? availableHeight() : height);
 }
 
 // As the views are read: a control that came later may belong before the others.
@@ -107,6 +109,9 @@ void ViewWindow::keepInSight(QWidget* focused)
 void ViewWindow::showEvent(QShowEvent* event)
 {
     draw();
+    // The keyboard's place is marked from the first press of Tab on.
+    if (!focusWidget())
+        tree->widget()->setFocus();
     QDialog::showEvent(event);
 }
 

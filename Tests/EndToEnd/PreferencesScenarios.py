@@ -1,0 +1,132 @@
+"""The menu in the tray, and the preferences that it opens."""
+
+import unittest
+
+from Scenario import PROGRAMS, Scenario
+from virtual_desktop import Tray, UpdateFeed, wait_for
+
+ROWS = ["-", "Preferences…", "Check for Updates…", "-", "Quit Stemvault Connect"]
+
+
+class TrayScenarios(Scenario):
+    def test_the_item_is_there_whenever_a_panel_is(self):
+        self.start()
+        tray = Tray(self.desktop).start()
+        self.assertEqual(tray.item().property("IconName"), "net.stemvault.Connect-symbolic")
+        tray.end()
+        tray.start()
+        self.assertEqual(tray.item().titles(), ["No session detected", *ROWS])
+
+    def test_the_rows_tell_of_the_session_and_the_last_copy(self):
+        tray = Tray(self.desktop).start()
+        self.start_with_session()
+        item = tray.item()
+        self.assertEqual(item.titles(), ["Big Song", *ROWS])
+        first = item.rows()[0]
+        self.assertEqual(first["accessible-desc"], "● Big Song")
+        self.assertFalse(first["enabled"])
+        self.bounce_and_ask("Mix_&.wav").answer("Add")
+        self.desktop.wait_for_notification("Mix_&.wav → Client A")
+        self.daw.quit()
+        self.connect.wait_until_it_leaves(self.song)
+        item.open_menu_by_event()
+        rows = item.rows()
+        self.assertEqual(rows[1]["label"], "Last added: Mix__&.wav → Client A")
+        self.assertEqual(rows[0]["accessible-desc"], "○ No session detected")
+
+    def test_quit_in_the_menu_ends_the_program(self):
+        tray = Tray(self.desktop).start()
+        self.start()
+        tray.item().choose("Quit Stemvault Connect")
+        self.assertEqual(self.connect.process.wait(timeout=10), 0)
+
+    def test_a_look_for_updates_always_says_what_came_of_it(self):
+        tray = Tray(self.desktop).start()
+        feed = UpdateFeed(self.desktop, PROGRAMS / "stemvault-connect")
+        self.start(program=feed.program)
+        for prepare, title, button in (
+                (lambda: feed.publish("99", notes="Faster."), "Update Available", "Later"),
+                (lambda: feed.publish("0"), "You're Up to Date", "OK"),
+                (feed.withdraw, "Couldn't Check for Updates", "OK")):
+            prepare()
+            tray.item().choose("Check for Updates…")
+            self.connect.window(title).answer(button)
+
+
+class PreferencesScenarios(Scenario):
+    def open(self):
+        self.assertEqual(self.connect.start_again(), 0)
+        return self.connect.window("Stemvault Connect")
+
+    def paths(self):
+        return [folder["path"] for folder in self.connect.settings()["stemvaultFolders"]]
+
+    def choose_folder(self, prompt, *folders):
+        panel = self.connect.window(prompt)
+        panel.type("Directory:", " ".join(f'"{folder}"' for folder in folders)
+                   if len(folders) > 1 else str(folders[0]))
+        panel.answer(prompt)
+
+    def test_without_a_tray_another_start_opens_them_in_one_window(self):
+        self.start()
+        window = self.open()
+        self.open()
+        titles = [title for title in self.desktop.display.windows().values() if "Stemvault" in title]
+        self.assertEqual(len(titles), 1)
+        window.focus()
+        self.desktop.display.press_key("Escape")
+        window.wait_until_closed()
+        self.open().focus()
+
+    def test_folders_come_and_go_at_once(self):
+        self.start(folders=[self.client_a])
+        window = self.open()
+        window.press("+ Add")
+        self.choose_folder("Add to Stemvault", self.client_b)
+        wait_for("the folder", lambda: self.paths() == [str(self.client_a), str(self.client_b)])
+        window.press("Remove Client A")
+        wait_for("its end", lambda: self.paths() == [str(self.client_b)])
+        self.client_b.rename(self.client_b.with_name("Moved"))
+        window.press("+ Add")
+        self.choose_folder("Add to Stemvault", self.client_a)
+        wait_for("the warning", lambda: "Folder not found — move it or remove it" in window.texts())
+
+    def test_both_folders_are_chosen_and_cleared(self):
+        self.start()
+        window = self.open()
+        for number, prompt, key in ((0, "Set as Projects Root", "projectsRootPath"),
+                                    (1, "Watch This Folder", "alwaysWatchPath")):
+            window.press("Choose…", number)
+            self.choose_folder(prompt, self.client_b)
+            wait_for(key, lambda: self.connect.settings().get(key) == str(self.client_b))
+            if key == "alwaysWatchPath":
+                self.connect.wait_until_it_watches(self.client_b)
+            window.press("Clear")
+            wait_for(f"no {key}", lambda: key not in self.connect.settings())
+        self.connect.wait_until_it_leaves(self.client_b)
+
+    def test_the_session_appears_and_goes_while_they_are_open(self):
+        self.start()
+        window = self.open()
+        self.assertIn("No session detected", window.texts())
+        self.start_daw()
+        wait_for("the session", lambda: "~/Sessions/Big Song" in window.texts())
+        self.daw.quit()
+        wait_for("its end", lambda: "No session detected" in window.texts())
+
+    def test_the_switch_writes_the_autostart_entry_or_goes_back(self):
+        self.start()
+        window = self.open()
+        entry = self.desktop.home / ".config/autostart/net.stemvault.Connect.desktop"
+        window.toggle("Launch at login")
+        wait_for("the entry", entry.exists)
+        window.toggle("Launch at login")
+        wait_for("its end", lambda: not entry.exists())
+        entry.parent.rmdir()
+        entry.parent.write_text("in the way")
+        window.toggle("Launch at login")
+        wait_for("the switch to go back", lambda: not window.is_checked("Launch at login"))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,117 @@
+#include "LinuxDesktop/Qt/FetcherURLSession.h"
+#include "LinuxDesktop/Qt/QtTest.h"
+#include "Support/TemporaryFolder.h"
+
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace stemvault {
+namespace {
+
+constexpr FetcherURLSession::Limits limits { 2s, 100'000 };
+
+/// Answers each request for a path with the bytes under it, then closes unless they say "stay".
+struct Server : QTcpServer {
+    std::map<QByteArray, QByteArray> answers;
+
+    Server()
+    {
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket* socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, this, [this, socket] {
+                const QByteArray path = socket->readAll().split(' ').value(1);
+                const QByteArray answer = answers[path];
+                socket->write(answer);
+                if (!answer.isEmpty() && !answer.endsWith("stay"))
+                    socket->disconnectFromHost();
+            });
+        });
+        listen(QHostAddress::LocalHost);
+    }
+    [[nodiscard]] std::string url(const std::string& path) const
+    {
+        return "http://127.0.0.1:" + std::to_string(serverPort()) + path;
+    }
+};
+
+/// The body, or "failed".
+std::string fetched(const std::string& url)
+{
+    FetcherURLSession session(STEMVAULT_FETCHER, limits);
+    std::optional<std::string> outcome;
+    session.dataTask(url,
+        [&outcome](const Result<std::string>& body) { outcome = body ? body.value() : "failed"; });
+    EXPECT_FALSE(outcome) << "never from within the call";
+    EXPECT_TRUE(happens([&outcome] { return outcome.has_value(); })) << url;
+    return outcome.value_or("no answer");
+}
+
+TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
+{
+    Server server;
+    const std::string large(200'000, 'x');
+    const struct {
+        const char* what;
+        std::string answer, expected;
+    } rows[] = {
+        { "a page", "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\npage", "page" },
+        { "an error page", "HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone", "gone" },
+        { "a server in trouble", "HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nwait", "wait" },
+        { "an empty page", "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "" },
+        { "a redirect", "HTTP/1.1 302 Found\r\nLocation: /0\r\nContent-Length: 0\r\n\r\n", "page" },
+        { "a redirect to itself", "HTTP/1.1 302 Found\r\nLocation: /5\r\nContent-Length: 0\r\n\r\n",
+            "failed" },
+        { "a truncated page", "HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\npage", "failed" },
+        { "no answer at all", "", "failed" },
+        { "a close before the end of the head", "HTTP/1.1 200 OK\r\nCont", "failed" },
+        { "no HTTP", "220 mail.example ready\r\n", "failed" },
+        { "a stall in the middle", "HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\nstay", "failed" },
+        { "a page beyond the limit", "HTTP/1.1 200 OK\r\n\r\n" + large, "failed" },
+        { "an endless page", "HTTP/1.1 200 OK\r\n\r\n" + large + "stay", "failed" },
+    };
+    for (std::size_t i = 0; i < std::size(rows); ++i)
+        server.answers[QByteArray("/") + QByteArray::number(i)] =
+            QByteArray::fromStdString(rows[i].answer);
+    for (std::size_t i = 0; i < std::size(rows); ++i)
+        EXPECT_EQ(fetched(server.url("/" + std::to_string(i))), rows[i].expected) << rows[i].what;
+    server.close();
+    for (const std::string& url : { server.url("/"), std::string("https://no.such.host.invalid/"),
+             std::string("not a URL"), std::string() })
+        EXPECT_EQ(fetched(url), "failed") << url;
+}
+
+TEST(FetcherURLSessionTests, ACertificateNobodyVouchesForIsAFailure)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(QProcess::execute("openssl",
+                  { "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=localhost",
+                      "-keyout", QString::fromStdString(folder.path("key")), "-out",
+                      QString::fromStdString(folder.path("certificate")) }),
+        0);
+    QProcess server;
+    server.setWorkingDirectory(QString::fromStdString(folder.path()));
+    server.start("openssl",
+        { "s_server", "-accept", "127.0.0.1:0", "-key", "key", "-cert", "certificate", "-www" });
+    QByteArray said;
+    ASSERT_TRUE(happens([&] { return (said += server.readAll()).contains("ACCEPT 127"); }))
+        << said.toStdString();
+    const std::string port =
+        said.mid(said.indexOf("ACCEPT")).split('\n').front().split(':').back().toStdString();
+    EXPECT_EQ(fetched("https://127.0.0.1:" + port + "/"), "failed");
+    EXPECT_EQ(server.state(), QProcess::Running) << "it was there to be asked";
+    server.kill();
+    server.waitForFinished();
+}
+
+TEST(FetcherURLSessionTests, WithoutTheFetcherThereIsNoPage)
+{
+    FetcherURLSession session("/no/such/fetcher", limits);
+    int failures = 0;
+    session.dataTask(
+        "http://127.0.0.1/", [&](const Result<std::string>& body) { failures += body ? 0 : 1; });
+    EXPECT_TRUE(happens([&failures] { return failures == 1; }));
+}
+
+} // namespace
+} // namespace stemvault

@@ -1,0 +1,81 @@
+"""The tray as its panel knows it: the items there, and the menu of each."""
+
+import dbus
+import dbus.bus
+
+from .waiting import wait_for
+
+ITEM = "org.kde.StatusNotifierItem"
+MENU = "com.canonical.dbusmenu"
+
+
+class Tray:
+    """`start` and `end` let the panel come late, or again."""
+
+    def __init__(self, desktop):
+        self.desktop = desktop
+        self.bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+
+    def start(self):
+        self.desktop.start_service("tray_host", "org.kde.StatusNotifierWatcher")
+        return self
+
+    def end(self):
+        process = self.desktop.processes["tray_host"]
+        process.terminate()
+        process.wait()
+
+    def item(self):
+        """The first item, as soon as there is one."""
+        return wait_for("a tray item", lambda: next(iter(self._items()), None))
+
+    def _items(self):
+        try:
+            items = self.bus.call_blocking(
+                "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher",
+                "org.freedesktop.DBus.Properties", "Get", "ss",
+                ("org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"))
+        except dbus.DBusException:
+            return []
+        return [TrayItem(self.bus, *str(item).split("/", 1)) for item in items]
+
+
+class TrayItem:
+    def __init__(self, bus, owner, path):
+        self.bus, self.owner, self.path = bus, owner, "/" + path
+
+    def property(self, name):
+        return self._call(self.path, "org.freedesktop.DBus.Properties", "Get", "ss", ITEM, name)
+
+    def activate(self, method="Activate", x=10, y=10):
+        self._call(self.path, ITEM, method, "ii", x, y)
+
+    def open_menu(self):
+        """Its rows, as a panel shows them that announces the opening."""
+        self._menu("AboutToShow", "i", 0)
+        return self.rows()
+
+    def open_menu_by_event(self):
+        """As one does it that only says that it has opened the menu."""
+        self._menu("Event", "isvu", 0, "opened", dbus.String("", variant_level=1), 0)
+
+    def rows(self):
+        """The properties of each row, its number among them."""
+        _, (_, _, children) = self._menu("GetLayout", "iias", 0, -1, dbus.Array([], signature="s"))
+        return [dict(properties, id=int(number)) for number, properties, _ in children]
+
+    def titles(self):
+        """Those of the visible rows, a dash for a separator."""
+        return ["-" if row.get("type") == "separator" else str(row["label"])
+                for row in self.open_menu() if row.get("visible", True)]
+
+    def choose(self, title):
+        row = next(row for row in self.open_menu() if row.get("label") == title)
+        self._menu("Event", "isvu", row["id"], "clicked", dbus.String("", variant_level=1), 0)
+
+    def _menu(self, method, signature, *arguments):
+        return self._call(str(self.property("Menu")), MENU, method, signature, *arguments)
+
+    def _call(self, path, interface, method, signature, *arguments):
+        return self.bus.call_blocking(
+            self.owner, path, interface, method, signature, arguments, timeout=5)
