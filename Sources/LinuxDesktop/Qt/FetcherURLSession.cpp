@@ -16,7 +16,9 @@ constexpr std::chrono::seconds grace { 10 };
 
 Result<std::string> resultOf(QProcess& process)
 {
-    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+    const bool hasEnded = process.error() == QProcess::UnknownError
+        && process.exitStatus() == QProcess::NormalExit;
+    if (hasEnded && process.exitCode() == 0)
         return process.readAllStandardOutput().toStdString();
     return Failure { process.readAllStandardError().trimmed().toStdString() };
 }

@@ -35,6 +35,7 @@ void ViewText::show(const Text& text)
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     policy.setHeightForWidth(!isOneLine());
     setSizePolicy(policy);
+    updateToolTip();
     updateGeometry();
     update();
 }
@@ -101,8 +102,13 @@ void ViewText::paintEvent(QPaintEvent* /*event*/)
     layout.draw(&painter, contentsRect().topLeft());
 }
 
-// What is cut is still to be read somewhere.
 void ViewText::resizeEvent(QResizeEvent* /*event*/)
+{
+    updateToolTip();
+}
+
+// What is cut is still to be read somewhere.
+void ViewText::updateToolTip()
 {
     const bool isCut = isOneLine() && width() < sizeHint().width() - 1;
     setToolTip(isCut ? toolTipText(text()) : QString());

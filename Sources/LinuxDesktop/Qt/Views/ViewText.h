@@ -24,6 +24,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void updateToolTip();
     void setUp(QTextLayout& layout, int width) const;
     [[nodiscard]] bool isOneLine() const;
 

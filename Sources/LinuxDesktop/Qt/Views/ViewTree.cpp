@@ -169,7 +169,6 @@ void ViewTree::apply(const Button& button)
     static_cast<ViewButton*>(outer.data())->show(button);
 }
 
-// The switch takes back a change that was not accepted, even if the view is the same as before.
 void ViewTree::apply(const Toggle& toggle)
 {
     static_cast<ViewToggle*>(outer.data())->show(toggle);
@@ -194,6 +193,13 @@ std::unique_ptr<ViewTree> ViewTree::takeMatch(const View& child)
     return nullptr;
 }
 
+// A switch may have been moved and not been accepted: what it shows then is not what was drawn.
+bool ViewTree::needsShowing(const View& view) const
+{
+    return std::holds_alternative<Stack>(view.content)
+        || std::holds_alternative<Toggle>(view.content) || shown != view;
+}
+
 void ViewTree::apply(const Stack& stack)
 {
     std::vector<std::unique_ptr<ViewTree>> next;
@@ -205,7 +211,7 @@ void ViewTree::apply(const Stack& stack)
         auto match = takeMatch(child);
         if (!match)
             match = std::make_unique<ViewTree>(child);
-        else if (match->shown != child || std::holds_alternative<Toggle>(child.content))
+        else if (match->needsShowing(child))
             match->show(child);
         after.push_back(match->widget());
         next.push_back(std::move(match));

@@ -51,6 +51,7 @@ private:
     void apply(const Spacer& spacer);
     void applyPadding(QBoxLayout& layout) const;
     [[nodiscard]] std::unique_ptr<ViewTree> takeMatch(const View& child);
+    [[nodiscard]] bool needsShowing(const View& view) const;
     void layOut(const Stack& stack);
     void visit(const std::function<void(QWidget&)>& work) const;
 

@@ -62,14 +62,20 @@ int ViewWindow::availableHeight() const
     return screen()->availableGeometry().height() - frameAllowance;
 }
 
+int ViewWindow::wholeHeight() const
+{
+    const QLayout& layout = *tree->widget()->layout();
+    return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width())
+                                      : layout.totalSizeHint().height();
+}
+
 void ViewWindow::fit()
 {
-    QLayout* layout = tree->widget()->layout();
     const auto lists = tree->lists();
     for (ListArea* list : lists)
         list->setLimit(QWIDGETSIZE_MAX);
     tree->settle();
-    int height = layout->totalHeightForWidth(width());
+    int height = wholeHeight();
     for (ListArea* list : lists) {
         const int excess = height - availableHeight();
         if (excess <= 0)
@@ -77,7 +83,7 @@ void ViewWindow::fit()
         const int whole = list->wholeHeight(list->width());
         list->setLimit(std::max(shortestList, whole - excess));
         tree->settle();
-        height = layout->totalHeightForWidth(width());
+        height = wholeHeight();
     }
     const bool isTooHigh = height > availableHeight();
     scroll->setVerticalScrollBarPolicy(isTooHigh ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
@@ -98,7 +104,7 @@ void ViewWindow::keepTabOrder()
 
 void ViewWindow::keepInSight(QWidget* focused)
 {
-    if (!focused || !isAncestorOf(focused))
+    if (!focused || !isAncestorOf(focused) || focused == tree->widget())
         return;
     for (QWidget* around = focused->parentWidget(); around && around != this;
          around = around->parentWidget())

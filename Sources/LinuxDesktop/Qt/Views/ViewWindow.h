@@ -29,6 +29,7 @@ protected:
 private:
     void fit();
     [[nodiscard]] int availableHeight() const;
+    [[nodiscard]] int wholeHeight() const;
     void keepTabOrder();
     void keepInSight(QWidget* focused);
 
