@@ -15,8 +15,10 @@ BUS_NAME = "net.stemvault.Connect"
 
 class StemvaultConnect:
     def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None,
-                 is_running=True):
-        """Starts the program with destination folders, each named as its directory is."""
+                 is_running=True, is_update_due=False):
+        """Starts the program with destination folders, each named as its directory is, and with
+        today's look for an update behind it unless one is to be due.
+        """
         self.desktop, self.program = desktop, program
         self.settings_file = desktop.home / ".config/stemvault/connect.json"
         record = {"stemvaultFolders": [
@@ -24,7 +26,7 @@ class StemvaultConnect:
             for folder in folders]}
         record |= {"alwaysWatchPath": str(always_watch)} if always_watch else {}
         record |= {"projectsRootPath": str(projects_root)} if projects_root else {}
-        self._write_settings(record)
+        self._write_settings(record, is_update_due)
         self.process = self.start() if is_running else None
         if always_watch:
             self.wait_until_it_watches(always_watch)
@@ -97,6 +99,10 @@ class StemvaultConnect:
                 pass
         return found
 
-    def _write_settings(self, record):
+    def _write_settings(self, record, is_update_due):
+        values = {"settingsStore_v1": {"data": json.dumps(record)}}
+        if not is_update_due:
+            now = time.strftime("%Y-%m-%dT%H:%M:%S.000Z", time.gmtime())
+            values["updateChecker_lastCheckDate"] = {"date": now}
         self.settings_file.parent.mkdir(parents=True, exist_ok=True)
-        self.settings_file.write_text(json.dumps({"settingsStore_v1": {"data": json.dumps(record)}}))
+        self.settings_file.write_text(json.dumps(values))

@@ -11,7 +11,8 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop  # noqa: E402
+from virtual_desktop import (  # noqa: E402
+    StandInDaw, StemvaultConnect, TimedOut, Tray, UpdateFeed, VirtualDesktop)
 
 
 class Demonstration:
@@ -37,8 +38,13 @@ class Demonstration:
         daw = StandInDaw(self.desktop, self.programs / "stand-in-daw", session_file)
         self.say(f"A stand-in DAW runs as {daw.name} (process {daw.process.pid})"
                  f" and has {session_file.name} open.")
-        connect = StemvaultConnect(self.desktop, self.programs / "stemvault-connect", folders)
+        tray = Tray(self.desktop).start()
+        feed = UpdateFeed(self.desktop, self.programs / "stemvault-connect")
+        feed.publish("99.0", notes="Only here, to be seen.")
+        connect = StemvaultConnect(self.desktop, feed.program, folders, is_update_due=True)
         self.say(f"Stemvault Connect runs (process {connect.process.pid}).")
+        connect.window("Update Available").answer("Later")
+        self.say("Its daily look for a newer version has found one; it asked, and is put off.")
         connect.wait_until_it_watches(song)
         self.say(f"It has found the session: the kernel now tells it what happens in {song.name}.")
 
@@ -62,6 +68,7 @@ class Demonstration:
             raise AssertionError("the copy differs from the bounce")
         self.say(f"Client B holds Mix.wav: {mix.stat().st_size} bytes, all as in the bounce.")
 
+        self.show_menu(connect, tray.item())
         daw.quit()
         connect.wait_until_it_leaves(song)
         self.say("The DAW has quit, and its session is watched no more.")
@@ -69,6 +76,18 @@ class Demonstration:
         if status != 0:
             raise AssertionError(f"the program ended with status {status}")
         self.say("Stemvault Connect was asked to end and did.")
+
+
+    def show_menu(self, connect, item):
+        session, added = (str(row.get("accessible-desc") or row["label"]) for row in item.open_menu()[:2])
+        self.say(f'The menu in the tray reads "{session}" and "{added}".')
+        item.choose("Preferences…")
+        window = connect.window("Stemvault Connect")
+        window.focus()
+        self.take_picture("preferences")
+        self.say(f"The preferences are open: {', '.join(window.texts()[2:6])}.")
+        self.desktop.display.press_key("Escape")
+        window.wait_until_closed()
 
 
 def main():

@@ -33,6 +33,19 @@ class Display:
         ids = self._property(self.root, "_NET_CLIENT_LIST") or []
         return {window: self._title(window) for window in ids}
 
+    def pop_ups(self):
+        """The menus and the like that are on the screen: windows that no window manager places."""
+        found = []
+        for window in self.root.query_tree().children:
+            try:
+                shown = window.get_attributes()
+                if shown.override_redirect and shown.map_state == X.IsViewable \
+                        and window.get_geometry().width > 100:
+                    found.append(window.id)
+            except error.XError:  # The window is gone.
+                pass
+        return found
+
     def window_of(self, title, pid):
         """The window of a process that bears a title; a program may have put its name behind it."""
         for window, its_title in self.windows().items():

@@ -9,6 +9,7 @@ from pathlib import Path
 sys.path.insert(0, str(Path(__file__).parents[1]))
 from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop  # noqa: E402
 from virtual_desktop.file_manager import FileManager  # noqa: E402
+from virtual_desktop.preferences_pages import PreferencesPages  # noqa: E402
 from virtual_desktop.services import Services  # noqa: E402
 
 
@@ -127,6 +128,8 @@ def main():
     for look, suffix in (("light", ""), ("dark", "-dark")):
         with VirtualDesktop(size="1100x620", look=look) as desktop:
             PictureBook(desktop, programs, pictures, suffix).make()
+        PreferencesPages(programs, pictures, suffix, look).make()
+    PreferencesPages(programs, pictures, "-200-percent", "light", scale="2").make()
     FileManagerPages(programs, pictures).make()
 
 

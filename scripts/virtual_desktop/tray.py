@@ -29,6 +29,9 @@ class Tray:
         """The first item, as soon as there is one."""
         return wait_for("a tray item", lambda: next(iter(self._items()), None))
 
+    def has_item(self):
+        return bool(self._items())
+
     def _items(self):
         try:
             items = self.bus.call_blocking(
