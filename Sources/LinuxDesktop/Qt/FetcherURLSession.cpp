@@ -16,8 +16,8 @@ constexpr std::chrono::seconds grace { 10 };
 
 Result<std::string> resultOf(QProcess& process)
 {
-    const bool hasEnded = process.error() == QProcess::UnknownError
-        && process.exitStatus() == QProcess::NormalExit;
+    const bool hasEnded =
+        process.error() == QProcess::UnknownError && process.exitStatus() == QProcess::NormalExit;
     if (hasEnded && process.exitCode() == 0)
         return process.readAllStandardOutput().toStdString();
     return Failure { process.readAllStandardError().trimmed().toStdString() };

@@ -4,6 +4,22 @@
 
 namespace stemvault {
 
+namespace {
+
+// The colour says something, so a row that cannot be chosen keeps it.
+QIcon iconOf(const MenuRow& row)
+{
+    QIcon icon;
+    if (row.icon.isNull())
+        return icon;
+    const QPixmap picture = QPixmap::fromImage(row.icon);
+    icon.addPixmap(picture, QIcon::Normal);
+    icon.addPixmap(picture, QIcon::Disabled);
+    return icon;
+}
+
+} // namespace
+
 PopUpMenu::PopUpMenu(TrayMenu& shown) : menu(shown)
 {
     for (std::size_t row = 0; row < menu.items().size(); ++row) {
@@ -28,7 +44,7 @@ void PopUpMenu::refresh()
         const MenuItem& item = menu.items()[row];
         const MenuRow shown = menuRow(item);
         rows[row]->setText(QString(shown.text).replace(u'&', QStringLiteral("&&")));
-        rows[row]->setIcon(shown.icon.isNull() ? QIcon() : QIcon(QPixmap::fromImage(shown.icon)));
+        rows[row]->setIcon(iconOf(shown));
         rows[row]->setIconVisibleInMenu(true);
         rows[row]->setEnabled(item.isEnabled);
         rows[row]->setVisible(!item.isHidden);
