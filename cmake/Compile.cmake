@@ -5,7 +5,7 @@ target_compile_options(stemvault_compile INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 takes "text" + std::string for an overlapping copy when it optimises (bug 105651).
-    target_compile_options(stemvault_compile INTERFACE -Wno-restrict)
+    target_compile_options(stemvault_compile INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
 if(STEMVAULT_SANITIZE)
     target_compile_options(stemvault_compile INTERFACE
