@@ -54,6 +54,7 @@ void AppDelegate::applicationDidFinishLaunching()
     SessionTracker::shared().start();
     watch(SessionTracker::shared().currentSessionFolder());
     UpdateChecker::shared().checkForUpdatesIfNeeded();
+    // Panels fetch the menu's rows when they like, so they are told when these would differ.
     SessionTracker::shared().observers.emplace_back(
         [this](const std::optional<FileURL>&) { menuBarManager->sessionDidChange(); });
 }

@@ -106,6 +106,8 @@ void FolderPresence::leaveBehind(const std::shared_ptr<Walk>& walk)
         : std::exchange(next, {});
     if (walks.size() < mostWalks)
         begin(withoutStuck(std::move(paths)));
+    else
+        next = std::move(paths);
 }
 
 // What lies beside a folder that does not answer will hardly answer either.

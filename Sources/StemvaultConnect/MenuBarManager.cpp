@@ -45,11 +45,17 @@ MenuBarManager::MenuBarManager()
         image->isTemplate = true;
     statusItem->setImage(image);
     build();
+    // Posted from a background thread: the notice is taken over on the main one, and nothing of
+    // this object is touched before.
+    const auto added =
+        alive.guard([this](const Notification& notification) { handleBounceAdded(notification); });
     NotificationCenter& center = NotificationCenter::defaultCenter();
     center.addObserver(this, std::string(BounceAlertController::openPreferences),
         [this](const Notification&) { openPreferences(); });
     center.addObserver(this, std::string(BounceAlertController::bounceAdded),
-        [this](const Notification& notification) { handleBounceAdded(notification); });
+        [&dispatch = platform.dispatch, added](const Notification& notification) {
+            dispatch.mainAsync([added, notification] { added(notification); });
+        });
 }
 
 MenuBarManager::~MenuBarManager()
@@ -74,16 +80,13 @@ void MenuBarManager::build()
     statusItem->setMenu(std::move(menu), this);
 }
 
-// Posted from a background thread: the text is taken over on the main one.
 void MenuBarManager::handleBounceAdded(const Notification& notification)
 {
-    const auto text = lastAddedText(notification);
+    auto text = lastAddedText(notification);
     if (!text)
         return;
-    Platform::current().dispatch.mainAsync(alive.guard([this, text] {
-        lastCopied = text;
-        statusItem->setMenuNeedsUpdate();
-    }));
+    lastCopied = std::move(text);
+    statusItem->setMenuNeedsUpdate();
 }
 
 void MenuBarManager::sessionDidChange()

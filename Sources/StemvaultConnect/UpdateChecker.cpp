@@ -30,7 +30,8 @@ void UpdateChecker::checkForUpdatesIfNeeded()
     const Platform& platform = Platform::current();
     const WallTime now = platform.dispatch.now();
     const auto lastCheck = platform.userDefaults.date(lastCheckKey);
-    if (lastCheck && now - *lastCheck < checkInterval)
+    // No difference is taken: a date from far in the past would not fit into one.
+    if (lastCheck && *lastCheck > now - checkInterval)
         return;
     // Written first: a check that fails, too, is the last one for a day.
     platform.userDefaults.setDate(lastCheckKey, now);

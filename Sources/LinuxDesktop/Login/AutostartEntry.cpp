@@ -140,6 +140,8 @@ LoginItemStatus AutostartEntry::status() const
 // Written beside and moved into place, so that no session start reads half of it.
 Result<void> AutostartEntry::registerItem()
 {
+    if (program.empty())
+        return failure(ENOENT);
     std::error_code error;
     fs::create_directories(autostartFolder, error);
     if (error)

@@ -7,8 +7,8 @@
 
 namespace stemvault {
 
-/// What a desktop may ask of the running program by its bus name, as the Desktop Entry
-/// Specification has it. There is nothing to open and there are no further actions: each of them
+/// What a desktop may ask of the running program by its bus name, as it asks every program that the
+/// bus starts. There is nothing to open and there are no further actions: each of them
 /// activates the program.
 class ApplicationAdaptor final : public QDBusAbstractAdaptor {
     Q_OBJECT

@@ -7,9 +7,9 @@ namespace stemvault {
 namespace {
 
 constexpr qsizetype longestLine = 280;
-constexpr qsizetype keptAtStart = 180;
-constexpr qsizetype keptAtEnd = 80;
-constexpr qsizetype mostLines = 12;
+// A link that the user is to copy, or a paragraph of release notes, must come through whole.
+constexpr qsizetype longestParagraph = 1500;
+constexpr qsizetype mostLines = 24;
 constexpr QChar ellipsis(0x2026);
 
 // Marks of direction (U+200E, U+200F, U+061C) stay: they belong to names in right-to-left scripts
@@ -39,14 +39,14 @@ QString withoutControls(QString text)
     return text;
 }
 
-QString withShortMiddle(const QString& line)
+QString withShortMiddle(const QString& line, qsizetype longest)
 {
-    if (line.size() <= longestLine)
+    if (line.size() <= longest)
         return line;
-    qsizetype start = keptAtStart;
+    qsizetype start = longest * 2 / 3;
     if (line.at(start).isLowSurrogate())
         --start;
-    qsizetype end = line.size() - keptAtEnd;
+    qsizetype end = line.size() - longest / 4;
     if (line.at(end).isLowSurrogate())
         ++end;
     return line.first(start) + ellipsis + line.sliced(end);
@@ -61,7 +61,7 @@ QString decoded(std::string_view text)
 
 QString displayLine(std::string_view text)
 {
-    return withShortMiddle(withoutControls(decoded(text)));
+    return withShortMiddle(withoutControls(decoded(text)), longestLine);
 }
 
 QString displayLines(std::string_view text)
@@ -72,7 +72,7 @@ QString displayLines(std::string_view text)
         lines = lines.first(mostLines - tail.size() - 1) << QString(ellipsis) << tail;
     }
     for (QString& line : lines)
-        line = withShortMiddle(withoutControls(line));
+        line = withShortMiddle(withoutControls(line), longestParagraph);
     return lines.join(u'\n');
 }
 

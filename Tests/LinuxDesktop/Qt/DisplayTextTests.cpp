@@ -33,8 +33,11 @@ TEST(DisplayTextTest, LinesBreakWhereTheTextSaysAndStayWithinReason)
         QString("Mix\u24091.wav\nfrom A\n\n+ 2 more waiting"));
 
     const QString many = displayLines(std::string(100, '\n') + "from A");
-    EXPECT_EQ(many.count('\n'), 11);
+    EXPECT_EQ(many.count('\n'), 23);
     EXPECT_TRUE(many.endsWith("\nfrom A"));
+
+    const std::string link = "https://example.com/?title=" + std::string(1400, 'x');
+    EXPECT_EQ(displayLines(link), QString::fromStdString(link)) << "a link to copy stays whole";
 
     std::string guitars; // The middle must not be cut through a pair of surrogates.
     for (int guitar = 0; guitar < 200; ++guitar)

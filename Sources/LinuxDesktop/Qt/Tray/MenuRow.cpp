@@ -43,7 +43,7 @@ QImage drawnMark(QChar mark, const QColor& color)
 
 QKeySequence commandKey(const std::string& keyEquivalent)
 {
-    return QKeySequence(QStringLiteral("Ctrl+") + QString::fromStdString(keyEquivalent));
+    return { QStringLiteral("Ctrl+") + QString::fromStdString(keyEquivalent) };
 }
 
 MenuRow menuRow(const MenuItem& item)
