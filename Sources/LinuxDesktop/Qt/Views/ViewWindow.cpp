@@ -31,7 +31,11 @@ ViewWindow::ViewWindow(std::function<View()> content)
         [this](QWidget*, QWidget* now) { keepInSight(now); });
 }
 
-ViewWindow::~ViewWindow() = default;
+// The focus still moves while the widget below this class is being destroyed.
+ViewWindow::~ViewWindow()
+{
+    qApp->disconnect(this);
+}
 
 void ViewWindow::drawSoon()
 {
