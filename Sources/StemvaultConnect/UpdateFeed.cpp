@@ -18,6 +18,9 @@ using nlohmann::json;
 
 constexpr auto none = std::string_view::npos;
 
+// A feed needs two. The parser takes a hundred bytes of memory for each.
+constexpr int deepestNesting = 512;
+
 char lowered(char letter)
 {
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
@@ -51,6 +54,24 @@ std::string unescaped(std::string_view html)
              std::pair("&lt;", "<"), std::pair("&gt;", ">"), std::pair("&amp;", "&") })
         text = replaced(text, entity, character);
     return text;
+}
+
+bool isNestedTooDeeply(std::string_view text)
+{
+    int depth = 0;
+    bool isInString = false;
+    for (std::size_t at = 0; at < text.size(); ++at) {
+        const char letter = text[at];
+        if (isInString && letter == '\\')
+            ++at;
+        else if (letter == '"')
+            isInString = !isInString;
+        else if (!isInString && (letter == '[' || letter == '{') && ++depth > deepestNesting)
+            return true;
+        else if (!isInString && (letter == ']' || letter == '}'))
+            --depth;
+    }
+    return false;
 }
 
 /// False when the member is missing or no text.
@@ -121,6 +142,8 @@ std::optional<std::string> extractJSON(std::string_view page)
 
 std::optional<std::map<std::string, UpdateInfo>> decodedFeed(const std::string& text)
 {
+    if (isNestedTooDeeply(text))
+        return std::nullopt;
     const json feed = json::parse(text, nullptr, false);
     if (!feed.is_object())
         return std::nullopt;

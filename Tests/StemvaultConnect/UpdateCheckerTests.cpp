@@ -105,6 +105,7 @@ TEST_F(UpdateCheckerTests, FindsTheFirstBlockOfThePage)
 TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
 {
     const std::string other = R"(,"other":{"latest_version":"1")";
+    const std::string deep = std::string(1000, '[') + std::string(1000, ']');
     const struct {
         std::string what;
         Result<std::string> body;
@@ -123,7 +124,9 @@ TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
         { "nothing", std::string(), "OK", failed },
         { "not JSON", page("{" + entry("2")), "OK", failed },
         { "a list", page("[]"), "OK", failed },
-        { "deeply nested", page(std::string(500'000, '[')), "OK", failed },
+        { "deeply nested", page("{" + entry("2", R"(,"x":)" + deep) + "}"), "OK", failed },
+        { "many brackets in a text", page("{" + entry("1", R"(,"x":"\")" + deep + "\"") + "}"),
+            "OK", upToDate },
         { "not about this program", page(R"({"x":{"latest_version":"2","download_url":""}})"), "OK",
             failed },
         { "another entry lacks its URL", page("{" + entry("2") + other + "}}"), "OK", failed },
