@@ -7,6 +7,16 @@
 
 namespace stemvault {
 
+namespace {
+
+bool hasScheme(const std::string& url)
+{
+    const auto end = url.find_first_of(":/?#");
+    return end != std::string::npos && url[end] == ':' && end > 0 && url.front() != '-';
+}
+
+} // namespace
+
 LinuxWorkspace::LinuxWorkspace(Dispatch& dispatch, const WorkspaceSources& sources)
     : watch(std::make_unique<ApplicationWatch>(
         dispatch, sources, [this](WorkspaceNews news) { announce(news); }))
@@ -42,7 +52,8 @@ bool LinuxWorkspace::open(const std::string& url)
     // The place of the keyboard's shortcuts, which every desktop keeps elsewhere.
     if (url.starts_with("x-apple.systempreferences:com.apple.preference.keyboard"))
         return openKeyboardSettings();
-    return openURL(url);
+    // Without a scheme it would be taken for a file's name, or for an option.
+    return hasScheme(url) && openURL(url);
 }
 
 void LinuxWorkspace::announce(WorkspaceNews news)
