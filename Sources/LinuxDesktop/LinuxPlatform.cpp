@@ -107,9 +107,11 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     });
 }
 
-// Nothing may be destroyed under work that still runs.
+// Nothing may be destroyed under work that still runs. A user who starts the program again
+// meanwhile need not wait for it.
 LinuxPlatform::~LinuxPlatform()
 {
+    session->instance.release();
     if (!parts->dispatch.finish(timeForWorkAtEnd))
         std::_Exit(EXIT_SUCCESS);
 }

@@ -56,6 +56,12 @@ bool SingleInstance::claim()
     return false;
 }
 
+void SingleInstance::release()
+{
+    bus.unregisterService(identity::applicationId);
+    lock = FileDescriptor();
+}
+
 void SingleInstance::onActivate(std::function<void()> work)
 {
     adaptor.onActivate = std::move(work);

@@ -26,6 +26,9 @@ public:
     /// one is to end.
     [[nodiscard]] bool claim();
 
+    /// Lets go of the name: who starts the program from now on gets a new one.
+    void release();
+
     /// Called on the main thread when the user starts the program once more.
     void onActivate(std::function<void()> work);
 

@@ -25,6 +25,9 @@ TEST(SingleInstanceTest, ASecondStartActivatesTheFirst)
         ended = true;
     });
     EXPECT_TRUE(happens([&] { return ended && activations == 1; }));
+
+    first.release();
+    EXPECT_TRUE(SingleInstance(bus.connect()).claim()) << "kept by one that is ending";
 }
 
 TEST(SingleInstanceTest, WithoutABusTheRuntimeFolderHoldsOne)
