@@ -9,6 +9,10 @@ namespace stemvault {
 using Work = std::function<void()>;
 using WallTime = std::chrono::system_clock::time_point;
 
+/// What the end of the program makes of background work: nobody misses a look; a copy was promised,
+/// and is given a while.
+enum class AtEnd { Dropped, Finished };
+
 /// A repeating timer. Destroying it cancels it: its work does not run afterwards.
 class Timer {
 public:
@@ -35,8 +39,8 @@ public:
     virtual void mainAsyncAfter(std::chrono::milliseconds delay, Work work) = 0;
 
     /// Runs `work` on a background thread of utility priority; pieces may run side by side. From
-    /// any thread.
-    virtual void utilityAsync(Work work) = 0;
+    /// any thread. Work that is to be finished never waits for work that is not.
+    virtual void utilityAsync(Work work, AtEnd atEnd = AtEnd::Dropped) = 0;
 
     /// Runs `work` on the main thread every `interval`, the first time one interval from now, for
     /// as long as the timer lives. The work may destroy its own timer. Main thread only.

@@ -106,7 +106,7 @@ void BounceAlertController::performCopy(
     // way: that file is not replaced without a question either.
     const auto ask =
         alive.guard([this, fileURL, destURL, folder] { askToReplace(fileURL, destURL, folder); });
-    Platform::current().dispatch.utilityAsync([fileURL, destURL, folder, ifTaken, ask] {
+    const auto copy = [fileURL, destURL, folder, ifTaken, ask] {
         const auto copied = ifTaken == IfTaken::Replace ? FileManager::replaceItem(fileURL, destURL)
                                                         : FileManager::copyItem(fileURL, destURL);
         if (copied)
@@ -115,13 +115,14 @@ void BounceAlertController::performCopy(
             Platform::current().dispatch.mainAsync(ask);
         else
             showCopyFailed(copied.error());
-    });
+    };
+    Platform::current().dispatch.utilityAsync(copy, AtEnd::Finished);
 }
 
 void BounceAlertController::copyBatch(
     const std::vector<Entry>& files, const StemvaultFolder& folder)
 {
-    Platform::current().dispatch.utilityAsync([files, folder] {
+    const auto copy = [files, folder] {
         std::size_t copied = 0;
         for (const auto& [fileURL, sourceFolder] : files)
             if (copyIfFree(fileURL, destination(fileURL, folder)))
@@ -129,7 +130,8 @@ void BounceAlertController::copyBatch(
         NotificationCenter::defaultCenter().post(
             { std::string(bounceAdded), { { "destination", folder.name } } });
         notifyUser(batchBody(copied, files.size() - copied, printable(folder.name)));
-    });
+    };
+    Platform::current().dispatch.utilityAsync(copy, AtEnd::Finished);
 }
 
 } // namespace stemvault

@@ -60,7 +60,7 @@ void FakeDispatch::mainAsyncAfter(std::chrono::milliseconds delay, Work work)
     schedule(delay, std::move(work));
 }
 
-void FakeDispatch::utilityAsync(Work work)
+void FakeDispatch::utilityAsync(Work work, AtEnd /*atEnd*/)
 {
     utilityQueue.push_back(std::move(work));
 }

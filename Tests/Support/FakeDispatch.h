@@ -20,7 +20,7 @@ public:
     [[nodiscard]] WallTime now() const override;
     void mainAsync(Work work) override;
     void mainAsyncAfter(std::chrono::milliseconds delay, Work work) override;
-    void utilityAsync(Work work) override;
+    void utilityAsync(Work work, AtEnd atEnd = AtEnd::Dropped) override;
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds interval, Work work) override;
 

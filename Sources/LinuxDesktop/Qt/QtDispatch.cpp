@@ -15,10 +15,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Far more than are ever busy: a stuck tool or a drive that does not answer keeps its thread, and
-// no number of looks at the session may hold up a copy.
+// Far more than are ever busy: a stuck tool or a drive that does not answer keeps its thread.
 constexpr int utilityThreads = 16;
 constexpr auto utilityThreadExpiry = 5s;
+// Most looks take less; one that takes longer may hang.
+constexpr auto timeForLooksAtEnd = 200ms;
 constexpr int utilityNiceness = 5;
 
 const QEvent::Type wakeUp = static_cast<QEvent::Type>(QEvent::registerEventType());
@@ -30,6 +31,15 @@ void becomeUtilityThread()
     thread_local bool done = false;
     if (!std::exchange(done, true))
         ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), utilityNiceness);
+}
+
+std::unique_ptr<QThreadPool> makePool()
+{
+    auto pool = std::make_unique<QThreadPool>();
+    pool->setMaxThreadCount(utilityThreads);
+    pool->setExpiryTimeout(
+        static_cast<int>(std::chrono::milliseconds(utilityThreadExpiry).count()));
+    return pool;
 }
 
 class RepeatingTimer final : public QObject, public Timer {
@@ -53,18 +63,15 @@ private:
 
 } // namespace
 
-QtDispatch::QtDispatch() : utilityPool(std::make_unique<QThreadPool>())
-{
-    utilityPool->setMaxThreadCount(utilityThreads);
-    utilityPool->setExpiryTimeout(
-        static_cast<int>(std::chrono::milliseconds(utilityThreadExpiry).count()));
-}
+QtDispatch::QtDispatch() : droppedPool(makePool()), finishedPool(makePool()) { }
 
 QtDispatch::~QtDispatch()
 {
     // Destroying a busy pool waits for it; a stuck one is left to the end of the process.
-    if (!finish(0ms))
-        (void)utilityPool.release();
+    if (finish(0ms))
+        return;
+    (void)droppedPool.release();
+    (void)finishedPool.release();
 }
 
 WallTime QtDispatch::now() const
@@ -158,9 +165,9 @@ void QtDispatch::runDueWork()
     armDelayTimer();
 }
 
-void QtDispatch::utilityAsync(Work work)
+void QtDispatch::utilityAsync(Work work, AtEnd atEnd)
 {
-    utilityPool->start([work = std::move(work)] {
+    (atEnd == AtEnd::Finished ? finishedPool : droppedPool)->start([work = std::move(work)] {
         becomeUtilityThread();
         work();
     });
@@ -173,8 +180,10 @@ std::unique_ptr<Timer> QtDispatch::scheduledTimer(std::chrono::milliseconds inte
 
 bool QtDispatch::finish(std::chrono::milliseconds limit)
 {
-    utilityPool->clear();
-    return utilityPool->waitForDone(static_cast<int>(limit.count()));
+    droppedPool->clear();
+    const bool isFinished = finishedPool->waitForDone(static_cast<int>(limit.count()));
+    const auto rest = std::min<std::chrono::milliseconds>(limit, timeForLooksAtEnd);
+    return droppedPool->waitForDone(static_cast<int>(rest.count())) && isFinished;
 }
 
 } // namespace stemvault

@@ -27,12 +27,13 @@ public:
     [[nodiscard]] WallTime now() const override;
     void mainAsync(Work work) override;
     void mainAsyncAfter(std::chrono::milliseconds delay, Work work) override;
-    void utilityAsync(Work work) override;
+    void utilityAsync(Work work, AtEnd atEnd = AtEnd::Dropped) override;
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds interval, Work work) override;
 
-    /// Drops background work that has not begun and gives the rest until `limit` from now. False
-    /// when some is still running: then nothing that it may use can be destroyed any more.
+    /// Gives what is to be finished until `limit` from now, and drops the rest but for what is
+    /// about to end. False when some is still running: then nothing that it may use can be
+    /// destroyed any more.
     [[nodiscard]] bool finish(std::chrono::milliseconds limit);
 
 protected:
@@ -56,7 +57,8 @@ private:
     std::multimap<SteadyTime, Work> delayed; ///< Equal keys keep the order of insertion.
     QBasicTimer delayTimer;
 
-    std::unique_ptr<QThreadPool> utilityPool;
+    std::unique_ptr<QThreadPool> droppedPool;
+    std::unique_ptr<QThreadPool> finishedPool;
 };
 
 } // namespace stemvault

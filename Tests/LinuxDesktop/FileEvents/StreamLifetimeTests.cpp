@@ -28,7 +28,7 @@ public:
         added.notify_all();
     }
     void mainAsyncAfter(std::chrono::milliseconds, Work) override { }
-    void utilityAsync(Work) override { }
+    void utilityAsync(Work, AtEnd) override { }
     std::unique_ptr<Timer> scheduledTimer(std::chrono::milliseconds, Work) override { return {}; }
 
     /// The next piece of work; absent when none comes in time.

@@ -96,17 +96,26 @@ TEST_F(QtDispatchTest, UtilityWorkRunsSideBySideBehindTheRest)
             nicer += getpriority(PRIO_PROCESS, static_cast<id_t>(gettid())) > ownNiceness;
         });
     EXPECT_TRUE(happens([&] { return nicer == 2; }));
+}
 
-    std::latch begun(1);
-    std::latch stuck(1);
-    dispatch.utilityAsync([&] {
-        begun.count_down();
-        stuck.wait();
-    });
-    begun.wait();
-    EXPECT_FALSE(dispatch.finish(0ms));
-    stuck.count_down();
-    EXPECT_TRUE(dispatch.finish(10s));
+TEST_F(QtDispatchTest, TheEndWaitsForCopiesAndNotForLooks)
+{
+    for (const AtEnd atEnd : { AtEnd::Dropped, AtEnd::Finished }) {
+        std::latch begun(1);
+        std::latch stuck(1);
+        dispatch.utilityAsync(
+            [&] {
+                begun.count_down();
+                stuck.wait();
+            },
+            atEnd);
+        begun.wait();
+        const auto before = std::chrono::steady_clock::now();
+        EXPECT_FALSE(dispatch.finish(1s));
+        EXPECT_EQ(std::chrono::steady_clock::now() - before >= 1s, atEnd == AtEnd::Finished);
+        stuck.count_down();
+        EXPECT_TRUE(dispatch.finish(10s));
+    }
 }
 
 } // namespace

@@ -56,7 +56,7 @@ public:
             &context, [this] { takeOne()(); }, Qt::QueuedConnection);
     }
     void mainAsyncAfter(std::chrono::milliseconds /*delay*/, Work /*work*/) override { }
-    void utilityAsync(Work work) override { threads.emplace_back(std::move(work)); }
+    void utilityAsync(Work work, AtEnd) override { threads.emplace_back(std::move(work)); }
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds /*interval*/, Work /*work*/) override
     {
