@@ -7,6 +7,15 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     # GCC 12 takes "text" + std::string for an overlapping copy when it optimises (bug 105651).
     target_compile_options(stemvault_compile INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+    # Hardened as Debian's own programs are.
+    include(CheckPIESupported)
+    check_pie_supported()
+    set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+    target_compile_options(stemvault_compile INTERFACE
+        -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2 -fstack-protector-strong -fstack-clash-protection)
+    target_link_options(stemvault_compile INTERFACE LINKER:-z,relro,-z,now,--as-needed)
+endif()
 if(STEMVAULT_SANITIZE)
     target_compile_options(stemvault_compile INTERFACE
         -fsanitize=${STEMVAULT_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
