@@ -10,6 +10,8 @@ sys.path.insert(0, str(Path(__file__).parents[2] / "scripts"))
 from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, wait_for  # noqa: E402
 
 PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])
+# What only a build has, where the programs are those of an installation.
+BUILT = Path(os.environ.get("STEMVAULT_BUILT", PROGRAMS))
 
 
 class Scenario(unittest.TestCase):
@@ -27,7 +29,7 @@ class Scenario(unittest.TestCase):
         """When its story is over, the program must still be well and end when asked to."""
         status = self.connect.quit() if self.result.wasSuccessful() else None
         if status != 0:
-            evidence = PROGRAMS.parent / "failures" / self.id()
+            evidence = BUILT.parent / "failures" / self.id()
             self.desktop.keep_evidence(evidence)
             print(f"{self.desktop.log('stemvault-connect')}\nThe evidence is in {evidence}")
         self.assertIn(status, (0, None), "the program's exit status")
@@ -42,7 +44,7 @@ class Scenario(unittest.TestCase):
     def start_daw(self):
         self.song = self.folder("Sessions/Big Song")
         self.daw = StandInDaw(
-            self.desktop, PROGRAMS / "stand-in-daw", self.session_file(self.song))
+            self.desktop, BUILT / "stand-in-daw", self.session_file(self.song))
 
     def start_with_session(self, **settings):
         """Starts a DAW with an open session, and the program, which finds it."""

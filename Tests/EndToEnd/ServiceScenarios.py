@@ -2,6 +2,7 @@
 
 import os
 import unittest
+from pathlib import Path
 from urllib.parse import parse_qsl, urlsplit
 
 from Scenario import PROGRAMS, Scenario, wait_for
@@ -70,6 +71,8 @@ class ServiceScenarios(Scenario):
             self.start(is_running=False)
             courier = self.services.run(word, self.song)
             self.connect.process = StartedByBus(self.desktop)
+            started = Path(f"/proc/{self.connect.process.pid}/exe")
+            self.assertTrue(started.samefile(PROGRAMS / "stemvault-connect"))
             prompt = self.connect.window(title)
             if word == "add":
                 prompt.answer("Cancel")

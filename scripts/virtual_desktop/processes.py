@@ -23,7 +23,6 @@ class PrivateSession:
 
     def __init__(self):
         self.folder = Path(tempfile.mkdtemp(prefix="desktop-", dir="/tmp"))
-        self.home = self.made_folder("home")
         self.logs = self.made_folder("logs")
         self.runtime = self.made_folder("run")
         self.mark = uuid.uuid4().hex
@@ -31,13 +30,19 @@ class PrivateSession:
         self.environment = {name: os.environ[name] for name in INHERITED if name in os.environ}
         self.environment |= {
             MARK: self.mark,
-            "HOME": str(self.home),
             "LC_ALL": "C.UTF-8",
             "USER": os.environ.get("USER", "user"),
-            "XDG_CACHE_HOME": str(self.home / ".cache"),
-            "XDG_CONFIG_HOME": str(self.home / ".config"),
-            "XDG_DATA_HOME": str(self.home / ".local/share"),
             "XDG_RUNTIME_DIR": str(self.runtime),
+        }
+        self.live_in(self.made_folder("home"))
+
+    def live_in(self, home):
+        self.home = home
+        self.environment |= {
+            "HOME": str(home),
+            "XDG_CACHE_HOME": str(home / ".cache"),
+            "XDG_CONFIG_HOME": str(home / ".config"),
+            "XDG_DATA_HOME": str(home / ".local/share"),
         }
 
     def made_folder(self, name):

@@ -23,21 +23,14 @@ MimeType=x-scheme-handler/https;
 
 
 class Services:
-    """Installs what belongs to the services into a folder of the desktop, where the programs that
-    are started from now on find it, and starts nothing."""
+    """What belongs to the services, where the programs that are started from now on find it. Starts
+    nothing. Programs of a build are installed into a folder of the desktop; others are already."""
 
     def __init__(self, desktop, programs):
         self.desktop = desktop
-        prefix = desktop.made_folder("usr")
-        subprocess.run(["cmake", "--install", programs.parent, "--prefix", prefix, "--component",
-                        "services"], check=True, stdout=subprocess.DEVNULL)
+        is_build = (programs.parent / "CMakeCache.txt").exists()
+        prefix = self._install(programs) if is_build else programs.parent
         self.courier = prefix / "libexec/stemvault-connect/courier"
-        for link, target in ((self.courier, programs / "courier"),
-                             (prefix / "bin/stemvault-connect", programs / "stemvault-connect"),
-                             (prefix / "share/icons", programs.parent / "Resources/icons")):
-            link.parent.mkdir(parents=True, exist_ok=True)
-            link.symlink_to(target)
-        desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
         (desktop.folder / "services" / f"{NAME}.service").symlink_to(
             prefix / f"share/dbus-1/services/{NAME}.service")
         self._tell_bus()
@@ -53,6 +46,18 @@ class Services:
 
     def wait_for_url(self):
         return wait_for("the browser to be given a URL", self.opened)[-1]
+
+    def _install(self, programs):
+        prefix = self.desktop.made_folder("usr")
+        subprocess.run(["cmake", "--install", programs.parent, "--prefix", prefix, "--component",
+                        "services"], check=True, stdout=subprocess.DEVNULL)
+        for link, target in (("libexec/stemvault-connect/courier", programs / "courier"),
+                             ("bin/stemvault-connect", programs / "stemvault-connect"),
+                             ("share/icons", programs.parent / "Resources/icons")):
+            (prefix / link).parent.mkdir(parents=True, exist_ok=True)
+            (prefix / link).symlink_to(target)
+        self.desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
+        return prefix
 
     def _tell_bus(self):
         """What a session tells its bus at the start: where the display is."""

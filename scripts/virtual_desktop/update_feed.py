@@ -9,7 +9,9 @@ class UpdateFeed:
         folder = desktop.made_folder("programs/bin")
         self.page = folder.parent / "feed.html"
         self.program = shutil.copy2(program, folder)
-        (folder.parent / "Resources").symlink_to((program.parents[1] / "Resources").resolve())
+        for resources in ("Resources", "share"):  # Of a build, or of an installation.
+            if (program.parents[1] / resources).exists():
+                (folder.parent / resources).symlink_to((program.parents[1] / resources).resolve())
         fetcher = folder / "fetcher"
         fetcher.write_text(f'#!/bin/sh\nexec cat "{self.page}"\n')
         fetcher.chmod(0o755)
