@@ -14,11 +14,15 @@ PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])
 BUILT = Path(os.environ.get("STEMVAULT_BUILT", PROGRAMS))
 
 
+def troubles(result):
+    return len(result.errors) + len(result.failures)
+
+
 class Scenario(unittest.TestCase):
     notifications = "body,actions"
 
     def run(self, result=None):
-        self.result = result
+        self.result, self.troubles_before = result, troubles(result)
         with VirtualDesktop(notifications=self.notifications) as self.desktop:
             super().run(result)
 
@@ -27,7 +31,7 @@ class Scenario(unittest.TestCase):
 
     def tearDown(self):
         """When its story is over, the program must still be well and end when asked to."""
-        status = self.connect.quit() if self.result.wasSuccessful() else None
+        status = self.connect.quit() if troubles(self.result) == self.troubles_before else None
         if status != 0:
             evidence = BUILT.parent / "failures" / self.id()
             self.desktop.keep_evidence(evidence)

@@ -18,7 +18,8 @@ class FileManager:
     def __init__(self, desktop, name, folder):
         self.desktop, self.name = desktop, name
         self._choose_icons()
-        # PCManFM-Qt now and then tells nothing of itself, until it is started once more.
+        # More often than not PCManFM-Qt tells nothing of itself, neither at once nor later, until it is
+        # started once more.
         wait_for(f"{name} to be accessible", lambda: self._start(folder), 30)
         desktop.display.activate(self.window)
 
@@ -57,7 +58,7 @@ class FileManager:
         self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
         self.window = wait_for(f"{self.name}'s window", lambda: self._window(folder.name))
         try:
-            return wait_for("its owner", self._owners, 2)
+            return wait_for("its owner", self._owners, 0.5)
         except TimedOut:
             end_process(self.process)
             return None
