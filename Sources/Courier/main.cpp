@@ -1,5 +1,5 @@
 #include "Courier/Bus.h"
-#include "Foundation/PercentEncoding.h"
+#include "Foundation/FileURI.h"
 
 #include <filesystem>
 #include <iostream>
@@ -36,13 +36,11 @@ const Service* serviceFor(std::string_view word)
     return nullptr;
 }
 
-/// Byte for byte: a file's name need not be text, what goes over the bus must.
-std::string fileURI(const char* argument)
+std::string absolutePath(const char* argument)
 {
     std::error_code unknown; // Without a working directory the path stays as it is.
     const auto path = std::filesystem::absolute(argument, unknown);
-    return "file://"
-        + percentEncoded(unknown ? std::string(argument) : path.lexically_normal().native());
+    return unknown ? std::string(argument) : path.lexically_normal().native();
 }
 
 /// What the user has to be told; empty when all is well.
@@ -52,7 +50,7 @@ std::string deliver(const Result<Bus>& bus, const Service& service, std::span<ch
         return bus.error();
     std::vector<std::string> uris;
     for (const char* file : files)
-        uris.push_back(fileURI(file));
+        uris.push_back(fileURI(absolutePath(file)));
     const auto answer = bus.value().perform(service.message, uris);
     return answer ? answer.value() : answer.error();
 }

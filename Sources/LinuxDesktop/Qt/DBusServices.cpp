@@ -1,6 +1,6 @@
 #include "LinuxDesktop/Qt/DBusServices.h"
 
-#include "LinuxDesktop/Qt/FileURI.h"
+#include "Foundation/FileURI.h"
 #include "LinuxDesktop/Qt/Identity.h"
 #include "Platform/Application.h"
 

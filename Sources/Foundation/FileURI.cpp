@@ -1,4 +1,4 @@
-#include "LinuxDesktop/Qt/FileURI.h"
+#include "Foundation/FileURI.h"
 
 #include "Foundation/PercentEncoding.h"
 
@@ -16,6 +16,11 @@ std::string_view localPart(std::string_view uri)
 }
 
 } // namespace
+
+std::string fileURI(std::string_view path)
+{
+    return "file://" + percentEncoded(path);
+}
 
 std::optional<std::string> pathOfFileURI(std::string_view uri)
 {
