@@ -16,6 +16,7 @@ TEST(AutostartEntryTests, ComesAndGoesAsAValidEntry)
     const std::pair<std::string, std::string> rows[] = {
         { "/usr/bin/stemvault-connect", "Exec=\"/usr/bin/stemvault-connect\"\n" },
         { "/a b/100%/$x", "Exec=\"/a b/100%%/\\\\$x\"\n" },
+        { "/ends with a blank ", "TryExec=/ends with a blank\\s\n" },
         { "/q\"u`o\\te", "Exec=\"/q\\\\\"u\\\\`o\\\\\\\\te\"\n" },
     };
     for (const auto& [executable, line] : rows) {

@@ -27,18 +27,21 @@ std::string environment(const char* name)
     return value ? value : "";
 }
 
-/// As a value of a desktop entry: a backslash begins an escape there.
+/// As a value of a desktop entry: a backslash begins an escape there, and blanks at the end of a
+/// line do not count.
 std::string asValue(std::string_view text)
 {
+    constexpr std::string_view escapes = "\\\\\nn\tt\rr"; // Each with its letter behind it.
     std::string value;
     for (const char character : text) {
-        if (character == '\\')
-            value += "\\\\";
-        else if (character == '\n')
-            value += "\\n";
+        const auto escape = escapes.find(character);
+        if (escape % 2 == 0)
+            value.append({ '\\', escapes[escape + 1] });
         else
             value += character;
     }
+    if (value.ends_with(' '))
+        value.replace(value.size() - 1, 1, "\\s");
     return value;
 }
 
