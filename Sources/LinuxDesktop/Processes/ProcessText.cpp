@@ -85,19 +85,19 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     const auto open = text.find('(');
     const auto close = text.rfind(')');
     if (open == std::string_view::npos || close == std::string_view::npos || close < open
-        || close + 2 >= text.size())
+        || close + 2 > text.size())
         return std::nullopt;
     ProcessStat stat;
     stat.command = text.substr(open + 1, close - open - 1);
     auto fields = text.substr(close + 2);
-    stat.state = fields.front();
-    takeField(fields, ' ');
+    const auto state = takeField(fields, ' ');
     const auto parent = parseNumber<pid_t>(takeField(fields, ' '));
     for (int field = 5; field < 22; ++field)
         takeField(fields, ' ');
     const auto startTime = parseNumber<std::uint64_t>(takeField(fields, ' '));
-    if (!parent || !startTime)
+    if (state.size() != 1 || !parent || !startTime)
         return std::nullopt;
+    stat.state = state.front();
     stat.parent = *parent;
     stat.startTime = *startTime;
     return stat;

@@ -22,8 +22,7 @@ TEST(ProcessTextTests, TheStatOfAProcess)
     };
     EXPECT_THAT(
         parseProcessStat(text("42 (a) b) S")), Optional(ProcessStat { 'S', 7, 4711, "a) b" }));
-    for (const auto& malformed : { ""s, "42"s, "42 )("s, "42 (a"s, "42 (a)"s, "42 (a) "s,
-             "42 (a) S x"s, "42 (a) S 7 1 1"s, text("42 (a) S").substr(0, 50) })
+    for (const auto& malformed : { "42 (a)"s, text("42 (a) S").substr(0, 50), text("42 (a) ") })
         EXPECT_EQ(parseProcessStat(malformed), std::nullopt) << malformed;
 }
 
@@ -76,7 +75,6 @@ TEST(ProcessTextTests, TheUnitOfAnApplication)
         { "app-gnome-a\\x2db@autostart.service", "a-b", true },
         { "app-x-1.scope/of its own", "x" },
         { "app-x\\x2.service", "x\\x2" },
-        { "app-.scope", "" },
         { "session-2.scope", "" },
         { "user@1000.service/app.slice", "" },
     };
