@@ -2,13 +2,13 @@
 
 #include "Foundation/Draft.h"
 #include "Foundation/Folder.h"
+#include "Foundation/JSONText.h"
 #include "Foundation/PathText.h"
 #include "Foundation/TemporaryItem.h"
 
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
-#include <optional>
 #include <utility>
 
 namespace stemvault {
@@ -88,6 +88,14 @@ bool writeAll(const SystemCalls& calls, int file, const std::string& text)
 
 } // namespace
 
+std::optional<nlohmann::json> parsedRecord(const std::string& text)
+{
+    if (isNestedTooDeeply(text))
+        return std::nullopt;
+    auto parsed = nlohmann::json::parse(text, nullptr, false);
+    return parsed.is_object() ? std::optional(std::move(parsed)) : std::nullopt;
+}
+
 RecordFile::RecordFile(std::string file, SystemCalls calls) : path(std::move(file))
 {
     options.ifTaken = IfTaken::Replace;
@@ -132,10 +140,10 @@ RecordFile::Found RecordFile::load(nlohmann::json& record)
     const auto text = contentOf(path);
     if (!text)
         return errno == ENOENT ? Found::Nothing : Found::Unreadable;
-    auto parsed = nlohmann::json::parse(*text, nullptr, false);
-    if (!parsed.is_object())
+    auto parsed = parsedRecord(*text);
+    if (!parsed)
         return moveAside() ? Found::Nothing : Found::Unreadable;
-    record = std::move(parsed);
+    record = *std::move(parsed);
     return Found::Record;
 }
 

@@ -6,9 +6,13 @@
 
 #include <cstdint>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace stemvault {
+
+/// The JSON object that a text is; absent when it is none, or one too deeply nested to be handled.
+[[nodiscard]] std::optional<nlohmann::json> parsedRecord(const std::string& text);
 
 /// One JSON object in a file that survives whatever happens to it: the file always holds a whole
 /// record, the old or the new, and nothing that this program did not read is ever dropped. Safe

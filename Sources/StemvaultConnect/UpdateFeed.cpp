@@ -1,5 +1,6 @@
 #include "StemvaultConnect/UpdateFeed.h"
 
+#include "Foundation/JSONText.h"
 #include "Foundation/UnicodeText.h"
 
 #include <nlohmann/json.hpp>
@@ -17,9 +18,6 @@ namespace {
 using nlohmann::json;
 
 constexpr auto none = std::string_view::npos;
-
-// A feed needs two. The parser takes a hundred bytes of memory for each.
-constexpr int deepestNesting = 512;
 
 char lowered(char letter)
 {
@@ -54,24 +52,6 @@ std::string unescaped(std::string_view html)
              std::pair("&lt;", "<"), std::pair("&gt;", ">"), std::pair("&amp;", "&") })
         text = replaced(text, entity, character);
     return text;
-}
-
-bool isNestedTooDeeply(std::string_view text)
-{
-    int depth = 0;
-    bool isInString = false;
-    for (std::size_t at = 0; at < text.size(); ++at) {
-        const char letter = text[at];
-        if (isInString && letter == '\\')
-            ++at;
-        else if (letter == '"')
-            isInString = !isInString;
-        else if (!isInString && (letter == '[' || letter == '{') && ++depth > deepestNesting)
-            return true;
-        else if (!isInString && (letter == ']' || letter == '}'))
-            --depth;
-    }
-    return false;
 }
 
 /// False when the member is missing or no text.

@@ -116,12 +116,14 @@ TEST_F(UserDefaultsFileTest, KeepsWhatItDoesNotKnow)
 
 TEST_F(UserDefaultsFileTest, MovesDamagedFilesAside)
 {
-    for (const std::string damage : { "", "{\"settings", "[1]" }) {
+    const std::string deep = std::string(100'000, '[') + std::string(100'000, ']');
+    for (const std::string& damage : { std::string(), std::string("{\"settings"),
+             std::string("[1]"), "{\"deep\":" + deep + "}" }) {
         put(damage);
         EXPECT_EQ(open().data(key), std::nullopt);
-        EXPECT_FALSE(std::filesystem::exists(path)) << damage;
+        EXPECT_FALSE(std::filesystem::exists(path)) << damage.substr(0, 80);
     }
-    ASSERT_EQ(names().size(), 3U) << "none over an earlier one";
+    ASSERT_EQ(names().size(), 4U) << "none over an earlier one";
     for (const std::string& name : names())
         EXPECT_THAT(name, StartsWith("connect.json.damaged-2"));
 }
