@@ -70,11 +70,9 @@ TEST_F(SettingsStoreTests, LeavesWhatCannotBeReadUntilTheNextChange)
 {
     const std::string folderWithout = R"({"id":")" + idText + R"(","name":"Client A"})";
     const std::string records[] = {
-        "",
         "no json",
         "[]",
         "{}",
-        R"({"stemvaultFolders":{}})",
         R"({"stemvaultFolders":[],"alwaysWatchPath":1})",
         R"({"stemvaultFolders":[],"projectsRootPath":["/p"]})",
         R"({"stemvaultFolders":[)" + folderWithout + "]}",

@@ -1,0 +1,35 @@
+#include "Foundation/PathText.h"
+#include "Fuzz/Fuzzer.h"
+#include "LinuxDesktop/Login/AutostartEntry.h"
+#include "LinuxDesktop/Processes/DesktopEntry.h"
+#include "Support/TemporaryFolder.h"
+
+// Desktop entries, which any package and any user may have written, and our own among them.
+namespace stemvault {
+
+void feed(std::string_view input)
+{
+    const std::string text(input);
+    const auto languages = preferredLanguages(input.substr(0, input.find('\n')));
+    const auto entry = parseDesktopEntry(text, languages);
+    mustHold(entry == parseDesktopEntry(text + "\n[Desktop Action x]\nHidden=true\n", languages),
+        "another group changes nothing");
+    mustHold(!entry || entry->isHidden || !entry->name.empty(), "an application has a name");
+    mustHold(!entry || entry->program == lastPathComponent(entry->program), "a program is a name");
+    const auto identifier = parseFlatpakIdentifier(text);
+    mustHold(!identifier || identifier->size() < text.size(), "an identifier is in the text");
+
+    const TemporaryFolder folder;
+    const std::string file = "net.stemvault.Connect.desktop";
+    const std::string executable = "/" + text.substr(0, text.find('\0'));
+    AutostartEntry autostart(folder.path(), executable);
+    folder.write(file, text);
+    mustHold(!entry || !entry->isHidden || autostart.status() == LoginItemStatus::NotRegistered,
+        "what the user has deleted does not start");
+    mustHold(autostart.registerItem() && autostart.status() == LoginItemStatus::Enabled,
+        "an entry that was written is in force");
+    const auto ours = parseDesktopEntry(folder.read(file), {});
+    mustHold(ours && ours->requiredProgram == executable, "any program can be started at login");
+}
+
+} // namespace stemvault

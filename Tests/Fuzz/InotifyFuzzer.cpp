@@ -1,0 +1,25 @@
+#include "Fuzz/Fuzzer.h"
+#include "LinuxDesktop/FileEvents/InotifyEvent.h"
+
+#include <sys/inotify.h>
+
+// What was read from inotify, to its events.
+namespace stemvault {
+
+void feed(std::string_view input)
+{
+    std::span<const std::byte> rest = std::as_bytes(std::span(input));
+    for (auto before = rest; const auto event = takeInotifyEvent(rest); before = rest) {
+        const std::string_view name = event->name;
+        mustHold(rest.size() + sizeof(inotify_event) + name.size() <= before.size(),
+            "each event takes its own bytes");
+        mustHold(name.empty()
+                || (name.data() > input.data()
+                    && name.data() + name.size() <= input.data() + input.size()),
+            "a name lies in what was read");
+        mustHold(name.find('\0') == std::string_view::npos, "a name ends where its padding begins");
+    }
+    mustHold(rest.empty(), "nothing is left over");
+}
+
+} // namespace stemvault

@@ -1,0 +1,34 @@
+#include "Fuzz/Fuzzer.h"
+#include "LinuxDesktop/FileEvents/MountTable.h"
+
+// The table of mounts; whoever may mount chooses the names in it.
+namespace stemvault {
+
+namespace {
+
+/// As the kernel writes it.
+std::string escaped(std::string_view name)
+{
+    std::string text;
+    for (const char c : name) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::string_view(" \t\n\\#").find(c) == std::string_view::npos)
+            text += c;
+        else
+            text += { '\\', static_cast<char>('0' + byte / 64),
+                static_cast<char>('0' + byte / 8 % 8), static_cast<char>('0' + byte % 8) };
+    }
+    return text;
+}
+
+} // namespace
+
+void feed(std::string_view input)
+{
+    static_cast<void>(parseMountPoints(input));
+    const std::string point = "/" + std::string(input);
+    const auto points = parseMountPoints("1 2 0:3 / " + escaped(point) + " rw - x y z\n");
+    mustHold(points == std::vector { point }, "a mount of any name is found");
+}
+
+} // namespace stemvault

@@ -1,0 +1,52 @@
+#include "Fuzz/Fuzzer.h"
+#include "LinuxDesktop/UserDefaultsFile.h"
+#include "Support/FakeDispatch.h"
+#include "Support/TemporaryFolder.h"
+
+// The settings' file. What is kept in it as the program's record is for SettingsFuzzer.
+namespace stemvault {
+
+namespace {
+
+/// Puts the value into the file and, a second time, what the file held under "k".
+void change(const std::string& path, const std::string& value)
+{
+    FakeDispatch dispatch;
+    SystemCalls calls;
+    calls.fsync = [](int) { return 0; }; // It would take most of the time.
+    UserDefaultsFile defaults(path, dispatch, calls);
+    const auto bytes = defaults.data("k");
+    const auto date = defaults.date("k");
+    defaults.setData("value", value);
+    defaults.setData("bytes", bytes.value_or(""));
+    defaults.setDate("date", date.value_or(WallTime()));
+    defaults.synchronize();
+    const UserDefaultsFile again(path, dispatch);
+    mustHold(again.data("value") == value, "any bytes can be kept");
+    mustHold(!bytes || again.data("bytes") == bytes, "bytes that were read are written the same");
+    mustHold(!date || again.date("date") == date, "a date that was read is written the same");
+}
+
+} // namespace
+
+void feed(std::string_view input)
+{
+    const std::string text(input);
+    const TemporaryFolder folder;
+    const std::string path = folder.write("connect.json", text);
+    change(path, text);
+    auto before = parsedRecord(text);
+    auto after = RecordFile(path).read();
+    if (!before) {
+        mustHold(
+            folder.read(*folder.names("").rbegin()) == text, "what is no record is kept aside");
+        return;
+    }
+    for (const char* ours : { "value", "bytes", "date" }) {
+        before->erase(ours);
+        after.erase(ours);
+    }
+    mustHold(*before == after, "what we do not know is left as it was");
+}
+
+} // namespace stemvault

@@ -1,0 +1,40 @@
+#include "Foundation/UnicodeText.h"
+#include "Fuzz/Fuzzer.h"
+#include "StemvaultConnect/SettingsStore.h"
+#include "Support/FakePlatform.h"
+
+#include <tuple>
+
+// The settings' record, as anyone may have left it.
+namespace stemvault {
+
+namespace {
+
+/// The settings that begin with that record, what is added to them, and the record that this gives.
+auto loaded(const std::string& record, const std::vector<StemvaultFolder>& added = {})
+{
+    FakePlatform desktop;
+    std::string& kept = desktop.userDefaults.values["settingsStore_v1"] = record;
+    SettingsStore& settings = SettingsStore::shared();
+    for (const StemvaultFolder& folder : added) {
+        settings.addFolder(folder);
+        settings.setProjectsRootPath(folder.path);
+    }
+    return std::tuple(
+        settings.stemvaultFolders(), settings.alwaysWatchPath(), settings.projectsRootPath(), kept);
+}
+
+} // namespace
+
+void feed(std::string_view input)
+{
+    const std::string text(input);
+    const auto settings = loaded(text);
+    mustHold(loaded(std::get<3>(settings)) == settings, "what is written back reads the same");
+    if (!isValidUTF8(text))
+        return;
+    const auto changed = loaded(text, { { UUID(), text, text } });
+    mustHold(loaded(std::get<3>(changed)) == changed, "a folder of any name is kept");
+}
+
+} // namespace stemvault
