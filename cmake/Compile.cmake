@@ -22,8 +22,10 @@ if(STEMVAULT_SANITIZE)
     target_link_options(stemvault_compile INTERFACE -fsanitize=${STEMVAULT_SANITIZE})
 endif()
 if(STEMVAULT_COVERAGE)
-    target_compile_options(stemvault_compile INTERFACE --coverage)
-    target_link_options(stemvault_compile INTERFACE --coverage)
+    # Each program has a file of its own, to which every run of it adds.
+    set(counters -fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%m.profraw)
+    target_compile_options(stemvault_compile INTERFACE ${counters} -fcoverage-mapping)
+    target_link_options(stemvault_compile INTERFACE ${counters})
 endif()
 
 # One room, or one corner of a room: a static library of the named sources.

@@ -1,4 +1,5 @@
 #include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/FolderPresence.h"
 #include "StemvaultConnect/PreferencesView.h"
 #include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SettingsStore.h"
@@ -182,6 +183,25 @@ TEST_F(PreferencesViewTests, ADriveThatDoesNotAnswerHoldsUpNobodyElse)
     EXPECT_EQ(warnings(), 3) << "the drive has answered";
 }
 
+TEST_F(PreferencesViewTests, NoMoreThanTwoDrivesThatDoNotAnswerAreAskedAtATime)
+{
+    using namespace std::chrono_literals;
+    FolderPresence presence;
+    const auto heldUpBy = [&](const std::vector<std::string>& paths) {
+        presence.look(paths);
+        Work stuck = platform.dispatch.holdOldestUtilityWork();
+        platform.dispatch.advance(1500ms);
+        platform.dispatch.advance(1500ms);
+        return stuck;
+    };
+    const Work first = heldUpBy({ "/dead/1" });
+    heldUpBy({ "/slow/2", "/gone/3" });
+    EXPECT_FALSE(presence.isMissing("/gone/3")) << "nobody has asked yet";
+    first();
+    platform.dispatch.settle();
+    EXPECT_TRUE(presence.isMissing("/gone/3")) << "the first has answered";
+}
+
 TEST_F(PreferencesViewTests, WritesHomeAsATilde)
 {
     const std::pair<std::string, std::string> rows[] = { { "/home/u/D/Mixes", "~/D/Mixes" },
@@ -252,8 +272,10 @@ TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)
     const PreferencesView view;
     const auto toggle = [&view] { return all<Toggle>(view.body()).at(0); };
     EXPECT_FALSE(toggle().isOn);
-    toggle().onChange(true);
-    EXPECT_TRUE(toggle().isOn);
+    for (const char* what : { "on", "already on" }) {
+        toggle().onChange(true);
+        EXPECT_TRUE(toggle().isOn) << what;
+    }
     platform.loginItem.isRefused = true;
     toggle().onChange(false);
     EXPECT_TRUE(toggle().isOn) << "refused";

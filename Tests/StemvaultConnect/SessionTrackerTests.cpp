@@ -50,6 +50,7 @@ TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
         { "by the other name", { "org.x", Regular, "Pro Tools Intro", 7 }, true, false },
         { "by name in the background", { "org.x", Prohibited, "Logic", 7 }, false, false },
         { "by name without identifier", { {}, Regular, "Logic", 7 }, false, false },
+        { "neither DAW nor name", { "org.x", Regular, {}, 7 }, false, false },
         { "something else", { "org.gnome.Maps", Regular, "Maps", 7 }, false, false },
         { "not the start of it", { "x.com.cockos.reaper", Regular, "x", 7 }, false, false },
     };
