@@ -26,6 +26,9 @@ class FileManagerScenarios(Scenario):
         services.wait_for_url()
         self.assertEqual([len(list(project.iterdir())) for project in projects.iterdir()], [2])
 
+    def test_caja(self):
+        self.use("caja")
+
     def test_nemo(self):
         self.use("nemo")
 

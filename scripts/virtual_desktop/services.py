@@ -53,7 +53,10 @@ class Services:
                         "services"], check=True, stdout=subprocess.DEVNULL)
         for link, target in (("libexec/stemvault-connect/courier", programs / "courier"),
                              ("bin/stemvault-connect", programs / "stemvault-connect"),
-                             ("share/icons", programs.parent / "Resources/icons")):
+                             ("share/icons", programs.parent / "Resources/icons"),
+                             # Caja looks below /usr and here.
+                             (self.desktop.home / ".local/share/caja-python",
+                              prefix / "share/caja-python")):
             (prefix / link).parent.mkdir(parents=True, exist_ok=True)
             (prefix / link).symlink_to(target)
         self.desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
