@@ -43,6 +43,7 @@ TEST(AutostartEntryTests, TheFileAloneSaysWhetherItIsOn)
         { "[Desktop Entry]\nHidden=true\n", false },
         { "[Desktop Entry]\nX-GNOME-Autostart-enabled = false\n", false },
         { "[Desktop Entry]\r\nX-MATE-Autostart-enabled=false\r\n", false },
+        { " [Desktop Entry]\n Hidden=true\n[Desktop Entry]\n", false },
         { "[Desktop Entry]\n[Desktop Action x]\nHidden=true\n", true },
         { "", false },
     };

@@ -131,6 +131,7 @@ LoginItemStatus AutostartEntry::status() const
     bool isInEntry = false;
     bool isEntry = false;
     for (std::string line; std::getline(file, line);) {
+        line.erase(0, line.find_first_not_of(" \t"));
         if (line.starts_with('['))
             isInEntry = line.starts_with("[Desktop Entry]");
         isEntry = isEntry || isInEntry;
