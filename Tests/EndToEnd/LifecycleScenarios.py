@@ -1,5 +1,6 @@
 """Starting, starting again, and ending."""
 
+import shutil
 import unittest
 
 from Scenario import Scenario
@@ -8,10 +9,17 @@ from Scenario import Scenario
 class LifecycleScenarios(Scenario):
     def test_without_a_display_it_says_so_in_one_line(self):
         self.start(always_watch=self.folder("Bounces"))
-        lost = self.connect.start("lost", environment=dict.fromkeys(
-            ["DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"]))
-        self.assertEqual(lost.wait(timeout=10), 1)
-        self.assertEqual(len(self.desktop.log("lost").splitlines()), 1)
+        program = self.connect.program
+        without_plugins = shutil.copy2(program, self.folder("bin"))
+        (self.folder("bin") / "qt.conf").write_text("[Paths]\nPlugins=/nowhere\n")
+        missing = dict.fromkeys(["DISPLAY", "QT_QPA_PLATFORM", "DBUS_SESSION_BUS_ADDRESS"])
+        for name, program, wayland, text in (
+                ("lost", program, None, "there is no display"),
+                ("gone", program, "gone", "there is no display"),
+                ("lacking", without_plugins, "gone", "the package qt6-wayland")):
+            lost = self.desktop.start(name, [program], missing | {"WAYLAND_DISPLAY": wayland})
+            self.assertEqual(lost.wait(timeout=10), 1)
+            self.assertRegex(self.desktop.log(name), f"^[^\n]*{text}[^\n]*\n$")
 
     def test_a_second_start_leaves_it_to_the_first(self):
         self.start(always_watch=self.folder("Bounces"))

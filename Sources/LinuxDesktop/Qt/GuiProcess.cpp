@@ -3,6 +3,8 @@
 #include "LinuxDesktop/Qt/Identity.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QLibraryInfo>
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,13 +14,24 @@ namespace stemvault {
 
 namespace {
 
+// The toolkit's part for Wayland is a package of its own, which a desktop need not bring along.
+bool lacksWayland()
+{
+    const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platforms");
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
+        && plugins.entryList({ "libqwayland*" }).isEmpty();
+}
+
 // The toolkit complains at length about each platform that it cannot use and then aborts, which
 // would leave a crash report behind where a display is merely not there yet.
 void saveOnlyTheEnd(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/)
 {
     if (type != QtFatalMsg)
         return;
-    std::fputs("stemvault-connect: there is no display to show windows on\n", stderr);
+    std::fputs(lacksWayland()
+            ? "stemvault-connect: showing windows on Wayland takes the package qt6-wayland\n"
+            : "stemvault-connect: there is no display to show windows on\n",
+        stderr);
     std::_Exit(EXIT_FAILURE);
 }
 
