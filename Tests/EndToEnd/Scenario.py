@@ -19,11 +19,12 @@ def troubles(result):
 
 
 class Scenario(unittest.TestCase):
+    kind_of_desktop = VirtualDesktop
     notifications = "body,actions"
 
     def run(self, result=None):
         self.result, self.troubles_before = result, troubles(result)
-        with VirtualDesktop(notifications=self.notifications) as self.desktop:
+        with self.kind_of_desktop(notifications=self.notifications) as self.desktop:
             super().run(result)
 
     def setUp(self):

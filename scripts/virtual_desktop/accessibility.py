@@ -156,6 +156,15 @@ class Window:
         self.press(title)
         self.wait_until_closed()
 
+    def answer_by_key(self, key):
+        """Presses a key that closes the window, and again when it came too early to count."""
+        self.focus()
+
+        def answered():
+            self.display.press_key(key)
+            return self._comes_about(lambda: not self.is_open(), 1)
+        wait_for(f'the window "{self.name}" to close by {key}', answered)
+
     def choices(self):
         """What the window's pop-up offers."""
         return [str(node.name()) for node in self._popup_items()]
@@ -176,14 +185,13 @@ class Window:
         order = self.choices()
         while (selected := wait_for("a selected item", self._selected)) != item:
             self.display.press_key("Down" if order.index(selected) < order.index(item) else "Up")
-            self._moves_on_from(selected)
+            self._comes_about(lambda: self._selected() not in (None, selected), 0.5)
         self.display.press_key("Return")
         wait_for(f'the choice "{item}"', lambda: self.choice() == item)
 
-    def _moves_on_from(self, selected, seconds=0.5):
+    def _comes_about(self, condition, seconds):
         try:
-            return wait_for(
-                "the next item", lambda: self._selected() not in (None, selected), seconds)
+            return wait_for("what a key does", condition, seconds)
         except TimedOut:
             return False
 
