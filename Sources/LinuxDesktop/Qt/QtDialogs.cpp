@@ -4,14 +4,11 @@
 #include "LinuxDesktop/Qt/LinuxBundle.h"
 #include "LinuxDesktop/Qt/OpenPanelWindow.h"
 
-#include <QIcon>
-
 namespace stemvault {
 
 AlertAnswer QtDialogs::runModal(const Alert& alert)
 {
-    const QIcon usual = applicationIcon.icon();
-    AlertWindow window(alert, alert.icon ? iconFromImage(*alert.icon) : usual);
+    AlertWindow window(alert, iconOf(alert));
     const int response = windows.run(window);
     return { response == 0 ? ModalResponse::stopped : response, window.indexOfSelectedItem(),
         window.text() };
@@ -27,6 +24,20 @@ OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
     if (urls.empty())
         return {};
     return { ModalResponse::ok, urls.front(), urls };
+}
+
+// Nearly every alert bears the same icon. One that is read anew each time leaves its drawings in
+// the toolkit's cache each time.
+QIcon QtDialogs::iconOf(const Alert& alert)
+{
+    QIcon usual = applicationIcon.icon();
+    if (!alert.icon)
+        return usual;
+    if (iconShownLast.isNull() || shownLast != *alert.icon) {
+        shownLast = *alert.icon;
+        iconShownLast = iconFromImage(shownLast);
+    }
+    return iconShownLast;
 }
 
 } // namespace stemvault

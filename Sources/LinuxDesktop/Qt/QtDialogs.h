@@ -4,6 +4,8 @@
 #include "LinuxDesktop/Qt/ModalWindows.h"
 #include "Platform/Dialogs.h"
 
+#include <QIcon>
+
 namespace stemvault {
 
 class QtDialogs final : public Dialogs {
@@ -17,8 +19,12 @@ public:
     [[nodiscard]] OpenPanelAnswer runModal(const OpenPanel& panel) override;
 
 private:
+    [[nodiscard]] QIcon iconOf(const Alert& alert);
+
     ModalWindows& windows;
     ApplicationIcon& applicationIcon;
+    Image shownLast;
+    QIcon iconShownLast; ///< Absent until an alert with an icon of its own has been shown.
 };
 
 } // namespace stemvault
