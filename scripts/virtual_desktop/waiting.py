@@ -9,8 +9,9 @@ class TimedOut(AssertionError):
     pass
 
 
-def wait_for(what, condition, seconds=DEADLINE):
+def wait_for(what, condition, seconds=None):
     """Returns the condition's first answer that is true."""
+    seconds = seconds or DEADLINE
     end = time.monotonic() + seconds
     while not (answer := condition()):
         if time.monotonic() > end:

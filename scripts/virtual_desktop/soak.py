@@ -1,0 +1,118 @@
+"""The program under everything that may happen to it, for a long time.
+
+    soak.py PROGRAMS MINUTES FOLDER
+
+PROGRAMS is the folder of the built programs, FOLDER the one that gets all samples and, after a
+failure, what is known of it. Prints Markdown; ends with status 1 when something was lost, or asked
+twice or unasked, or has grown.
+"""
+
+import csv
+import dataclasses
+import random
+import sys
+import time
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parents[1]))
+from virtual_desktop import VirtualDesktop, waiting  # noqa: E402
+from virtual_desktop.soak_steps import Steps  # noqa: E402
+from virtual_desktop.vitals import Vitals, growth  # noqa: E402
+
+LARGEST_GROWTH = 30  # KiB of private memory in a minute, over the last three quarters.
+# Threads that are kept for more work, the toolkit's own among them, end after half a minute.
+SETTLING = 35.0
+ROWS = (("proportional memory, MiB", "memory", 1024), ("private memory, MiB", "private", 1024),
+        ("descriptors", "descriptors", 1), ("threads", "threads", 1), ("inotify watches", "watches", 1))
+
+
+class Soak:
+    def __init__(self, desktop, programs, minutes):
+        self.seconds = minutes * 60
+        self.steps = Steps(desktop, programs, random.Random(7))
+        self.vitals = Vitals(self.steps.connect.process.pid)
+        self.start = self.rest()
+        self.watches_of_paths = self.start.watches - self.steps.watched_folders()
+
+    def run(self):
+        self.use_until(self.seconds / 4)
+        self.warm = self.rest()
+        self.between_steps = self.use_until(self.seconds)
+        self.end = self.rest()
+        self.vitals.end()
+
+    def use_until(self, seconds):
+        """Returns what was seen after each step, when nothing was going on."""
+        samples = []
+        while self.vitals.age() < seconds:
+            self.steps.take_one()
+            self.steps.check_that_nothing_is_left()
+            self.check_watches()
+            samples.append(self.vitals.take())
+        return samples
+
+    def check_watches(self):
+        """One for each folder, and as many as ever for the way that leads to them."""
+        wanted = self.steps.watched_folders() + self.watches_of_paths
+        waiting.wait_for(f"{wanted} watches", lambda: self.vitals.watches() == wanted)
+
+    def rest(self):
+        """Waits until no thread is left that waits for work; a look at the session may need one."""
+        self.steps.check_that_nothing_is_left()
+        begin, fewest = time.monotonic(), self.vitals.threads()
+
+        def rests():
+            nonlocal fewest
+            threads = self.vitals.threads()
+            fewest = min(fewest, threads)
+            return threads == fewest and time.monotonic() - begin > SETTLING
+        waiting.wait_for("the program to rest", rests)
+        return self.vitals.take()
+
+    def check_growth(self):
+        for name in ("descriptors", "threads"):
+            before, after = getattr(self.warm, name), getattr(self.end, name)
+            assert after <= before, f"{name} have grown from {before} to {after}"
+        grown = self.growth()
+        assert grown <= LARGEST_GROWTH, f"private memory grew by {grown:.0f} KiB a minute"
+
+    def growth(self):
+        return growth(self.between_steps, "private")
+
+    def report(self):
+        yield f"| {self.vitals.age() / 60:.0f} minutes of use | at start | after warm-up | at end | peak |"
+        yield "| --- | ---: | ---: | ---: | ---: |"
+        for title, name, unit in ROWS:
+            values = [getattr(sample, name) for sample in (self.start, self.warm, self.end)]
+            cells = (f"{value / unit:.{unit > 1:d}f}" for value in (*values, self.vitals.peak(name)))
+            yield f"| {title} | {' | '.join(cells)} |"
+        yield ""
+        yield from self.steps.report()
+        yield f"Between the steps of the last three quarters, private memory grew by {self.growth():.1f} KiB a minute. " \
+            f"The program took {100 * self.end.processor / self.end.seconds:.1f} % of a core."
+
+    def write_samples(self, path):
+        with open(path, "w", newline="") as file:
+            rows = csv.writer(file)
+            rows.writerow(field.name for field in dataclasses.fields(self.start))
+            rows.writerows(dataclasses.astuple(sample) for sample in self.vitals.samples)
+
+
+def main():
+    programs, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[3]).resolve()
+    waiting.DEADLINE = 60.0  # Others may keep the machine busy.
+    with VirtualDesktop() as desktop:
+        try:
+            soak = Soak(desktop, programs, float(sys.argv[2]))
+            soak.run()
+            soak.write_samples(folder / "samples.csv")
+            print("\n".join(soak.report()))
+            soak.check_growth()
+        except (AssertionError, OSError) as failure:
+            desktop.keep_evidence(folder / "failure")
+            print(f"FAILED: {failure}. The evidence is in {folder / 'failure'}", file=sys.stderr)
+            return 1
+    return 0
+
+
+sys.exit(main())
