@@ -45,7 +45,7 @@ class Vitals:
         memory = (self.process / "smaps_rollup").read_text().split()
         ticks = (self.process / "stat").read_text().rpartition(")")[2].split()[11:13]
         sample = Sample(
-            round(self.age(), 1), int(memory[memory.index("Pss:") + 1]),
+            self.age(), int(memory[memory.index("Pss:") + 1]),
             int(memory[memory.index("Private_Dirty:") + 1]), len(os.listdir(self.process / "fd")),
             self.threads(), self.watches(), sum(map(int, ticks)) / os.sysconf("SC_CLK_TCK"))
         self.samples.append(sample)
@@ -77,5 +77,6 @@ class Vitals:
 def growth(samples, name):
     """A minute's growth: the median of the slopes between all pairs, which no single leap moves."""
     slopes = [(getattr(later, name) - getattr(earlier, name)) / (later.seconds - earlier.seconds)
-              for earlier, later in itertools.combinations(samples, 2)]
+              for earlier, later in itertools.combinations(samples, 2)
+              if later.seconds > earlier.seconds]
     return statistics.median(slopes) * 60 if slopes else 0.0
