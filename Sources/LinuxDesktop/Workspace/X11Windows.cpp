@@ -4,52 +4,21 @@
 #include <xcb/res.h>
 #include <xcb/xcbext.h>
 
-#include <algorithm>
-#include <set>
-#include <span>
+#include <array>
 #include <string_view>
 #include <sys/utsname.h>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace stemvault {
 
 namespace {
-
-constexpr std::uint32_t mostWords = 16384; // Of a property: more windows than anyone has.
 
 template <typename Reply> using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
 
 template <typename Reply> Owned<Reply> owned(Reply* reply)
 {
     return { reply, &std::free };
-}
-
-/// The values of a property of 32-bit items; none when it is absent or of another form.
-std::span<const std::uint32_t> words(const xcb_get_property_reply_t* reply)
-{
-    if (reply == nullptr || reply->format != 32)
-        return {};
-    const auto* const first = static_cast<const std::uint32_t*>(xcb_get_property_value(reply));
-    return { first, reply->value_len };
-}
-
-std::string_view bytes(const xcb_get_property_reply_t* reply)
-{
-    if (reply == nullptr || reply->format != 8)
-        return {};
-    return { static_cast<const char*>(xcb_get_property_value(reply)), reply->value_len };
-}
-
-bool holds(const xcb_get_property_reply_t* reply, xcb_atom_t atom)
-{
-    return std::ranges::find(words(reply), atom) != words(reply).end();
-}
-
-std::string_view beforeNul(std::string_view text)
-{
-    return text.substr(0, text.find('\0'));
 }
 
 std::string hostName()
@@ -184,114 +153,6 @@ void X11Windows::handleLoss()
     asked.clear();
     listed.clear();
     lost();
-}
-
-void X11Windows::askProperty(xcb_window_t window, xcb_atom_t property, PropertyAnswer answered)
-{
-    const auto cookie = xcb_get_property(
-        connection.get(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords);
-    questions.push_back({ cookie.sequence, [answered = std::move(answered)](const void* reply) {
-                             answered(static_cast<const xcb_get_property_reply_t*>(reply));
-                         } });
-}
-
-void X11Windows::askClientList()
-{
-    askProperty(root, atoms[ClientList], [this](const auto* reply) { takeClientList(reply); });
-}
-
-void X11Windows::askActiveWindow()
-{
-    askProperty(root, atoms[ActiveWindow], [this](const auto* reply) { takeActiveWindow(reply); });
-}
-
-void X11Windows::takeClientList(const xcb_get_property_reply_t* reply)
-{
-    const auto list = words(reply);
-    const std::set<xcb_window_t> present(list.begin(), list.end());
-    const auto isGone = [&](const auto& window) { return !present.contains(window.first); };
-    std::erase_if(asked, isGone);
-    if (std::erase_if(listed, isGone) > 0)
-        pending.list = true;
-    for (const xcb_window_t window : present)
-        if (!listed.contains(window) && asked.emplace(window, Asked {}).second)
-            askAbout(window);
-}
-
-void X11Windows::takeActiveWindow(const xcb_get_property_reply_t* reply)
-{
-    // A switch passes through "none", and a menu can lead back to where one was.
-    const auto window = words(reply).empty() ? xcb_window_t { 0 } : words(reply).front();
-    if (window == 0 || window == active)
-        return;
-    active = window;
-    pending.active = true;
-}
-
-void X11Windows::askAbout(xcb_window_t window)
-{
-    // A window can be gone and be listed anew before its answers are here.
-    const auto ask = [&](xcb_atom_t property, auto taken) {
-        askProperty(window, property, [this, window, taken](const auto* reply) {
-            if (const auto at = asked.find(window); at != asked.end() && reply != nullptr)
-                taken(at->second, reply);
-        });
-    };
-    if (canAskOwner)
-        askOwner(window);
-    ask(atoms[WindowPid], [](Asked& about, const auto* reply) {
-        if (!words(reply).empty())
-            about.claimedProcess = static_cast<pid_t>(words(reply).front());
-    });
-    ask(XCB_ATOM_WM_CLIENT_MACHINE, [this](Asked& about, const auto* reply) {
-        // The number means something on the machine that gave it out only.
-        if (about.found.process == 0 && beforeNul(bytes(reply)) == machine)
-            about.found.process = about.claimedProcess;
-    });
-    ask(XCB_ATOM_WM_CLASS, [](Asked& about, const auto* reply) {
-        const auto both = bytes(reply);
-        about.found.instance = beforeNul(both);
-        about.found.className =
-            beforeNul(both.substr(std::min(about.found.instance.size() + 1, both.size())));
-    });
-    ask(atoms[WindowType], [this](Asked& about, const auto* reply) {
-        about.found.isOrdinary = words(reply).empty() || holds(reply, atoms[WindowTypeNormal]);
-    });
-    askProperty(window, atoms[WindowState],
-        [this, window](const auto* reply) { takeState(window, reply); });
-}
-
-/// The server knows who is at the other end of the window's connection, whatever sandbox that is
-/// in.
-void X11Windows::askOwner(xcb_window_t window)
-{
-    const xcb_res_client_id_spec_t which { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
-    const auto cookie = xcb_res_query_client_ids(connection.get(), 1, &which);
-    questions.push_back(
-        { cookie.sequence, [this, window](const void* answer) {
-             const auto at = asked.find(window);
-             const auto* const reply = static_cast<const xcb_res_query_client_ids_reply_t*>(answer);
-             if (at == asked.end() || reply == nullptr)
-                 return;
-             for (auto ids = xcb_res_query_client_ids_ids_iterator(reply); ids.rem > 0;
-                  xcb_res_client_id_value_next(&ids))
-                 if ((ids.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0
-                     && xcb_res_client_id_value_value_length(ids.data) > 0)
-                     at->second.found.process =
-                         static_cast<pid_t>(*xcb_res_client_id_value_value(ids.data));
-         } });
-}
-
-/// The last of a window's answers: now it is listed.
-void X11Windows::takeState(xcb_window_t window, const xcb_get_property_reply_t* reply)
-{
-    auto about = asked.extract(window);
-    if (about.empty())
-        return;
-    ClientWindow& found = about.mapped().found;
-    found.isOrdinary = found.isOrdinary && !holds(reply, atoms[SkipTaskbar]);
-    listed.insert_or_assign(window, std::move(found));
-    pending.list = true;
 }
 
 } // namespace stemvault
