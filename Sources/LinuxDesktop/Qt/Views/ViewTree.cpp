@@ -6,7 +6,6 @@
 
 #include <QFrame>
 #include <QPainter>
-#include <QScrollBar>
 
 #include <algorithm>
 #include <utility>
@@ -44,44 +43,6 @@ Qt::Alignment placeOf(const Stack& stack, const View& child)
 }
 
 } // namespace
-
-ListArea::ListArea()
-{
-    setFrameShape(QFrame::NoFrame);
-    setWidgetResizable(true);
-    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFocusPolicy(Qt::NoFocus); // Its rows have it.
-    viewport()->setAutoFillBackground(false);
-    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
-}
-
-void ListArea::setLimit(int height)
-{
-    limit = height;
-    updateGeometry();
-}
-
-int ListArea::wholeHeight(int width) const
-{
-    if (!widget() || !widget()->layout())
-        return 0;
-    return widget()->layout()->totalHeightForWidth(width);
-}
-
-int ListArea::heightForWidth(int width) const
-{
-    const int whole = wholeHeight(width);
-    if (whole <= limit)
-        return whole;
-    return limit;
-}
-
-QSize ListArea::sizeHint() const
-{
-    return { 100, heightForWidth(width()) };
-}
 
 ViewTree::ViewTree(const View& view) : shown(view)
 {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "LinuxDesktop/Qt/Views/ListArea.h"
 #include "Platform/View.h"
 
 #include <QBoxLayout>
 #include <QPointer>
-#include <QScrollArea>
 #include <QWidget>
 
 #include <functional>
@@ -12,8 +12,6 @@
 #include <vector>
 
 namespace stemvault {
-
-class ListArea;
 
 /// One view on the screen, and those within it. Shown anew it changes what differs and leaves the
 /// rest alone: the keyboard's place and the scroll position stay.
@@ -59,22 +57,6 @@ private:
     QPointer<QWidget> outer;
     QWidget* inner = nullptr; ///< What holds the children of a stack.
     std::vector<std::unique_ptr<ViewTree>> children;
-};
-
-/// As high as its rows, up to a limit; beyond that it scrolls.
-class ListArea final : public QScrollArea {
-public:
-    ListArea();
-    void setLimit(int height);
-    [[nodiscard]] int wholeHeight(int width) const;
-
-    [[nodiscard]] QSize sizeHint() const override;
-    [[nodiscard]] QSize minimumSizeHint() const override { return sizeHint(); }
-    [[nodiscard]] bool hasHeightForWidth() const override { return true; }
-    [[nodiscard]] int heightForWidth(int width) const override;
-
-private:
-    int limit = QWIDGETSIZE_MAX;
 };
 
 } // namespace stemvault
