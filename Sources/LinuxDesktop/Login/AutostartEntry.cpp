@@ -1,12 +1,12 @@
 #include "LinuxDesktop/Login/AutostartEntry.h"
 
 #include "Foundation/HomeDirectory.h"
+#include "LinuxDesktop/Login/AutostartText.h"
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
@@ -27,68 +27,11 @@ std::string environment(const char* name)
     return value ? value : "";
 }
 
-/// As a value of a desktop entry: a backslash begins an escape there, and blanks at the end of a
-/// line do not count.
-std::string asValue(std::string_view text)
+/// Empty when there is no such file.
+std::string contentOf(const std::string& path)
 {
-    constexpr std::string_view escapes = "\\\\\nn\tt\rr"; // Each with its letter behind it.
-    std::string value;
-    for (const char character : text) {
-        const auto escape = escapes.find(character);
-        if (escape % 2 == 0)
-            value.append({ '\\', escapes[escape + 1] });
-        else
-            value += character;
-    }
-    if (value.ends_with(' '))
-        value.replace(value.size() - 1, 1, "\\s");
-    return value;
-}
-
-/// As the one word of a command line: quoted, and with the field codes' percent sign doubled.
-std::string asCommand(std::string_view path)
-{
-    std::string quoted = "\"";
-    for (const char character : path) {
-        if (std::string_view("\"`$\\").find(character) != std::string_view::npos)
-            quoted += '\\';
-        quoted += character;
-        if (character == '%')
-            quoted += '%';
-    }
-    return asValue(quoted + "\"");
-}
-
-std::string entryFor(const std::string& executable)
-{
-    return "[Desktop Entry]\n"
-           "Type=Application\n"
-           "Name=Stemvault Connect\n"
-           "Comment=Puts each bounce of the open session into its Stemvault folder\n"
-           "Icon=net.stemvault.Connect\n"
-           "Exec="
-        + asCommand(executable)
-        + "\n"
-          "TryExec="
-        + asValue(executable)
-        + "\n"
-          "Terminal=false\n"
-          "StartupNotify=false\n"
-          "X-GNOME-Autostart-enabled=true\n";
-}
-
-/// Whether a line switches the entry off: each desktop has its own way.
-bool isSwitchedOff(std::string line)
-{
-    std::erase_if(line,
-        [](char character) { return character == ' ' || character == '\t' || character == '\r'; });
-    constexpr std::array switches = { std::string_view("Hidden=true"),
-        std::string_view("X-GNOME-Autostart-enabled=false"),
-        std::string_view("X-MATE-Autostart-enabled=false") };
-    for (const std::string_view off : switches)
-        if (line == off)
-            return true;
-    return false;
+    std::ifstream file(path, std::ios::binary);
+    return { std::istreambuf_iterator<char>(file), {} };
 }
 
 Failure failure(int error)
@@ -125,20 +68,8 @@ std::string AutostartEntry::path() const
 
 LoginItemStatus AutostartEntry::status() const
 {
-    std::ifstream file(path());
-    if (!file)
-        return LoginItemStatus::NotRegistered;
-    bool isInEntry = false;
-    bool isEntry = false;
-    for (std::string line; std::getline(file, line);) {
-        line.erase(0, line.find_first_not_of(" \t"));
-        if (line.starts_with('['))
-            isInEntry = line.starts_with("[Desktop Entry]");
-        isEntry = isEntry || isInEntry;
-        if (isInEntry && isSwitchedOff(line))
-            return LoginItemStatus::NotRegistered;
-    }
-    return isEntry ? LoginItemStatus::Enabled : LoginItemStatus::NotRegistered;
+    return isSwitchedOn(contentOf(path())) ? LoginItemStatus::Enabled
+                                           : LoginItemStatus::NotRegistered;
 }
 
 // Written beside and moved into place, so that no session start reads half of it.
@@ -150,10 +81,11 @@ Result<void> AutostartEntry::registerItem()
     fs::create_directories(autostartFolder, error);
     if (error)
         return failure(error.value());
+    const std::string text = switchedOn(contentOf(path()), program);
     const std::string draft = path() + ".new";
     {
         std::ofstream file(draft, std::ios::binary | std::ios::trunc);
-        file << entryFor(program);
+        file << text;
         if (!file.flush()) {
             fs::remove(draft, error);
             return failure(EIO);

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace stemvault {
+
+/// Whether a desktop that finds this text as an autostart entry starts the program.
+[[nodiscard]] bool isSwitchedOn(std::string_view text);
+
+/// An entry that starts the executable. What the text before holds besides, a key that the user
+/// has written for instance, stays.
+[[nodiscard]] std::string switchedOn(std::string_view before, const std::string& executable);
+
+} // namespace stemvault
