@@ -13,8 +13,12 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <algorithm>
+#include <array>
 
 namespace stemvault {
 
@@ -43,6 +47,26 @@ QString fitting(const QString& item, const QWidget& box, int width)
 {
     constexpr int frameAndArrow = 48;
     return box.fontMetrics().elidedText(item, Qt::ElideMiddle, width - frameAndArrow);
+}
+
+/// A text that is too long for the screen scrolls, so that the buttons below it stay in reach.
+QScrollArea* scrollArea(TextBlock* text, int height)
+{
+    auto* area = new QScrollArea;
+    area->setFrameShape(QFrame::NoFrame);
+    area->setFocusPolicy(Qt::NoFocus);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidget(text);
+    text->setAutoFillBackground(false);
+    area->viewport()->setAutoFillBackground(false);
+    area->setFixedSize(text->width() + gap + area->verticalScrollBar()->sizeHint().width(), height);
+    return area;
+}
+
+bool isScrollKey(const QKeyEvent& event)
+{
+    constexpr std::array keys = { Qt::Key_PageUp, Qt::Key_PageDown, Qt::Key_Home, Qt::Key_End };
+    return std::ranges::find(keys, event.key()) != keys.end();
 }
 
 QFont messageFont(QFont font)
@@ -101,7 +125,13 @@ void AlertWindow::addTexts(const Alert& alert, QBoxLayout& column)
     if (alert.informativeText.empty())
         return;
     column.addSpacing(6);
-    column.addWidget(new TextBlock(displayLines(alert.informativeText), width, font()));
+    auto* text = new TextBlock(displayLines(alert.informativeText), width, font());
+    const int highest = screen()->availableGeometry().height() / 2;
+    if (text->height() <= highest)
+        return column.addWidget(text);
+    QScrollArea* area = scrollArea(text, highest);
+    scrollBar = area->verticalScrollBar();
+    column.addWidget(area);
 }
 
 void AlertWindow::addAccessory(const PopUpButton& accessory, QBoxLayout& column)
@@ -173,6 +203,10 @@ void AlertWindow::keyPressEvent(QKeyEvent* event)
 {
     if (event->matches(QKeySequence::Copy)) {
         QGuiApplication::clipboard()->setText(QString::fromStdString(texts));
+        return;
+    }
+    if (scrollBar && isScrollKey(*event)) {
+        QCoreApplication::sendEvent(scrollBar, event);
         return;
     }
     if (!event->matches(QKeySequence::Cancel))

@@ -12,6 +12,7 @@ class QBoxLayout;
 class QComboBox;
 class QLineEdit;
 class QPushButton;
+class QScrollBar;
 
 namespace stemvault {
 
@@ -19,7 +20,8 @@ class TextBlock;
 
 /// An alert on the screen. Its result is a response of the alert, or 0 when it was closed without a
 /// button. Return presses the default button, Escape the one titled "Cancel". A lone button is also
-/// pressed by Escape and by closing the window. Copying copies the texts.
+/// pressed by Escape and by closing the window. Copying copies the texts. A long text scrolls, by
+/// the page keys too.
 class AlertWindow final : public QDialog {
     Q_OBJECT
 public:
@@ -49,6 +51,7 @@ private:
     QPushButton* escapeButton = nullptr;
     QComboBox* popUp = nullptr;
     QLineEdit* textField = nullptr;
+    QScrollBar* scrollBar = nullptr; ///< Of a text that is too long for the screen.
     std::string initialText;
     TextBlock* message = nullptr;
 };

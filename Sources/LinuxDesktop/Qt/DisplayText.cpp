@@ -7,9 +7,8 @@ namespace stemvault {
 namespace {
 
 constexpr qsizetype longestLine = 280;
-// A link that the user is to copy, or a paragraph of release notes, must come through whole.
-constexpr qsizetype longestParagraph = 1500;
-constexpr qsizetype mostLines = 24;
+// Release notes, or a link that the user is to copy, come through whole.
+constexpr qsizetype longestText = 20'000;
 constexpr QChar ellipsis(0x2026);
 
 // Marks of direction (U+200E, U+200F, U+061C) stay: they belong to names in right-to-left scripts
@@ -66,14 +65,11 @@ QString displayLine(std::string_view text)
 
 QString displayLines(std::string_view text)
 {
-    QStringList lines = decoded(text).split(u'\n');
-    if (lines.size() > mostLines) {
-        const QStringList tail = lines.last(mostLines / 2);
-        lines = lines.first(mostLines - tail.size() - 1) << QString(ellipsis) << tail;
-    }
+    QStringList lines =
+        decoded(text).replace(QLatin1String("\r\n"), QLatin1String("\n")).split(u'\n');
     for (QString& line : lines)
-        line = withShortMiddle(withoutControls(line), longestParagraph);
-    return lines.join(u'\n');
+        line = withoutControls(line.replace(u'\t', QStringLiteral("    ")));
+    return withShortMiddle(lines.join(u'\n'), longestText);
 }
 
 QString displayTitle(std::string_view text)

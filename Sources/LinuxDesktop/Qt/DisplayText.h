@@ -14,8 +14,8 @@ namespace stemvault {
 /// One line: line feeds become pictures too.
 [[nodiscard]] QString displayLine(std::string_view text);
 
-/// Several lines: a line feed ends one. Lines that only a hostile name can need, and lines beyond
-/// the dozen that an alert has room for, are shortened in the middle.
+/// Several lines: a line feed ends one, and a tab is a few blanks. Only a hostile text is so long
+/// that its middle is cut.
 [[nodiscard]] QString displayLines(std::string_view text);
 
 /// One line for a control that takes an ampersand for the mark of a shortcut.

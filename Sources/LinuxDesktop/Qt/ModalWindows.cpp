@@ -84,7 +84,8 @@ void ModalWindows::place(QDialog& window) const
         corner = open.back()->geometry().topLeft() + QPoint(cascade, cascade);
         window.windowHandle()->setTransientParent(open.back()->windowHandle());
     }
-    window.move(corner);
+    window.move(std::clamp(corner.x(), area.left(), qMax(area.left(), area.right() - size.width())),
+        std::clamp(corner.y(), area.top(), qMax(area.top(), area.bottom() - size.height())));
 }
 
 } // namespace stemvault

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Qt/TextBlock.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QTextLayout>
 #include <QtMath>
@@ -26,7 +27,7 @@ void TextBlock::nameControl(QWidget& control)
     setBuddy(&control);
 }
 
-// The layout is made anew for each painting: a label shows a few lines a few times.
+// The layout is made anew for each painting: a label is painted a few times.
 void TextBlock::setUp(QTextLayout& layout) const
 {
     QTextOption option(Qt::AlignLeft);
@@ -44,13 +45,13 @@ void TextBlock::setUp(QTextLayout& layout) const
     layout.endLayout();
 }
 
-void TextBlock::paintEvent(QPaintEvent* /*event*/)
+void TextBlock::paintEvent(QPaintEvent* event)
 {
     QTextLayout layout;
     setUp(layout);
     QPainter painter(this);
     painter.setPen(palette().color(foregroundRole()));
-    layout.draw(&painter, { 0, 0 });
+    layout.draw(&painter, { 0, 0 }, {}, event->rect());
 }
 
 } // namespace stemvault

@@ -11,7 +11,7 @@
 namespace stemvault {
 namespace {
 
-const UserNotification added { "id", "Added & done", "A<b> & C.wav → Client\tA",
+const UserNotification added { "id", "Added & done", "A<b> & C.wav → Client\x1B" "A",
     UserNotificationSound::Default };
 
 struct NotificationTest : testing::Test, UserNotificationCenterDelegate {
@@ -61,7 +61,7 @@ TEST_F(NotificationTest, TheBodyIsMarkupOnlyToAServerThatReadsIt)
     EXPECT_EQ(asked, 1);
     EXPECT_EQ(shown[0][2], "file:///r/icon.png");
     EXPECT_EQ(shown[0][3], "Added & done");
-    EXPECT_EQ(shown[0][4], "A&lt;b&gt; &amp; C.wav → Client\u2409A");
+    EXPECT_EQ(shown[0][4], "A&lt;b&gt; &amp; C.wav → Client\u241BA");
     const auto hints = qdbus_cast<QVariantMap>(shown[0][6]);
     EXPECT_EQ(hints["desktop-entry"], "net.stemvault.Connect");
     EXPECT_EQ(hints["urgency"].typeId(), QMetaType::UChar);
@@ -73,7 +73,7 @@ TEST_F(NotificationTest, TheBodyIsMarkupOnlyToAServerThatReadsIt)
     startServer();
     ASSERT_TRUE(happens([this] {
         center.add(added);
-        return shown.back()[4] == "A<b> & C.wav → Client\u2409A";
+        return shown.back()[4] == "A<b> & C.wav → Client\u241BA";
     }));
     EXPECT_EQ(asked, 2);
 }

@@ -29,15 +29,12 @@ TEST(DisplayTextTest, NamesAreShownHarmlesslyAndOtherwiseAsTheyStand)
 
 TEST(DisplayTextTest, LinesBreakWhereTheTextSaysAndStayWithinReason)
 {
-    EXPECT_EQ(displayLines("Mix\t1.wav\nfrom A\n\n+ 2 more waiting"),
-        QString("Mix\u24091.wav\nfrom A\n\n+ 2 more waiting"));
+    EXPECT_EQ(displayLines("One\r\n\tTwo\nfrom\x1B A\n\n+ 2 more"),
+        QString("One\n    Two\nfrom\u241B A\n\n+ 2 more"));
 
-    const QString many = displayLines(std::string(100, '\n') + "from A");
-    EXPECT_EQ(many.count('\n'), 23);
-    EXPECT_TRUE(many.endsWith("\nfrom A"));
-
-    const std::string link = "https://example.com/?title=" + std::string(1400, 'x');
-    EXPECT_EQ(displayLines(link), QString::fromStdString(link)) << "a link to copy stays whole";
+    const std::string notes(200, '\n');
+    EXPECT_EQ(displayLines(notes), QString::fromStdString(notes)) << "release notes stay whole";
+    EXPECT_LT(displayLines(std::string(1'000'000, 'x')).size(), 25'000);
 
     std::string guitars; // The middle must not be cut through a pair of surrogates.
     for (int guitar = 0; guitar < 200; ++guitar)

@@ -10,6 +10,9 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 
 namespace stemvault {
 namespace {
@@ -147,6 +150,28 @@ TEST_F(QtDialogsTest, TheArrowsChooseAndAScreenReaderKnowsWhat)
     const AlertAnswer answer = dialogs.runModal(question({ "Add", "Skip" }));
     EXPECT_EQ(answer.response, 1000);
     EXPECT_EQ(answer.indexOfSelectedItem, 1);
+}
+
+TEST_F(QtDialogsTest, ALongTextScrollsAndTheAlertStaysOnTheScreen)
+{
+    const std::string rows[] = { std::string(200, '\n'), std::string(5'000, 'W') };
+    for (const std::string& notes : rows) {
+        Alert alert = question({ "Download", "Later" });
+        alert.informativeText = notes + "the end";
+        meanwhile<AlertWindow>([](AlertWindow& window) {
+            const QRect screen = window.screen()->availableGeometry();
+            EXPECT_LE(window.height(), screen.height() - 60) << "with room for a title";
+            EXPECT_LE(window.width(), screen.width());
+            auto* bar = window.findChild<QScrollArea*>()->verticalScrollBar();
+            button(window, "Later").setFocus();
+            press(window, Qt::Key_End);
+            EXPECT_EQ(bar->value(), bar->maximum());
+            press(window, Qt::Key_PageUp);
+            EXPECT_LT(bar->value(), bar->maximum());
+            press(window, Qt::Key_Return);
+        });
+        EXPECT_EQ(dialogs.runModal(alert).response, 1001);
+    }
 }
 
 TEST_F(QtDialogsTest, AnAlertOverAnotherIsAnsweredFirst)
