@@ -1,14 +1,12 @@
 #include "LinuxDesktop/Qt/ApplicationAdaptor.h"
 
+#include "LinuxDesktop/Qt/WindowActivation.h"
+
 namespace stemvault {
 
-// The token of the click that started us is what lets a Wayland desktop put our window in front;
-// the toolkit looks for it in the environment.
 void ApplicationAdaptor::Activate(const QVariantMap& platformData)
 {
-    if (const QByteArray token = platformData.value("activation-token").toByteArray();
-        !token.isEmpty())
-        qputenv("XDG_ACTIVATION_TOKEN", token);
+    takeActivationToken(platformData.value("activation-token").toByteArray());
     if (onActivate)
         onActivate();
 }

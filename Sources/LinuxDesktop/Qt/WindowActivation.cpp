@@ -6,11 +6,14 @@
 #include <QWindow>
 #include <xcb/xcb.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace stemvault {
 
@@ -35,8 +38,10 @@ public:
         const std::optional<xcb_timestamp_t> time = serverTime();
         if (!time)
             return;
+        bringHere(window);
         setUserTime(window, *time);
-        sendActivate(window, *time);
+        // As a pager would ask (source 2): an ordinary program's request may only be noted.
+        send(window, "_NET_ACTIVE_WINDOW", 2, *time);
         xcb_flush(connection.get());
     }
 
@@ -71,16 +76,38 @@ private:
             atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 32, 1, &time);
     }
 
-    // As a pager would ask (source 2): an ordinary program's request may only be marked as waiting.
-    void sendActivate(xcb_window_t window, xcb_timestamp_t time)
+    // Some window managers show neither another workspace nor a minimised window when they are
+    // asked to activate it: it is had onto the user's workspace, and mapped, which ends its being
+    // minimised.
+    void bringHere(xcb_window_t window)
+    {
+        constexpr std::uint32_t onEveryWorkspace = 0xFFFFFFFF;
+        const auto here = number(root, "_NET_CURRENT_DESKTOP");
+        const auto there = number(window, "_NET_WM_DESKTOP");
+        if (here && there && *there != *here && *there != onEveryWorkspace)
+            send(window, "_NET_WM_DESKTOP", *here, 2);
+        xcb_map_window(connection.get(), window);
+    }
+
+    [[nodiscard]] std::optional<std::uint32_t> number(xcb_window_t window, std::string_view name)
+    {
+        const auto asked =
+            xcb_get_property(connection.get(), 0, window, atom(name), XCB_ATOM_CARDINAL, 0, 1);
+        const auto answer = owned(xcb_get_property_reply(connection.get(), asked, nullptr));
+        if (!answer || answer->format != 32 || answer->value_len == 0)
+            return std::nullopt;
+        return *static_cast<const std::uint32_t*>(xcb_get_property_value(answer.get()));
+    }
+
+    void send(xcb_window_t window, std::string_view type, std::uint32_t first, std::uint32_t second)
     {
         xcb_client_message_event_t message {};
         message.response_type = XCB_CLIENT_MESSAGE;
         message.format = 32;
         message.window = window;
-        message.type = atom("_NET_ACTIVE_WINDOW");
-        message.data.data32[0] = 2;
-        message.data.data32[1] = time;
+        message.type = atom(type);
+        message.data.data32[0] = first;
+        message.data.data32[1] = second;
         xcb_send_event(connection.get(), 0, root,
             XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
             reinterpret_cast<const char*>(&message));
@@ -98,30 +125,52 @@ void activateNow(QWindow& window)
         WindowManagerMessage().activate(static_cast<xcb_window_t>(window.winId()));
 }
 
-/// Does something with a window once it is on the screen, and so known to the window manager.
-class OnceExposed final : public QObject {
+/// Knows whether the window manager has a window in its care. Once it has been on the screen it
+/// has, out of sight too: minimised, or on another workspace. Then no exposure is to be waited for.
+class Care final : public QObject {
 public:
     using Action = void (*)(QWindow&);
 
-    OnceExposed(QWindow& awaited, Action then) : QObject(&awaited), action(then)
+    static Care& of(QWindow& window)
     {
-        awaited.installEventFilter(this);
+        for (QObject* child : window.children())
+            if (auto* care = dynamic_cast<Care*>(child))
+                return *care;
+        return *new Care(window);
+    }
+
+    /// At once, or as soon as the window has come up.
+    void whenTaken(Action action)
+    {
+        if (isTaken)
+            action(window);
+        else if (std::ranges::find(waiting, action) == waiting.end())
+            waiting.push_back(action);
     }
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
     {
-        auto& window = static_cast<QWindow&>(*watched);
+        if (event->type() == QEvent::Hide)
+            isTaken = false;
         if (event->type() == QEvent::Expose && window.isExposed()) {
-            window.removeEventFilter(this);
-            deleteLater();
-            action(window);
+            isTaken = true;
+            for (const Action action : std::exchange(waiting, {}))
+                action(window);
         }
         return false;
     }
 
 private:
-    Action action;
+    explicit Care(QWindow& watched)
+        : QObject(&watched), window(watched), isTaken(watched.isExposed())
+    {
+        watched.installEventFilter(this);
+    }
+
+    QWindow& window;
+    std::vector<Action> waiting;
+    bool isTaken;
 };
 
 } // namespace
@@ -129,10 +178,7 @@ private:
 void bringToFront(QWidget& window)
 {
     window.winId(); // Makes the native window.
-    if (window.windowHandle()->isExposed())
-        activateNow(*window.windowHandle());
-    else
-        new OnceExposed(*window.windowHandle(), &activateNow);
+    Care::of(*window.windowHandle()).whenTaken(&activateNow);
 }
 
 // The toolkit asks for the keyboard on behalf of every modal window, whatever it was told; a window
@@ -142,8 +188,15 @@ void showWithoutKeyboard(QWidget& window)
     window.setAttribute(Qt::WA_ShowWithoutActivating);
     window.setWindowFlag(Qt::WindowDoesNotAcceptFocus);
     window.winId();
-    new OnceExposed(*window.windowHandle(),
-        [](QWindow& shown) { shown.setFlag(Qt::WindowDoesNotAcceptFocus, false); });
+    Care::of(*window.windowHandle()).whenTaken([](QWindow& shown) {
+        shown.setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    });
+}
+
+void takeActivationToken(const QByteArray& token)
+{
+    if (!token.isEmpty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        qputenv("XDG_ACTIVATION_TOKEN", token);
 }
 
 } // namespace stemvault

@@ -1,6 +1,7 @@
 #include "LinuxDesktop/Qt/Tray/StatusNotifierItem.h"
 
 #include "LinuxDesktop/Qt/Identity.h"
+#include "LinuxDesktop/Qt/WindowActivation.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -78,10 +79,9 @@ void StatusNotifierItem::SecondaryActivate(int x, int y)
 
 void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) { }
 
-// The toolkit uses it up with the next window that it activates.
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token)
 {
-    qputenv("XDG_ACTIVATION_TOKEN", token.toUtf8());
+    takeActivationToken(token.toUtf8());
 }
 
 } // namespace stemvault
