@@ -4,6 +4,7 @@
 #include "LinuxDesktop/Qt/Views/SymbolImage.h"
 #include "LinuxDesktop/Qt/Views/ViewStyle.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 #include <QSignalBlocker>
 
@@ -113,6 +114,14 @@ void ViewButton::paintEvent(QPaintEvent* /*event*/)
     }
     painter.setPen(ink());
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, shownTitle(shown));
+}
+
+void ViewButton::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        click();
+    else
+        QPushButton::keyPressEvent(event);
 }
 
 void ViewButton::enterEvent(QEnterEvent* event)

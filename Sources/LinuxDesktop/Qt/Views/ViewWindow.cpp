@@ -49,7 +49,7 @@ void ViewWindow::draw()
 {
     isDrawingDue = false;
     const View view = body();
-    if (tree && tree->canShow(view)) {
+    if (tree && !std::exchange(isOfAnotherFont, false) && tree->canShow(view)) {
         tree->show(view);
     } else {
         tree = std::make_unique<ViewTree>(view);
@@ -128,8 +128,10 @@ void ViewWindow::showEvent(QShowEvent* event)
 bool ViewWindow::event(QEvent* event)
 {
     const bool isHandled = QDialog::event(event);
-    if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange)
+    if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange) {
+        isOfAnotherFont = true;
         drawSoon();
+    }
     return isHandled;
 }
 
