@@ -80,8 +80,13 @@ void FolderPresence::apply(const std::string& path, bool isMissingNow)
 void FolderPresence::end(const std::shared_ptr<Walk>& walk)
 {
     std::erase(walks, walk);
-    if (!next.empty())
-        look(std::exchange(next, {}));
+    auto paths = std::exchange(next, {});
+    // A drive that was only slow: what lies beside it was left out so far.
+    if (paths.empty() && walk->isLeftBehind)
+        paths.assign(walk->paths.begin() + static_cast<std::ptrdiff_t>(walk->position.load()),
+            walk->paths.end());
+    if (!paths.empty())
+        look(std::move(paths));
 }
 
 // A walk that has not moved between two glances is stuck.
