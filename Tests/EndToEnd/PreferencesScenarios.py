@@ -3,7 +3,7 @@
 import unittest
 
 from Scenario import PROGRAMS, Scenario
-from virtual_desktop import Tray, UpdateFeed, wait_for
+from virtual_desktop import OlderTray, Tray, UpdateFeed, wait_for
 
 ROWS = ["-", "Preferences…", "Check for Updates…", "-", "Quit Stemvault Connect"]
 
@@ -16,6 +16,21 @@ class TrayScenarios(Scenario):
         tray.end()
         tray.start()
         self.assertEqual(tray.item().titles(), ["No session detected", *ROWS])
+
+    def test_so_it_is_in_a_tray_of_the_older_kind(self):
+        self.start()
+        tray = OlderTray(self.desktop).start()
+        tray.icon()
+        tray.end()
+        tray.start()
+        for button in (1, 3):
+            rows = tray.open_menu(self.connect.process, button)
+            self.assertEqual(rows, ["No session detected", *(row for row in ROWS if row != "-")])
+            self.desktop.display.press_key("Escape")
+            wait_for("the menu to close", lambda: not self.desktop.display.pop_ups())
+        tray.open_menu(self.connect.process)
+        self.desktop.display.press_keys("Control_L", "q")
+        self.assertEqual(self.connect.process.wait(timeout=10), 0)
 
     def test_the_rows_tell_of_the_session_and_the_last_copy(self):
         tray = Tray(self.desktop).start()
@@ -77,6 +92,17 @@ class PreferencesScenarios(Scenario):
         self.desktop.display.press_key("Escape")
         window.wait_until_closed()
         self.open().focus()
+        self.desktop.display.press_keys("Control_L", "q")
+        self.assertEqual(self.connect.process.wait(timeout=10), 0)
+
+    def test_they_come_to_the_front_from_wherever_they_are(self):
+        self.start()
+        window = self.open()
+        window.focus()
+        for hide in (lambda: self.desktop.display.show_workspace(1),
+                     lambda: self.desktop.display.minimise(window.id())):
+            hide()
+            self.open().focus()
 
     def test_folders_come_and_go_at_once(self):
         self.start(folders=[self.client_a])

@@ -14,9 +14,10 @@ from .accessibility import Accessibility, Window
 from .connect import StemvaultConnect
 from .daw import StandInDaw
 from .desktop import VirtualDesktop
+from .older_tray import OlderTray
 from .tray import Tray
 from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
-__all__ = ["Accessibility", "StandInDaw", "StemvaultConnect", "TimedOut", "Tray", "UpdateFeed",
-           "VirtualDesktop", "Window", "wait_for"]
+__all__ = ["Accessibility", "OlderTray", "StandInDaw", "StemvaultConnect", "TimedOut", "Tray",
+           "UpdateFeed", "VirtualDesktop", "Window", "wait_for"]

@@ -3,6 +3,8 @@
 The calls go over the accessibility bus directly: no cache of a client library can be stale.
 """
 
+import itertools
+
 import dbus
 import dbus.bus
 
@@ -14,6 +16,8 @@ EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 WINDOW_ROLES = ("alert", "dialog", "frame", "window")
 BUTTON_ROLES = ("push button", "button")
 TEXT = "org.a11y.atspi.Text"
+# Menus of Qt are in no window. Qt numbers what it tells of from here; what is gone leaves a gap.
+FIRST_OF_QT, LARGEST_GAP = 2**31, 100
 CHECKED, SELECTED, SENSITIVE, SHOWING = 4, 23, 24, 25
 
 
@@ -43,6 +47,29 @@ class Accessibility:
     def window(self, name):
         """The window of that name, as soon as there is one."""
         return wait_for(f'a window "{name}"', lambda: self.find_window(name))
+
+    def owners(self, process):
+        """A process as the bus knows it. The list of programs there is not always complete."""
+        return [name for name in self.bus.list_names()
+                if name.startswith(":") and self._process_of(name) == process
+                and Node(self.bus, name, "/org/a11y/atspi/accessible/root").role() != "gone"]
+
+    def qt_menus(self, owner):
+        """All that is in the open menus of a Qt program."""
+        gone = 0
+        for number in itertools.count(FIRST_OF_QT):
+            node = Node(self.bus, owner, f"/org/a11y/atspi/accessible/{number}")
+            role = node.role()
+            gone = gone + 1 if role == "gone" else 0
+            if gone > LARGEST_GAP:
+                return
+            if role == "popup menu" and node.has_state(SHOWING):
+                yield from node.walk()
+
+    def _process_of(self, name):
+        return int(self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                          "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
+                                          (name,)))
 
     def dump(self):
         """Every window with all that is in it, a line for each thing."""

@@ -56,12 +56,7 @@ class Display:
     def activate(self, window):
         """Does what a click on the window's title does, and waits until it has the keyboard."""
         source_is_user = 2
-        self.root.send_event(
-            event.ClientMessage(
-                window=self._window(window), client_type=self._atom("_NET_ACTIVE_WINDOW"),
-                data=(32, [source_is_user, X.CurrentTime, 0, 0, 0])),
-            event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
-        self.connection.flush()
+        self._tell_root(self._window(window), "_NET_ACTIVE_WINDOW", source_is_user, X.CurrentTime)
         self.wait_for_keyboard(window)
 
     def wait_for_keyboard(self, window):
@@ -91,6 +86,35 @@ class Display:
         self.root.warp_pointer(left + width // 2, top + height // 3)
         self.connection.sync()
 
+    def click(self, window, button=1):
+        """Presses a button of the mouse in the middle of a window."""
+        size = self._window(window).get_geometry()
+        corner = self.root.translate_coords(self._window(window), 0, 0)
+        self.root.warp_pointer(corner.x + size.width // 2, corner.y + size.height // 2)
+        for kind in (X.ButtonPress, X.ButtonRelease):
+            xtest.fake_input(self.connection, kind, button)
+        self.connection.sync()
+
+    def embedded_window(self, outer):
+        """The first window on the screen that another program has put into a window."""
+        for child in self._window(outer).query_tree().children:
+            if self._property(child, "_XEMBED_INFO") \
+                    and child.get_attributes().map_state == X.IsViewable:
+                return child.id
+            if found := self.embedded_window(child.id):
+                return found
+        return None
+
+    def show_workspace(self, number):
+        self._tell_root(self.root, "_NET_CURRENT_DESKTOP", number, X.CurrentTime)
+        wait_for(f"workspace {number}",
+                 lambda: self._property(self.root, "_NET_CURRENT_DESKTOP") == [number])
+
+    def minimise(self, window):
+        iconic = 3
+        self._tell_root(self._window(window), "WM_CHANGE_STATE", iconic)
+        wait_for("the window to go", lambda: self.active_window() != window)
+
     def set_background(self, colour):
         self.root.change_attributes(background_pixel=colour)
         self.root.clear_area()
@@ -115,6 +139,15 @@ class Display:
         width = min(geometry.width + border, self.screen.width_in_pixels - left)
         height = min(geometry.height + border, self.screen.height_in_pixels - top)
         return left, top, width, height
+
+    def _tell_root(self, window, message, *numbers):
+        """Asks the window manager for something that concerns a window."""
+        data = [*numbers, 0, 0, 0, 0, 0][:5]
+        self.root.send_event(
+            event.ClientMessage(
+                window=window, client_type=self._atom(message), data=(32, data)),
+            event_mask=X.SubstructureRedirectMask | X.SubstructureNotifyMask)
+        self.connection.flush()
 
     def _window(self, window):
         return self.connection.create_resource_object("window", window)

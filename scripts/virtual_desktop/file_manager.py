@@ -3,15 +3,12 @@ of the selection opened, and an entry chosen."""
 
 import itertools
 
-from .accessibility import Node
 from .processes import end_process
 from .waiting import TimedOut, wait_for
 
 COMMANDS = {"caja": ["caja", "--no-desktop"], "nemo": ["nemo"], "pcmanfm-qt": ["pcmanfm-qt"],
             "thunar": ["thunar"]}
 MENU_ROLES = ("menu", "menu item")
-# Menus of Qt are in no window. Qt numbers what it tells of from here; what is gone leaves a gap.
-FIRST_OF_QT, LARGEST_GAP = 2**31, 100
 
 
 class FileManager:
@@ -73,33 +70,15 @@ class FileManager:
 
     def _menu_nodes(self):
         """All that is in the open menus."""
+        accessibility = self.desktop.accessibility
         if self.name == "pcmanfm-qt":
-            return itertools.chain.from_iterable(map(self._qt_menus, self._owners()))
-        windows = self.desktop.accessibility.windows()
+            return itertools.chain.from_iterable(map(accessibility.qt_menus, self._owners()))
+        windows = accessibility.windows()
         return (node for window in windows if window.node.role() == "window"
                 for node in window.node.walk())
 
     def _owners(self):
-        """The manager on the accessibility bus. Its list of programs is not always complete."""
-        bus = self.desktop.accessibility.bus
-
-        def process(name):
-            return bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                     "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s", (name,))
-        return [name for name in bus.list_names()
-                if name.startswith(":") and process(name) == self.process.pid
-                and Node(bus, name, "/org/a11y/atspi/accessible/root").role() != "gone"]
-
-    def _qt_menus(self, owner):
-        gone = 0
-        for number in itertools.count(FIRST_OF_QT):
-            node = Node(self.desktop.accessibility.bus, owner, f"/org/a11y/atspi/accessible/{number}")
-            role = node.role()
-            gone = gone + 1 if role == "gone" else 0
-            if gone > LARGEST_GAP:
-                return
-            if role == "popup menu":
-                yield from node.walk()
+        return self.desktop.accessibility.owners(self.process.pid)
 
     def _choose_icons(self):
         """Outside of its own desktop this one finds no icons by itself."""

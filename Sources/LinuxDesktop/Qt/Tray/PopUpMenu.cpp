@@ -2,6 +2,12 @@
 
 #include "LinuxDesktop/Qt/Tray/MenuRow.h"
 
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPalette>
+
+#include <algorithm>
+
 namespace stemvault {
 
 namespace {
@@ -16,6 +22,19 @@ QIcon iconOf(const MenuRow& row)
     icon.addPixmap(picture, QIcon::Normal);
     icon.addPixmap(picture, QIcon::Disabled);
     return icon;
+}
+
+// Rows that only tell something are there to be read: fainter than the others, and without the
+// shine with which the style would blur them.
+QPalette readablePalette()
+{
+    QPalette palette = QGuiApplication::palette();
+    QColor faint = palette.color(QPalette::Text);
+    faint.setAlphaF(0.62F);
+    for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
+        palette.setColor(QPalette::Disabled, role, faint);
+    palette.setColor(QPalette::Disabled, QPalette::Light, Qt::transparent);
+    return palette;
 }
 
 } // namespace
@@ -33,13 +52,25 @@ PopUpMenu::PopUpMenu(TrayMenu& shown) : menu(shown)
         rows.push_back(action);
     }
     connect(this, &QMenu::aboutToShow, this, &PopUpMenu::refresh);
-    refresh();
+}
+
+// The toolkit shows the keys of the rows and leaves them to windows, which this program may not
+// have.
+void PopUpMenu::keyPressEvent(QKeyEvent* event)
+{
+    const QKeySequence pressed(event->keyCombination());
+    const auto row = std::ranges::find(rows, pressed, &QAction::shortcut);
+    if (pressed.isEmpty() || row == rows.end())
+        return QMenu::keyPressEvent(event);
+    close();
+    (*row)->trigger();
 }
 
 // Texts of file names: an ampersand in them is no mnemonic.
 void PopUpMenu::refresh()
 {
     menu.update();
+    setPalette(readablePalette());
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const MenuItem& item = menu.items()[row];
         const MenuRow shown = menuRow(item);

@@ -14,6 +14,9 @@ public:
     /// `shown` must outlive it.
     explicit PopUpMenu(TrayMenu& shown);
 
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
 private:
     void refresh();
 

@@ -1,10 +1,13 @@
 #include "LinuxDesktop/Qt/Views/SymbolImage.h"
 
 #include <QGuiApplication>
+#include <QIconEngine>
 #include <QImageReader>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
+
+#include <utility>
 
 namespace stemvault {
 
@@ -29,6 +32,45 @@ QPixmap drawn(const QString& path, int pixels, const QColor& color)
     painter.end();
     return QPixmap::fromImage(image);
 }
+
+/// The older trays say nothing of their colour, which may be another than that of the windows. A
+/// seam around the symbol keeps it in sight; where the colours go together nobody sees the seam.
+QPixmap withSeam(const QString& path, int pixels, const QColor& color)
+{
+    const QPixmap symbol = drawn(path, pixels, color);
+    const QPixmap seam = drawn(path, pixels, color.lightness() > 127 ? Qt::black : Qt::white);
+    QPixmap whole(symbol.size());
+    whole.fill(Qt::transparent);
+    QPainter painter(&whole);
+    painter.setOpacity(0.4);
+    const qreal width = qMax(1.0, pixels / 22.0);
+    for (const QPointF& step : { QPointF(-1, 0), QPointF(1, 0), QPointF(0, -1), QPointF(0, 1) })
+        painter.drawPixmap(step * width, seam);
+    painter.setOpacity(1);
+    painter.drawPixmap(0, 0, symbol);
+    return whole;
+}
+
+/// Draws the symbol at the size that is asked for, in the colour that texts have then.
+class SymbolEngine final : public QIconEngine {
+public:
+    explicit SymbolEngine(QString file) : path(std::move(file)) { }
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State state) override
+    {
+        const qreal ratio = painter->device()->devicePixelRatio();
+        painter->drawPixmap(rect, pixmap(rect.size() * ratio, mode, state));
+    }
+    QPixmap pixmap(const QSize& size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override
+    {
+        return withSeam(path, qMin(size.width(), size.height()),
+            QGuiApplication::palette().color(QPalette::WindowText));
+    }
+    [[nodiscard]] QIconEngine* clone() const override { return new SymbolEngine(path); }
+
+private:
+    QString path;
+};
 
 } // namespace
 
@@ -55,11 +97,7 @@ QPixmap symbolPixmap(
 
 QIcon symbolIcon(const std::string& path)
 {
-    QIcon icon;
-    const QColor color = QGuiApplication::palette().color(QPalette::WindowText);
-    for (const int pixels : { 16, 22, 24, 32, 44, 48, 64 })
-        icon.addPixmap(drawn(QString::fromStdString(path), pixels, color));
-    return icon;
+    return QIcon(new SymbolEngine(QString::fromStdString(path)));
 }
 
 } // namespace stemvault

@@ -18,7 +18,8 @@ void setSymbolFolder(const std::string& folder);
 [[nodiscard]] QPixmap symbolPixmap(
     const std::string& systemName, int size, qreal devicePixelRatio, const QColor& color);
 
-/// The symbol in a file as an icon in the colour of the window's text.
+/// The symbol in a file as an icon in the colour that texts have when it is drawn, to be seen on
+/// any background.
 [[nodiscard]] QIcon symbolIcon(const std::string& path);
 
 } // namespace stemvault
