@@ -36,9 +36,9 @@ struct Server : QTcpServer {
 };
 
 /// The body, or "failed".
-std::string fetched(const std::string& url)
+std::string fetched(const std::string& url, const std::string& fetcher = STEMVAULT_FETCHER)
 {
-    FetcherURLSession session(STEMVAULT_FETCHER, limits);
+    FetcherURLSession session(fetcher, limits);
     std::optional<std::string> outcome;
     session.dataTask(url,
         [&outcome](const Result<std::string>& body) { outcome = body ? body.value() : "failed"; });
@@ -81,24 +81,40 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
         EXPECT_EQ(fetched(url), "failed") << url;
 }
 
-TEST(FetcherURLSessionTests, ACertificateNobodyVouchesForIsAFailure)
+void openSSL(const QStringList& arguments)
+{
+    ASSERT_EQ(QProcess::execute("openssl", arguments), 0) << arguments.join(' ').toStdString();
+}
+
+TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
 {
     const TemporaryFolder folder;
-    ASSERT_EQ(QProcess::execute("openssl",
-                  { "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=localhost",
-                      "-keyout", QString::fromStdString(folder.path("key")), "-out",
-                      QString::fromStdString(folder.path("certificate")) }),
-        0);
+    const auto path = [&](const char* name) { return QString::fromStdString(folder.path(name)); };
+    const std::string trusted = folder.makeFolder("trusted");
+    folder.write("page", "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\npage");
+    openSSL({ "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=a", "-addext",
+        "subjectAltName=IP:127.0.0.1", "-keyout", path("key"), "-out", path("trusted/own.pem") });
+    openSSL({ "rehash", path("trusted") });
+    // The fetcher on a system that trusts this certificate alone.
+    const std::string fetcher = folder.write("fetcher",
+        "#!/bin/sh\nexec unshare -rm sh -c 'mount --bind " + trusted
+            + " /etc/ssl/certs && exec " STEMVAULT_FETCHER " \"$@\"' fetcher \"$@\"\n");
+    std::filesystem::permissions(fetcher, std::filesystem::perms::owner_all);
+
     QProcess server;
     server.setWorkingDirectory(QString::fromStdString(folder.path()));
     server.start("openssl",
-        { "s_server", "-accept", "127.0.0.1:0", "-key", "key", "-cert", "certificate", "-www" });
+        { "s_server", "-accept", "127.0.0.1:0", "-key", "key", "-cert", "trusted/own.pem",
+            "-HTTP" });
     QByteArray said;
     ASSERT_TRUE(happens([&] { return (said += server.readAll()).contains("ACCEPT 127"); }))
         << said.toStdString();
-    const std::string port =
-        said.mid(said.indexOf("ACCEPT")).split('\n').front().split(':').back().toStdString();
-    EXPECT_EQ(fetched("https://127.0.0.1:" + port + "/"), "failed");
+    const std::string url = "https://127.0.0.1:"
+        + said.mid(said.indexOf("ACCEPT")).split('\n').front().split(':').back().toStdString()
+        + "/page";
+    EXPECT_EQ(fetched(url), "failed") << "nobody vouches for it";
+    const bool isAllowed = QProcess::execute("unshare", { "-rm", "true" }) == 0;
+    EXPECT_EQ(isAllowed ? fetched(url, fetcher) : "page", "page");
     EXPECT_EQ(server.state(), QProcess::Running) << "it was there to be asked";
     server.kill();
     server.waitForFinished();

@@ -300,5 +300,46 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_THAT(names(), ElementsAre("first"));
 }
 
+TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)
+{
+    using Programs = std::vector<std::string>;
+    const Programs all { "gnome-control-center", "systemsettings", "kcmshell6", "kcmshell5",
+        "xfce4-keyboard-settings", "cinnamon-settings", "mate-keybinding-properties",
+        "lxqt-config-globalkeyshortcuts" };
+    const struct {
+        const char* desktop;
+        Programs installed;
+        std::string expected;
+    } rows[] = {
+        { "ubuntu:GNOME", all, "gnome-control-center keyboard" },
+        { "KDE", all, "systemsettings kcm_keys" },
+        { "KDE", { "kcmshell5", "kcmshell6", "gnome-control-center" }, "kcmshell6 kcm_keys" },
+        { "XFCE", all, "xfce4-keyboard-settings " },
+        { "X-Cinnamon", all, "cinnamon-settings keyboard -t shortcuts" },
+        { "MATE", all, "mate-keybinding-properties " },
+        { "other:LXQt", all, "lxqt-config-globalkeyshortcuts " },
+        { "GNOME-like", { "mate-keybinding-properties" }, "mate-keybinding-properties " },
+        { "KDE", { "gnome-control-center" }, "gnome-control-center keyboard" },
+        { "KDE", {}, "" },
+    };
+    makeWorkspace();
+    const QByteArray path = qgetenv("PATH");
+    for (const auto& row : rows) {
+        const TemporaryFolder folder;
+        for (const std::string& name : row.installed) {
+            folder.write(name, "#!/bin/sh\necho \"${0##*/} $*\" >> \"${0%/*}/started\"\n");
+            std::filesystem::permissions(folder.path(name), std::filesystem::perms::owner_all);
+        }
+        qputenv("PATH", folder.path().c_str());
+        qputenv("XDG_CURRENT_DESKTOP", row.desktop);
+        EXPECT_EQ(workspace->open("x-apple.systempreferences:com.apple.preference.keyboard?x"),
+            !row.expected.empty())
+            << row.desktop;
+        const std::string line = row.expected.empty() ? "" : row.expected + "\n";
+        EXPECT_TRUE(waitUntil([&] { return folder.read("started") == line; })) << row.desktop;
+    }
+    qputenv("PATH", path);
+}
+
 } // namespace
 } // namespace stemvault
