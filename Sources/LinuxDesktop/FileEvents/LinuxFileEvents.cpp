@@ -2,6 +2,7 @@
 
 #include "LinuxDesktop/FileEvents/InotifyStream.h"
 
+#include <algorithm>
 #include <mutex>
 #include <utility>
 
@@ -42,6 +43,32 @@ private:
     std::weak_ptr<const FileEventHandler> handler;
 };
 
+bool isWithin(const std::string& path, const std::string& folder)
+{
+    return path.starts_with(folder)
+        && (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
+}
+
+/// The folders, those that lie within each other together. Each group is watched from a thread of
+/// its own: a drive that does not answer holds up what it is asked for, and nothing else.
+std::vector<std::vector<std::string>> grouped(const std::vector<std::string>& paths)
+{
+    std::vector<std::vector<std::string>> groups;
+    for (const std::string& path : paths) {
+        std::vector<std::string> group { path };
+        std::erase_if(groups, [&](const std::vector<std::string>& other) {
+            const bool isNear = std::ranges::any_of(other, [&](const std::string& folder) {
+                return isWithin(path, folder) || isWithin(folder, path);
+            });
+            if (isNear)
+                group.insert(group.end(), other.begin(), other.end());
+            return isNear;
+        });
+        groups.push_back(std::move(group));
+    }
+    return groups;
+}
+
 class LinuxFileEventStream final : public FileEventStream {
 public:
     LinuxFileEventStream(
@@ -54,14 +81,18 @@ public:
 
     void start() override
     {
-        if (stream || isInvalid)
+        if (outlet || isInvalid)
             return;
         // What is on its way to the main queue holds this weakly, the handler itself strongly
         // while it runs, so a handler may stop or destroy its own stream.
         running = std::make_shared<const FileEventHandler>(handler);
         outlet = std::make_shared<Outlet>(dispatch, running);
-        stream = InotifyStream::create(
-            options, [way = outlet](EventBatch batch) { way->deliver(std::move(batch)); });
+        StreamOptions ofGroup = options;
+        for (auto& group : grouped(options.paths)) {
+            ofGroup.paths = std::move(group);
+            streams.push_back(InotifyStream::create(
+                ofGroup, [way = outlet](EventBatch batch) { way->deliver(std::move(batch)); }));
+        }
     }
 
     void stop() override
@@ -70,7 +101,7 @@ public:
             outlet->shut();
         running.reset();
         outlet.reset();
-        stream.reset();
+        streams.clear();
     }
 
     void invalidate() override
@@ -85,7 +116,7 @@ private:
     StreamOptions options;
     std::shared_ptr<const FileEventHandler> running;
     std::shared_ptr<Outlet> outlet;
-    std::unique_ptr<InotifyStream> stream;
+    std::vector<std::unique_ptr<InotifyStream>> streams;
     bool isInvalid = false;
 };
 
