@@ -3,7 +3,7 @@
 import unittest
 
 from Scenario import PROGRAMS, Scenario
-from virtual_desktop import OlderTray, Tray, UpdateFeed, wait_for
+from virtual_desktop import DeadMount, OlderTray, Tray, UpdateFeed, wait_for
 
 ROWS = ["-", "Preferences…", "Check for Updates…", "-", "Quit Stemvault Connect"]
 
@@ -116,6 +116,29 @@ class PreferencesScenarios(Scenario):
         window.press("+ Add")
         self.choose_folder("Add to Stemvault", self.client_a)
         wait_for("the warning", lambda: "Folder not found — move it or remove it" in window.texts())
+
+    def test_a_drive_that_does_not_answer_holds_up_nobody(self):
+        if not DeadMount.is_allowed():
+            return
+        drive = self.folder("nas")
+        dead = DeadMount(self.desktop, drive, PROGRAMS / "stemvault-connect")
+        self.start(program=dead.program, projects_root=drive, is_running=False,
+                   folders=[drive / "A", self.client_a, self.folder("gone")])
+        (self.desktop.home / "gone").rmdir()
+        self.connect.process = self.connect.start()
+        window = self.open()
+        wait_for("the warning", lambda: window.texts().count(
+            "Folder not found — move it or remove it") == 1)
+        window.press("Choose…", 1)
+        self.choose_folder("Watch This Folder", self.client_b)
+        self.connect.wait_until_it_watches(self.client_b)
+        mix = self.client_b / "Mix.wav"
+        mix.write_bytes(b"RIFF")
+        prompt = self.connect.prompt(mix.name)
+        prompt.choose("Client A")
+        prompt.answer("Add")
+        self.desktop.wait_for_notification("Mix.wav → Client A")
+        dead.answer()
 
     def test_both_folders_are_chosen_and_cleared(self):
         self.start()

@@ -13,11 +13,12 @@ them run side by side, and it leaves no process behind.
 from .accessibility import Accessibility, Window
 from .connect import StemvaultConnect
 from .daw import StandInDaw
+from .dead_mount import DeadMount
 from .desktop import VirtualDesktop
 from .older_tray import OlderTray
 from .tray import Tray
 from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
-__all__ = ["Accessibility", "OlderTray", "StandInDaw", "StemvaultConnect", "TimedOut", "Tray",
-           "UpdateFeed", "VirtualDesktop", "Window", "wait_for"]
+__all__ = ["Accessibility", "DeadMount", "OlderTray", "StandInDaw", "StemvaultConnect",
+           "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window", "wait_for"]

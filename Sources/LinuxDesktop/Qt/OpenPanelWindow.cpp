@@ -5,6 +5,7 @@
 #include <QAbstractItemView>
 #include <QAction>
 #include <QDir>
+#include <QFileSystemModel>
 #include <QGridLayout>
 #include <QHeaderView>
 #include <QKeyEvent>
@@ -50,6 +51,7 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     setOption(ShowDirsOnly, onlyFolders);
     setFileMode(onlyFolders ? Directory : ExistingFile);
     setAcceptMode(AcceptOpen);
+    watchReading();
     setDirectory(startFolder(panel.directoryURL));
     if (!panel.prompt.empty())
         setLabelText(Accept, displayTitle(panel.prompt));
@@ -66,6 +68,29 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     if (panel.allowsMultipleSelection)
         allowSeveral();
     resize(720, 480);
+}
+
+// The toolkit reads folders on a thread, and waits for that when the panel is destroyed.
+void OpenPanelWindow::watchReading()
+{
+    const auto* model = findChild<QFileSystemModel*>();
+    if (!model)
+        return;
+    isReading = true;
+    connect(model, &QFileSystemModel::rootPathChanged, this, [this] { isReading = true; });
+    connect(model, &QFileSystemModel::directoryLoaded, this, [this, model](const QString& path) {
+        isReading = isReading && QDir(path) != QDir(model->rootPath());
+        if (!isReading && isLeft)
+            deleteLater();
+    });
+}
+
+void OpenPanelWindow::endWhenRead(std::unique_ptr<OpenPanelWindow> window)
+{
+    if (!window->isReading)
+        return;
+    window->isLeft = true;
+    window.release()->hide();
 }
 
 OpenPanelWindow::~OpenPanelWindow()

@@ -4,6 +4,7 @@
 
 #include <QFileDialog>
 
+#include <memory>
 #include <vector>
 
 namespace stemvault {
@@ -15,6 +16,10 @@ public:
     explicit OpenPanelWindow(const OpenPanel& panel);
     ~OpenPanelWindow() override;
 
+    /// Destroys a window that is done with, though not before it has read the folder that it shows:
+    /// on a drive that does not answer that would wait.
+    static void endWhenRead(std::unique_ptr<OpenPanelWindow> window);
+
     /// What was chosen, as far as it is there. A name that is not UTF-8 cannot be chosen: the
     /// toolkit knows it only by replacement characters.
     [[nodiscard]] std::vector<FileURL> chosen() const;
@@ -23,12 +28,15 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    void watchReading();
     void showMessage(const QString& message);
     void keepFromDeleting();
     void showOnlyFolders();
     void allowSeveral();
 
     QByteArray usualColumns; ///< The toolkit keeps the state of the columns for all programs.
+    bool isReading = false; ///< The folder that it shows.
+    bool isLeft = false; ///< To be destroyed when that is read.
 };
 
 } // namespace stemvault

@@ -4,6 +4,9 @@
 #include "LinuxDesktop/Qt/LinuxBundle.h"
 #include "LinuxDesktop/Qt/OpenPanelWindow.h"
 
+#include <memory>
+#include <utility>
+
 namespace stemvault {
 
 AlertAnswer QtDialogs::runModal(const Alert& alert)
@@ -17,10 +20,10 @@ AlertAnswer QtDialogs::runModal(const Alert& alert)
 OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
 {
     (void)applicationIcon.icon(); // The panel's window bears it.
-    OpenPanelWindow window(panel);
-    if (windows.run(window) != QDialog::Accepted)
-        return {};
-    const std::vector<FileURL> urls = window.chosen();
+    auto window = std::make_unique<OpenPanelWindow>(panel);
+    const bool isAccepted = windows.run(*window) == QDialog::Accepted;
+    const std::vector<FileURL> urls = isAccepted ? window->chosen() : std::vector<FileURL>();
+    OpenPanelWindow::endWhenRead(std::move(window));
     if (urls.empty())
         return {};
     return { ModalResponse::ok, urls.front(), urls };

@@ -1,0 +1,65 @@
+"""A file system that has stopped answering, as that of a network drive does whose server is gone.
+
+    dead_mount.py FOLDER PROGRAM...
+
+runs a program that alone sees it: whoever asks for anything in the folder waits until the process
+beside the program ends, which keeps the questions and answers none.
+"""
+
+import ctypes
+import os
+import signal
+import struct
+import sys
+from pathlib import Path
+
+REQUEST = struct.Struct("<IIQ24x")
+ANSWER = struct.Struct("<IiQ")
+PARAMETERS = struct.Struct("<IIIIHHII36x")
+INIT = 26
+
+
+class DeadMount:
+    """`program` is to be started instead of a program that is to see a folder so."""
+
+    def __init__(self, desktop, folder, program):
+        self.desktop = desktop
+        self.program = desktop.folder / "with-dead-mount"
+        self.program.write_text(
+            f'#!/bin/sh\nexec unshare --mount "{sys.executable}" "{__file__}" "{folder}" "{program}"\n')
+        self.program.chmod(0o755)
+
+    @staticmethod
+    def is_allowed():
+        """Whether the kernel lets us: then other programs still see into ours as well."""
+        return os.geteuid() == 0 and os.access("/dev/fuse", os.W_OK)
+
+    def answer(self):
+        """Ends it: every question has its answer, that there is no such drive."""
+        for pid in self.desktop.marked_processes():
+            if os.fsencode(__file__) in Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0"):
+                os.kill(pid, signal.SIGKILL)
+
+
+def main(folder, program):
+    device = os.open("/dev/fuse", os.O_RDWR)
+    options = f"fd={device},rootmode=40000,user_id={os.getuid()},group_id={os.getgid()}"
+    if ctypes.CDLL(None, use_errno=True).mount(
+            b"dead", os.fsencode(folder), b"fuse", 0, options.encode()) != 0:
+        sys.exit(f"cannot mount {folder}: {os.strerror(ctypes.get_errno())}")
+    if os.fork() == 0:
+        swallow(device)
+    os.close(device)
+    os.execv(program[0], program)
+
+
+def swallow(device):
+    while True:
+        _, operation, number = REQUEST.unpack_from(os.read(device, 1 << 18))
+        if operation == INIT:
+            parameters = PARAMETERS.pack(7, 31, 1 << 16, 0, 12, 9, 1 << 16, 1)
+            os.write(device, ANSWER.pack(ANSWER.size + len(parameters), 0, number) + parameters)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1], sys.argv[2:])
