@@ -30,6 +30,7 @@ constexpr int iconSize = 64;
 constexpr int narrowestColumn = 320;
 constexpr int columnCharacters = 50;
 constexpr int narrowestButton = 84;
+constexpr int buttonPadding = 16;
 
 /// A scroll meant for the window below must not change where a file goes.
 class SteadyComboBox final : public QComboBox {
@@ -175,7 +176,9 @@ void AlertWindow::addButtons(const std::vector<std::string>& titles, QBoxLayout&
     row->setSpacing(8);
     for (const std::string& title : titles) {
         auto* button = new QPushButton(displayTitle(title), this);
-        button->setMinimumSize(narrowestButton, controlHeight(*this));
+        const int text = fontMetrics().horizontalAdvance(displayLine(title));
+        button->setMinimumSize(
+            std::max(narrowestButton, text + 2 * buttonPadding), controlHeight(*this));
         const int response = ModalResponse::alertFirstButton + static_cast<int>(buttons.size());
         connect(button, &QPushButton::clicked, this, [this, response] { done(response); });
         row->insertWidget(0, button);
