@@ -122,11 +122,16 @@ class Display:
 
     def take_picture(self, path, window=None):
         """Writes the screen, or what is seen of one window and its frame, as a PNG."""
-        area = self.frame(window) if window else (
-            0, 0, self.screen.width_in_pixels, self.screen.height_in_pixels)
-        image = self.root.get_image(*area, X.ZPixmap, 0xffffffff)
+        area = self.frame(window) if window else self._whole()
         path.parent.mkdir(parents=True, exist_ok=True)
-        path.write_bytes(png(area[2], area[3], image.data))
+        path.write_bytes(png(area[2], area[3], self.pixels(area)))
+
+    def pixels(self, area=None):
+        """What is on the screen, or in a part of it."""
+        return self.root.get_image(*(area or self._whole()), X.ZPixmap, 0xffffffff).data
+
+    def _whole(self):
+        return 0, 0, self.screen.width_in_pixels, self.screen.height_in_pixels
 
     def frame(self, window):
         """x, y, width and height of a window with what the window manager put around it."""

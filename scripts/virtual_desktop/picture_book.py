@@ -129,7 +129,8 @@ def main():
         with VirtualDesktop(size="1100x620", look=look) as desktop:
             PictureBook(desktop, programs, pictures, suffix).make()
         PreferencesPages(programs, pictures, suffix, look).make()
-    PreferencesPages(programs, pictures, "-200-percent", "light", scale="2").make()
+    for percent, scale in (("150", "1.5"), ("200", "2")):
+        PreferencesPages(programs, pictures, f"-{percent}-percent", "light", scale).make()
     FileManagerPages(programs, pictures).make()
 
 

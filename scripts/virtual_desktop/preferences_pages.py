@@ -18,8 +18,8 @@ class PreferencesPages:
                 self.take_menu(desktop)
 
     def desktop(self, width, height):
-        factor = int(self.scale)
-        desktop = VirtualDesktop(size=f"{width * factor}x{height * factor}", look=self.look)
+        factor = float(self.scale)
+        desktop = VirtualDesktop(size=f"{width * factor:.0f}x{height * factor:.0f}", look=self.look)
         desktop.environment["QT_SCALE_FACTOR"] = self.scale
         return desktop
 
@@ -88,8 +88,10 @@ class PreferencesPages:
         daw.bounce(self.song / "Big Song - Mix 7.wav")
         connect.prompt().answer("Add")
         desktop.wait_for_notification("Big Song - Mix 7.wav → Northern Lights EP")
+        before = desktop.display.pixels()
         tray.item().activate(x=30, y=24)
-        wait_for("the menu", lambda: desktop.display.pop_ups())
+        wait_for("the menu", desktop.display.pop_ups)
+        wait_for("its rows", lambda: desktop.display.pixels() != before)
         self.keep(desktop, "menu")
         desktop.display.press_key("Escape")
         connect.quit()
