@@ -29,6 +29,9 @@ class TrayScenarios(Scenario):
             self.desktop.display.press_key("Escape")
             wait_for("the menu to close", lambda: not self.desktop.display.pop_ups())
         tray.open_menu(self.connect.process)
+        self.desktop.display.press_keys("Control_L", "comma")
+        self.connect.window("Stemvault Connect").focus()
+        tray.open_menu(self.connect.process)
         self.desktop.display.press_keys("Control_L", "q")
         self.assertEqual(self.connect.process.wait(timeout=10), 0)
 

@@ -83,31 +83,19 @@ TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
 
 TEST_F(UserDefaultsFileTest, ReadsADateInOneForm)
 {
-    const std::pair<const char*, std::optional<std::int64_t>> rows[] = {
-        { "1970-01-01T00:00:00.001Z", 1 },
-        { "1969-12-31T23:59:59.999Z", -1 },
-        { "2024-02-29T09:30:00.125Z", 1'709'199'000'125 },
-        { "2023-02-29T09:30:00.125Z", std::nullopt },
-        { "2024-02-29T24:00:00.000Z", std::nullopt },
-        { "2024-02-29T09:30:00Z", std::nullopt },
-        { "2024-02-29T09:30:00.125+01:00", std::nullopt },
-        { "9999-02-28T09:30:00.125Z", std::nullopt },
-        { "", std::nullopt },
-    };
-    for (const auto& [written, expected] : rows) {
-        put(R"({"other": {"date": ")" + std::string(written) + R"("}})");
-        auto defaults = open();
-        const auto date = defaults.date("other");
-        ASSERT_EQ(date.has_value(), expected.has_value()) << written;
-        if (!expected)
-            continue;
-        EXPECT_EQ(*date, WallTime(std::chrono::milliseconds(*expected))) << written;
-        defaults.setDate(key, *date);
-        dispatch.settle();
-        EXPECT_THAT(text(), HasSubstr(std::string(key) + "\": {\n    \"date\": \"" + written));
+    const std::string good = R"("date": "2024-02-29T09:30:00.125Z")";
+    put("{\"other\": {" + good + "}}");
+    auto defaults = open();
+    ASSERT_EQ(defaults.date("other"), WallTime(std::chrono::milliseconds(1'709'199'000'125)));
+    defaults.setDate(key, *defaults.date("other"));
+    dispatch.settle();
+    EXPECT_THAT(text(), HasSubstr(key + "\": {\n    " + good));
+    for (const char* bad : { R"("date": "2023-02-29T09:30:00.125Z")", R"("date": "2024-02-29")",
+             R"("date": "2024-02-29T24:00:00.000Z")", R"("date": "2024-02-29T09:30:00+01:00")",
+             R"("date": "9999-02-28T09:30:00.125Z")", R"("string": "2024-02-29T09:30:00.125Z")" }) {
+        put("{\"other\": {" + std::string(bad) + "}}");
+        EXPECT_EQ(open().date("other"), std::nullopt) << bad;
     }
-    put(R"({"other": {"string": "2024-02-29T09:30:00.125Z"}})");
-    EXPECT_EQ(open().date("other"), std::nullopt) << "of another kind";
 }
 
 TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)

@@ -1,10 +1,8 @@
-#include "LinuxDesktop/Qt/QtTest.h"
 #include "LinuxDesktop/Qt/Tray/DBusMenu.h"
 #include "LinuxDesktop/Qt/Tray/MenuRow.h"
-#include "LinuxDesktop/Qt/Tray/PopUpMenu.h"
-#include "LinuxDesktop/Qt/Tray/QtStatusBar.h"
 
 #include <QSignalSpy>
+#include <gmock/gmock.h>
 
 namespace stemvault {
 namespace {
@@ -88,36 +86,6 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     EXPECT_EQ(chosen, 0) << "the panel has its answer first";
     QCoreApplication::processEvents();
     EXPECT_EQ(chosen, 1);
-}
-
-TEST(StatusItemTests, TheKeysOfItsRowsWorkInAWindowAndInTheMenu)
-{
-    std::string done;
-    Menu menu { { titled("No session"), titled("Preferences…"), titled("Quit") } };
-    for (const auto& [row, key] : { std::pair(1, ","), std::pair(2, "q") }) {
-        menu.items[row].keyEquivalent = key;
-        menu.items[row].action = [&done, key = key] { done += key; };
-    }
-    QtStatusBar bar;
-    const auto item = bar.statusItem(StatusBar::squareLength);
-    item->setMenu(menu, nullptr);
-    QWidget window;
-    bar.addKeyEquivalents(window);
-    TrayMenu shown;
-    shown.setMenu(menu, nullptr);
-    PopUpMenu popUp(shown);
-
-    window.show();
-    window.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    popUp.popup({});
-    for (QWidget* place : { static_cast<QWidget*>(&popUp), &window }) {
-        QTest::keyClick(place, Qt::Key_Comma, Qt::ControlModifier);
-        EXPECT_FALSE(popUp.isVisible());
-        QTest::keyClick(place, Qt::Key_Q, Qt::ControlModifier);
-    }
-    QCoreApplication::processEvents();
-    EXPECT_EQ(done, ",q,q");
 }
 
 } // namespace

@@ -303,23 +303,17 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
 TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)
 {
     using Programs = std::vector<std::string>;
-    const Programs all { "gnome-control-center", "systemsettings", "kcmshell6", "kcmshell5",
-        "xfce4-keyboard-settings", "cinnamon-settings", "mate-keybinding-properties",
-        "lxqt-config-globalkeyshortcuts" };
+    const Programs several { "cinnamon-settings", "gnome-control-center", "kcmshell6",
+        "kcmshell5" };
     const struct {
         const char* desktop;
         Programs installed;
         std::string expected;
     } rows[] = {
-        { "ubuntu:GNOME", all, "gnome-control-center keyboard" },
-        { "KDE", all, "systemsettings kcm_keys" },
-        { "KDE", { "kcmshell5", "kcmshell6", "gnome-control-center" }, "kcmshell6 kcm_keys" },
-        { "XFCE", all, "xfce4-keyboard-settings " },
-        { "X-Cinnamon", all, "cinnamon-settings keyboard -t shortcuts" },
-        { "MATE", all, "mate-keybinding-properties " },
-        { "other:LXQt", all, "lxqt-config-globalkeyshortcuts " },
-        { "GNOME-like", { "mate-keybinding-properties" }, "mate-keybinding-properties " },
-        { "KDE", { "gnome-control-center" }, "gnome-control-center keyboard" },
+        { "ubuntu:GNOME", several, "gnome-control-center keyboard\n" },
+        { "other:KDE", several, "kcmshell6 kcm_keys\n" },
+        { "X-Cinnamon", several, "cinnamon-settings keyboard -t shortcuts\n" },
+        { "KDE-like", { "mate-keybinding-properties" }, "mate-keybinding-properties \n" },
         { "KDE", {}, "" },
     };
     makeWorkspace();
@@ -335,8 +329,7 @@ TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)
         EXPECT_EQ(workspace->open("x-apple.systempreferences:com.apple.preference.keyboard?x"),
             !row.expected.empty())
             << row.desktop;
-        const std::string line = row.expected.empty() ? "" : row.expected + "\n";
-        EXPECT_TRUE(waitUntil([&] { return folder.read("started") == line; })) << row.desktop;
+        EXPECT_TRUE(waitUntil([&] { return folder.read("started") == row.expected; }));
     }
     qputenv("PATH", path);
 }
