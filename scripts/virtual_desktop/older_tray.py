@@ -1,6 +1,6 @@
 """A tray of the older kind, which takes in a window of each program and knows nothing of menus."""
 
-from .waiting import wait_for
+from .waiting import TimedOut, wait_for
 
 
 class OlderTray:
@@ -29,8 +29,13 @@ class OlderTray:
     def open_menu(self, process, button=1):
         """Presses a button of the mouse on the icon; the titles in the menu that the program, which
         is made with Qt, has put up then."""
-        self.display.click(self.icon(), button)
-        wait_for("the menu", self.display.pop_ups)
+        def opened():
+            self.display.click(self.icon(), button)
+            try:
+                return wait_for("the menu", self.display.pop_ups, 1)
+            except TimedOut:  # A window that has the keyboard since just now has it close again.
+                return None
+        wait_for("the menu", opened)
         return wait_for("its rows", lambda: self._rows(process))
 
     def _rows(self, process):
