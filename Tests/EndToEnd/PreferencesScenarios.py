@@ -125,22 +125,23 @@ class PreferencesScenarios(Scenario):
             return
         drive = self.folder("nas")
         dead = DeadMount(self.desktop, drive, PROGRAMS / "stemvault-connect")
-        self.start(program=dead.program, projects_root=drive, is_running=False,
+        self.start_daw()
+        self.start(program=dead.program, projects_root=drive, always_watch=drive, is_running=False,
                    folders=[drive / "A", self.client_a, self.folder("gone")])
         (self.desktop.home / "gone").rmdir()
         self.connect.process = self.connect.start()
         window = self.open()
         wait_for("the warning", lambda: window.texts().count(
             "Folder not found — move it or remove it") == 1)
-        window.press("Choose…", 1)
-        self.choose_folder("Watch This Folder", self.client_b)
-        self.connect.wait_until_it_watches(self.client_b)
-        mix = self.client_b / "Mix.wav"
-        mix.write_bytes(b"RIFF")
-        prompt = self.connect.prompt(mix.name)
+        # What tells of the DAW's files asks every drive, and is given up after ten seconds.
+        wait_for("the session", lambda: self.connect.watches(self.song), 30)
+        prompt = self.bounce_and_ask("Mix.wav")
         prompt.choose("Client A")
         prompt.answer("Add")
         self.desktop.wait_for_notification("Mix.wav → Client A")
+        window.press("Choose…", 1)
+        self.choose_folder("Watch This Folder", self.client_b)
+        self.connect.wait_until_it_watches(self.client_b)
         dead.answer()
 
     def test_both_folders_are_chosen_and_cleared(self):

@@ -28,7 +28,7 @@ class StemvaultConnect:
         record |= {"projectsRootPath": str(projects_root)} if projects_root else {}
         self._write_settings(record, is_update_due)
         self.process = self.start() if is_running else None
-        if always_watch:
+        if always_watch and is_running:
             self.wait_until_it_watches(always_watch)
 
     def start(self, name="stemvault-connect", **options):
