@@ -26,8 +26,10 @@ class Tray:
         process.wait()
 
     def item(self):
-        """The first item, as soon as there is one."""
-        return wait_for("a tray item", lambda: next(iter(self._items()), None))
+        """The program's own, as soon as it answers. The toolkit may offer one for a moment, where the
+        panel starts just when it looks whether there is one."""
+        return wait_for("the program's item", lambda: next(
+            (item for item in self._items() if item.has("Id", "net.stemvault.Connect")), None))
 
     def has_item(self):
         return bool(self._items())
@@ -49,6 +51,12 @@ class TrayItem:
 
     def property(self, name):
         return self._call(self.path, "org.freedesktop.DBus.Properties", "Get", "ss", ITEM, name)
+
+    def has(self, name, value):
+        try:
+            return self.property(name) == value
+        except dbus.DBusException:  # It is gone already.
+            return False
 
     def activate(self, method="Activate", x=10, y=10):
         self._call(self.path, ITEM, method, "ii", x, y)
