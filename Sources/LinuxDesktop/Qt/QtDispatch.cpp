@@ -29,8 +29,10 @@ const QEvent::Type wakeUp = static_cast<QEvent::Type>(QEvent::registerEventType(
 void becomeUtilityThread()
 {
     thread_local bool done = false;
-    if (!std::exchange(done, true))
-        ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), utilityNiceness);
+    if (std::exchange(done, true))
+        return;
+    const int ofMainThread = ::getpriority(PRIO_PROCESS, static_cast<id_t>(::getpid()));
+    ::setpriority(PRIO_PROCESS, static_cast<id_t>(::gettid()), ofMainThread + utilityNiceness);
 }
 
 std::unique_ptr<QThreadPool> makePool()
