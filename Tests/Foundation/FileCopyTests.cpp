@@ -1,6 +1,7 @@
 #include "Foundation/CopyFixture.h"
 #include "Foundation/FileManager.h"
 #include "Foundation/KilledAt.h"
+#include "Foundation/TemporaryItem.h"
 
 #include <filesystem>
 #include <sys/stat.h>
@@ -170,28 +171,50 @@ TEST_F(CopyTest, LetsExactlyOneOfTwoWin)
 
 TEST_F(CopyTest, LeavesTheOldOrTheNewWholeWhenKilled)
 {
-    // Some 25 pieces of data with holes between them, so as many steps of copying.
-    const FileDescriptor file(::open(source.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
-    for (off_t at = 0; at < 25 << 16; at += 1 << 16)
-        ASSERT_EQ(::pwrite(file.get(), "piece", 5, at), 5);
-    content = files.read("from/Mix.wav");
+    // Pieces of data with holes between them, so as many steps of copying.
+    const auto version = [](int step) {
+        std::string text =
+            std::to_string(step) + std::string(100'000, static_cast<char>('a' + step % 26));
+        for (std::size_t at = 8192; at < text.size(); at += 16384)
+            text.replace(at, 8192, 8192, 0);
+        return text;
+    };
+    const auto write = [&](int step) {
+        const std::string text = version(step);
+        const FileDescriptor file(::open(source.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC));
+        for (std::size_t at = 0; at < text.size(); at += 16384)
+            EXPECT_GT(::pwrite(file.get(), &text[at], std::min<std::size_t>(8192, text.size() - at),
+                          static_cast<off_t>(at)),
+                0);
+    };
     options.ifTaken = IfTaken::Replace;
-    for (const auto& refusals : { std::vector<Refusal> {}, { noUnnamed } }) {
-        files.write("to/Mix.wav", "old");
-        CopyOptions killed = with(refusals);
-        const auto copy = [&] { static_cast<void>(copyItem(source, target, killed)); };
-        int call = 1;
-        for (; isKilledAt(call, killed.calls, copy); ++call) {
-            const std::string found = files.read("to/Mix.wav");
-            ASSERT_TRUE(found == "old" || found == content) << call;
-        }
-        EXPECT_GT(call, 20);
-        EXPECT_EQ(files.read("to/Mix.wav"), content);
-    }
-    EXPECT_GT(names().size(), 20U) << "a named file is left behind";
     options.leftoverAge = std::chrono::seconds(0);
-    ASSERT_TRUE(copyItem(source, target, options));
-    EXPECT_THAT(names(), ElementsAre("Mix.wav"));
+    options.durability = Durability::InMemory;
+    std::size_t leftovers = 0;
+    const struct {
+        std::string from, file;
+        std::vector<Refusal> refusals;
+    } rows[] = { { "from/Mix.wav", "to/Mix.wav", {} },
+        { "from/Mix.wav", "to/Mix.wav", { noUnnamed } }, { "from", "to/Mix.wav/Mix.wav", {} } };
+    for (const auto& row : rows) {
+        CopyOptions changed = with(row.refusals);
+        const auto copy = [&](int step) {
+            write(step);
+            static_cast<void>(copyItem(files.path(row.from), target, changed));
+        };
+        const auto found = [&] {
+            leftovers += names().size() - 1;
+            for (const std::string& name : names())
+                EXPECT_TRUE(name == "Mix.wav" || isTemporaryName(name)) << name;
+            const std::string text = files.read(row.file);
+            const int step = std::atoi(text.c_str());
+            return text == version(step) ? step : -1;
+        };
+        EXPECT_GT(expectWholeWhenKilled(110, changed.calls, copy, found), 10);
+        copy(1);
+        EXPECT_THAT(names(), ElementsAre("Mix.wav")) << "a later copy clears up";
+    }
+    EXPECT_GT(leftovers, 10U);
 }
 
 TEST_F(CopyTest, KeepsHolesBeyondFourGiB)

@@ -2,7 +2,14 @@
 
 #include "Foundation/FileCopyOptions.h"
 
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
 #include <csignal>
+#include <ctime>
+#include <random>
+#include <sys/mman.h>
 #include <sys/wait.h>
 
 namespace stemvault {
@@ -26,6 +33,64 @@ template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Wor
     int status = 0;
     ::waitpid(child, &status, 0);
     return WIFSIGNALED(status);
+}
+
+/// Takes the steps after `last` in a child process until that is killed, so long after its start.
+/// Gives the last step that came to its end.
+template <typename Step>
+int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
+{
+    void* const shared =
+        ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto* const done = new (shared) std::atomic<int>(last);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        sigevent kill {};
+        kill.sigev_notify = SIGEV_SIGNAL;
+        kill.sigev_signo = SIGKILL;
+        timer_t timer {};
+        const itimerspec due { {},
+            { moment.count() / 1'000'000'000, moment.count() % 1'000'000'000 + 1 } };
+        if (::timer_create(CLOCK_MONOTONIC, &kill, &timer) != 0
+            || ::timer_settime(timer, 0, &due, nullptr) != 0)
+            ::_exit(1);
+        while (true) {
+            step(*done + 1);
+            ++*done;
+        }
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    last = *done;
+    ::munmap(shared, sizeof(int));
+    return last;
+}
+
+/// Kills children that take the steps after 1, each at a random moment of its first ones, and a
+/// last one before each of its `calls` in turn. Of what was finished nothing may be lost, and what
+/// was under way must be there as a whole or not at all: `found` looks for the last step whose
+/// result is whole. Gives the number of calls.
+template <typename Step, typename Found>
+int expectWholeWhenKilled(int kills, SystemCalls& calls, const Step& step, const Found& found)
+{
+    const auto start = std::chrono::steady_clock::now();
+    step(1);
+    const auto longest = 3 * (std::chrono::steady_clock::now() - start);
+    std::mt19937 random(static_cast<unsigned>(kills));
+    int last = 1;
+    const auto isWhole = [&](int done) {
+        last = found();
+        EXPECT_TRUE(last == done || last == done + 1) << last << " instead of " << done;
+        return !testing::Test::HasFailure();
+    };
+    while (kills-- > 0 && isWhole(lastBeforeKill(last, longest * (random() % 1000) / 1000, step)))
+        ;
+    int call = 1;
+    while (isKilledAt(call, calls, [&] { step(last + 1); }) && isWhole(last))
+        ++call;
+    EXPECT_EQ(found(), last + 1);
+    return call;
 }
 
 } // namespace stemvault

@@ -1,4 +1,5 @@
 #include "Foundation/KilledAt.h"
+#include "Foundation/TemporaryItem.h"
 #include "LinuxDesktop/UserDefaultsFile.h"
 #include "Support/FakeDispatch.h"
 #include "Support/TemporaryFolder.h"
@@ -219,17 +220,22 @@ TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
 
 TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
 {
-    put(R"({"settingsStore_v1": {"data": "old"}})");
-    const auto save = [this] {
+    // Other processes see what was written, whether or not it has reached the disk.
+    calls.fsync = [](int) { return 0; };
+    const auto version = [](int step) { return std::to_string(step) + std::string(20'000, 'x'); };
+    const auto save = [&](int step) {
         auto defaults = open();
-        defaults.setData(key, "new");
+        defaults.setData(key, version(step));
         defaults.synchronize();
     };
-    int call = 1;
-    for (; isKilledAt(call, calls, save); ++call)
-        ASSERT_TRUE(stored() == "old" || stored() == "new") << call;
-    EXPECT_EQ(stored(), "new");
-    EXPECT_GT(call, 6);
+    const auto found = [&] {
+        for (const std::string& name : names())
+            EXPECT_TRUE(name == "connect.json" || isTemporaryName(name)) << name;
+        const std::string record = stored().value_or("");
+        const int step = std::atoi(record.c_str());
+        return record == version(step) ? step : -1;
+    };
+    EXPECT_GT(expectWholeWhenKilled(300, calls, save, found), 6);
 }
 
 } // namespace
