@@ -21,6 +21,21 @@ std::optional<Departure> Departures::take(std::uint32_t cookie)
     return departure;
 }
 
+std::optional<Departure> Departures::takeDisplaced(const Departure& other, const std::string& path)
+{
+    const auto found =
+        std::find_if(waiting.begin(), waiting.end(), [&](const Departure& departure) {
+            return departure.displacedFrom == path && departure.node.id != noNode
+                && departure.formerParent.id == other.formerParent.id
+                && departure.formerName == other.formerName;
+        });
+    if (path.empty() || found == waiting.end())
+        return std::nullopt;
+    Departure departure = std::move(*found);
+    waiting.erase(found);
+    return departure;
+}
+
 void Departures::forgetNode(NodeId node)
 {
     for (Departure& departure : waiting)

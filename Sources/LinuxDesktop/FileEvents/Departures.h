@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/FileStatus.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
 
 #include <chrono>
@@ -20,6 +21,8 @@ struct Departure {
     NodeRef formerParent;
     std::string formerName;
     EventWindow::Time deadline;
+    FileTime since {}; ///< Whatever stands in its place now, came after this.
+    std::string displacedFrom {}; ///< Where the one came from that has taken its place.
 };
 
 /// The second half of a rename follows the first at once, but perhaps in the next read. Until its
@@ -31,6 +34,11 @@ public:
     void add(Departure departure) { waiting.push_back(std::move(departure)); }
 
     [[nodiscard]] std::optional<Departure> take(std::uint32_t cookie);
+
+    /// The folder that another one displaced which came from `path`, and which leaves that place
+    /// now itself: two that change places are told as two moves in a row.
+    [[nodiscard]] std::optional<Departure> takeDisplaced(
+        const Departure& other, const std::string& path);
 
     /// The folder has been found; only the report of its old path is still owed.
     void forgetNode(NodeId node);

@@ -16,6 +16,7 @@ void EventReporter::report(NodeId folder, std::string_view name, std::uint32_t f
         text.append("/").append(name);
     lastEntry = add(text, flags, more);
     lastFolder = folder;
+    lastShape = tree.shape();
     lastName = name;
 }
 
@@ -46,7 +47,6 @@ std::optional<std::string> EventReporter::path(NodeId folder, std::string_view n
 
 void EventReporter::retryDeferred()
 {
-    forgetLast();
     for (const Deferred& event : std::exchange(deferred, {}))
         if (tree.isCurrent(event.folder))
             report(event.folder.id, event.name, event.flags, event.more);

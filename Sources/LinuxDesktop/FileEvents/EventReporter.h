@@ -32,7 +32,7 @@ public:
     /// The flags gathered for an item so far; 0 if there are none.
     [[nodiscard]] std::uint32_t flagsOf(NodeId folder, std::string_view name);
 
-    /// To be called when a batch was taken or a folder has another path.
+    /// To be called when a batch was taken.
     void forgetLast() { lastFolder = noNode; }
 
     /// The path of an item as the consumer knows it; absent while the folder is on the move.
@@ -54,13 +54,14 @@ private:
     std::size_t add(std::string_view path, std::uint32_t flags, More more);
     [[nodiscard]] bool isLast(NodeId folder, std::string_view name) const
     {
-        return lastFolder == folder && lastName == name;
+        return lastFolder == folder && lastShape == tree.shape() && lastName == name;
     }
 
     std::string text;
     std::vector<Deferred> deferred;
     /// Events of one file mostly come in a row, and then its path need not be put together again.
     NodeId lastFolder = noNode;
+    std::uint32_t lastShape = 0;
     std::string lastName;
     std::size_t lastEntry = 0;
 };

@@ -72,7 +72,6 @@ void EventSorter::closed(NodeId folder, const InotifyEvent& event)
 
 void EventSorter::sortFolder(NodeId folder, const InotifyEvent& event)
 {
-    state.reporter.forgetLast();
     if (event.has(IN_CREATE))
         return folderCreated(folder, event.name);
     if (event.has(IN_DELETE))
@@ -102,7 +101,7 @@ void EventSorter::folderCreated(NodeId parent, std::string_view name)
     }
     state.reporter.report(folder, ItemCreated | ItemIsDir);
     state.tree.clearWatch(folder);
-    walker.enqueue(folder, Visit::Created, {});
+    walker.enqueue(folder, Visit::Created, state.arrivalBound);
 }
 
 void EventSorter::folderRemoved(NodeId parent, std::string_view name)
@@ -110,7 +109,6 @@ void EventSorter::folderRemoved(NodeId parent, std::string_view name)
     state.reporter.report(parent, name, ItemRemoved | ItemIsDir, More::Done);
     if (const NodeId folder = state.tree.child(parent, name); folder != noNode)
         state.remove(folder);
-    state.reporter.forgetLast();
 }
 
 void EventSorter::fileArrived(NodeId folder, const InotifyEvent& event)
@@ -128,9 +126,13 @@ void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
     if (departure && departure->node.id != noNode && state.tree.isCurrent(departure->node)) {
         // What was there is gone, or has changed places with what came.
         if (there != noNode)
-            state.depart(there, 0, {});
+            state.depart(there, 0, {}, departure->formerPath);
         return put(*departure, parent, event.name);
     }
+    // One that left before it was met is as new as if it had been met here first.
+    if (there == noNode && departure)
+        return walker.enqueue(
+            state.tree.add(parent, event.name), Visit::Created, state.arrivalBound);
     if (there == noNode)
         return meet(parent, event.name);
     NodeId node = there;
@@ -156,6 +158,8 @@ void EventSorter::put(Departure& departure, NodeId parent, std::string_view name
     const int watch = state.tree.watch(node);
     const int found =
         watch < 0 ? watch : state.inotify.watch(resolvedPath(parent, name), WatchState::folderMask);
+    if ((watch < 0 || found != watch) && changePlaces(departure, parent, name))
+        return;
     if (found >= 0 && found != watch) {
         state.tree.detach(node);
         meet(parent, name);
@@ -167,6 +171,24 @@ void EventSorter::put(Departure& departure, NodeId parent, std::string_view name
         return state.departures.add(std::move(departure));
     }
     state.reporter.retryDeferred();
+}
+
+/// Of two folders that change places the second seems to be the first, which leaves again at once.
+bool EventSorter::changePlaces(const Departure& departure, NodeId parent, std::string_view name)
+{
+    const NodeId node = departure.node.id;
+    const auto other = state.departures.takeDisplaced(
+        departure, state.reporter.path(parent, name).value_or(std::string()));
+    if (!other || !state.tree.isCurrent(other->node)
+        || !state.tree.isCurrent(departure.formerParent))
+        return false;
+    state.tree.detach(node);
+    state.tree.attach(node, departure.formerParent.id, departure.formerName);
+    state.tree.attach(other->node.id, parent, name);
+    state.reporter.retryDeferred();
+    for (const NodeId moved : { node, other->node.id })
+        walker.enqueue(moved, Visit::Arrived, state.arrivalBound);
+    return true;
 }
 
 void EventSorter::reportMove(const std::optional<Departure>& departure, NodeId parent,
@@ -197,11 +219,22 @@ void EventSorter::settleDepartures()
             if (takeBack(departure))
                 continue;
             state.remove(departure.node.id);
+            lookAtFormerPlace(departure);
         }
         if (!departure.formerPath.empty())
             state.reporter.report(departure.formerPath, ItemRenamed | ItemRemoved | departure.kind);
     }
     state.reporter.retryDeferred();
+}
+
+/// What left may have changed places with something that came from where nobody watched.
+void EventSorter::lookAtFormerPlace(const Departure& departure)
+{
+    const NodeId parent = departure.formerParent.id;
+    if (parent != noNode && state.tree.isCurrent(departure.formerParent)
+        && state.tree.child(parent, departure.formerName) == noNode)
+        walker.enqueue(
+            state.tree.add(parent, departure.formerName), Visit::Arrived, departure.since);
 }
 
 /// Of two names that changed hands in a row the later event may have taken the wrong folder; it is

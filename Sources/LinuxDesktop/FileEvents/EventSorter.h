@@ -34,9 +34,11 @@ private:
     void folderArrived(NodeId parent, const InotifyEvent& event);
     void meet(NodeId parent, std::string_view name);
     void put(Departure& departure, NodeId parent, std::string_view name);
+    bool changePlaces(const Departure& departure, NodeId parent, std::string_view name);
     void reportMove(const std::optional<Departure>& departure, NodeId parent, std::string_view name,
         std::uint32_t kind);
     void watchEnded(int watch);
+    void lookAtFormerPlace(const Departure& departure);
     bool takeBack(const Departure& departure);
     [[nodiscard]] std::string resolvedPath(NodeId folder, std::string_view name) const;
 

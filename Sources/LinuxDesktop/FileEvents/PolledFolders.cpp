@@ -81,8 +81,10 @@ bool PolledFolders::isWatchedNow(Folder& folder)
     NodeId node = folder.node.id;
     switch (walker.placer().place(node)) {
     case Placement::Gone:
-        if (state.tree.parent(node) != noNode)
-            state.remove(node);
+        // Whether a root is gone is for others to say.
+        if (state.tree.isRoot(node))
+            return false;
+        state.remove(node);
         return true;
     case Placement::Fresh:
     case Placement::Same:

@@ -1,6 +1,7 @@
 #include "LinuxDesktop/FileEvents/RootKeeper.h"
 
 #include "Foundation/PathText.h"
+#include "LinuxDesktop/FileEvents/FileSystemTraits.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -50,14 +51,14 @@ RootKeeper::RootKeeper(
 void RootKeeper::start(FileTime since)
 {
     followAll(TreeWalker::Visit::Start, since);
-    checkMounts();
+    checkMounts(since);
 }
 
 bool RootKeeper::notice(const InotifyEvent& event)
 {
     bool isDoubtful = guard.concerns(event);
     if (event.has(IN_UNMOUNT))
-        noticeMounts();
+        noticeMounts(state.arrivalBound);
     if (event.has(IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED))
         for (Root& root : roots) {
             if (root.node == noNode || state.tree.watch(root.node) != event.watch)
@@ -69,13 +70,21 @@ bool RootKeeper::notice(const InotifyEvent& event)
     return isDoubtful;
 }
 
+void RootKeeper::noticeMounts(FileTime notBefore)
+{
+    haveMountsChanged = suspicious = true;
+    unsureSince = std::min(unsureSince, notBefore);
+}
+
 void RootKeeper::recheck()
 {
     if (!std::exchange(suspicious, false))
         return;
-    followAll(TreeWalker::Visit::Arrived, state.arrivalBound);
+    const FileTime since =
+        std::min(state.arrivalBound, std::exchange(unsureSince, FileTime::max()));
+    followAll(TreeWalker::Visit::Arrived, since);
     if (haveMountsChanged)
-        checkMounts();
+        checkMounts(since);
 }
 
 void RootKeeper::lookThrough(FileTime since)
@@ -86,7 +95,8 @@ void RootKeeper::lookThrough(FileTime since)
         state.reporter.report(root.node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
         walker.enqueue(root.node, TreeWalker::Visit::Check, since);
     }
-    suspicious = haveMountsChanged = true;
+    walker.noteLoss(since);
+    noticeMounts(since);
 }
 
 std::optional<EventWindow::Time> RootKeeper::due() const
@@ -96,13 +106,28 @@ std::optional<EventWindow::Time> RootKeeper::due() const
 
 void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
 {
+    // Where only the clock tells, a root may have come at any time since the last look.
+    if (nextLook)
+        since = std::min(since, lastLook);
+    lastLook = wallClock() - std::chrono::milliseconds(10);
     guard.begin();
-    for (Root& root : roots)
+    bool isAllTold = true;
+    for (Root& root : roots) {
         update(root, guard.follow(root.absolute), visit, since);
+        isAllTold = isAllTold && !isShared(root.meaning);
+    }
     guard.end();
-    nextLook = guard.isComplete()
+    nextLook = isAllTold && guard.isComplete()
         ? std::nullopt
         : std::optional(std::chrono::steady_clock::now() + state.lookInterval);
+}
+
+/// Whether others may take a root away, or bring it, and no event tells.
+bool RootKeeper::isShared(const PathGuard::Meaning& meaning) const
+{
+    const std::string place =
+        meaning.folder ? meaning.resolved : deletingLastPathComponent(meaning.missing);
+    return isSharedWithOthers(state.calls.fileSystemType(place.empty() ? "/" : place.c_str()));
 }
 
 void RootKeeper::update(
@@ -140,7 +165,7 @@ void RootKeeper::detach(Root& root)
     state.remove(std::exchange(root.node, noNode));
 }
 
-void RootKeeper::checkMounts()
+void RootKeeper::checkMounts(FileTime since)
 {
     haveMountsChanged = false;
     std::set<std::string> points;
@@ -151,11 +176,11 @@ void RootKeeper::checkMounts()
     for (const Root& root : roots)
         for (const std::string& point : former)
             if (root.node != noNode && point.starts_with(root.meaning.resolved + "/"))
-                checkMount(root, point);
+                checkMount(root, point, since);
 }
 
 /// A watch stays on the folder that a mount covers, so the folder is looked up by its path again.
-void RootKeeper::checkMount(const Root& root, const std::string& point)
+void RootKeeper::checkMount(const Root& root, const std::string& point, FileTime since)
 {
     NodeId node = root.node;
     const std::filesystem::path below(point.substr(root.meaning.resolved.size() + 1));
@@ -163,7 +188,7 @@ void RootKeeper::checkMount(const Root& root, const std::string& point)
         if (node != noNode)
             node = state.tree.child(node, part.native());
     if (node != noNode)
-        walker.enqueue(node, TreeWalker::Visit::Arrived, state.arrivalBound);
+        walker.enqueue(node, TreeWalker::Visit::Arrived, since);
 }
 
 } // namespace stemvault

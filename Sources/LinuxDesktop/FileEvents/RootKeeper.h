@@ -25,7 +25,8 @@ public:
     /// To be shown every event, before anything else is done with it. Whether it means that a path
     /// may lead elsewhere now.
     bool notice(const InotifyEvent& event);
-    void noticeMounts() { haveMountsChanged = suspicious = true; }
+    /// The table of mounts has changed, but not before that moment.
+    void noticeMounts(FileTime notBefore);
 
     /// Follows the paths anew if anything has cast doubt on them.
     void recheck();
@@ -50,11 +51,12 @@ private:
     };
 
     void followAll(TreeWalker::Visit visit, FileTime since);
+    [[nodiscard]] bool isShared(const PathGuard::Meaning& meaning) const;
     void update(Root& root, PathGuard::Meaning meaning, TreeWalker::Visit visit, FileTime since);
     void attach(Root& root, TreeWalker::Visit visit, FileTime since);
     void detach(Root& root);
-    void checkMounts();
-    void checkMount(const Root& root, const std::string& point);
+    void checkMounts(FileTime since);
+    void checkMount(const Root& root, const std::string& point, FileTime since);
 
     WatchState& state;
     TreeWalker& walker;
@@ -64,7 +66,9 @@ private:
     std::set<std::string> mountPoints;
     bool suspicious = false;
     bool haveMountsChanged = true;
+    FileTime unsureSince = FileTime::max(); ///< If changes of paths may have been missed.
     std::optional<EventWindow::Time> nextLook;
+    FileTime lastLook;
 };
 
 } // namespace stemvault

@@ -45,7 +45,7 @@ StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, Fi
 
 void StreamWorker::run(const Deliver& deliver, const Ready& ready)
 {
-    state.watchedUntil = state.arrivalBound = began - clockGrain;
+    state.watchedUntil = state.arrivalBound = mountsKnownUntil = began - clockGrain;
     state.inotify.open();
     roots.start(state.watchedUntil);
     while (!state.mustEnd && !walker.isIdle())
@@ -137,11 +137,18 @@ void StreamWorker::addKinds(EventBatch& batch) const
 {
     constexpr std::uint32_t kinds =
         FileEventFlag::ItemIsFile | FileEventFlag::ItemIsDir | FileEventFlag::ItemIsSymlink;
+    constexpr std::uint32_t leaving = FileEventFlag::ItemRemoved | FileEventFlag::ItemRenamed;
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
-        if ((batch.flags[index] & kinds) != 0)
+        std::uint32_t& flags = batch.flags[index];
+        // What has left may have been of another kind than what bears the name now.
+        const bool mayHaveChanged =
+            (flags & leaving) != 0 && (flags & FileEventFlag::RootChanged) == 0;
+        if ((flags & kinds) != 0 && !mayHaveChanged)
             continue;
-        const std::optional<FileStatus> status = fileStatus(batch.paths[index]);
-        batch.flags[index] |= status ? status->kind() : FileEventFlag::ItemIsFile;
+        if (const std::optional<FileStatus> status = fileStatus(batch.paths[index]))
+            flags |= status->kind();
+        else if ((flags & kinds) == 0)
+            flags |= FileEventFlag::ItemIsFile;
     }
 }
 
@@ -194,10 +201,13 @@ void StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
     timespec timeout {};
     if (until)
         timeout = timeUntil(*until);
-    if (ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr) <= 0)
+    (void)ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr);
+    if (awaited == Awaited::EndOnly)
         return;
-    if (count > 1 && (awaiting[1].revents & POLLPRI) != 0)
-        roots.noticeMounts();
+    const FileTime now = wallClock();
+    if ((awaiting[1].revents & POLLPRI) != 0)
+        roots.noticeMounts(std::max(mountsKnownUntil, now - wakeUpTime));
+    mountsKnownUntil = now - clockGrain;
 }
 
 } // namespace stemvault

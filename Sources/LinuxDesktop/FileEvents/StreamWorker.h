@@ -52,6 +52,7 @@ private:
     RootKeeper roots;
     EventSorter sorter;
     std::optional<FileTime> lostSince;
+    FileTime mountsKnownUntil; ///< No mount has come or gone before this moment unnoticed.
     bool hasReadEvents = false;
 };
 

@@ -33,27 +33,55 @@ void TreeWalker::enqueue(NodeId node, Visit visit, FileTime since)
 
 bool TreeWalker::runSlice()
 {
+    visitVacated(Visit::Arrived, state.arrivalBound);
+    if (shapeWhenPostponed != state.tree.shape())
+        for (const Job& job : std::exchange(postponed, {}))
+            jobs.push_back(job);
     if (jobs.empty())
         return false;
     const auto end = std::chrono::steady_clock::now() + sliceLength;
     while (!jobs.empty() && !state.mustEnd && std::chrono::steady_clock::now() < end) {
         const Job job = jobs.back();
         jobs.pop_back();
-        if (state.tree.isCurrent(job.node))
+        if (!state.tree.isCurrent(job.node))
+            continue;
+        if (state.tree.path(job.node.id, WatchTree::Spelling::Resolved, path))
             visit(job);
+        else
+            postpone(job);
     }
-    if (jobs.empty())
+    if (jobs.empty()) {
         jobs.shrink_to_fit();
+        lostSince.reset();
+    }
     return true;
+}
+
+void TreeWalker::postpone(const Job& job)
+{
+    postponed.push_back(job);
+    shapeWhenPostponed = state.tree.shape();
+}
+
+void TreeWalker::visitVacated(Visit visit, FileTime since)
+{
+    for (const NodeRef& node : std::exchange(state.vacated, {}))
+        if (state.tree.isCurrent(node))
+            enqueue(node.id, visit, since);
 }
 
 void TreeWalker::visit(Job job)
 {
     NodeId node = job.node.id;
-    switch (watchPlacer.place(node)) {
+    const Placement placement = watchPlacer.place(node);
+    visitVacated(job.visit, job.since);
+    switch (placement) {
     case Placement::Fresh:
         return visitFolder(node, job);
     case Placement::Same:
+        // Its events tell all about a known folder, unless they are lost.
+        if (job.visit != Visit::Check && lostSince && node != job.node.id)
+            job = { job.node, Visit::Check, *lostSince };
         return job.visit == Visit::Check ? visitFolder(node, job) : void();
     case Placement::Replaced:
         state.reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
@@ -71,7 +99,7 @@ void TreeWalker::visit(Job job)
     }
 }
 
-void TreeWalker::visitFolder(NodeId node, const Job& job)
+void TreeWalker::visitFolder(NodeId node, Job job)
 {
     if (!state.tree.path(node, WatchTree::Spelling::Resolved, path))
         return;
@@ -81,6 +109,8 @@ void TreeWalker::visitFolder(NodeId node, const Job& job)
     const Device traits = device(status->device);
     if (traits.isShared)
         polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
+    if (traits.isShared && job.visit == Visit::Created)
+        job.since = {}; // By whose clock?
     if (job.visit != Visit::Start)
         return list(node, job, true);
     // New names show in the folder's own time, which spares a look at every file.
@@ -130,13 +160,13 @@ void TreeWalker::meet(
     NodeId node, int folder, const DirectoryEntry& entry, const Job& job, bool isReported)
 {
     std::uint32_t kind = kindOfEntry(entry.type);
-    std::uint32_t flags = isReported ? FileEventFlag::ItemCreated | kind : 0;
-    if (entry.type == DT_UNKNOWN || (isReported && job.visit != Visit::Created)) {
+    std::uint32_t flags = 0;
+    if (entry.type == DT_UNKNOWN || isReported) {
         const std::optional<FileStatus> status = fileStatus(folder, entry.name);
         if (!status)
             return;
         kind = status->kind();
-        flags = job.visit == Visit::Created ? flags | kind : status->changesSince(job.since);
+        flags = status->changesSince(job.since);
     }
     if (kind == FileEventFlag::ItemIsDir)
         meetFolder(node, entry.name, flags, job);
@@ -158,7 +188,7 @@ void TreeWalker::meetFolder(
     state.tree.setSeen(child, job.visit == Visit::Check);
     if (flags != 0)
         state.reporter.report(child, flags);
-    enqueue(child, job.visit == Visit::Check ? Visit::Arrived : job.visit, job.since);
+    enqueue(child, job.visit, job.since);
 }
 
 void TreeWalker::departUnseen(NodeId node)

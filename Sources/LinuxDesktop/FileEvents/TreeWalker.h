@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <unordered_map>
 #include <vector>
 
@@ -20,7 +21,7 @@ public:
     /// Why a folder is visited, which decides what is reported of what it holds.
     enum class Visit : std::uint8_t {
         Start, ///< It was there before the stream: only what has changed since its start.
-        Created, ///< It was made while we watched: everything.
+        Created, ///< It was made while we watched: everything but what was moved into it.
         Arrived, ///< It came as a whole: only what has changed since.
         Check, ///< Events were lost: what has changed since, and which folders are where.
     };
@@ -28,6 +29,9 @@ public:
     explicit TreeWalker(WatchState& shared);
 
     void enqueue(NodeId node, Visit visit, FileTime since);
+
+    /// Events were lost: until the walk is over, folders met elsewhere are checked as well.
+    void noteLoss(FileTime since) { lostSince = since; }
 
     /// Visits folders for a few milliseconds. Whether there was anything to do.
     bool runSlice();
@@ -53,8 +57,10 @@ private:
         bool countsFolders; ///< The link count of a folder is two and one for each folder in it.
     };
 
+    void postpone(const Job& job);
+    void visitVacated(Visit visit, FileTime since);
     void visit(Job job);
-    void visitFolder(NodeId node, const Job& job);
+    void visitFolder(NodeId node, Job job);
     void waitUntilReadable(NodeId node, FileTime since);
     void list(NodeId node, const Job& job, bool areItemsReported);
     void meet(
@@ -68,6 +74,9 @@ private:
     WatchPlacer watchPlacer { state };
     std::vector<std::byte> buffer;
     std::vector<Job> jobs;
+    std::vector<Job> postponed; ///< Those in folders on the move.
+    std::uint32_t shapeWhenPostponed = 0;
+    std::optional<FileTime> lostSince;
     std::string path;
     std::map<std::uint64_t, Device> devices;
     std::vector<std::pair<NodeRef, FileTime>> unreadable;

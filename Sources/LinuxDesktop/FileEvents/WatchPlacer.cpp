@@ -75,10 +75,13 @@ bool WatchPlacer::hasLeft(NodeId node, int watch)
 
 void WatchPlacer::moveTo(NodeId& fresh, NodeId known)
 {
-    if (state.tree.parent(known) != noNode)
+    if (const NodeId parent = state.tree.parent(known); parent != noNode) {
+        const std::string name(state.tree.name(known));
         state.tree.detach(known);
-    else
+        state.vacated.push_back(state.tree.ref(state.tree.add(parent, name)));
+    } else {
         state.departures.forgetNode(known);
+    }
     state.tree.replace(fresh, known);
     fresh = known;
     state.reporter.retryDeferred();

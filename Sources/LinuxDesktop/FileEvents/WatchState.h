@@ -42,6 +42,8 @@ struct WatchState {
     EventWindow window;
     EventReporter reporter { tree, window };
     Departures departures;
+    /// Nodes for whatever stands now where a folder was before it was found elsewhere.
+    std::vector<NodeRef> vacated;
     /// Whatever happened before this moment has been read.
     FileTime watchedUntil;
     /// What arrives now was not there yet at this moment: as a rule much later than the above.
@@ -62,11 +64,13 @@ struct WatchState {
     }
 
     /// Takes a folder from its place until it is known where it went.
-    void depart(NodeId node, std::uint32_t cookie, std::string formerPath)
+    void depart(
+        NodeId node, std::uint32_t cookie, std::string formerPath, std::string displacedFrom = {})
     {
         departures.add({ cookie, std::move(formerPath), FileEventFlag::ItemIsDir, tree.ref(node),
             tree.ref(tree.parent(node)), std::string(tree.name(node)),
-            std::chrono::steady_clock::now() + Departures::patience });
+            std::chrono::steady_clock::now() + Departures::patience, arrivalBound,
+            std::move(displacedFrom) });
         tree.detach(node);
     }
 };

@@ -91,11 +91,13 @@ void WatchTree::detach(NodeId id)
         nodes[node.next].previous = node.previous;
     names.forget(node.name);
     node.parent = node.next = node.previous = noNode;
+    ++changes;
 }
 
 void WatchTree::attach(NodeId node, NodeId parent, std::string_view name)
 {
     link(node, parent, name);
+    ++changes;
 }
 
 void WatchTree::replace(NodeId fresh, NodeId detached)
@@ -189,6 +191,7 @@ void WatchTree::freeNode(NodeId id)
     const std::uint32_t age = nodes[id].age;
     nodes[id] = Node {};
     nodes[id].age = (age + 1) & 0x3FFFFFFFU;
+    ++changes;
     freeNodes.push_back(id);
 }
 

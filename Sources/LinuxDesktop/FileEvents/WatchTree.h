@@ -63,6 +63,9 @@ public:
     void setWatch(NodeId node, int watch);
     void clearWatch(NodeId node);
 
+    /// Another number whenever any node may have another path than before.
+    [[nodiscard]] std::uint32_t shape() const { return changes; }
+
     [[nodiscard]] NodeRef ref(NodeId node) const { return { node, nodes[node].age }; }
     [[nodiscard]] bool isCurrent(NodeRef node) const { return nodes[node.id].age == node.age; }
 
@@ -99,6 +102,7 @@ private:
     std::vector<Node> nodes;
     std::vector<NodeId> freeNodes;
     std::vector<Root> roots;
+    std::uint32_t changes = 0;
     NameArena names;
     FlatIndex byName;
     FlatIndex byWatch;

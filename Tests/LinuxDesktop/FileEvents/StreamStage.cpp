@@ -18,8 +18,6 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::chrono::seconds deadline { 20 };
-
 /// Streams may outlive their test by a moment and the kernel's stand-in with them.
 FaultyInotifyCalls* newCalls()
 {
@@ -90,7 +88,8 @@ struct StreamStage::Record {
         changed.notify_all();
     }
 
-    [[nodiscard]] bool waitFor(const std::function<bool()>& isDone) const
+    [[nodiscard]] bool waitFor(const std::function<bool()>& isDone,
+        std::chrono::milliseconds deadline = std::chrono::seconds(20)) const
     {
         std::unique_lock lock(mutex);
         return changed.wait_for(lock, deadline, isDone);
@@ -102,14 +101,14 @@ StreamStage::StreamStage() : faults(newCalls()), record(std::make_shared<Record>
     folder.makeFolder("beat");
 }
 
-void StreamStage::start(const std::vector<std::string>& roots)
+void StreamStage::start(const std::vector<std::string>& roots, std::chrono::milliseconds latency)
 {
     StreamOptions options;
     for (const std::string& root : roots)
         options.paths.push_back(root.starts_with('/') ? root : path(root));
     options.paths.push_back(path("beat"));
-    options.latency = std::chrono::milliseconds(30);
-    options.lookInterval = std::chrono::milliseconds(50);
+    options.latency = latency;
+    options.lookInterval = latency * 2;
     stream = InotifyStream::create(
         options, [to = record](const EventBatch& batch) { to->add(batch); },
         [to = record] {
@@ -126,17 +125,31 @@ void StreamStage::start(const std::vector<std::string>& roots)
 /// because what is half done by then is done one window later.
 void StreamStage::sync()
 {
-    for (int count = 0; count < 4; ++count) {
-        const std::string beat = path("beat/" + std::to_string(++beats));
-        std::filesystem::create_directory(beat);
-        ASSERT_TRUE(record->waitFor([&] { return record->reports.contains(beat); }));
-    }
+    for (int count = 0; count < 4; ++count)
+        beat(S_IFDIR);
+}
+
+void StreamStage::beat(mode_t kind)
+{
+    const std::string beat = path("beat/" + std::to_string(++beats));
+    if (kind == S_IFDIR)
+        mkdir(beat.c_str(), 0700);
+    else
+        mknod(beat.c_str(), kind, 0);
+    ASSERT_TRUE(record->waitFor([&] { return record->reports.contains(beat); }));
+    std::filesystem::remove(beat);
 }
 
 StreamStage::Reports StreamStage::reports() const
 {
     const std::lock_guard lock(record->mutex);
     return shortened();
+}
+
+void StreamStage::forgetReports()
+{
+    const std::lock_guard lock(record->mutex);
+    record->reports.clear();
 }
 
 StreamStage::Reports StreamStage::shortened() const
@@ -150,9 +163,10 @@ StreamStage::Reports StreamStage::shortened() const
     return result;
 }
 
-bool StreamStage::waitFor(const std::function<bool(const Reports&)>& isDone) const
+bool StreamStage::waitFor(
+    const std::function<bool(const Reports&)>& isDone, std::chrono::milliseconds deadline) const
 {
-    return record->waitFor([&] { return isDone(shortened()); });
+    return record->waitFor([&] { return isDone(shortened()); }, deadline);
 }
 
 StreamStage::Step sh(const std::string& script)
@@ -161,6 +175,16 @@ StreamStage::Step sh(const std::string& script)
         const std::string command = "cd '" + stage.path("") + "' && set -e\n" + script;
         EXPECT_EQ(system(command.c_str()), 0) << script;
     };
+}
+
+/// Truncation to the same size is an event, too, and one of its own after that of another file.
+void flood(StreamStage& stage)
+{
+    const std::string files[] = { stage.path("beat/one"), stage.path("beat/two") };
+    for (const std::string& file : files)
+        std::ofstream(file) << "x";
+    for (int events = 0; events < 17'000; ++events)
+        (void)truncate(files[events % 2].c_str(), 0);
 }
 
 void age(StreamStage& stage, std::chrono::milliseconds least)

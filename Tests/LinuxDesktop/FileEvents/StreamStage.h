@@ -51,17 +51,24 @@ public:
     [[nodiscard]] FaultyInotifyCalls& calls() const { return *faults; }
 
     /// Watches these, and one more folder that `sync` needs; returns when all watches are in place.
-    void start(const std::vector<std::string>& roots);
+    void start(const std::vector<std::string>& roots,
+        std::chrono::milliseconds latency = std::chrono::milliseconds(30));
 
     /// Returns when everything that was done before has been reported.
     void sync();
 
+    /// Makes something and waits for its report. What is of no kind that is ever closed is reported
+    /// after all files that were made before and not closed.
+    void beat(mode_t kind);
+
     /// All flags reported so far by path, those of `sync` left out; paths below the stage's folder
     /// are shortened by it.
     [[nodiscard]] Reports reports() const;
+    void forgetReports();
 
     /// Waits until the reports satisfy a test, up to a deadline.
-    [[nodiscard]] bool waitFor(const std::function<bool(const Reports&)>& isDone) const;
+    [[nodiscard]] bool waitFor(const std::function<bool(const Reports&)>& isDone,
+        std::chrono::milliseconds deadline = std::chrono::seconds(20)) const;
 
 private:
     struct Record;
@@ -82,6 +89,9 @@ inline void sync(StreamStage& stage)
 {
     stage.sync();
 }
+
+/// Makes more events than the kernel's queue holds, none of which is reported.
+void flood(StreamStage& stage);
 
 /// Waits until the clock of the file system is that far on.
 void age(StreamStage& stage, std::chrono::milliseconds least);
