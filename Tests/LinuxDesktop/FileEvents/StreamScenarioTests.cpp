@@ -264,7 +264,8 @@ const std::vector<Scenario> scenarios = {
         { held(true), sh("mkdir root/n; mv out/t root/n/t; echo > root/n/t/deep/f"), held(false) },
         { { "CO", "root/n" }, { "ROc", "root/n/t" }, { "CmF", "root/n/t/deep/f" } } },
     { "WrittenNewAndMoved", { sh("mkdir root") },
-        { held(true), sh("mkdir root/a; echo > root/a/f; mv root/a root/b"), held(false) },
+        { held(true), sh("mkdir root/a; echo > root/a/f"), longAgo, sh("mv root/a root/b"),
+            held(false) },
         { { "CRO", "root/a" }, { "RO", "root/b" }, { "CmF", "root/b/f" } } },
     { "NewInAMovedFolder", { oldTree },
         { held(true), sh("mkdir root/n; mv root/a root/n; mkdir root/n/a/d; echo > root/n/a/d/f"),
@@ -278,7 +279,7 @@ const std::vector<Scenario> scenarios = {
             { "DO", "root/d/b/deep" }, { "DF", "root/d/b/deep/x" }, { "CMF", "root/e/b/f" },
             { "CMF", "root/a/g" } } },
     { "ExchangedWithAnotherPlace", { oldTree, longAgo },
-        { held(true), exchange("root/a", "out/t"), held(false), sync, sh("echo > root/a/deep/f") },
+        { held(true), exchange("out/t", "root/a"), held(false), sync, sh("echo > root/a/deep/f") },
         { { "RDOs", "root/a" }, { "CMF", "root/a/deep/f" } } },
     { "LinkedInPlaceOfAFolder", { sh("mkdir -p root/f; echo > f") },
         { held(true), sh("rmdir root/f; ln f root/f"), held(false) }, { { "CDFO", "root/f" } } },
@@ -337,6 +338,17 @@ Step mountOn(const char* folder)
 }
 
 const std::vector<Scenario> mountScenarios = {
+    { "MountedOverRoot", { sh("mkdir root; echo > root/covered") },
+        { mountOn("root"), sync, sh("echo > root/f"), sync, sh("umount root"), sync,
+            sh("echo > root/g") },
+        { { "CDOX", "root" }, { "CMF", "root/f" }, { "CMF", "root/g" } } },
+    { "MountedOverFolderInside", { sh("mkdir -p root/a/b") },
+        { mountOn("root/a"), sync, sh("mkdir root/a/c"), sync,
+            sh("echo > root/a/c/f; umount -l "
+               "root/a"),
+            sync, sh("echo > root/a/b/g") },
+        { { "OS", "root/a" }, { "CO", "root/a/c" }, { "CMF", "root/a/c/f" },
+            { "CMF", "root/a/b/g" } } },
     { "MountedAndWrittenAtOnce", { sh("mkdir -p root/a") },
         { held(true), mountOn("root/a"), sh("echo > root/a/f"), held(false) },
         { { "OS", "root/a" }, { "CmF", "root/a/f" } } },
