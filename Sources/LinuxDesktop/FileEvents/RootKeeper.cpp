@@ -1,6 +1,5 @@
 #include "LinuxDesktop/FileEvents/RootKeeper.h"
 
-#include "Foundation/PathText.h"
 #include "LinuxDesktop/FileEvents/FileSystemTraits.h"
 
 #include <algorithm>
@@ -126,7 +125,7 @@ void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
 bool RootKeeper::isShared(const PathGuard::Meaning& meaning) const
 {
     const std::string place =
-        meaning.folder ? meaning.resolved : deletingLastPathComponent(meaning.missing);
+        meaning.folder ? meaning.resolved : meaning.missing.substr(0, meaning.missing.rfind('/'));
     return isSharedWithOthers(state.calls.fileSystemType(place.empty() ? "/" : place.c_str()));
 }
 
