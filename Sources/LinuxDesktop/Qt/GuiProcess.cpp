@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QLibraryInfo>
+#include <QPixmapCache>
 
 #include <cstdio>
 #include <cstdlib>
@@ -13,6 +14,10 @@
 namespace stemvault {
 
 namespace {
+
+// What is drawn is kept in case it is drawn again. The default is ten times as much, and over the
+// days a program that shows a window now and then would fill it.
+constexpr int keptDrawings = 1024; // In KiB.
 
 // The toolkit's part for Wayland is a package of its own, which a desktop need not bring along.
 bool lacksWayland()
@@ -45,6 +50,7 @@ GuiProcess::GuiProcess(std::string programName) : name(std::move(programName))
     qInstallMessageHandler(&saveOnlyTheEnd);
     application = std::make_unique<QApplication>(argumentCount, arguments.data());
     qInstallMessageHandler(nullptr);
+    QPixmapCache::setCacheLimit(keptDrawings);
 }
 
 GuiProcess::~GuiProcess() = default;
