@@ -9,31 +9,16 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <uriparser/Uri.h>
 
 namespace stemvault {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 using Paths = std::vector<std::string>;
-
-/// What a web server makes of a URL's query, as its library reads it.
-std::vector<std::pair<std::string, std::string>> decodedQuery(const std::string& url, bool isForm)
-{
-    const std::string query = url.substr(url.find('?') + 1);
-    UriQueryListA* list = nullptr;
-    int count = 0;
-    EXPECT_EQ(uriDissectQueryMallocExA(&list, &count, query.data(), query.data() + query.size(),
-                  isForm ? URI_TRUE : URI_FALSE, URI_BR_DONT_TOUCH),
-        URI_SUCCESS);
-    std::vector<std::pair<std::string, std::string>> items;
-    for (const auto* item = list; item != nullptr; item = item->next)
-        items.emplace_back(item->key, item->value);
-    uriFreeQueryListA(list);
-    return items;
-}
 
 class ServiceProviderTests : public testing::Test {
 protected:
@@ -66,15 +51,6 @@ protected:
         for (const auto& entry : std::filesystem::recursive_directory_iterator(root))
             found.push_back(entry.path().string().substr(root.size() + 1));
         return found;
-    }
-
-    /// Creates a playlist of one file under the name that is typed.
-    void create(FakePlatform& desktop, const std::string& typed)
-    {
-        make({ "Song/a.wav" });
-        SettingsStore::shared().setProjectsRootPath(root);
-        desktop.dialogs.answerText("Create", typed);
-        EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song" })), "");
     }
 
     FakePlatform platform;
@@ -146,24 +122,21 @@ TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
     platform.dialogs.answerText("Create", "Song Demos");
     EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song Demos" })), "");
 
-    Alert expected;
-    expected.messageText = "Create Stemvault playlist";
-    expected.informativeText = "This will be the new project's folder name.";
-    expected.style = AlertStyle::Informational;
-    expected.accessoryView = TextField { { 0, 0, 280, 24 }, "Song Demos", true };
-    expected.buttons = { "Create", "Cancel" };
-    EXPECT_THAT(platform.dialogs.alerts, ElementsAre(expected));
+    EXPECT_THAT(platform.dialogs.alerts,
+        ElementsAre(Alert { "Create Stemvault playlist",
+            "This will be the new project's folder name.", AlertStyle::Informational, {},
+            TextField { { 0, 0, 280, 24 }, "Song Demos", true }, { "Create", "Cancel" } }));
     EXPECT_EQ(platform.application.activations, 1);
     EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav");
     EXPECT_EQ(folder.read("Projects/Song Demos 2/b.wav"), "Song Demos/b.wav");
     EXPECT_THAT(platform.workspace.opened,
         ElementsAre("http://localhost:8/x?prefillFolder=/song%20demos%202&title=Song%20Demos"
                     "&autoscan=1#top"));
-    const UserNotification& posted = platform.userNotificationCenter.posted.at(0);
-    EXPECT_EQ(posted.title, "Stemvault playlist ready");
-    EXPECT_EQ(posted.body, "Song Demos — 2 files copied, opening browser…");
-    EXPECT_EQ(posted.sound, UserNotificationSound::Default);
-    EXPECT_TRUE(UUID::fromString(posted.identifier));
+    const std::string identifier = platform.userNotificationCenter.posted.at(0).identifier;
+    EXPECT_TRUE(UUID::fromString(identifier));
+    EXPECT_THAT(platform.userNotificationCenter.posted,
+        ElementsAre(UserNotification { identifier, "Stemvault playlist ready",
+            "Song Demos — 2 files copied, opening browser…", UserNotificationSound::Default }));
     EXPECT_FALSE(BounceAlertController::isMade()) << "it asks for no permission";
 }
 
@@ -186,43 +159,38 @@ TEST_F(ServiceProviderTests, TheDefaultNameIsThatOfTheFirstFolderOrOfTheFirstFil
     }
 }
 
-TEST_F(ServiceProviderTests, TheTypedNameBecomesAFreeFolderName)
+TEST_F(ServiceProviderTests, TheTypedNameBecomesThatOfAFreeFolderAndIsInTheLink)
 {
-    make({ "Projects/Taken", "Projects/Taken 2/" });
+    make({ "Song/a.wav", "Projects/Taken", "Projects/Taken 2/" });
     std::filesystem::create_symlink("nowhere", root + "/Taken 3");
-    const std::pair<std::string, std::string> rows[] = {
-        { "a/b:c", "a-b-c" },
-        { " \t\u3000Mix\u00A0\r\n", "Mix" },
-        { " \n\u2028", "Song" },
-        { "Taken", "Taken 4" },
-        { "..", ".. 2" },
-        { "\xff\xfe", "\xff\xfe" },
+    const struct {
+        std::string typed, folderName, link;
+    } rows[] = {
+        { "a/b:c", "a-b-c", "a-b-c&title=a-b-c" },
+        { " \t\u3000Mix\u00A0\r\n", "Mix", "mix&title=Mix" },
+        { " \n\u2028", "Song", "song&title=Song" },
+        { "Taken", "Taken 4", "taken%204&title=Taken" },
+        { "..", ".. 2", "..%202&title=.." },
+        { "\xff\xfe A", "\xff\xfe A", "%FF%FE%20a&title=%FF%FE%20A" },
+        { "Ä İ ΑΣ", "Ä İ ΑΣ",
+            "%C3%A4%20i%CC%87%20%CE%B1%CF%82&title=%C3%84%20%C4%B0%20%CE%91%CE%A3" },
+        { "100% A+B&C=D;#1?", "100% A+B&C=D;#1?",
+            "100%25%20a%2Bb%26c%3Dd%3B%231%3F&title=100%25%20A%2BB%26C%3DD%3B%231%3F" },
+        { R"("n"'m'\<b>|`^{}[])", R"("n"'m'\<b>|`^{}[])",
+            "%22n%22%27m%27%5C%3Cb%3E%7C%60%5E%7B%7D%5B%5D"
+            "&title=%22n%22%27m%27%5C%3Cb%3E%7C%60%5E%7B%7D%5B%5D" },
+        { "🎛️\n%20", "🎛️\n%20",
+            "%F0%9F%8E%9B%EF%B8%8F%0A%2520&title=%F0%9F%8E%9B%EF%B8%8F%0A%2520" },
     };
-    for (const auto& [typed, name] : rows) {
+    for (const auto& row : rows) {
         FakePlatform desktop;
-        create(desktop, typed);
-        EXPECT_EQ(folder.read("Projects/" + name + "/a.wav"), "Song/a.wav") << name;
-    }
-}
-
-TEST_F(ServiceProviderTests, EveryNameDecodesBackWhicheverWayTheQueryIsRead)
-{
-    const std::pair<std::string, std::string> rows[] = {
-        { "ÄÖ İ ΑΣ", "äö i\u0307 ας" },
-        { "100% A+B & C=D; #1?", "100% a+b & c=d; #1?" },
-        { R"("quoted" 'n' \ <b>|`^{}[])", R"("quoted" 'n' \ <b>|`^{}[])" },
-        { "🎛️ line\nbreak %20", "🎛️ line\nbreak %20" },
-        { "\xff RAW", "\xff raw" },
-    };
-    for (const auto& [typed, folderName] : rows) {
-        FakePlatform desktop;
-        create(desktop, typed);
-        const std::string& url = desktop.workspace.opened.at(0);
-        for (const bool isForm : { false, true })
-            EXPECT_THAT(decodedQuery(url, isForm),
-                ElementsAre(std::pair("prefillFolder", "/" + folderName), std::pair("title", typed),
-                    std::pair("autoscan", "1")));
-        EXPECT_THAT(url, testing::MatchesRegex("https://[a-z.:0-9]+[?][ -~]+"));
+        SettingsStore::shared().setProjectsRootPath(root);
+        desktop.dialogs.answerText("Create", row.typed);
+        EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song" })), "");
+        EXPECT_EQ(folder.read("Projects/" + row.folderName + "/a.wav"), "Song/a.wav") << row.typed;
+        EXPECT_THAT(desktop.workspace.opened,
+            ElementsAre(AllOf(
+                StartsWith("https://"), EndsWith("?prefillFolder=/" + row.link + "&autoscan=1"))));
     }
 }
 
@@ -230,64 +198,47 @@ TEST_F(ServiceProviderTests, EachFailureIsAnsweredInItsPlace)
 {
     make({ "Song/a.wav", "Copy/a.wav", "notes.txt" });
     const std::string made = "The folder was created and files were copied to " + root + "/New";
-    NoticeRecorder preferences { "openPreferences" };
+    const std::string link = "http://h?prefillFolder=/new%202&title=New&autoscan=1";
+    const Paths selection { "Song", "Copy/a.wav" };
+    const NoticeRecorder preferences { "openPreferences" };
     const struct {
-        const char* message;
-        std::string informativeText;
-        std::string error;
-        std::string body;
-        std::function<void(FakePlatform&)> arrange;
-        Paths selection { "Song", "Copy/a.wav" };
+        std::optional<std::string> projectsRoot;
+        const char* base;
+        Paths selection;
+        std::string message, informativeText, error;
+        Paths bodies;
     } rows[] = {
-        { "No Projects Root set",
+        { {}, "http://h", { "gone" }, "No Projects Root set",
             "Set a Stemvault Projects Root in Preferences before using Create Stemvault Playlist. "
             "Opening Preferences now.",
-            "Set a Stemvault Projects Root in Preferences first.", "",
-            [](auto&) { SettingsStore::shared().setProjectsRootPath(std::nullopt); }, { "gone" } },
-        { "No audio files found",
+            "Set a Stemvault Projects Root in Preferences first.", {} },
+        { root, "http://h", { "notes.txt" }, "No audio files found",
             "That selection didn't contain any files with a recognized audio extension.",
-            "No audio files found in that selection.", "", [](auto&) {}, { "notes.txt" } },
-        { "Couldn't create project folder",
-            "The folder “New” couldn’t be made because the folder “gone” doesn’t exist.", "", "",
-            [this](auto&) { SettingsStore::shared().setProjectsRootPath(folder.path("gone")); } },
-        { "Couldn't create project folder",
-            "The folder “New” couldn’t be made because “notes.txt” isn’t a folder.", "", "",
-            [this](
-                auto&) { SettingsStore::shared().setProjectsRootPath(folder.path("notes.txt")); } },
-        { "Couldn't build the Stemvault link",
-            made
-                + ", but opening the browser failed. Check the Projects Root in "
-                  "Preferences.",
-            "", "",
-            [](auto& desktop) {
-                desktop.userDefaults.strings["sv_debug_base_url"] = "http://a b";
-            } },
-        { "Couldn't open the browser",
-            made
-                + " 2 — open this link "
-                  "manually:\n\nhttp://h?prefillFolder=/new%202&title=New&autoscan=1",
-            "", "New — 1 file copied, opening browser…",
-            [](auto& desktop) {
-                desktop.userDefaults.strings["sv_debug_base_url"] = "http://h";
-                desktop.workspace.canOpen = false;
-            } },
+            "No audio files found in that selection.", {} },
+        { folder.path("gone"), "http://h", selection, "Couldn't create project folder",
+            "The folder “New” couldn’t be made because the folder “gone” doesn’t exist.", "", {} },
+        { folder.path("notes.txt"), "http://h", selection, "Couldn't create project folder",
+            "The folder “New” couldn’t be made because “notes.txt” isn’t a folder.", "", {} },
+        { root, "http://a b", selection, "Couldn't build the Stemvault link",
+            made + ", but opening the browser failed. Check the Projects Root in Preferences.", "",
+            {} },
+        { root, "http://h", selection, "Couldn't open the browser",
+            made + " 2 — open this link manually:\n\n" + link, "",
+            { "New — 1 file copied, opening browser…" } },
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
-        SettingsStore::shared().setProjectsRootPath(root);
-        row.arrange(desktop);
+        desktop.userDefaults.strings["sv_debug_base_url"] = row.base;
+        desktop.workspace.canOpen = false;
+        SettingsStore::shared().setProjectsRootPath(row.projectsRoot);
         if (row.error.empty())
             desktop.dialogs.answerText("Create", "New");
         desktop.dialogs.answer("OK");
         EXPECT_EQ(perform("createStemvaultPlaylist", paths(row.selection)), row.error);
-        const Alert& alert = desktop.dialogs.alerts.back();
-        EXPECT_EQ(alert.messageText, row.message);
-        EXPECT_EQ(alert.informativeText, row.informativeText);
-        EXPECT_EQ(alert.style, AlertStyle::Warning);
-        EXPECT_THAT(alert.buttons, IsEmpty());
+        EXPECT_EQ(desktop.dialogs.alerts.back(),
+            (Alert { row.message, row.informativeText, AlertStyle::Warning, {}, {}, {} }));
         EXPECT_EQ(desktop.application.activations, desktop.dialogs.alerts.size());
-        EXPECT_EQ(desktop.userNotificationCenter.bodies(),
-            row.body.empty() ? Paths() : Paths { row.body });
+        EXPECT_EQ(desktop.userNotificationCenter.bodies(), row.bodies);
     }
     EXPECT_THAT(preferences.notices, ElementsAre(Notification { "openPreferences", {} }));
 }
