@@ -22,23 +22,31 @@ protected:
         BounceWatcher::shared().onBounceDetected = [this](const FileURL& file,
                                                        const std::string& folderName) {
             reported.push_back(file.path());
-            folderNames.push_back(folderName);
+            latestFolderName = folderName;
         };
+        watch();
     }
 
-    void watch() { BounceWatcher::shared().update(FileURL(folder.path()), std::nullopt); }
+    static void watch() { BounceWatcher::shared().update(FileURL("/s"), std::nullopt); }
 
     void deliver(const std::string& path, std::uint32_t flags = writtenFile)
     {
         platform.fileEvents.deliver({ path }, { flags });
     }
 
+    /// Writes the mix, and tells of it.
+    void bounce(const std::string& content = "data")
+    {
+        deliver(folder.write("Big Song/Mix.wav", content));
+    }
+
     std::vector<std::string> takeReported() { return std::exchange(reported, {}); }
 
     FakePlatform platform;
     TemporaryFolder folder;
+    const std::string mix = folder.path("Big Song/Mix.wav");
     std::vector<std::string> reported;
-    std::vector<std::string> folderNames;
+    std::string latestFolderName;
 };
 
 TEST_F(BounceWatcherTests, MakesOneStreamOverTheFoldersItIsGiven)
@@ -58,78 +66,61 @@ TEST_F(BounceWatcherTests, MakesOneStreamOverTheFoldersItIsGiven)
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
+        const auto& streams = desktop.fileEvents.streams;
         BounceWatcher::shared().update(row.sessionFolder, row.alwaysWatchPath);
-        ASSERT_EQ(desktop.fileEvents.streams.size(), row.expected.empty() ? 0U : 1U) << row.what;
+        ASSERT_EQ(streams.size(), row.expected.empty() ? 0U : 1U) << row.what;
+        BounceWatcher::shared().update(std::nullopt, std::nullopt);
         if (row.expected.empty())
             continue;
-        const auto stream = desktop.fileEvents.streams.back();
-        EXPECT_EQ(stream->paths, row.expected) << row.what;
-        EXPECT_EQ(stream->latency, 500ms);
-        EXPECT_EQ(stream->flags, 0x13U);
-        EXPECT_EQ(stream->state, "made started");
-        BounceWatcher::shared().update(std::nullopt, std::nullopt);
-        EXPECT_EQ(stream->state, "made started stopped invalidated released");
+        EXPECT_EQ(streams[0]->paths, row.expected) << row.what;
+        EXPECT_EQ(streams[0]->latency, 500ms);
+        EXPECT_EQ(streams[0]->flags, 0x13U);
+        EXPECT_EQ(streams[0]->state, "made started stopped invalidated released");
     }
 }
 
 TEST_F(BounceWatcherTests, TakesAudioFilesThatAreWritten)
 {
     SettingsStore::shared().setAlwaysWatchPath("/x/Bounces");
+    const auto isTaken = [this](const std::string& path, std::uint32_t flags = writtenFile) {
+        watch();
+        deliver(path, flags);
+        platform.dispatch.advance(2s);
+        return takeReported() == std::vector { path };
+    };
     const struct {
         const char* what;
         std::string path;
         std::uint32_t flags;
         bool isTaken;
     } rows[] = {
-        { "a new file", "/s/Mix.wav", writtenFile, true },
         { "a file that changed", "/s/Mix.wav", ItemIsFile | ItemModified, true },
         { "flags that add up", "/s/Mix.wav", writtenFile | ItemRenamed | ItemRemoved, true },
-        { "only renamed", "/s/Mix.wav", ItemIsFile | ItemRenamed, false },
-        { "only removed", "/s/Mix.wav", ItemIsFile | ItemRemoved, false },
+        { "neither new nor changed", "/s/Mix.wav", ItemIsFile | ItemRenamed | ItemRemoved, false },
         { "a folder with an audio name", "/s/Take.wav", ItemIsDir | ItemCreated, false },
         { "a link", "/s/Take.wav", ItemIsSymlink | ItemCreated, false },
         { "the extension in capitals", "/s/Mix.WAV", writtenFile, true },
-        { "aiff", "/s/a.aiff", writtenFile, true },
-        { "aif", "/s/a.aif", writtenFile, true },
-        { "mp3", "/s/a.mp3", writtenFile, true },
-        { "flac", "/s/a.flac", writtenFile, true },
-        { "m4a", "/s/a.m4a", writtenFile, true },
-        { "mp4", "/s/a.mp4", writtenFile, true },
-        { "mov", "/s/a.mov", writtenFile, true },
+        { "hidden", "/s/.Mix.wav", writtenFile, true },
         { "not yet under its name", "/s/Mix.wav.tmp", writtenFile, false },
         { "no extension", "/s/wav", writtenFile, false },
-        { "ogg", "/s/a.ogg", writtenFile, false },
-        { "hidden", "/s/.Mix.wav", writtenFile, true },
-        { "the DAW's own recordings", "/s/Audio Files/a.wav", writtenFile, false },
-        { "in any case", "/s/AUDIO FILES/a.wav", writtenFile, false },
-        { "backups", "/s/Session File Backups/a.wav", writtenFile, false },
-        { "caches", "/s/WaveCache Files/a.wav", writtenFile, false },
-        { "fades", "/s/Fade Files/a.wav", writtenFile, false },
-        { "plug-ins", "/s/Plug-In Settings/a.wav", writtenFile, false },
-        { "renders", "/s/Rendered Files/a.wav", writtenFile, false },
-        { "videos", "/s/Video Files/a.mov", writtenFile, false },
-        { "clips", "/s/Clip Groups/a.wav", writtenFile, false },
+        { "the DAW's own folder in any case", "/s/AUDIO FILES/a.wav", writtenFile, false },
         { "deeper than the DAW's own", "/s/Audio Files/Mixes/a.wav", writtenFile, true },
         { "below the other folder", "/x/Bounces/Audio Files/a.wav", writtenFile, true },
         { "a sibling that begins alike", "/x/Bounces2/Audio Files/a.wav", writtenFile, true },
         { "a sibling that does not", "/x/Mixes/Audio Files/a.wav", writtenFile, false },
     };
-    for (const auto& row : rows) {
-        watch();
-        deliver(row.path, row.flags);
-        platform.dispatch.advance(2s);
-        EXPECT_EQ(takeReported().size(), row.isTaken ? 1U : 0U) << row.what;
-    }
-    SettingsStore::shared().setAlwaysWatchPath("");
-    watch();
-    deliver("/s/Audio Files/a.wav");
-    platform.dispatch.advance(2s);
-    EXPECT_THAT(reported, IsEmpty()) << "an empty path is the beginning of nothing";
+    for (const auto& row : rows)
+        EXPECT_EQ(isTaken(row.path, row.flags), row.isTaken) << row.what;
+    for (const std::string extension : { "wav", "aiff", "aif", "mp3", "flac", "m4a", "mp4", "mov" })
+        EXPECT_TRUE(isTaken("/s/a." + extension)) << extension;
+    SettingsStore::shared().setAlwaysWatchPath(""); // The beginning of nothing.
+    for (const std::string internal : { "Audio Files", "Session File Backups", "WaveCache Files",
+             "Fade Files", "Plug-In Settings", "Rendered Files", "Video Files", "Clip Groups" })
+        EXPECT_FALSE(isTaken("/s/" + internal + "/a.wav")) << internal;
 }
 
 TEST_F(BounceWatcherTests, PairsPathsAndFlagsUpToTheShorterOfTheTwo)
 {
-    watch();
     platform.fileEvents.deliver({ "/s/a.wav", "/s/b.wav" }, { writtenFile });
     platform.fileEvents.deliver({ "/s/c.wav" }, { ItemIsDir, writtenFile });
     platform.fileEvents.deliver({}, { writtenFile });
@@ -139,28 +130,21 @@ TEST_F(BounceWatcherTests, PairsPathsAndFlagsUpToTheShorterOfTheTwo)
 
 TEST_F(BounceWatcherTests, ReportsAFileOnceAtTheFourthCheck)
 {
-    watch();
-    const std::string mix = folder.write("Big Song/Mix.wav", "data");
-    deliver(mix);
+    bounce();
     deliver(mix, ItemIsFile | ItemModified);
     platform.dispatch.advance(1499ms);
     EXPECT_THAT(reported, IsEmpty());
     platform.dispatch.advance(1ms);
     EXPECT_THAT(reported, ElementsAre(mix));
-    EXPECT_THAT(folderNames, ElementsAre("Big Song"));
+    EXPECT_EQ(latestFolderName, "Big Song");
     platform.dispatch.advance(1h);
     EXPECT_EQ(reported.size(), 1U);
 }
 
 TEST_F(BounceWatcherTests, WaitsForAsLongAsAFileGrows)
 {
-    watch();
-    std::string content = "RIFF";
-    const std::string mix = folder.write("Mix.wav", content);
-    deliver(mix);
-    for (int i = 0; i < 25; ++i) {
-        folder.write("Mix.wav", content += "more");
-        deliver(mix, ItemIsFile | ItemModified);
+    for (std::size_t size = 1; size <= 25; ++size) {
+        bounce(std::string(size, 'x'));
         platform.dispatch.advance(400ms);
     }
     EXPECT_THAT(reported, IsEmpty());
@@ -172,11 +156,9 @@ TEST_F(BounceWatcherTests, WaitsForAsLongAsAFileGrows)
 
 TEST_F(BounceWatcherTests, ReportsAgainOnlyAtAnotherSize)
 {
-    watch();
     const struct {
         const char* what;
-        std::size_t size;
-        std::size_t reports;
+        std::size_t size, reports;
     } rows[] = {
         { "first seen", 10'000, 1 },
         { "written again at the same size", 10'000, 0 },
@@ -186,7 +168,7 @@ TEST_F(BounceWatcherTests, ReportsAgainOnlyAtAnotherSize)
         { "empty counts as a size", 0, 1 },
     };
     for (const auto& row : rows) {
-        deliver(folder.write("Mix.wav", std::string(row.size, 'x')));
+        bounce(std::string(row.size, 'x'));
         platform.dispatch.advance(2s);
         EXPECT_EQ(takeReported().size(), row.reports) << row.what;
     }
@@ -194,9 +176,7 @@ TEST_F(BounceWatcherTests, ReportsAgainOnlyAtAnotherSize)
 
 TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)
 {
-    watch();
-    const std::string mix = folder.write("Mix.wav", "data");
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(600ms);
     std::filesystem::remove(mix);
     platform.dispatch.advance(1400ms);
@@ -207,23 +187,21 @@ TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)
 
 TEST_F(BounceWatcherTests, AnUpdateForgetsWaitsAndReports)
 {
-    watch();
-    const std::string mix = folder.write("Mix.wav", "data");
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(1s);
     watch();
     platform.dispatch.advance(5s);
-    EXPECT_THAT(takeReported(), IsEmpty()) << "the wait ended with the old stream";
+    EXPECT_THAT(reported, IsEmpty()) << "the wait ended with the old stream";
 
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(2s);
     EXPECT_THAT(takeReported(), ElementsAre(mix));
     watch();
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(2s);
     EXPECT_THAT(takeReported(), ElementsAre(mix)) << "reported before the update, so once more";
 
-    deliver(folder.write("Other.wav", "data"));
+    bounce("other");
     BounceWatcher::shared().stop();
     deliver(mix);
     platform.dispatch.advance(5s);
@@ -232,34 +210,28 @@ TEST_F(BounceWatcherTests, AnUpdateForgetsWaitsAndReports)
 
 TEST_F(BounceWatcherTests, TwoChainsForOnePathReportOnce)
 {
-    watch();
-    const std::string mix = folder.write("Mix.wav", "data");
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(700ms);
     watch();
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(5s);
     EXPECT_THAT(reported, ElementsAre(mix));
 }
 
-TEST_F(BounceWatcherTests, MeasuresSettlingByTheWallClock)
+TEST_F(BounceWatcherTests, MeasuresSettlingByTheWallClockUnlessItIsSetBack)
 {
-    watch();
-    deliver(folder.write("Mix.wav", "data"));
-    platform.dispatch.advance(600ms);
-    platform.dispatch.jumpWallClock(500ms);
-    platform.dispatch.advance(400ms);
-    EXPECT_EQ(reported.size(), 1U) << "exactly one second by the wall clock is enough";
-}
-
-TEST_F(BounceWatcherTests, AClockSetBackHoldsNothingUp)
-{
-    watch();
-    deliver(folder.write("Mix.wav", "data"));
-    platform.dispatch.advance(600ms);
-    platform.dispatch.jumpWallClock(-1h);
-    platform.dispatch.advance(1400ms);
-    EXPECT_EQ(reported.size(), 1U);
+    const std::pair<std::chrono::milliseconds, std::chrono::milliseconds> rows[] = {
+        { 500ms, 400ms }, // Exactly one second by the wall clock is enough.
+        { -1h, 1400ms },
+    };
+    for (const auto& [jump, wait] : rows) {
+        watch();
+        bounce();
+        platform.dispatch.advance(600ms);
+        platform.dispatch.jumpWallClock(jump);
+        platform.dispatch.advance(wait);
+        EXPECT_EQ(takeReported().size(), 1U) << jump.count();
+    }
 }
 
 TEST_F(BounceWatcherTests, LivesWithoutAStreamAndWithoutAReceiver)
@@ -271,19 +243,17 @@ TEST_F(BounceWatcherTests, LivesWithoutAStreamAndWithoutAReceiver)
     platform.fileEvents.canCreate = true;
     watch();
     const auto receiver = std::exchange(BounceWatcher::shared().onBounceDetected, nullptr);
-    const std::string mix = folder.write("Mix.wav", "data");
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(2s);
     BounceWatcher::shared().onBounceDetected = receiver;
-    deliver(mix);
+    bounce();
     platform.dispatch.advance(2s);
     EXPECT_THAT(reported, IsEmpty()) << "recorded at this size although nobody was told";
 }
 
 TEST_F(BounceWatcherTests, AWaitDoesNotOutliveTheWatcher)
 {
-    watch();
-    deliver(folder.write("Mix.wav", "data"));
+    bounce();
     SharedInstances::destroyAll();
     platform.dispatch.advance(5s);
     EXPECT_THAT(reported, IsEmpty());
