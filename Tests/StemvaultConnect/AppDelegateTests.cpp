@@ -25,10 +25,7 @@ protected:
 
     void openSession(const std::string& folderPath)
     {
-        platform.processRunner.openFiles["5"] = "n" + folderPath + "/S.rpp\n";
-        if (platform.workspace.applications.empty())
-            platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
-        platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
+        platform.openSession(folderPath + "/S.rpp");
         platform.dispatch.settle();
     }
 
@@ -60,7 +57,7 @@ TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
 
 TEST_F(AppDelegateTests, AMissingIconIsLeftAlone)
 {
-    platform.bundle.isIconReadable = false;
+    platform.bundle.missing = { "/resources/AppIcon.icns" };
     delegate.applicationDidFinishLaunching();
     EXPECT_FALSE(platform.application.icon);
 }
@@ -78,6 +75,7 @@ TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
     platform.workspace.quit(5);
     platform.dispatch.settle();
     EXPECT_THAT(watched(), ElementsAre("/other"));
+    EXPECT_EQ(platform.statusBar.updates, 3) << "the menu would differ";
 }
 
 TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
@@ -92,17 +90,17 @@ TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
     platform.dialogs.answer("Skip", 0, [this] { platform.dispatch.advance(5s); });
     platform.dialogs.answer("Skip");
     platform.dispatch.advance(2s);
-    EXPECT_EQ(platform.dialogs.alerts.at(0).informativeText, "1.wav\nfrom Song");
-    EXPECT_EQ(platform.dialogs.alerts.at(1).informativeText,
-        "2.wav\nfrom " + lastPathComponent(folder.path()));
+    const std::string second = "2.wav\nfrom " + lastPathComponent(folder.path());
+    EXPECT_THAT(platform.dialogs.alerts,
+        ElementsAre(testing::Field(&Alert::informativeText, "1.wav\nfrom Song"),
+            testing::Field(&Alert::informativeText, second)));
 }
 
 TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
 {
     delegate.applicationDidFinishLaunching();
     openSession("/a");
-    platform.processRunner.openFiles["5"] = "n/b/S.rpp\n";
-    SessionTracker::shared().refresh();
+    platform.openSession("/b/S.rpp");
     delegate.applicationWillTerminate();
     platform.dispatch.settle();
     EXPECT_THAT(platform.fileEvents.streams, testing::SizeIs(1)) << "a late look begins no stream";

@@ -12,20 +12,25 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class BounceAlertControllerTests : public testing::Test {
-protected:
-    StemvaultFolder addDestination(const std::string& name)
+using Texts = std::vector<std::string>;
+
+const Image icon { "/resources/AppIcon.icns" };
+
+/// A desktop, a disk and the controller's queue; a test whose cases each begin anew makes several.
+struct Stage {
+    StemvaultFolder addDestination(const std::string& name) const
     {
         const StemvaultFolder destination { UUID(), name, folder.makeFolder(name) };
         SettingsStore::shared().addFolder(destination);
         return destination;
     }
 
-    /// A bounce of this name, whose content is its name.
-    void queue(const std::string& name, const std::string& sourceFolder = "Song")
+    /// Bounces of these names, whose content is their name.
+    void queue(const Texts& names, const std::string& sourceFolder = "Song") const
     {
-        BounceAlertController::shared().queue.emplace_back(
-            FileURL(folder.write(sourceFolder + "/" + name, name)), sourceFolder);
+        for (const std::string& name : names)
+            BounceAlertController::shared().queue.emplace_back(
+                FileURL(folder.write(sourceFolder + "/" + name, name)), sourceFolder);
     }
 
     void showAll()
@@ -34,71 +39,68 @@ protected:
         platform.dispatch.settle();
     }
 
-    /// The pop-up's items of one of the alerts.
-    [[nodiscard]] std::vector<std::string> offered(std::size_t index) const
+    /// The pop-up's items of the latest alert.
+    [[nodiscard]] Texts offered() const
     {
-        return std::get<PopUpButton>(*platform.dialogs.alerts.at(index).accessoryView).items;
+        return std::get<PopUpButton>(*dialogs.alerts.back().accessoryView).items;
     }
 
-    [[nodiscard]] std::vector<std::string> texts() const
+    [[nodiscard]] Texts texts() const
     {
-        std::vector<std::string> all;
-        for (const Alert& alert : platform.dialogs.alerts)
+        Texts all;
+        for (const Alert& alert : dialogs.alerts)
             all.push_back(alert.informativeText);
         return all;
     }
 
     FakePlatform platform;
+    FakeDialogs& dialogs = platform.dialogs;
+    FakeUserNotificationCenter& notifications = platform.userNotificationCenter;
     TemporaryFolder folder;
     NoticeRecorder added { "bounceAdded" };
-    NoticeRecorder preferences { "openPreferences" };
 };
+
+struct BounceAlertControllerTests : testing::Test, Stage { };
 
 TEST_F(BounceAlertControllerTests, AsksWithEverythingThePromptNeeds)
 {
     addDestination("Client A");
     addDestination("Client B");
-    queue("Mix.wav");
-    platform.dialogs.answer("Skip");
+    queue({ "1.wav", "2.wav", "3.wav" });
+    for (int i = 0; i < 3; ++i)
+        dialogs.answer("Skip");
     showAll();
-
-    Alert expected;
-    expected.messageText = "Bounce detected";
-    expected.informativeText = "Mix.wav\nfrom Song";
-    expected.style = AlertStyle::Informational;
-    expected.icon = Image { "/resources/AppIcon.icns" };
-    expected.accessoryView =
-        PopUpButton { { 0, 0, 280, 26 }, { "Client A", "Client B", "New Folder…" } };
-    expected.buttons = { "Add", "Skip", "Cancel" };
-    EXPECT_THAT(platform.dialogs.alerts, ElementsAre(expected));
-    EXPECT_EQ(platform.application.activations, 1);
+    EXPECT_EQ(dialogs.alerts.at(2),
+        (Alert { "Bounce detected", "3.wav\nfrom Song", AlertStyle::Informational, icon,
+            PopUpButton { { 0, 0, 280, 26 }, { "Client A", "Client B", "New Folder…" } },
+            { "Add", "Skip", "Cancel" } }));
+    EXPECT_THAT(dialogs.alerts[0].buttons, ElementsAre("Add All (3)", "Add", "Skip", "Cancel"));
+    EXPECT_THAT(texts(),
+        ElementsAre("1.wav\nfrom Song\n\n+ 2 more waiting", "2.wav\nfrom Song\n\n+ 1 more waiting",
+            "3.wav\nfrom Song"));
+    EXPECT_EQ(platform.application.activations, 3);
 }
 
 TEST_F(BounceAlertControllerTests, LoadsItsIconAndAsksForPermissionWhenMade)
 {
-    const struct {
-        bool hasResource, isReadable, hasNamed;
-        std::optional<Image> expected;
-    } rows[] = {
-        { true, true, true, Image { "/resources/AppIcon.icns" } },
-        { true, false, true, Image { "AppIcon" } },
-        { false, true, true, Image { "AppIcon" } },
-        { false, true, false, std::nullopt },
+    const std::pair<std::set<std::string>, std::optional<Image>> rows[] = {
+        { {}, icon },
+        { { icon.source }, Image { "AppIcon" } },
+        { { "AppIcon.icns" }, Image { "AppIcon" } },
+        { { "AppIcon.icns", "AppIcon" }, std::nullopt },
     };
-    for (const auto& row : rows) {
-        FakePlatform desktop;
-        desktop.bundle.hasIconResource = row.hasResource;
-        desktop.bundle.isIconReadable = row.isReadable;
-        desktop.bundle.hasNamedIcon = row.hasNamed;
-        desktop.dialogs.answer("Skip");
-        BounceAlertController::shared().queue.emplace_back(FileURL("/s/Mix.wav"), "s");
-        BounceAlertController::shared().showNextIfIdle();
-        EXPECT_EQ(desktop.dialogs.alerts.at(0).icon, row.expected);
-        EXPECT_EQ(desktop.userNotificationCenter.requestedOptions, 6U);
-
+    for (const auto& [missing, expected] : rows) {
+        Stage stage;
+        stage.platform.bundle.missing = missing;
+        stage.dialogs.answer("Skip");
+        stage.addDestination("Client A");
+        stage.queue({ "Mix.wav" });
+        stage.showAll();
+        EXPECT_EQ(stage.dialogs.alerts.at(0).icon, expected);
+        EXPECT_EQ(stage.notifications.requestedOptions, 6U);
         std::uint32_t options = 0;
-        desktop.userNotificationCenter.delegate->willPresent(
-            {}, [&options](std::uint32_t given) { options = given; });
+        stage.notifications.delegate->willPresent(
+            {}, [&](std::uint32_t given) { options = given; });
         EXPECT_EQ(options, 0x12U);
     }
 }
@@ -107,125 +109,70 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
 {
     const struct {
         const char* what;
-        std::function<void(FakeDialogs&)> answers;
-        std::vector<std::string> prompts; ///< What was asked, by the first line.
-        std::vector<std::string> bodies;
+        std::vector<std::pair<std::string, int>> answers; ///< Button and item, or a bare number.
+        int cancelledPanels;
+        Texts bodies;
     } rows[] = {
         { "Add, one by one, each where it was told to",
-            [](FakeDialogs& dialogs) {
-                dialogs.answer("Add", 0);
-                dialogs.answer("Add", 1);
-                dialogs.answer("Add", 0);
-            },
-            { "1.wav", "2.wav", "3.wav" },
+            { { "Add", 0 }, { "Add", 1 }, { "Add", 0 } }, 0,
             { "1.wav → Client A", "2.wav → Client B", "3.wav → Client A" } },
-        { "Add All", [](FakeDialogs& dialogs) { dialogs.answer("Add All (3)", 1); }, { "1.wav" },
-            { "3 files → Client B" } },
-        { "Skip, then the rest at once",
-            [](FakeDialogs& dialogs) {
-                dialogs.answer("Skip");
-                dialogs.answer("Add All (2)");
-            },
-            { "1.wav", "2.wav" }, { "2 files → Client A" } },
-        { "Cancel empties the queue", [](FakeDialogs& dialogs) { dialogs.answer("Cancel"); },
-            { "1.wav" }, {} },
+        { "Add All", { { "Add All (3)", 1 } }, 0, { "3 files → Client B" } },
+        { "Skip, then the rest at once", { { "Skip", 0 }, { "Add All (2)", 0 } }, 0,
+            { "2 files → Client A" } },
+        { "Cancel empties the queue", { { "Cancel", 0 } }, 0, {} },
         { "a cancelled panel drops this file alone",
-            [](FakeDialogs& dialogs) {
-                dialogs.answer("Add All (3)", 2);
-                dialogs.choose(std::nullopt);
-                dialogs.answer("Add", -1);
-                dialogs.choose(std::nullopt);
-                dialogs.answer("Add", 0);
-            },
-            { "1.wav", "2.wav", "3.wav" }, { "3.wav → Client A" } },
+            { { "Add All (3)", 2 }, { "Add", -1 }, { "Add", 0 } }, 2, { "3.wav → Client A" } },
         { "an answer that is no button skips",
-            [](FakeDialogs& dialogs) {
-                dialogs.answerNumber(ModalResponse::stopped);
-                dialogs.answerNumber(1099);
-                dialogs.answer("Add");
-            },
-            { "1.wav", "2.wav", "3.wav" }, { "3.wav → Client A" } },
+            { { "", ModalResponse::stopped }, { "", 1099 }, { "Add", 0 } }, 0,
+            { "3.wav → Client A" } },
     };
     for (const auto& row : rows) {
-        FakePlatform desktop;
-        TemporaryFolder disk;
+        Stage stage;
         for (const char* name : { "Client A", "Client B" })
-            SettingsStore::shared().addFolder({ UUID(), name, disk.makeFolder(name) });
-        for (const char* name : { "1.wav", "2.wav", "3.wav" })
-            BounceAlertController::shared().queue.emplace_back(
-                FileURL(disk.write(std::string("Song/") + name, name)), "Song");
-        row.answers(desktop.dialogs);
-        BounceAlertController::shared().showNextIfIdle();
-        desktop.dispatch.settle();
-
-        std::vector<std::string> prompts;
-        for (const Alert& alert : desktop.dialogs.alerts)
-            prompts.push_back(alert.informativeText.substr(0, 5));
-        EXPECT_EQ(prompts, row.prompts) << row.what;
-        EXPECT_EQ(desktop.userNotificationCenter.bodies(), row.bodies) << row.what;
+            stage.addDestination(name);
+        stage.queue({ "1.wav", "2.wav", "3.wav" });
+        for (const auto& [title, number] : row.answers)
+            title.empty() ? stage.dialogs.answerNumber(number)
+                          : stage.dialogs.answer(title, number);
+        for (int i = 0; i < row.cancelledPanels; ++i)
+            stage.dialogs.choose(std::nullopt);
+        stage.showAll();
+        EXPECT_EQ(stage.notifications.bodies(), row.bodies) << row.what;
     }
-}
-
-TEST_F(BounceAlertControllerTests, TellsHowManyWait)
-{
-    addDestination("Client A");
-    for (const char* name : { "1.wav", "2.wav", "3.wav" })
-        queue(name);
-    for (int i = 0; i < 3; ++i)
-        platform.dialogs.answer("Skip");
-    showAll();
-    EXPECT_THAT(texts(),
-        ElementsAre("1.wav\nfrom Song\n\n+ 2 more waiting", "2.wav\nfrom Song\n\n+ 1 more waiting",
-            "3.wav\nfrom Song"));
-    EXPECT_THAT(
-        platform.dialogs.alerts[0].buttons, ElementsAre("Add All (3)", "Add", "Skip", "Cancel"));
 }
 
 TEST_F(BounceAlertControllerTests, WhatArrivesWhileThePromptIsOpenWaitsAndGoesAlong)
 {
     addDestination("Client A");
-    queue("1.wav");
-    queue("2.wav");
-    platform.dialogs.answer("Add All (2)", 0, [this] {
-        queue("late.wav");
-        BounceAlertController::shared().showNextIfIdle();
+    queue({ "1.wav", "2.wav" });
+    dialogs.answer("Add All (2)", 0, [this] {
+        queue({ "late.wav" });
         SettingsStore::shared().setStemvaultFolders({});
-        platform.dispatch.settle();
+        showAll();
     });
     showAll();
-    EXPECT_EQ(platform.dialogs.alerts.size(), 1U);
-    EXPECT_THAT(platform.userNotificationCenter.bodies(), ElementsAre("3 files → Client A"));
+    EXPECT_EQ(dialogs.alerts.size(), 1U);
+    EXPECT_THAT(notifications.bodies(), ElementsAre("3 files → Client A"));
     EXPECT_EQ(folder.read("Client A/late.wav"), "late.wav");
 }
 
 TEST_F(BounceAlertControllerTests, WhatArrivesWhileTheFolderPanelIsOpenWaitsToo)
 {
     addDestination("Client A");
-    queue("1.wav");
-    queue("2.wav");
-    platform.dialogs.answer("Add All (2)", 1);
-    platform.dialogs.choose(folder.makeFolder("Client N"), [this] {
-        queue("late.wav");
-        BounceAlertController::shared().showNextIfIdle();
-        platform.dispatch.settle();
-        EXPECT_EQ(platform.dialogs.alerts.size(), 1U) << "nothing is asked over the panel";
+    queue({ "1.wav", "2.wav" });
+    dialogs.answer("Add All (2)", 1);
+    dialogs.choose(folder.makeFolder("Client N"), [this] {
+        queue({ "late.wav" });
+        showAll();
+        EXPECT_EQ(dialogs.alerts.size(), 1U) << "nothing is asked over the panel";
     });
     showAll();
-    EXPECT_EQ(platform.dialogs.alerts.size(), 1U);
-    EXPECT_THAT(platform.userNotificationCenter.bodies(), ElementsAre("3 files → Client N"));
+    EXPECT_THAT(notifications.bodies(), ElementsAre("3 files → Client N"));
 
-    queue("next.wav");
-    platform.dialogs.answer("Skip");
+    queue({ "next.wav" });
+    dialogs.answer("Cancel", 0, [this] { queue({ "dropped.wav" }); });
     showAll();
-    EXPECT_THAT(offered(1), ElementsAre("Client A", "Client N", "New Folder…"));
-}
-
-TEST_F(BounceAlertControllerTests, CancelDropsWhatArrivedMeanwhile)
-{
-    addDestination("Client A");
-    queue("1.wav");
-    platform.dialogs.answer("Cancel", 0, [this] { queue("late.wav"); });
-    showAll();
+    EXPECT_THAT(offered(), ElementsAre("Client A", "Client N", "New Folder…"));
     EXPECT_THAT(BounceAlertController::shared().queue, IsEmpty());
 }
 
@@ -234,100 +181,92 @@ TEST_F(BounceAlertControllerTests, ThousandsOfSkipsNeedNoStack)
     addDestination("Client A");
     for (int i = 0; i < 50'000; ++i) {
         BounceAlertController::shared().queue.emplace_back(FileURL("/s/Mix.wav"), "s");
-        platform.dialogs.answer("Skip");
+        dialogs.answer("Skip");
     }
     showAll();
-    EXPECT_EQ(platform.dialogs.alerts.size(), 50'000U);
+    EXPECT_EQ(dialogs.alerts.size(), 50'000U);
 }
 
 TEST_F(BounceAlertControllerTests, WithoutAnyDestinationItLeadsToThePreferences)
 {
-    queue("1.wav");
-    queue("2.wav");
-    platform.dialogs.answer("Open Preferences");
-    platform.dialogs.answer("Skip");
+    const NoticeRecorder preferences { "openPreferences" };
+    queue({ "1.wav", "2.wav" });
+    dialogs.answer("Open Preferences");
+    dialogs.answer("Skip");
     showAll();
     EXPECT_THAT(preferences.notices, ElementsAre(Notification { "openPreferences", {} }));
     EXPECT_EQ(platform.application.activations, 2);
-    EXPECT_THAT(texts(), ElementsAre("1.wav\nfrom Song\n\n+ 1 more waiting", "2.wav\nfrom Song"));
-    EXPECT_FALSE(platform.dialogs.alerts[0].accessoryView);
+    EXPECT_EQ(dialogs.alerts.at(0),
+        (Alert { "Bounce detected", "1.wav\nfrom Song\n\n+ 1 more waiting",
+            AlertStyle::Informational, icon, {}, { "Open Preferences", "Skip" } }));
+
+    SettingsStore::shared().setProjectsRootPath("");
+    queue({ "Mix.wav" });
+    dialogs.answer("Skip");
     showAll();
-    EXPECT_THAT(platform.dialogs.alerts[0].buttons, ElementsAre("Open Preferences", "Skip"));
+    EXPECT_THAT(offered(), ElementsAre("New Folder…")) << "with a projects root alone";
 }
 
 TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
 {
-    const StemvaultFolder known = addDestination("Client A");
     const struct {
         const char* what;
-        std::optional<std::string> projectsRoot;
-        std::optional<std::string> chosen;
+        std::optional<std::string> projectsRoot, chosen;
         std::size_t foldersAfter;
-        std::vector<std::string> bodies;
+        Texts bodies;
     } rows[] = {
         { "cancelled", {}, {}, 1, {} },
-        { "one that is known, by its path alone", "/projects", known.path + "/", 1,
+        { "one that is known, by its path alone", "/projects", "Client A/", 1,
             { "Mix.wav → Client A" } },
-        { "a new one", "", folder.makeFolder("Client N"), 2, { "Mix.wav → Client N" } },
+        { "a new one", "", "Client N", 2, { "Mix.wav → Client N" } },
     };
     for (const auto& row : rows) {
-        FakePlatform desktop;
-        SettingsStore::shared().addFolder({ known.id, "Label", known.path });
+        Stage stage;
+        StemvaultFolder known = stage.addDestination("Client A");
+        known.name = "Label";
+        SettingsStore::shared().setStemvaultFolders({ known });
         SettingsStore::shared().setProjectsRootPath(row.projectsRoot);
-        queue("Mix.wav");
-        desktop.dialogs.answer("Add", 1);
-        desktop.dialogs.choose(row.chosen);
-        std::filesystem::remove(folder.path("Client A/Mix.wav"));
-        BounceAlertController::shared().showNextIfIdle();
-        desktop.dispatch.settle();
+        stage.queue({ "Mix.wav" });
+        stage.dialogs.answer("Add", 1);
+        stage.dialogs.choose(
+            row.chosen ? std::optional(stage.folder.makeFolder(*row.chosen)) : std::nullopt);
+        stage.showAll();
 
-        OpenPanel expected;
-        expected.canChooseFiles = false;
-        expected.canChooseDirectories = true;
-        expected.canCreateDirectories = true;
-        expected.prompt = "Use This Folder";
-        expected.message = "Choose or create a folder for this Stemvault project.";
+        OpenPanel expected { false, true, true, "Use This Folder",
+            "Choose or create a folder for this Stemvault project.", {} };
         if (row.projectsRoot)
             expected.directoryURL = FileURL(*row.projectsRoot);
-        EXPECT_THAT(desktop.dialogs.panels, ElementsAre(expected)) << row.what;
-        EXPECT_EQ(desktop.application.activations, 2) << row.what;
+        EXPECT_THAT(stage.dialogs.panels, ElementsAre(expected)) << row.what;
+        EXPECT_EQ(stage.platform.application.activations, 2) << row.what;
         EXPECT_EQ(SettingsStore::shared().stemvaultFolders().size(), row.foldersAfter) << row.what;
-        EXPECT_EQ(desktop.userNotificationCenter.bodies(), row.bodies) << row.what;
+        EXPECT_EQ(stage.notifications.bodies(), row.bodies) << row.what;
     }
 }
 
-TEST_F(BounceAlertControllerTests, WithAProjectsRootAloneOnlyANewFolderIsOffered)
-{
-    SettingsStore::shared().setProjectsRootPath("");
-    queue("Mix.wav");
-    platform.dialogs.answer("Skip");
-    showAll();
-    EXPECT_THAT(offered(0), ElementsAre("New Folder…"));
-}
-
-TEST_F(BounceAlertControllerTests, ACopyIsConfirmed)
+TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
 {
     addDestination("Client A");
-    queue("Mix.wav");
-    platform.dialogs.answer("Add");
-    BounceAlertController::shared().showNextIfIdle();
-    platform.dispatch.settleMainQueue();
-    platform.dispatch.runOldestUtilityWork();
-    platform.dispatch.settleMainQueue();
-    EXPECT_EQ(folder.read("Client A/Mix.wav"), "")
-        << "neither the look nor the copy on the main thread";
-    platform.dispatch.runOldestUtilityWork();
-    EXPECT_EQ(added.notices.size(), 1U) << "told where it was copied";
-
-    EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav");
-    EXPECT_THAT(added.notices,
-        ElementsAre(Notification {
-            "bounceAdded", { { "file", "Mix.wav" }, { "destination", "Client A" } } }));
-    const UserNotification& posted = platform.userNotificationCenter.posted.at(0);
-    EXPECT_EQ(posted.title, "Added to Stemvault");
-    EXPECT_EQ(posted.body, "Mix.wav → Client A");
-    EXPECT_EQ(posted.sound, UserNotificationSound::Default);
-    EXPECT_TRUE(UUID::fromString(posted.identifier));
+    queue({ "Mix.wav", "Next.wav" });
+    dialogs.answer("Add");
+    dialogs.answer("Skip", 0, [this] {
+        platform.dispatch.settleMainQueue();
+        platform.dispatch.runOldestUtilityWork();
+        platform.dispatch.settleMainQueue();
+        EXPECT_EQ(folder.read("Client A/Mix.wav"), "")
+            << "neither the look nor the copy on the main thread";
+        platform.dispatch.runOldestUtilityWork();
+        EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "while a prompt is open";
+        EXPECT_THAT(added.notices,
+            ElementsAre(Notification {
+                "bounceAdded", { { "file", "Mix.wav" }, { "destination", "Client A" } } }))
+            << "told where it was copied";
+    });
+    showAll();
+    const std::string identifier = notifications.posted.at(0).identifier;
+    EXPECT_TRUE(UUID::fromString(identifier));
+    EXPECT_THAT(notifications.posted,
+        ElementsAre(UserNotification { identifier, "Added to Stemvault", "Mix.wav → Client A",
+            UserNotificationSound::Default }));
 }
 
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
@@ -337,35 +276,31 @@ TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
              ModalResponse::alertFirstButton }) {
         const bool isReplaced = answer == ModalResponse::alertFirstButton;
         folder.write("Client A/Mix.wav", "old");
-        queue("Mix.wav");
-        platform.dialogs.answer("Add");
-        platform.dialogs.answerNumber(answer);
+        queue({ "Mix.wav" });
+        dialogs.answer("Add");
+        dialogs.answerNumber(answer);
         showAll();
         EXPECT_EQ(folder.read("Client A/Mix.wav"), isReplaced ? "Mix.wav" : "old");
         EXPECT_EQ(added.notices.size(), isReplaced ? 1U : 0U);
-        EXPECT_EQ(platform.userNotificationCenter.posted.size(), isReplaced ? 1U : 0U);
+        EXPECT_EQ(notifications.posted.size(), isReplaced ? 1U : 0U);
     }
-    Alert expected;
-    expected.messageText = "Replace existing file?";
-    expected.informativeText = "Mix.wav already exists in \"Client A\".";
-    expected.style = AlertStyle::Warning;
-    expected.icon = Image { "/resources/AppIcon.icns" };
-    expected.buttons = { "Replace", "Cancel" };
-    EXPECT_EQ(platform.dialogs.alerts[1], expected);
+    EXPECT_EQ(dialogs.alerts[1],
+        (Alert { "Replace existing file?", "Mix.wav already exists in \"Client A\".",
+            AlertStyle::Warning, icon, {}, { "Replace", "Cancel" } }));
     EXPECT_EQ(platform.application.activations, 3) << "the question does not come to the front";
 }
 
 TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
 {
     addDestination("Client A");
-    queue("Mix.wav", "Song");
-    queue("Mix.wav", "Other Song");
+    queue({ "Mix.wav" });
+    queue({ "Mix.wav" }, "Other Song");
     folder.write("Other Song/Mix.wav", "another");
-    platform.dialogs.answer("Add");
-    platform.dialogs.answer("Add");
-    platform.dialogs.answer("Cancel");
+    dialogs.answer("Add");
+    dialogs.answer("Add");
+    dialogs.answer("Cancel");
     showAll();
-    EXPECT_EQ(platform.dialogs.alerts.back().messageText, "Replace existing file?");
+    EXPECT_EQ(dialogs.alerts.back().messageText, "Replace existing file?");
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "free when asked, taken when copied";
 }
 
@@ -373,103 +308,75 @@ TEST_F(BounceAlertControllerTests, AFailedReplacementLeavesTheOldFile)
 {
     addDestination("Client A");
     folder.write("Client A/Mix.wav", "old");
-    queue("Mix.wav");
-    platform.dialogs.answer("Add");
-    platform.dialogs.answer(
-        "Replace", 0, [this] { std::filesystem::remove(folder.path("Song/Mix.wav")); });
-    platform.dialogs.answerNumber(ModalResponse::stopped);
+    queue({ "Mix.wav" });
+    dialogs.answer("Add");
+    dialogs.answer("Replace", 0, [this] { std::filesystem::remove(folder.path("Song/Mix.wav")); });
+    dialogs.answer("OK");
     showAll();
-    EXPECT_EQ(platform.dialogs.alerts.back().messageText, "Copy failed");
+    EXPECT_EQ(dialogs.alerts.back().messageText, "Copy failed");
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "old");
 }
 
 TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
 {
     addDestination("Client A");
-    queue("Mix\nfrom me\xff.wav");
-    platform.dialogs.answer("Add");
+    const std::string name = "Mix\nfrom me\xff.wav";
+    queue({ name });
+    dialogs.answer("Add");
     showAll();
     EXPECT_THAT(texts(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav\nfrom Song"));
-    EXPECT_THAT(platform.userNotificationCenter.bodies(),
-        ElementsAre("Mix\uFFFDfrom me\uFFFD.wav → Client A"));
-    EXPECT_EQ(folder.read("Client A/Mix\nfrom me\xff.wav"), "Mix\nfrom me\xff.wav");
-    EXPECT_EQ(added.notices.at(0).userInfo.at("file"), "Mix\nfrom me\xff.wav");
+    EXPECT_THAT(notifications.bodies(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav → Client A"));
+    EXPECT_EQ(folder.read("Client A/" + name), name);
+    EXPECT_EQ(added.notices.at(0).userInfo.at("file"), name);
 }
 
 TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndPostsNothing)
 {
-    const StemvaultFolder gone { UUID(), "Gone", folder.path("Gone") };
-    SettingsStore::shared().addFolder(gone);
-    queue("Mix.wav");
-    platform.dialogs.answer("Add");
-    platform.dialogs.answerNumber(ModalResponse::alertFirstButton);
+    std::filesystem::remove(addDestination("Gone").path);
+    queue({ "Mix.wav" });
+    dialogs.answer("Add");
+    dialogs.answer("OK");
     showAll();
-    const Alert& alert = platform.dialogs.alerts.at(1);
-    EXPECT_EQ(alert.messageText, "Copy failed");
-    EXPECT_THAT(alert.informativeText, testing::HasSubstr("Mix.wav"));
-    EXPECT_EQ(alert.style, AlertStyle::Warning);
-    EXPECT_FALSE(alert.icon);
-    EXPECT_THAT(alert.buttons, IsEmpty());
+    const std::string reason = texts().at(1);
+    EXPECT_THAT(reason, testing::HasSubstr("Mix.wav"));
+    EXPECT_EQ(
+        dialogs.alerts[1], (Alert { "Copy failed", reason, AlertStyle::Warning, {}, {}, {} }));
     EXPECT_THAT(added.notices, IsEmpty());
-    EXPECT_THAT(platform.userNotificationCenter.posted, IsEmpty());
+    EXPECT_THAT(notifications.posted, IsEmpty());
     EXPECT_EQ(platform.application.activations, 1) << "it does not come to the front";
 }
 
 TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)
 {
     const struct {
-        int taken, gone, free;
+        Texts taken, gone, free;
         std::string body;
     } rows[] = {
-        { 0, 0, 3, "3 files → Client A" },
-        { 1, 0, 1, "1 file → Client A (1 skipped — already existed)" },
-        { 1, 1, 1, "1 file → Client A (2 skipped — already existed)" },
-        { 2, 0, 0, "0 files → Client A (2 skipped — already existed)" },
+        { {}, {}, { "1", "2", "3" }, "3 files → Client A" },
+        { { "1" }, {}, { "2" }, "1 file → Client A (1 skipped — already existed)" },
+        { { "1" }, { "2" }, { "3" }, "1 file → Client A (2 skipped — already existed)" },
+        { { "1", "2" }, {}, {}, "0 files → Client A (2 skipped — already existed)" },
     };
     for (const auto& row : rows) {
-        FakePlatform desktop;
-        TemporaryFolder disk;
-        SettingsStore::shared().addFolder({ UUID(), "Client A", disk.makeFolder("Client A") });
-        auto& queue = BounceAlertController::shared().queue;
-        const auto enqueue = [&](const std::string& name) {
-            queue.emplace_back(FileURL(disk.path("Song/" + name)), "Song");
-        };
-        for (int i = 0; i < row.taken; ++i) {
-            disk.write("Client A/taken" + std::to_string(i), "old");
-            disk.write("Song/taken" + std::to_string(i), "new");
-            enqueue("taken" + std::to_string(i));
-        }
-        for (int i = 0; i < row.gone; ++i)
-            enqueue("gone" + std::to_string(i));
-        for (int i = 0; i < row.free; ++i) {
-            disk.write("Song/free" + std::to_string(i), "new");
-            enqueue("free" + std::to_string(i));
-        }
-        NoticeRecorder batches("bounceAdded");
-        desktop.dialogs.answerNumber(ModalResponse::alertFirstButton);
-        BounceAlertController::shared().showNextIfIdle();
-        desktop.dispatch.settle();
+        Stage stage;
+        stage.addDestination("Client A");
+        for (const Texts& names : { row.taken, row.gone, row.free })
+            stage.queue(names);
+        for (const std::string& name : row.taken)
+            stage.folder.write("Client A/" + name, "old");
+        for (const std::string& name : row.gone)
+            std::filesystem::remove(stage.folder.path("Song/" + name));
+        stage.dialogs.answerNumber(ModalResponse::alertFirstButton);
+        stage.showAll();
 
-        EXPECT_THAT(desktop.userNotificationCenter.bodies(), ElementsAre(row.body));
-        EXPECT_THAT(batches.notices,
+        EXPECT_THAT(stage.notifications.bodies(), ElementsAre(row.body));
+        EXPECT_THAT(stage.added.notices,
             ElementsAre(Notification { "bounceAdded", { { "destination", "Client A" } } }));
-        EXPECT_EQ(disk.read("Client A/taken0"), row.taken > 0 ? "old" : "");
-        EXPECT_EQ(disk.read("Client A/free0"), row.free > 0 ? "new" : "");
+        for (const std::string& name : row.taken)
+            EXPECT_EQ(stage.folder.read("Client A/" + name), "old");
+        for (const std::string& name : row.free)
+            EXPECT_EQ(stage.folder.read("Client A/" + name), name);
     }
-}
-
-TEST_F(BounceAlertControllerTests, TheNextPromptDoesNotWaitForACopy)
-{
-    addDestination("Client A");
-    queue("1.wav");
-    queue("2.wav");
-    platform.dialogs.answer("Add");
-    platform.dialogs.answer("Skip", 0, [this] {
-        EXPECT_EQ(folder.read("Client A/1.wav"), "");
-        platform.dispatch.settle();
-        EXPECT_EQ(folder.read("Client A/1.wav"), "1.wav") << "copies go on while a prompt is open";
-    });
-    showAll();
 }
 
 } // namespace

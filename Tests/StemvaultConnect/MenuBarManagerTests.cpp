@@ -11,23 +11,14 @@ namespace {
 
 class MenuBarManagerTests : public testing::Test {
 protected:
-    void openSession(const std::string& file)
+    void look()
     {
-        platform.processRunner.openFiles["5"] = "n" + file + "\n";
-        platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
         SessionTracker::shared().refresh();
         platform.dispatch.settle();
     }
 
-    /// The second row: its title, or empty while it is hidden.
-    std::string lastAdded()
-    {
-        platform.dispatch.settle();
-        const MenuItem& row = platform.statusBar.open().items.at(1);
-        return row.isHidden ? "" : row.title;
-    }
-
     FakePlatform platform;
+    FakeStatusBar& bar = platform.statusBar;
     MenuBarManager manager;
 };
 
@@ -43,78 +34,79 @@ TEST_F(MenuBarManagerTests, TheMenuAsItIsBuilt)
         MenuItem::separatorItem(),
         { "Quit Stemvault Connect", {}, "q", action, true, false, false },
     };
-    EXPECT_EQ(platform.statusBar.menu.items, expected);
-    EXPECT_EQ(platform.statusBar.length, StatusBar::squareLength);
-    EXPECT_EQ(
-        platform.statusBar.image, (Image { "symbol:waveform.circle", "Stemvault Connect", true }));
+    EXPECT_EQ(bar.menu.items, expected);
+    EXPECT_EQ(bar.length, StatusBar::squareLength);
+    EXPECT_EQ(bar.image, (Image { "symbol:waveform.circle", "Stemvault Connect", true }));
     EXPECT_FALSE(SessionTracker::isMade() || SessionTrackerObservable::isMade());
-}
 
-TEST_F(MenuBarManagerTests, WithoutASymbolTheItemHasItsMenuAlone)
-{
     FakePlatform bare;
-    bare.bundle.hasSymbols = false;
+    bare.bundle.missing = { "waveform.circle" };
     const MenuBarManager other;
     EXPECT_FALSE(bare.statusBar.image);
-    EXPECT_EQ(bare.statusBar.menu.items.size(), 7U);
-    Platform::install(nullptr);
+    EXPECT_EQ(bare.statusBar.menu.items, expected) << "without a symbol";
 }
 
 TEST_F(MenuBarManagerTests, TheFirstLineIsTheSessionAsOfTheOpening)
 {
     const AttributedString none { "○ No session detected",
         ForegroundColor { Color::SecondaryLabel, 0, 2 } };
-    EXPECT_EQ(platform.statusBar.open().items[0].attributedTitle, none);
-    openSession("/u/Sessions/Big Song/Big Song.rpp");
-    EXPECT_EQ(platform.statusBar.menu.items[0].attributedTitle, none) << "not open since";
-    const MenuItem& row = platform.statusBar.open().items[0];
-    EXPECT_EQ(row.title, "● Big Song");
-    EXPECT_EQ(row.attributedTitle,
-        (AttributedString { "● Big Song", ForegroundColor { Color::SystemGreen, 0, 2 } }));
-    EXPECT_FALSE(row.isEnabled);
+    const AttributedString song { "● Big Song", ForegroundColor { Color::SystemGreen, 0, 2 } };
+    EXPECT_EQ(bar.open().items[0].attributedTitle, none);
+    platform.openSession("/u/Sessions/Big Song/Big Song.rpp");
+    look();
+    EXPECT_EQ(bar.menu.items[0].attributedTitle, none) << "not open since";
+    const MenuItem expected { song.string, song, "", {}, false, false, false };
+    EXPECT_EQ(bar.open().items[0], expected);
     platform.workspace.quit(5);
-    SessionTracker::shared().refresh();
-    platform.dispatch.settle();
-    EXPECT_EQ(platform.statusBar.open().items[0].attributedTitle, none);
+    look();
+    EXPECT_EQ(bar.open().items[0].attributedTitle, none);
 }
 
 TEST_F(MenuBarManagerTests, TheSecondLineIsTheLatestSingleCopy)
 {
-    NotificationCenter& center = NotificationCenter::defaultCenter();
-    EXPECT_EQ(lastAdded(), "");
-    center.post({ "bounceAdded", { { "destination", "Client Mixes" } } });
-    EXPECT_EQ(lastAdded(), "") << "a batch names no file";
-    center.post({ "bounceAdded", { { "file", "Mix 3.wav" }, { "destination", "Client Mixes" } } });
-    EXPECT_EQ(lastAdded(), "Last added: Mix 3.wav → Client Mixes");
-    EXPECT_EQ(platform.statusBar.updates, 1);
-    center.post({ "bounceAdded", {} });
-    center.post({ "bounceAdded", { { "file", "a.wav" } } });
-    EXPECT_EQ(lastAdded(), "Last added: Mix 3.wav → Client Mixes");
-    center.post({ "bounceAdded", { { "file", "" }, { "destination", "" } } });
-    EXPECT_EQ(lastAdded(), "Last added:  → ");
+    const std::string latest = "Last added: Mix 3.wav → Client Mixes";
+    const struct {
+        std::map<std::string, std::string> added;
+        std::string expected;
+    } rows[] = {
+        { { { "destination", "A" } }, "hidden" }, // A batch names no file.
+        { { { "file", "Mix 3.wav" }, { "destination", "Client Mixes" } }, latest },
+        { {}, latest },
+        { { { "file", "a.wav" } }, latest },
+        { { { "file", "" }, { "destination", "" } }, "Last added:  → " },
+    };
+    for (const auto& row : rows) {
+        const int updates = bar.updates;
+        NotificationCenter::defaultCenter().post({ "bounceAdded", row.added });
+        EXPECT_EQ(bar.updates, updates) << "taken over on the main thread alone";
+        platform.dispatch.settle();
+        const MenuItem& line = bar.open().items.at(1);
+        EXPECT_EQ(line.isHidden ? "hidden" : line.title, row.expected);
+    }
+    EXPECT_EQ(bar.updates, 2);
 }
 
 TEST_F(MenuBarManagerTests, TheRowsDoWhatTheySay)
 {
-    platform.statusBar.choose("Quit Stemvault Connect");
+    bar.choose("Quit Stemvault Connect");
     EXPECT_EQ(platform.application.terminations, 1);
-    platform.statusBar.choose("Check for Updates…");
+    bar.choose("Check for Updates…");
     platform.dialogs.answer("OK");
     platform.urlSession.finish(Failure { "" });
     platform.dispatch.settle();
     EXPECT_EQ(platform.dialogs.alerts.at(0).messageText, "Couldn't Check for Updates");
 }
 
-TEST_F(MenuBarManagerTests, PreferencesAreOneWindowMadeAtFirstUse)
+TEST_F(MenuBarManagerTests, PreferencesAreOneWindowMadeAtFirstUseAndDrawnWhenASessionIsFound)
 {
     EXPECT_TRUE(platform.windows.windows.empty());
-    platform.statusBar.choose("Preferences…");
+    platform.openSession("/s/S.rpp");
+    bar.choose("Preferences…");
     NotificationCenter::defaultCenter().post({ "openPreferences", {} });
-    ASSERT_EQ(platform.windows.windows.size(), 1U);
-    const auto& window = *platform.windows.windows[0];
-    EXPECT_EQ(window.title, "Stemvault Connect");
-    EXPECT_EQ(window.styleMask, 3U);
-    EXPECT_EQ(window.history, "centered shown shown ");
+    platform.dispatch.settle();
+    EXPECT_THAT(platform.windows.windows,
+        testing::ElementsAre(
+            "made, titled Stemvault Connect, style 3, centered, shown, shown, drawn"));
     EXPECT_EQ(platform.application.activations, 2);
 }
 

@@ -20,13 +20,7 @@ protected:
         platform.dispatch.settle();
     }
 
-    std::vector<std::string> scannedPIDs()
-    {
-        std::vector<std::string> pids;
-        for (const std::string& call : std::exchange(platform.processRunner.calls, {}))
-            pids.push_back(call.substr(std::string("/tools/lsof -p ").size()));
-        return pids;
-    }
+    std::size_t scans() { return std::exchange(platform.processRunner.calls, {}).size(); }
 
     FakePlatform platform;
     std::vector<std::string> told;
@@ -82,10 +76,9 @@ TEST_F(SessionTrackerTests, FollowsTheSessionAndTellsOnlyChanges)
     start();
     EXPECT_THAT(told, IsEmpty());
 
-    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
-    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.openSession("/a/S.rpp");
     platform.dispatch.settle();
-    platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
+    platform.openSession("/a/Other.rpp");
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("/a"));
 
@@ -107,45 +100,33 @@ TEST_F(SessionTrackerTests, PollsThirtySecondsAfterTheLatestPass)
     platform.dispatch.advance(29s);
     platform.workspace.notify(WorkspaceNotification::DidActivateApplication);
     platform.dispatch.settle();
-    EXPECT_EQ(scannedPIDs().size(), 2U);
+    EXPECT_EQ(scans(), 2U);
     platform.dispatch.advance(29s + 999ms);
-    EXPECT_THAT(scannedPIDs(), IsEmpty());
+    EXPECT_EQ(scans(), 0U);
     platform.dispatch.advance(1ms);
-    EXPECT_EQ(scannedPIDs().size(), 1U);
+    EXPECT_EQ(scans(), 1U);
     platform.dispatch.advance(90s);
-    EXPECT_EQ(scannedPIDs().size(), 3U);
+    EXPECT_EQ(scans(), 3U);
     EXPECT_EQ(platform.dispatch.timerCount(), 1U);
 }
 
 TEST_F(SessionTrackerTests, AppliesResultsInTheOrderInWhichScansFinish)
 {
     start();
-    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
-    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.openSession("/a/S.rpp");
     platform.workspace.quit(5);
     // The later pass, which saw no DAW, is done first; the earlier one comes in last.
-    platform.dispatch.runNewestUtilityWork();
+    const auto earlier = platform.dispatch.holdOldestUtilityWork();
     platform.dispatch.runOldestUtilityWork();
+    earlier();
     EXPECT_THAT(told, IsEmpty()) << "never outside the main queue";
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("/a"));
 }
 
-TEST_F(SessionTrackerTests, StopsWithoutALaterPass)
-{
-    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
-    start();
-    SessionTracker::shared().stop();
-    scannedPIDs();
-    platform.workspace.notify(WorkspaceNotification::DidLaunchApplication);
-    platform.dispatch.advance(120s);
-    EXPECT_THAT(scannedPIDs(), IsEmpty());
-}
-
 TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
 {
-    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
-    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.openSession("/a/S.rpp");
     SessionTracker::shared().observers.emplace_back(
         [](const auto&) { ADD_FAILURE() << "told by a tracker that is gone"; });
     SessionTracker::shared().start();
@@ -164,8 +145,7 @@ TEST_F(SessionTrackerTests, TellsItsObserversInOrderAndLateOnesNextTime)
         told.emplace_back("first");
     });
     start();
-    platform.processRunner.openFiles["5"] = "n/a/S.rpp\n";
-    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    platform.openSession("/a/S.rpp");
     platform.dispatch.settle();
     platform.workspace.quit(5);
     platform.dispatch.settle();

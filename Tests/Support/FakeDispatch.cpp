@@ -10,15 +10,15 @@ public:
     FakeTimer(FakeDispatch& owner, std::chrono::milliseconds time, Work repeated)
         : dispatch(owner), interval(time), work(std::move(repeated))
     {
-        dispatch.timers.insert(this);
+        ++dispatch.timers;
         arm();
     }
-    ~FakeTimer() override { dispatch.timers.erase(this); }
+    ~FakeTimer() override { --dispatch.timers; }
 
 private:
     void arm()
     {
-        dispatch.schedule(interval, [this, alive = std::weak_ptr<char>(life)] {
+        dispatch.mainAsyncAfter(interval, [this, alive = std::weak_ptr<char>(life)] {
             if (alive.expired())
                 return;
             arm();
@@ -34,45 +34,9 @@ private:
     std::shared_ptr<char> life = std::make_shared<char>();
 };
 
-namespace {
-
-Work takeFront(std::deque<Work>& queue)
-{
-    Work work = std::move(queue.front());
-    queue.pop_front();
-    return work;
-}
-
-} // namespace
-
-WallTime FakeDispatch::now() const
-{
-    return WallTime(std::chrono::hours(24 * 365 * 50)) + clock + wallOffset;
-}
-
-void FakeDispatch::mainAsync(Work work)
-{
-    mainQueue.push_back(std::move(work));
-}
-
-void FakeDispatch::mainAsyncAfter(std::chrono::milliseconds delay, Work work)
-{
-    schedule(delay, std::move(work));
-}
-
-void FakeDispatch::utilityAsync(Work work, AtEnd /*atEnd*/)
-{
-    utilityQueue.push_back(std::move(work));
-}
-
 std::unique_ptr<Timer> FakeDispatch::scheduledTimer(std::chrono::milliseconds interval, Work work)
 {
     return std::make_unique<FakeTimer>(*this, interval, std::move(work));
-}
-
-void FakeDispatch::schedule(std::chrono::milliseconds delay, Work work)
-{
-    delayed.emplace(Key(clock + delay, sequence++), std::move(work));
 }
 
 void FakeDispatch::settleMainQueue()
@@ -98,23 +62,6 @@ void FakeDispatch::advance(std::chrono::milliseconds duration)
         settle();
     }
     clock = std::max(clock, end);
-}
-
-void FakeDispatch::runOldestUtilityWork()
-{
-    takeFront(utilityQueue)();
-}
-
-Work FakeDispatch::holdOldestUtilityWork()
-{
-    return takeFront(utilityQueue);
-}
-
-void FakeDispatch::runNewestUtilityWork()
-{
-    Work work = std::move(utilityQueue.back());
-    utilityQueue.pop_back();
-    work();
 }
 
 } // namespace stemvault

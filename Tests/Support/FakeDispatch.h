@@ -8,7 +8,6 @@
 #include <deque>
 #include <map>
 #include <memory>
-#include <set>
 #include <utility>
 
 namespace stemvault {
@@ -17,10 +16,19 @@ namespace stemvault {
 class FakeDispatch : public Dispatch {
 public:
     // The seam.
-    [[nodiscard]] WallTime now() const override;
-    void mainAsync(Work work) override;
-    void mainAsyncAfter(std::chrono::milliseconds delay, Work work) override;
-    void utilityAsync(Work work, AtEnd atEnd = AtEnd::Dropped) override;
+    [[nodiscard]] WallTime now() const override
+    {
+        return WallTime(std::chrono::hours(24 * 365 * 50)) + clock + wallOffset;
+    }
+    void mainAsync(Work work) override { mainQueue.push_back(std::move(work)); }
+    void mainAsyncAfter(std::chrono::milliseconds delay, Work work) override
+    {
+        delayed.emplace(Key(clock + delay, sequence++), std::move(work));
+    }
+    void utilityAsync(Work work, AtEnd /*atEnd*/) override
+    {
+        utilityQueue.push_back(std::move(work));
+    }
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds interval, Work work) override;
 
@@ -38,20 +46,22 @@ public:
     /// Runs the main queue alone: background work stays as if it took long.
     void settleMainQueue();
 
-    /// Runs one held-back piece of background work, the oldest or the newest.
-    void runOldestUtilityWork();
-    void runNewestUtilityWork();
+    /// Takes the oldest piece of background work out, to be run when the test likes, or runs it.
+    [[nodiscard]] Work holdOldestUtilityWork() { return takeFront(utilityQueue); }
+    void runOldestUtilityWork() { holdOldestUtilityWork()(); }
 
-    /// Takes one out, to be run when the test likes.
-    [[nodiscard]] Work holdOldestUtilityWork();
-
-    [[nodiscard]] std::size_t timerCount() const { return timers.size(); }
+    [[nodiscard]] std::size_t timerCount() const { return timers; }
 
 private:
     using Key = std::pair<std::chrono::milliseconds, std::uint64_t>;
     class FakeTimer;
 
-    void schedule(std::chrono::milliseconds delay, Work work);
+    static Work takeFront(std::deque<Work>& queue)
+    {
+        Work work = std::move(queue.front());
+        queue.pop_front();
+        return work;
+    }
 
     std::chrono::milliseconds clock { 0 };
     std::chrono::milliseconds wallOffset { 0 };
@@ -59,7 +69,7 @@ private:
     std::deque<Work> mainQueue;
     std::deque<Work> utilityQueue;
     std::map<Key, Work> delayed;
-    std::set<const FakeTimer*> timers;
+    std::size_t timers = 0;
 };
 
 } // namespace stemvault

@@ -8,100 +8,73 @@
 
 namespace stemvault {
 
-std::optional<std::string> FakeBundle::pathForResource(
-    const std::string& name, const std::string& type) const
-{
-    if (!hasIconResource)
-        return std::nullopt;
-    return "/resources/" + name + "." + type;
-}
-
-std::optional<Image> FakeBundle::imageWithContentsOfFile(const std::string& path) const
-{
-    return isIconReadable ? std::optional(Image { path }) : std::nullopt;
-}
-
-std::optional<Image> FakeBundle::imageNamed(const std::string& name) const
-{
-    return hasNamedIcon ? std::optional(Image { name }) : std::nullopt;
-}
-
-std::optional<Image> FakeBundle::imageWithSystemSymbolName(
-    const std::string& name, const std::string& accessibilityDescription) const
-{
-    if (!hasSymbols)
-        return std::nullopt;
-    return Image { "symbol:" + name, accessibilityDescription };
-}
-
 FakeDialogs::~FakeDialogs()
 {
     EXPECT_TRUE(answers.empty()) << answers.size() << " answers to alerts that never came";
     EXPECT_TRUE(choices.empty()) << choices.size() << " choices for panels that never came";
 }
 
-AlertAnswer FakeDialogs::runModal(const Alert& alert)
+namespace {
+
+template <typename Steps, typename Question>
+auto takeStep(Steps& steps, const Question& question, const std::string& text)
 {
-    alerts.push_back(alert);
-    if (answers.empty()) {
-        ADD_FAILURE() << "an alert that nobody expected: " << alert.messageText;
-        return {};
+    if (steps.empty()) {
+        ADD_FAILURE() << "a question that nobody expected: " << text;
+        return decltype(steps.front()(question)) {};
     }
-    const auto step = std::move(answers.front());
-    answers.pop_front();
-    return step(alert);
+    const auto step = std::move(steps.front());
+    steps.pop_front();
+    return step(question);
 }
 
-OpenPanelAnswer FakeDialogs::runModal(const OpenPanel& panel)
-{
-    panels.push_back(panel);
-    if (choices.empty()) {
-        ADD_FAILURE() << "a panel that nobody expected: " << panel.message;
-        return {};
-    }
-    const auto step = std::move(choices.front());
-    choices.pop_front();
-    return step();
-}
-
-int FakeDialogs::response(const Alert& alert, const std::string& title)
+int responseOf(const Alert& alert, const std::string& title)
 {
     const std::vector<std::string> lone { "OK" };
     const auto& buttons = alert.buttons.empty() ? lone : alert.buttons;
     const auto button = std::ranges::find(buttons, title);
     EXPECT_NE(button, buttons.end()) << "no button " << title;
-    return ModalResponse::alertFirstButton
-        + static_cast<int>(std::distance(buttons.begin(), button));
+    return ModalResponse::alertFirstButton + static_cast<int>(button - buttons.begin());
+}
+
+} // namespace
+
+AlertAnswer FakeDialogs::runModal(const Alert& alert)
+{
+    alerts.push_back(alert);
+    return takeStep(answers, alert, alert.messageText);
+}
+
+OpenPanelAnswer FakeDialogs::runModal(const OpenPanel& panel)
+{
+    panels.push_back(panel);
+    return takeStep(choices, panel, panel.message);
 }
 
 void FakeDialogs::answer(const std::string& title, int index, std::function<void()> meanwhile)
 {
     answers.emplace_back([=](const Alert& alert) {
         meanwhile();
-        return AlertAnswer { response(alert, title), index, {} };
+        return AlertAnswer { responseOf(alert, title), index, {} };
     });
 }
 
-void FakeDialogs::answerText(
-    const std::string& title, const std::string& text, std::function<void()> meanwhile)
+void FakeDialogs::answerText(const std::string& title, const std::string& text)
 {
     answers.emplace_back([=](const Alert& alert) {
-        meanwhile();
-        EXPECT_TRUE(alert.accessoryView && std::holds_alternative<TextField>(*alert.accessoryView))
-            << "no text field";
-        return AlertAnswer { response(alert, title), -1, text };
+        return AlertAnswer { responseOf(alert, title), -1, text };
     });
 }
 
 void FakeDialogs::answerNumber(int response)
 {
-    answers.emplace_back([response](const Alert&) { return AlertAnswer { response, 0, {} }; });
+    answers.emplace_back([=](const Alert&) { return AlertAnswer { response, 0, {} }; });
 }
 
 void FakeDialogs::choose(const std::optional<std::string>& path, std::function<void()> meanwhile)
 {
     // A panel that is cancelled may still name what was selected in it.
-    choices.emplace_back([=] {
+    choices.emplace_back([=](const OpenPanel&) {
         meanwhile();
         const FileURL url(path.value_or("/selected"));
         return OpenPanelAnswer { path ? ModalResponse::ok : ModalResponse::cancel, url, { url } };
@@ -110,11 +83,9 @@ void FakeDialogs::choose(const std::optional<std::string>& path, std::function<v
 
 void FakeDialogs::chooseAll(const std::vector<std::string>& paths)
 {
-    std::vector<FileURL> urls;
-    for (const std::string& path : paths)
-        urls.emplace_back(path);
-    choices.emplace_back([urls] {
-        return OpenPanelAnswer { ModalResponse::ok, urls.front(), urls };
+    const std::vector<FileURL> urls(paths.begin(), paths.end());
+    choices.emplace_back([=](const OpenPanel&) {
+        return OpenPanelAnswer { ModalResponse::ok, urls[0], urls };
     });
 }
 
@@ -150,23 +121,6 @@ void FakeFileEvents::deliver(
     const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags)
 {
     streams.back()->handler(paths, flags);
-}
-
-Result<void> FakeLoginItem::registerItem()
-{
-    calls.emplace_back("register");
-    return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
-}
-
-Result<void> FakeLoginItem::unregisterItem()
-{
-    calls.emplace_back("unregister");
-    return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
-}
-
-std::string FakeProcessRunner::pathForTool(const std::string& name) const
-{
-    return "/tools/" + name;
 }
 
 std::optional<std::string> FakeProcessRunner::run(
@@ -219,63 +173,12 @@ void FakeStatusBar::choose(const std::string& title)
     item->action();
 }
 
-void FakeURLSession::dataTask(const std::string& url, CompletionHandler completionHandler)
-{
-    urls.push_back(url);
-    handlers.push_back(std::move(completionHandler));
-}
-
 void FakeURLSession::finish(const Result<std::string>& body)
 {
     ASSERT_FALSE(handlers.empty()) << "no fetch is under way";
     const auto handler = std::move(handlers.front());
     handlers.pop_front();
     handler(body);
-}
-
-std::optional<std::string> FakeUserDefaults::data(const std::string& key) const
-{
-    const auto value = values.find(key);
-    return value == values.end() ? std::nullopt : std::optional(value->second);
-}
-
-std::optional<std::string> FakeUserDefaults::string(const std::string& key) const
-{
-    const auto value = strings.find(key);
-    return value == strings.end() ? std::nullopt : std::optional(value->second);
-}
-
-std::optional<WallTime> FakeUserDefaults::date(const std::string& key) const
-{
-    const auto value = dates.find(key);
-    return value == dates.end() ? std::nullopt : std::optional(value->second);
-}
-
-void FakeUserDefaults::setDate(const std::string& key, WallTime date)
-{
-    dates[key] = date;
-}
-
-void FakeUserDefaults::setData(const std::string& key, const std::string& bytes)
-{
-    values[key] = bytes;
-    ++writes;
-}
-
-void FakeUserNotificationCenter::setDelegate(UserNotificationCenterDelegate* newDelegate)
-{
-    delegate = newDelegate;
-}
-
-void FakeUserNotificationCenter::requestAuthorization(
-    std::uint32_t options, std::function<void(bool granted)> /*completionHandler*/)
-{
-    requestedOptions = options;
-}
-
-void FakeUserNotificationCenter::add(const UserNotification& notification)
-{
-    posted.push_back(notification);
 }
 
 std::vector<std::string> FakeUserNotificationCenter::bodies() const
@@ -290,45 +193,26 @@ namespace {
 
 class FakeWindow : public Window {
 public:
-    explicit FakeWindow(std::shared_ptr<FakeWindows::Record> shared) : record(std::move(shared)) { }
-    void setTitle(const std::string& title) override { record->title = title; }
-    void setStyleMask(std::uint32_t mask) override { record->styleMask = mask; }
-    void center() override { record->history += "centered "; }
-    void makeKeyAndOrderFront() override { record->history += "shown "; }
-    void setNeedsDisplay() override { ++record->drawings; }
+    FakeWindow(std::string& done, std::function<View()> drawing)
+        : history(done), body(std::move(drawing))
+    {
+    }
+    void setTitle(const std::string& title) override { history += ", titled " + title; }
+    void setStyleMask(std::uint32_t mask) override { history += ", style " + std::to_string(mask); }
+    void center() override { history += ", centered"; }
+    void makeKeyAndOrderFront() override { history += ", shown"; }
+    void setNeedsDisplay() override { history += ", drawn"; }
 
 private:
-    std::shared_ptr<FakeWindows::Record> record;
+    std::string& history;
+    std::function<View()> body; // Kept, as is all that draws with it.
 };
 
 } // namespace
 
 std::unique_ptr<Window> FakeWindows::window(std::function<View()> body)
 {
-    windows.push_back(std::make_shared<Record>(Record { std::move(body), {}, 0, {}, 0 }));
-    return std::make_unique<FakeWindow>(windows.back());
-}
-
-std::vector<RunningApplication> FakeWorkspace::runningApplications() const
-{
-    return applications;
-}
-
-void FakeWorkspace::addObserver(
-    const void* observer, WorkspaceNotification notification, std::function<void()> work)
-{
-    entries.push_back({ observer, notification, std::move(work) });
-}
-
-void FakeWorkspace::removeObserver(const void* observer)
-{
-    std::erase_if(entries, [observer](const Entry& entry) { return entry.observer == observer; });
-}
-
-bool FakeWorkspace::open(const std::string& url)
-{
-    opened.push_back(url);
-    return canOpen;
+    return std::make_unique<FakeWindow>(windows.emplace_back("made"), std::move(body));
 }
 
 void FakeWorkspace::launch(
@@ -363,6 +247,15 @@ FakePlatform::~FakePlatform()
 {
     SharedInstances::destroyAll();
     Platform::install(nullptr);
+}
+
+void FakePlatform::openSession(const std::string& file)
+{
+    processRunner.openFiles["5"] = "n" + file + "\n";
+    if (workspace.applications.empty())
+        workspace.launch(5, "com.cockos.reaper", "REAPER");
+    else
+        workspace.notify(WorkspaceNotification::DidActivateApplication);
 }
 
 } // namespace stemvault

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,20 +33,36 @@ struct FakeApplication : Application {
 
 struct FakeBundle : Bundle {
     [[nodiscard]] std::optional<std::string> pathForResource(
-        const std::string& name, const std::string& type) const override;
+        const std::string& name, const std::string& type) const override
+    {
+        return existing(name + "." + type, "/resources/" + name + "." + type);
+    }
     [[nodiscard]] std::optional<Image> imageWithContentsOfFile(
-        const std::string& path) const override;
-    [[nodiscard]] std::optional<Image> imageNamed(const std::string& name) const override;
+        const std::string& path) const override
+    {
+        return existing(path, Image { path });
+    }
+    [[nodiscard]] std::optional<Image> imageNamed(const std::string& name) const override
+    {
+        return existing(name, Image { name });
+    }
     [[nodiscard]] std::optional<Image> imageWithSystemSymbolName(
-        const std::string& name, const std::string& accessibilityDescription) const override;
+        const std::string& name, const std::string& description) const override
+    {
+        return existing(name, Image { "symbol:" + name, description });
+    }
     [[nodiscard]] std::optional<std::string> shortVersionString() const override { return version; }
 
     // What a test may set.
-    bool hasSymbols = true;
+    std::set<std::string> missing; ///< Resources, files, images and symbols, by their names.
     std::optional<std::string> version = "1.4";
-    bool hasIconResource = true;
-    bool isIconReadable = true;
-    bool hasNamedIcon = true;
+
+private:
+    template <typename Value>
+    [[nodiscard]] std::optional<Value> existing(const std::string& name, const Value& value) const
+    {
+        return missing.contains(name) ? std::nullopt : std::optional(value);
+    }
 };
 
 /// Answers each question from a script, in order; a question that no step expects is a failure, and
@@ -62,8 +79,7 @@ struct FakeDialogs : Dialogs {
     void answer(
         const std::string& title, int index = 0, std::function<void()> meanwhile = [] {});
     /// Presses the button of this title, with the accessory's text field left at `text`.
-    void answerText(
-        const std::string& title, const std::string& text, std::function<void()> meanwhile = [] {});
+    void answerText(const std::string& title, const std::string& text);
     /// Answers an alert with this number, whatever its buttons.
     void answerNumber(int response);
     /// Chooses a folder in the panel, or cancels it. What `meanwhile` does happens while it is
@@ -77,10 +93,8 @@ struct FakeDialogs : Dialogs {
     std::vector<OpenPanel> panels;
 
 private:
-    [[nodiscard]] static int response(const Alert& alert, const std::string& title);
-
     std::deque<std::function<AlertAnswer(const Alert&)>> answers;
-    std::deque<std::function<OpenPanelAnswer()>> choices;
+    std::deque<std::function<OpenPanelAnswer(const OpenPanel&)>> choices;
 };
 
 struct FakeFileEvents : FileEvents {
@@ -108,17 +122,27 @@ struct FakeFileEvents : FileEvents {
 
 struct FakeLoginItem : LoginItem {
     [[nodiscard]] LoginItemStatus status() const override { return current; }
-    Result<void> registerItem() override;
-    Result<void> unregisterItem() override;
+    Result<void> registerItem() override { return noted("register"); }
+    Result<void> unregisterItem() override { return noted("unregister"); }
 
     // What a test may do.
     LoginItemStatus current = LoginItemStatus::NotRegistered;
     bool isRefused = false;
     std::vector<std::string> calls;
+
+private:
+    Result<void> noted(const std::string& call)
+    {
+        calls.push_back(call);
+        return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
+    }
 };
 
 struct FakeProcessRunner : ProcessRunner {
-    [[nodiscard]] std::string pathForTool(const std::string& name) const override;
+    [[nodiscard]] std::string pathForTool(const std::string& name) const override
+    {
+        return "/tools/" + name;
+    }
     [[nodiscard]] std::optional<std::string> run(
         const std::string& executable, const std::vector<std::string>& arguments) override;
 
@@ -146,7 +170,11 @@ struct FakeStatusBar : StatusBar {
 };
 
 struct FakeURLSession : URLSession {
-    void dataTask(const std::string& url, CompletionHandler completionHandler) override;
+    void dataTask(const std::string& url, CompletionHandler completionHandler) override
+    {
+        urls.push_back(url);
+        handlers.push_back(std::move(completionHandler));
+    }
 
     // What a test may do.
 
@@ -160,24 +188,52 @@ private:
 };
 
 struct FakeUserDefaults : UserDefaults {
-    [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
-    [[nodiscard]] std::optional<std::string> string(const std::string& key) const override;
-    [[nodiscard]] std::optional<WallTime> date(const std::string& key) const override;
-    void setData(const std::string& key, const std::string& bytes) override;
-    void setDate(const std::string& key, WallTime date) override;
+    [[nodiscard]] std::optional<std::string> data(const std::string& key) const override
+    {
+        return found(values, key);
+    }
+    [[nodiscard]] std::optional<std::string> string(const std::string& key) const override
+    {
+        return found(strings, key);
+    }
+    [[nodiscard]] std::optional<WallTime> date(const std::string& key) const override
+    {
+        return found(dates, key);
+    }
+    void setData(const std::string& key, const std::string& bytes) override
+    {
+        values[key] = bytes;
+        ++writes;
+    }
+    void setDate(const std::string& key, WallTime date) override { dates[key] = date; }
 
     // What a test may do.
     std::map<std::string, std::string> values;
     std::map<std::string, WallTime> dates;
     std::map<std::string, std::string> strings;
     int writes = 0;
+
+private:
+    template <typename Map>
+    [[nodiscard]] static std::optional<typename Map::mapped_type> found(
+        const Map& map, const std::string& key)
+    {
+        const auto entry = map.find(key);
+        return entry == map.end() ? std::nullopt : std::optional(entry->second);
+    }
 };
 
 struct FakeUserNotificationCenter : UserNotificationCenter {
-    void setDelegate(UserNotificationCenterDelegate* newDelegate) override;
+    void setDelegate(UserNotificationCenterDelegate* newDelegate) override
+    {
+        delegate = newDelegate;
+    }
     void requestAuthorization(
-        std::uint32_t options, std::function<void(bool granted)> completionHandler) override;
-    void add(const UserNotification& notification) override;
+        std::uint32_t options, std::function<void(bool)> /*completionHandler*/) override
+    {
+        requestedOptions = options;
+    }
+    void add(const UserNotification& notification) override { posted.push_back(notification); }
 
     // What a test may look at.
     [[nodiscard]] std::vector<std::string> bodies() const;
@@ -188,26 +244,31 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
 };
 
 struct FakeWindows : Windows {
-    struct Record {
-        std::function<View()> body;
-        std::string title;
-        std::uint32_t styleMask = 0;
-        std::string history; ///< "centered shown shown".
-        int drawings = 0; ///< How often a new drawing was asked for.
-    };
-
     [[nodiscard]] std::unique_ptr<Window> window(std::function<View()> body) override;
 
     // What a test may look at.
-    std::vector<std::shared_ptr<Record>> windows; ///< In the order in which they were made.
+    std::deque<std::string> windows; ///< What was done to each: "made, titled Mixes, shown".
 };
 
 struct FakeWorkspace : Workspace {
-    [[nodiscard]] std::vector<RunningApplication> runningApplications() const override;
+    [[nodiscard]] std::vector<RunningApplication> runningApplications() const override
+    {
+        return applications;
+    }
     void addObserver(const void* observer, WorkspaceNotification notification,
-        std::function<void()> work) override;
-    void removeObserver(const void* observer) override;
-    [[nodiscard]] bool open(const std::string& url) override;
+        std::function<void()> work) override
+    {
+        entries.push_back({ observer, notification, std::move(work) });
+    }
+    void removeObserver(const void* observer) override
+    {
+        std::erase_if(entries, [=](const Entry& entry) { return entry.observer == observer; });
+    }
+    [[nodiscard]] bool open(const std::string& url) override
+    {
+        opened.push_back(url);
+        return canOpen;
+    }
 
     // What a test may do.
 
@@ -237,6 +298,9 @@ public:
     ~FakePlatform();
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;
+
+    /// Opens this file in a DAW, process 5, which is launched first unless it runs.
+    void openSession(const std::string& file);
 
     FakeApplication application;
     FakeBundle bundle;
