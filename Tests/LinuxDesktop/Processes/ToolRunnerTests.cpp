@@ -20,8 +20,7 @@ using testing::Optional;
 
 constexpr auto promptly = 5s;
 
-class ToolRunnerTests : public testing::Test {
-protected:
+struct ToolRunnerTests : testing::Test {
     std::optional<std::string> shell(const std::string& body)
     {
         return runner.run("/bin/sh", { "-c", body });
@@ -68,7 +67,7 @@ TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
 TEST_F(ToolRunnerTests, AsksTheRealLsof)
 {
     const std::pair<const char*, const char*> names[] = { { "\xc3\xa9 ", "\xc3\xa9 " },
-        { "e\xcc\x81", "e\xcc\x81" }, { "a\tb\\c\nd", "a\\tb\\\\c\\nd" }, { "x\xff", "x\\xff" } };
+        { "e\xcc\x81", "e\xcc\x81" }, { "a\tb\\c\nd", R"(a\tb\\c\nd)" }, { "x\xff", R"(x\xff)" } };
     std::vector<std::ifstream> files;
     for (const auto& [name, printed] : names)
         files.emplace_back(folder.write(name, ""));
