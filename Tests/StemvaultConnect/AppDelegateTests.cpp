@@ -15,14 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-class AppDelegateTests : public testing::Test {
-protected:
-    void store(const std::string& members)
-    {
-        platform.userDefaults.values["settingsStore_v1"] =
-            R"({"stemvaultFolders":[])" + members + "}";
-    }
-
+struct AppDelegateTests : testing::Test {
     void openSession(const std::string& folderPath)
     {
         platform.openSession(folderPath + "/S.rpp");
@@ -64,7 +57,7 @@ TEST_F(AppDelegateTests, AMissingIconIsLeftAlone)
 
 TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
 {
-    store(R"(,"alwaysWatchPath":"/w")");
+    SettingsStore::shared().setAlwaysWatchPath("/w");
     delegate.applicationDidFinishLaunching();
     EXPECT_THAT(watched(), ElementsAre("/w")) << "before the first look has ended";
     openSession("/a");
@@ -81,7 +74,7 @@ TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
 TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
 {
     TemporaryFolder folder;
-    store(R"(,"projectsRootPath":"/p")");
+    SettingsStore::shared().setProjectsRootPath("/p");
     delegate.applicationDidFinishLaunching();
     openSession(folder.path());
     constexpr auto created = FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated;
@@ -108,7 +101,7 @@ TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
         platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);
     platform.processRunner.calls.clear();
-    platform.workspace.quit(5);
+    openSession("/c");
     platform.dispatch.advance(60s);
     EXPECT_TRUE(platform.processRunner.calls.empty());
 }

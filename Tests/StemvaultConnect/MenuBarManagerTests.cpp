@@ -9,14 +9,7 @@
 namespace stemvault {
 namespace {
 
-class MenuBarManagerTests : public testing::Test {
-protected:
-    void look()
-    {
-        SessionTracker::shared().refresh();
-        platform.dispatch.settle();
-    }
-
+struct MenuBarManagerTests : testing::Test {
     FakePlatform platform;
     FakeStatusBar& bar = platform.statusBar;
     MenuBarManager manager;
@@ -52,13 +45,14 @@ TEST_F(MenuBarManagerTests, TheFirstLineIsTheSessionAsOfTheOpening)
         ForegroundColor { Color::SecondaryLabel, 0, 2 } };
     const AttributedString song { "● Big Song", ForegroundColor { Color::SystemGreen, 0, 2 } };
     EXPECT_EQ(bar.open().items[0].attributedTitle, none);
+    SessionTracker::shared().start();
     platform.openSession("/u/Sessions/Big Song/Big Song.rpp");
-    look();
+    platform.dispatch.settle();
     EXPECT_EQ(bar.menu.items[0].attributedTitle, none) << "not open since";
     const MenuItem expected { song.string, song, "", {}, false, false, false };
     EXPECT_EQ(bar.open().items[0], expected);
     platform.workspace.quit(5);
-    look();
+    platform.dispatch.settle();
     EXPECT_EQ(bar.open().items[0].attributedTitle, none);
 }
 

@@ -10,8 +10,7 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class SessionTrackerTests : public testing::Test {
-protected:
+struct SessionTrackerTests : testing::Test {
     void start()
     {
         SessionTracker::shared().observers.emplace_back(

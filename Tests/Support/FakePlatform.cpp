@@ -123,17 +123,6 @@ void FakeFileEvents::deliver(
     streams.back()->handler(paths, flags);
 }
 
-std::optional<std::string> FakeProcessRunner::run(
-    const std::string& executable, const std::vector<std::string>& arguments)
-{
-    std::string call = executable;
-    for (const std::string& argument : arguments)
-        call += " " + argument;
-    calls.push_back(call);
-    const auto files = openFiles.find(arguments.at(1));
-    return files == openFiles.end() ? std::nullopt : std::optional(files->second);
-}
-
 namespace {
 
 class FakeStatusItem : public StatusItem {
@@ -181,14 +170,6 @@ void FakeURLSession::finish(const Result<std::string>& body)
     handler(body);
 }
 
-std::vector<std::string> FakeUserNotificationCenter::bodies() const
-{
-    std::vector<std::string> all;
-    for (const UserNotification& notification : posted)
-        all.push_back(notification.body);
-    return all;
-}
-
 namespace {
 
 class FakeWindow : public Window {
@@ -213,28 +194,6 @@ private:
 std::unique_ptr<Window> FakeWindows::window(std::function<View()> body)
 {
     return std::make_unique<FakeWindow>(windows.emplace_back("made"), std::move(body));
-}
-
-void FakeWorkspace::launch(
-    std::int32_t pid, const std::string& bundleIdentifier, const std::string& name)
-{
-    applications.push_back({ bundleIdentifier, ActivationPolicy::Regular, name, pid });
-    notify(WorkspaceNotification::DidLaunchApplication);
-}
-
-void FakeWorkspace::quit(std::int32_t pid)
-{
-    std::erase_if(applications, [pid](const RunningApplication& application) {
-        return application.processIdentifier == pid;
-    });
-    notify(WorkspaceNotification::DidTerminateApplication);
-}
-
-void FakeWorkspace::notify(WorkspaceNotification notification)
-{
-    for (const Entry& entry : std::vector(entries))
-        if (entry.notification == notification)
-            entry.work();
 }
 
 FakePlatform::FakePlatform()

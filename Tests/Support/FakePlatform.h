@@ -144,7 +144,13 @@ struct FakeProcessRunner : ProcessRunner {
         return "/tools/" + name;
     }
     [[nodiscard]] std::optional<std::string> run(
-        const std::string& executable, const std::vector<std::string>& arguments) override;
+        const std::string& executable, const std::vector<std::string>& arguments) override
+    {
+        const std::string& process = arguments.at(1);
+        calls.push_back(executable + " " + arguments[0] + " " + process + " " + arguments.at(2));
+        const auto files = openFiles.find(process);
+        return files == openFiles.end() ? std::nullopt : std::optional(files->second);
+    }
 
     // What a test may do.
     std::map<std::string, std::string> openFiles; ///< By process identifier; none: no tool.
@@ -236,7 +242,13 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
     void add(const UserNotification& notification) override { posted.push_back(notification); }
 
     // What a test may look at.
-    [[nodiscard]] std::vector<std::string> bodies() const;
+    [[nodiscard]] std::vector<std::string> bodies() const
+    {
+        std::vector<std::string> all;
+        for (const UserNotification& notification : posted)
+            all.push_back(notification.body);
+        return all;
+    }
 
     UserNotificationCenterDelegate* delegate = nullptr;
     std::optional<std::uint32_t> requestedOptions;
@@ -273,9 +285,23 @@ struct FakeWorkspace : Workspace {
     // What a test may do.
 
     /// An ordinary application with a window.
-    void launch(std::int32_t pid, const std::string& bundleIdentifier, const std::string& name);
-    void quit(std::int32_t pid);
-    void notify(WorkspaceNotification notification);
+    void launch(std::int32_t pid, const std::string& bundleIdentifier, const std::string& name)
+    {
+        applications.push_back({ bundleIdentifier, ActivationPolicy::Regular, name, pid });
+        notify(WorkspaceNotification::DidLaunchApplication);
+    }
+    void quit(std::int32_t pid)
+    {
+        std::erase_if(
+            applications, [=](const auto& each) { return each.processIdentifier == pid; });
+        notify(WorkspaceNotification::DidTerminateApplication);
+    }
+    void notify(WorkspaceNotification notification)
+    {
+        for (const Entry& entry : std::vector(entries))
+            if (entry.notification == notification)
+                entry.work();
+    }
 
     std::vector<RunningApplication> applications;
     std::vector<std::string> opened; ///< URLs, whether or not they could be.
