@@ -20,7 +20,7 @@ const Image icon { "/resources/AppIcon.icns" };
 struct Stage {
     StemvaultFolder addDestination(const std::string& name) const
     {
-        const StemvaultFolder destination { UUID(), name, folder.makeFolder(name) };
+        StemvaultFolder destination { UUID(), name, folder.makeFolder(name) };
         SettingsStore::shared().addFolder(destination);
         return destination;
     }
@@ -28,9 +28,10 @@ struct Stage {
     /// Bounces of these names, whose content is their name.
     void queue(const Texts& names, const std::string& sourceFolder = "Song") const
     {
+        const std::string below = sourceFolder + "/";
         for (const std::string& name : names)
             BounceAlertController::shared().queue.emplace_back(
-                FileURL(folder.write(sourceFolder + "/" + name, name)), sourceFolder);
+                FileURL(folder.write(below + name, name)), sourceFolder);
     }
 
     void showAll()
@@ -304,17 +305,29 @@ TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "free when asked, taken when copied";
 }
 
-TEST_F(BounceAlertControllerTests, AFailedReplacementLeavesTheOldFile)
+TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
 {
-    addDestination("Client A");
-    folder.write("Client A/Mix.wav", "old");
-    queue({ "Mix.wav" });
-    dialogs.answer("Add");
-    dialogs.answer("Replace", 0, [this] { std::filesystem::remove(folder.path("Song/Mix.wav")); });
-    dialogs.answer("OK");
-    showAll();
-    EXPECT_EQ(dialogs.alerts.back().messageText, "Copy failed");
-    EXPECT_EQ(folder.read("Client A/Mix.wav"), "old");
+    for (const std::string old : { "", "old" }) {
+        Stage stage;
+        stage.addDestination("Client A");
+        stage.queue({ "Mix.wav" });
+        stage.dialogs.answer(
+            "Add", 0, [&] { std::filesystem::remove(stage.folder.path("Song/Mix.wav")); });
+        if (!old.empty()) {
+            stage.folder.write("Client A/Mix.wav", old);
+            stage.dialogs.answer("Replace");
+        }
+        stage.dialogs.answer("OK");
+        stage.showAll();
+        const std::string reason = stage.texts().back();
+        EXPECT_THAT(reason, testing::HasSubstr("Mix.wav"));
+        EXPECT_EQ(stage.dialogs.alerts.back(),
+            (Alert { "Copy failed", reason, AlertStyle::Warning, {}, {}, {} }));
+        EXPECT_EQ(stage.folder.read("Client A/Mix.wav"), old);
+        EXPECT_THAT(stage.added.notices, IsEmpty());
+        EXPECT_THAT(stage.notifications.posted, IsEmpty());
+        EXPECT_EQ(stage.platform.application.activations, 1) << "it does not come to the front";
+    }
 }
 
 TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
@@ -330,22 +343,6 @@ TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
     EXPECT_EQ(added.notices.at(0).userInfo.at("file"), name);
 }
 
-TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndPostsNothing)
-{
-    std::filesystem::remove(addDestination("Gone").path);
-    queue({ "Mix.wav" });
-    dialogs.answer("Add");
-    dialogs.answer("OK");
-    showAll();
-    const std::string reason = texts().at(1);
-    EXPECT_THAT(reason, testing::HasSubstr("Mix.wav"));
-    EXPECT_EQ(
-        dialogs.alerts[1], (Alert { "Copy failed", reason, AlertStyle::Warning, {}, {}, {} }));
-    EXPECT_THAT(added.notices, IsEmpty());
-    EXPECT_THAT(notifications.posted, IsEmpty());
-    EXPECT_EQ(platform.application.activations, 1) << "it does not come to the front";
-}
-
 TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)
 {
     const struct {
@@ -353,7 +350,6 @@ TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)
         std::string body;
     } rows[] = {
         { {}, {}, { "1", "2", "3" }, "3 files → Client A" },
-        { { "1" }, {}, { "2" }, "1 file → Client A (1 skipped — already existed)" },
         { { "1" }, { "2" }, { "3" }, "1 file → Client A (2 skipped — already existed)" },
         { { "1", "2" }, {}, {}, "0 files → Client A (2 skipped — already existed)" },
     };

@@ -30,7 +30,6 @@ TEST(SessionFolderTests, TheFirstRuleThatAPathSatisfiesDecides)
         std::string output;
         std::string expected;
     } rows[] = {
-        { "nothing", "", "absent" },
         { "lines of other kinds",
             "p12\nfcwd\nnpipe\nn[heap]\nnAudio Files/a\nnSong.als\n/S/a.ptx\n", "absent" },
         { "no line end after the last name", "n/S/A/A.rpp", "/S/A" },
