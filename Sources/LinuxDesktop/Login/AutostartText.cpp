@@ -12,7 +12,7 @@ namespace {
 using Text = std::string_view;
 
 constexpr Text header = "[Desktop Entry]";
-constexpr std::array ours = { Text("Exec"), Text("TryExec"), Text("Hidden"),
+constexpr std::array ours = { Text("Type"), Text("Exec"), Text("TryExec"), Text("Hidden"),
     Text("X-GNOME-Autostart-enabled"), Text("X-MATE-Autostart-enabled") };
 
 /// As a value of a desktop entry: a backslash begins an escape there, and blanks at the end of a
@@ -75,7 +75,12 @@ struct Line {
     Text whole;
     bool isInEntry; ///< Its group is the one that says what to start.
 
-    [[nodiscard]] Text key() const { return trimmed(whole.substr(0, whole.find('='))); }
+    /// Empty for a line that sets none.
+    [[nodiscard]] Text key() const
+    {
+        const bool setsOne = whole.find('=') != Text::npos && !trimmed(whole).starts_with('#');
+        return setsOne ? trimmed(whole.substr(0, whole.find('='))) : Text();
+    }
     [[nodiscard]] Text value() const
     {
         const auto equals = whole.find('=');
@@ -91,7 +96,7 @@ std::vector<Line> linesOf(Text text)
         const auto length = std::min(text.find('\n'), text.size() - 1) + 1;
         const Text whole = text.substr(0, length);
         if (const Text line = trimmed(whole); line.starts_with('['))
-            isInEntry = line.starts_with(header);
+            isInEntry = line == header;
         lines.push_back({ whole, isInEntry });
         text.remove_prefix(length);
     }
@@ -107,9 +112,11 @@ bool switchesOff(const Line& line)
             && line.value() == "false");
 }
 
+/// Or says nothing: a key that has no value.
 bool isOurs(const Line& line)
 {
-    return line.isInEntry && std::ranges::find(ours, line.key()) != ours.end();
+    return line.isInEntry && !line.key().empty()
+        && (line.value().empty() || std::ranges::find(ours, line.key()) != ours.end());
 }
 
 } // namespace
