@@ -114,12 +114,11 @@ public:
                 text += path + " is new and silent\n";
         for (const auto& [path, flags] : reports) {
             // What was written a moment ago may be told late or again. What is written in a folder
-            // outside counts where the folder returns to before anybody missed it. And a
-            // copy has other names, given by us or by the kernel, before it is whole.
+            // outside counts where the folder returns to before anybody missed it. Nobody asks
+            // about a file that is not there, which a copy's names before it is whole are not.
             const auto known = written.find(path);
-            const bool isAllowed = (known != written.end() && isFresh(known->second))
-                || (hasLeft && !disk.contains(path))
-                || std::string(".#").find(path[path.rfind('/') + 1]) != std::string::npos;
+            const bool isAllowed =
+                (known != written.end() && isFresh(known->second)) || !is(path, false);
             if (isNew(flags) && !isAllowed)
                 text += path + " is reported as new and is not\n";
         }
@@ -130,7 +129,7 @@ public:
     {
         ++round;
         steady.clear();
-        isOver = hasLeft = false;
+        isOver = false;
         for (auto& [path, item] : disk) {
             item.owed.clear();
             if (item.isFolder && isWatched(path + "/"))
@@ -317,7 +316,6 @@ private:
                 moved.owed.clear();
             else if (!moved.owed.empty())
                 moved.owed.insert(path);
-            hasLeft = hasLeft || !isWatched(path);
             if (isFresh(moved.written) || way == Way::Polled)
                 written[path] = round;
             disk[path] = moved;
@@ -331,7 +329,6 @@ private:
     std::map<std::string, int> written; ///< When by which path.
     std::set<std::string> steady; ///< Folders watched all through this round.
     bool isOver = false;
-    bool hasLeft = false; ///< Something has gone where nobody watches.
     int files = 0;
 };
 
