@@ -21,15 +21,16 @@ std::optional<Departure> Departures::take(std::uint32_t cookie)
     return departure;
 }
 
-std::optional<Departure> Departures::takeDisplaced(const Departure& other, const std::string& path)
+std::optional<Departure> Departures::takeDisplaced(
+    const Departure& other, NodeId parent, std::string_view name)
 {
     const auto found =
         std::find_if(waiting.begin(), waiting.end(), [&](const Departure& departure) {
-            return departure.displacedFrom == path && departure.node.id != noNode
-                && departure.formerParent.id == other.formerParent.id
+            return departure.displacerParent.id == parent && departure.displacerName == name
+                && departure.node.id != noNode && departure.formerParent.id == other.formerParent.id
                 && departure.formerName == other.formerName;
         });
-    if (path.empty() || found == waiting.end())
+    if (found == waiting.end())
         return std::nullopt;
     Departure departure = std::move(*found);
     waiting.erase(found);
@@ -41,6 +42,14 @@ void Departures::forgetNode(NodeId node)
     for (Departure& departure : waiting)
         if (departure.node.id == node)
             departure.node = {};
+}
+
+FileTime Departures::sinceUnmet(FileTime since) const
+{
+    for (const Departure& departure : waiting)
+        if (departure.isUnmet)
+            since = std::min(since, departure.since);
+    return since;
 }
 
 std::optional<EventWindow::Time> Departures::due() const

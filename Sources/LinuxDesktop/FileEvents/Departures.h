@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace stemvault {
@@ -22,7 +23,9 @@ struct Departure {
     std::string formerName;
     EventWindow::Time deadline;
     FileTime since {}; ///< Whatever stands in its place now, came after this.
-    std::string displacedFrom {}; ///< Where the one came from that has taken its place.
+    NodeRef displacerParent {}; ///< Where the one came from that has taken its place.
+    std::string displacerName {};
+    bool isUnmet = false; ///< A folder that left before it was watched.
 };
 
 /// The second half of a rename follows the first at once, but perhaps in the next read. Until its
@@ -35,13 +38,18 @@ public:
 
     [[nodiscard]] std::optional<Departure> take(std::uint32_t cookie);
 
-    /// The folder that another one displaced which came from `path`, and which leaves that place
-    /// now itself: two that change places are told as two moves in a row.
+    /// The folder that another one displaced which came from there, and which leaves that place
+    /// now itself: two that change places are told as two moves in a row. Paths would not do, for
+    /// this may happen in folders on the move.
     [[nodiscard]] std::optional<Departure> takeDisplaced(
-        const Departure& other, const std::string& path);
+        const Departure& other, NodeId parent, std::string_view name);
 
     /// The folder has been found; only the report of its old path is still owed.
     void forgetNode(NodeId node);
+
+    /// Nothing tells a folder that left unmet from any other when it is met elsewhere, so what is
+    /// new in one that is met now may be as old as that. Not later than `since`.
+    [[nodiscard]] FileTime sinceUnmet(FileTime since) const;
 
     [[nodiscard]] std::optional<EventWindow::Time> due() const;
     [[nodiscard]] std::vector<Departure> takeOverdue(EventWindow::Time now);

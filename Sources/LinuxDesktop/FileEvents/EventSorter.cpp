@@ -126,7 +126,7 @@ void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
     if (departure && departure->node.id != noNode && state.tree.isCurrent(departure->node)) {
         // What was there is gone, or has changed places with what came.
         if (there != noNode)
-            state.depart(there, 0, {}, departure->formerPath);
+            state.depart(there, 0, {}, *departure);
         return put(*departure, parent, event.name);
     }
     // One that left before it was met is as new as if it had been met here first.
@@ -177,8 +177,7 @@ void EventSorter::put(Departure& departure, NodeId parent, std::string_view name
 bool EventSorter::changePlaces(const Departure& departure, NodeId parent, std::string_view name)
 {
     const NodeId node = departure.node.id;
-    const auto other = state.departures.takeDisplaced(
-        departure, state.reporter.path(parent, name).value_or(std::string()));
+    const auto other = state.departures.takeDisplaced(departure, parent, name);
     if (!other || !state.tree.isCurrent(other->node)
         || !state.tree.isCurrent(departure.formerParent))
         return false;

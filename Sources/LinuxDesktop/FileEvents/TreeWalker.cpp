@@ -13,6 +13,7 @@ namespace stemvault {
 namespace {
 
 constexpr std::chrono::milliseconds sliceLength { 4 };
+constexpr int mostMisses = 3;
 
 bool isOutOfDescriptors(int error)
 {
@@ -37,6 +38,8 @@ bool TreeWalker::runSlice()
     if (shapeWhenPostponed != state.tree.shape())
         for (const Job& job : std::exchange(postponed, {}))
             jobs.push_back(job);
+    for (const Job& job : std::exchange(missed, {}))
+        jobs.push_back(job);
     if (jobs.empty())
         return false;
     const auto end = std::chrono::steady_clock::now() + sliceLength;
@@ -50,7 +53,7 @@ bool TreeWalker::runSlice()
         else
             postpone(job);
     }
-    if (jobs.empty()) {
+    if (isIdle()) {
         jobs.shrink_to_fit();
         lostSince.reset();
     }
@@ -61,6 +64,16 @@ void TreeWalker::postpone(const Job& job)
 {
     postponed.push_back(job);
     shapeWhenPostponed = state.tree.shape();
+}
+
+/// A folder may be renamed, by itself or with one above it, while it is looked up. The events that
+/// were read before the next slice tell of it.
+bool TreeWalker::tryAgain(Job job)
+{
+    const bool mayHaveMoved = ++job.misses < mostMisses;
+    if (mayHaveMoved)
+        missed.push_back(job);
+    return mayHaveMoved;
 }
 
 void TreeWalker::visitVacated(Visit visit, FileTime since)
@@ -75,6 +88,8 @@ void TreeWalker::visit(Job job)
     NodeId node = job.node.id;
     const Placement placement = watchPlacer.place(node);
     visitVacated(job.visit, job.since);
+    if (placement != Placement::Same)
+        job.since = state.departures.sinceUnmet(job.since);
     switch (placement) {
     case Placement::Fresh:
         return visitFolder(node, job);
@@ -82,7 +97,7 @@ void TreeWalker::visit(Job job)
         // Its events tell all about a known folder, unless they are lost.
         if (job.visit != Visit::Check && lostSince && node != job.node.id)
             job = { job.node, Visit::Check, *lostSince };
-        return job.visit == Visit::Check ? visitFolder(node, job) : void();
+        return job.visit == Visit::Check || job.isListDue ? visitFolder(node, job) : void();
     case Placement::Replaced:
         state.reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
         job.visit = Visit::Arrived;
@@ -103,9 +118,11 @@ void TreeWalker::visitFolder(NodeId node, Job job)
 {
     if (!state.tree.path(node, WatchTree::Spelling::Resolved, path))
         return;
+    job.node = state.tree.ref(node);
+    job.isListDue = true;
     const std::optional<FileStatus> status = fileStatus(path);
     if (!status)
-        return;
+        return (void)tryAgain(job);
     const Device traits = device(status->device);
     if (traits.isShared)
         polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
@@ -145,7 +162,7 @@ void TreeWalker::list(NodeId node, const Job& job, bool areItemsReported)
     if (!folder && isOutOfDescriptors(errno))
         return polledFolders.add(node, PolledFolders::Reason::NoWatch);
     if (!folder)
-        return;
+        return (void)tryAgain(job);
     DirectoryReader reader(folder.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next()) {
         if (state.mustEnd)
@@ -209,7 +226,7 @@ void TreeWalker::leave(NodeId node, const Job& job)
         return;
     if (job.visit == Visit::Check)
         state.depart(node, 0, {});
-    else
+    else if (!tryAgain(job))
         state.remove(node);
 }
 

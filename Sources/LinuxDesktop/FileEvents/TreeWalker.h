@@ -35,7 +35,7 @@ public:
 
     /// Visits folders for a few milliseconds. Whether there was anything to do.
     bool runSlice();
-    [[nodiscard]] bool isIdle() const { return jobs.empty(); }
+    [[nodiscard]] bool isIdle() const { return jobs.empty() && missed.empty(); }
 
     /// Tries again what could not be read below a folder, since it may be readable now.
     void retryUnreadable(NodeId parent);
@@ -49,6 +49,8 @@ private:
         NodeRef node;
         Visit visit;
         FileTime since;
+        int misses = 0; ///< How often it was not where it should have been.
+        bool isListDue = false; ///< It is watched, but what was in it before is not known.
     };
 
     /// What is known of a file system by its type.
@@ -58,6 +60,7 @@ private:
     };
 
     void postpone(const Job& job);
+    [[nodiscard]] bool tryAgain(Job job);
     void visitVacated(Visit visit, FileTime since);
     void visit(Job job);
     void visitFolder(NodeId node, Job job);
@@ -75,6 +78,7 @@ private:
     std::vector<std::byte> buffer;
     std::vector<Job> jobs;
     std::vector<Job> postponed; ///< Those in folders on the move.
+    std::vector<Job> missed; ///< Until the events are read that tell why.
     std::uint32_t shapeWhenPostponed = 0;
     std::optional<FileTime> lostSince;
     std::string path;

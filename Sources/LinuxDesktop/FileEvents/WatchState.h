@@ -65,12 +65,12 @@ struct WatchState {
 
     /// Takes a folder from its place until it is known where it went.
     void depart(
-        NodeId node, std::uint32_t cookie, std::string formerPath, std::string displacedFrom = {})
+        NodeId node, std::uint32_t cookie, std::string formerPath, const Departure& displacer = {})
     {
         departures.add({ cookie, std::move(formerPath), FileEventFlag::ItemIsDir, tree.ref(node),
             tree.ref(tree.parent(node)), std::string(tree.name(node)),
             std::chrono::steady_clock::now() + Departures::patience, arrivalBound,
-            std::move(displacedFrom) });
+            displacer.formerParent, displacer.formerName, tree.watch(node) < 0 });
         tree.detach(node);
     }
 };

@@ -329,6 +329,16 @@ const std::vector<Scenario> scenarios = {
         { sh("echo > root/locked/unseen; chmod 700 root/locked"), sync,
             sh("echo > root/locked/f") },
         { { "CmF", "root/locked/unseen" }, { "CMF", "root/locked/f" } } },
+    { "NewAndMovedIntoAnArrivedFolder", { oldTree },
+        { held(true), sh("mkdir root/n; echo > root/n/f"), longAgo,
+            sh("mv out/t root/t; mv root/n root/t/deep"), held(false) },
+        { { "CRDO", "root/n" }, { "RO", "root/t" }, { "CO", "root/t/deep/n" },
+            { "CmF", "root/t/deep/n/f" } } },
+    { "ExchangedInAMovedFolder", { oldTree, sh("mkdir root/a/o") },
+        { held(true), sh("mkdir root/n; mv root/a root/n"), exchange("root/n/a/deep", "root/n/a/o"),
+            sh("mkdir root/n/a/o/d; echo > root/n/a/o/d/f"), held(false) },
+        { { "CO", "root/n" }, { "RDO", "root/a" }, { "RO", "root/n/a/deep" },
+            { "RO", "root/n/a/o" }, { "CO", "root/n/a/o/d" }, { "CmF", "root/n/a/o/d/f" } } },
 };
 
 /// A file system of its own on `folder`.
