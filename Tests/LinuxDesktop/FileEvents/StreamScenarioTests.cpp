@@ -140,29 +140,9 @@ void linkUnnamedFile(StreamStage& stage)
 
 const std::string longName(200, 'n');
 
-/// Folders within each other until no system call takes the path.
-FileDescriptor enterDeepFolder(StreamStage& stage, bool isMade)
-{
-    FileDescriptor folder(open(stage.path("root").c_str(), O_PATH | O_CLOEXEC));
-    for (int depth = 0; depth < 25; ++depth) {
-        if (isMade)
-            mkdirat(folder.get(), longName.c_str(), 0700);
-        folder = FileDescriptor(openat(folder.get(), longName.c_str(), O_PATH | O_CLOEXEC));
-    }
-    return folder;
-}
-
-void makeDeepFolder(StreamStage& stage)
-{
-    enterDeepFolder(stage, true);
-}
-
-void writeInDeepFolder(StreamStage& stage)
-{
-    const FileDescriptor folder = enterDeepFolder(stage, false);
-    const FileDescriptor file(openat(folder.get(), "f", O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
-    EXPECT_EQ(write(file.get(), "x", 1), 1);
-}
+/// Goes down into folders within each other, which it makes, until no system call takes the path.
+const std::string enterDeepFolder =
+    "cd -P root; for i in $(seq 25); do mkdir -p " + longName + "; cd -P " + longName + "; done; ";
 
 std::string deepPath()
 {
@@ -193,16 +173,6 @@ void longAgo(StreamStage& stage)
     age(stage, 150ms);
 }
 
-void silenceOthers(StreamStage& stage)
-{
-    stage.calls().areOthersSilent = true;
-}
-
-void lock(StreamStage& stage)
-{
-    stage.calls().unreadableName = "/locked";
-}
-
 /// Folders and files that were there long before.
 const Step oldTree = sh("mkdir -p root/a/deep out/t/deep; echo > root/a/deep/x; echo > out/t/x");
 
@@ -210,42 +180,28 @@ const std::vector<Scenario> scenarios = {
     // What happens to a file.
     { "KindsOfItems", { sh("mkdir root") }, { sh("mkdir root/d; ln -s d root/l; mkfifo root/p") },
         { { "CO", "root/d" }, { "CL", "root/l" }, { "C", "root/p" } } },
-    { "GoneWithinTheWindow", { sh("mkdir root") }, { sh("echo > root/f; rm root/f") },
-        { { "CMDF", "root/f" } } },
     { "WrittenThroughMapping", { sh("mkdir root; truncate -s 4096 root/f") },
         { writeThroughMapping }, { { "MF", "root/f" } } },
     { "UnnamedFileLinked", { sh("mkdir root") }, { linkUnnamedFile }, { { "CF", "root/f" } } },
-    { "HardLink", { sh("mkdir root; echo > f") }, { sh("ln f root/f") }, { { "CF", "root/f" } } },
-    { "FileMovedOut", { sh("mkdir root; echo > root/f") }, { sh("mv root/f f; echo > f") },
-        { { "RDF", "root/f" } } },
     { "LinksAreNotEntered", { sh("mkdir root out; ln -s ../out root/l; ln -s . root/loop") },
         { sh("echo > out/f; echo > root/g") }, { { "CMF", "root/g" } } },
     // Names are bytes.
     { "StrangeNames", { sh("mkdir root") },
         { sh("cd root; echo > ' a '; echo > 'b\nc'; echo > \"$(printf 'caf\\351')\"; mkdir "
-             "$(printf '\\377')") },
+             "$(printf '\\377'); echo > $(printf %0255d 0)") },
         { { "CMF", "root/ a " }, { "CMF", "root/b\nc" }, { "CMF", "root/caf\xE9" },
-            { "CO", "root/\xFF" } } },
-    { "LongestName", { sh("mkdir root") }, { sh("echo > root/$(printf %0255d 0)") },
-        { { "CMF", "root/" + std::string(255, '0') } } },
-    { "PathLongerThanTheKernelTakes", { sh("mkdir root"), makeDeepFolder }, { writeInDeepFolder },
-        { { "CMF", deepPath() } } },
+            { "CO", "root/\xFF" }, { "CMF", "root/" + std::string(255, '0') } } },
+    { "PathLongerThanTheKernelTakes", { sh("mkdir root; " + enterDeepFolder) },
+        { sh(enterDeepFolder + "echo > f") }, { { "CMF", deepPath() } } },
     // New folders.
     { "TreeCopied",
         { sh("mkdir -p root out/$(seq -s/ 5)/x; cd out; for i in $(seq 125); do "
              "mkdir $i.d; echo > $i.d/f; done") },
         { sh("cp -r out root/out") }, {}, { "root" } },
-    { "RemovedAndMadeAgain", { sh("mkdir root") },
-        { sh("for i in $(seq 100); do mkdir root/d; rmdir root/d; done; mkdir root/d"), sync,
-            sh("echo > root/d/f") },
-        { { "CDO", "root/d" }, { "CMF", "root/d/f" } } },
     { "RemovedWhileInUse", { sh("mkdir -p root/d/e") },
         { sh("exec 3< root/d/e; rm -r root/d; mkdir -p root/d/e"), sync, sh("echo > root/d/e/f") },
         { { "CDO", "root/d" }, { "CDO", "root/d/e" }, { "CMF", "root/d/e/f" } } },
     // Moved folders.
-    { "MovedInAndWrittenAtOnce", { oldTree, longAgo },
-        { sh("mv out/t root/t; echo > root/t/deep/f") },
-        { { "RO", "root/t" }, { "CmF", "root/t/deep/f" } } },
     { "MovedOut", { oldTree },
         { sh("mv root/a out/a; echo > out/a/early"), sync, sh("echo > out/a/deep/late") },
         { { "RDO", "root/a" } } },
@@ -323,9 +279,11 @@ const std::vector<Scenario> scenarios = {
     { "NoDescriptorToSpare", { sh("mkdir -p root/a; echo > root/a/old"), noDescriptors(true) },
         { sh("echo > root/a/f"), sync, noDescriptors(false), sync, sh("echo >> root/a/old") },
         { { "CmF", "root/a/f" }, { "MF", "root/a/old" }, { "OS", "root" }, { "OS", "beat" } } },
-    { "RootMadeByAnotherComputer", { silenceOthers }, { sh("mkdir root; echo > root/f") },
-        { { "COX", "root" }, { "CmF", "root/f" } } },
-    { "FolderReadableLater", { sh("mkdir -p root/locked; chmod 0 root/locked"), lock },
+    { "RootMadeByAnotherComputer", { [](auto& stage) { stage.calls().areOthersSilent = true; } },
+        { sh("mkdir root; echo > root/f") }, { { "COX", "root" }, { "CmF", "root/f" } } },
+    { "FolderReadableLater",
+        { sh("mkdir -p root/locked; chmod 0 root/locked"),
+            [](auto& stage) { stage.calls().unreadableName = "/locked"; } },
         { sh("echo > root/locked/unseen; chmod 700 root/locked"), sync,
             sh("echo > root/locked/f") },
         { { "CmF", "root/locked/unseen" }, { "CMF", "root/locked/f" } } },
@@ -367,9 +325,6 @@ const std::vector<Scenario> mountScenarios = {
             longAgo },
         { sh("mount --bind drive root"), sync, sh("echo > root/d/f"), sync, sh("umount -l root") },
         { { "CDOX", "root" }, { "CMF", "root/d/f" } } },
-    { "RootOfAMount", { sh("mkdir root"), mountOn("root"), sh("mkdir root/d") },
-        { sh("echo > root/d/f"), sync, sh("umount root"), sync, sh("echo > root/g") },
-        { { "CDOX", "root" }, { "CMF", "root/d/f" }, { "CMF", "root/g" } } },
     { "AncestorMountedOver", { sh("mkdir -p top/root; echo > top/root/old"), longAgo },
         { mountOn("top"), sync, sh("mkdir top/root; echo > top/root/f"), sync, sh("umount top"),
             sync, sh("echo > top/root/g") },
