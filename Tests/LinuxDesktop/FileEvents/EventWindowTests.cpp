@@ -1,15 +1,13 @@
 #include "LinuxDesktop/FileEvents/EventWindow.h"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace stemvault {
 namespace {
 
 using namespace std::chrono_literals;
+using FirstEvent = EventWindow::FirstEvent;
 using More = EventWindow::More;
-using testing::ElementsAre;
-using testing::Pair;
 
 struct Event {
     std::chrono::microseconds at;
@@ -22,7 +20,7 @@ using Batches = std::vector<std::pair<std::chrono::microseconds, std::string>>;
 
 /// Plays events into a window of 500 ms and takes each batch when it is due; a batch is written as
 /// its paths with their flags.
-Batches batchesOf(const std::vector<Event>& events, EventWindow::FirstEvent first)
+Batches batchesOf(const std::vector<Event>& events, FirstEvent first)
 {
     const EventWindow::Time start = EventWindow::Time() + 1h;
     EventWindow window(500ms, first);
@@ -52,6 +50,7 @@ TEST(EventWindow, GathersWhatHappensInHalfASecond)
         const char* what;
         std::vector<Event> events;
         Batches batches;
+        FirstEvent first = FirstEvent::AtOnce;
     } rows[] = {
         { "the first event goes out at once", { { 0us, "a", 1 } }, { { 0us, "a1 " } } },
         { "what follows is held to the end of the window",
@@ -73,27 +72,13 @@ TEST(EventWindow, GathersWhatHappensInHalfASecond)
             { { 0us, "x", 1 }, { 9ms, "b", 1 }, { 499ms, "a", 1, More::Expected },
                 { 501ms, "a", 2, More::Done } },
             { { 0us, "x1 " }, { 500ms, "b1 " }, { 1000ms, "a3 " } } },
+        { "the first event may be held as well",
+            { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
+            { { 500ms, "a3 " }, { 1300ms, "b1 " } }, FirstEvent::Gathered },
     };
-    for (const auto& row : rows) {
-        Batches batches = batchesOf(row.events, EventWindow::FirstEvent::AtOnce);
-        // The window is looked at after each event, so a write that ends is due since its start.
-        EXPECT_EQ(batches, row.batches) << row.what;
-    }
-}
-
-TEST(EventWindow, MayGatherTheFirstEventToo)
-{
-    EXPECT_THAT(batchesOf({ { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
-                    EventWindow::FirstEvent::Gathered),
-        ElementsAre(Pair(500ms, "a3 "), Pair(1300ms, "b1 ")));
-}
-
-TEST(EventWindow, ReportsFiveHundredAppendsInASecondAtMostFourTimes)
-{
-    std::vector<Event> appends;
-    for (int count = 0; count < 500; ++count)
-        appends.push_back({ count * 2ms, "a", 1 });
-    EXPECT_EQ(batchesOf(appends, EventWindow::FirstEvent::AtOnce).size(), 3U);
+    // The window is looked at after each event, so a write that ends is due since its start.
+    for (const auto& row : rows)
+        EXPECT_EQ(batchesOf(row.events, row.first), row.batches) << row.what;
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
 #include "LinuxDesktop/FileEvents/StreamStage.h"
 #include "Platform/FileEvents.h"
+#include "Support/FakeDispatch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,18 +19,14 @@ namespace {
 using namespace std::chrono_literals;
 
 /// A main queue that the test itself runs.
-class MainQueue final : public Dispatch {
+class MainQueue final : public FakeDispatch {
 public:
-    [[nodiscard]] WallTime now() const override { return {}; }
     void mainAsync(Work work) override
     {
         const std::lock_guard lock(mutex);
         queue.push_back(std::move(work));
         added.notify_all();
     }
-    void mainAsyncAfter(std::chrono::milliseconds, Work) override { }
-    void utilityAsync(Work, AtEnd) override { }
-    std::unique_ptr<Timer> scheduledTimer(std::chrono::milliseconds, Work) override { return {}; }
 
     /// The next piece of work; absent when none comes in time.
     std::optional<Work> next(std::chrono::milliseconds patience)
@@ -172,12 +169,10 @@ long sleepsOfStreams()
     long sum = 0;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
         std::ifstream status(task.path() / "status");
-        bool isOurs = false;
-        for (std::string line; std::getline(status, line);) {
-            isOurs = isOurs || line == "Name:\tfile-events";
-            if (isOurs && line.starts_with("voluntary_ctxt_switches:"))
-                sum += std::stol(line.substr(line.find('\t')));
-        }
+        const std::string text { std::istreambuf_iterator(status), {} };
+        constexpr std::string_view field = "\nvoluntary_ctxt_switches:";
+        if (text.starts_with("Name:\tfile-events\n"))
+            sum += std::stol(text.substr(text.find(field) + field.size()));
     }
     return sum;
 }
