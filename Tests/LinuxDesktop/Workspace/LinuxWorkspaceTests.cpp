@@ -1,22 +1,20 @@
-#include "LinuxDesktop/Processes/ChildProcess.h"
 #include "LinuxDesktop/Processes/FakeProcesses.h"
+#include "LinuxDesktop/Qt/QtDispatch.h"
+#include "LinuxDesktop/Qt/QtTest.h"
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QTimer>
+#include <QDeadlineTimer>
+#include <QProcess>
 #include <gmock/gmock.h>
 
-#include <deque>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <mutex>
 #include <string>
 #include <sys/stat.h>
-#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -25,134 +23,59 @@ namespace {
 
 using namespace std::literals;
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr auto deadline = 10s;
-
-bool waitUntil(const std::function<bool()>& isSo)
-{
-    const auto end = std::chrono::steady_clock::now() + deadline;
-    QTimer waker;
-    waker.start(10ms);
-    while (!isSo() && std::chrono::steady_clock::now() < end)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return isSo();
-}
-
-class Queues : public Dispatch {
-public:
-    ~Queues() override
-    {
-        for (std::thread& thread : threads)
-            thread.join();
-    }
-    [[nodiscard]] WallTime now() const override { return {}; }
-    void mainAsync(Work work) override
-    {
-        const std::lock_guard lock(mutex);
-        queue.push_back(std::move(work));
-        QMetaObject::invokeMethod(
-            &context, [this] { takeOne()(); }, Qt::QueuedConnection);
-    }
-    void mainAsyncAfter(std::chrono::milliseconds /*delay*/, Work /*work*/) override { }
-    void utilityAsync(Work work, AtEnd) override { threads.emplace_back(std::move(work)); }
-    [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
-        std::chrono::milliseconds /*interval*/, Work /*work*/) override
-    {
-        return nullptr;
-    }
-
-private:
-    Work takeOne()
-    {
-        const std::lock_guard lock(mutex);
-        Work work = std::move(queue.front());
-        queue.pop_front();
-        return work;
-    }
-
-    std::mutex mutex;
-    std::deque<Work> queue;
-    QObject context;
-    std::vector<std::thread> threads;
-};
-
 /// Another program for as long as this lives.
-class OtherProgram {
+class OtherProgram : private QProcess {
 public:
-    explicit OtherProgram(
-        const std::string& executable, const std::vector<std::string>& arguments = {})
-        : child(ChildProcess::start(executable, arguments, { environ, environ + variables() }))
+    explicit OtherProgram(const char* executable, const QStringList& arguments = {})
     {
+        start(executable, arguments);
     }
-    ~OtherProgram() { end(); }
+    ~OtherProgram() override { end(); }
 
     void end()
     {
-        child->killGroup();
-        EXPECT_TRUE(waitUntil([this] { return child->hasEnded(); }));
+        kill();
+        waitForFinished();
     }
 
     /// The first that it says: a server says where it is.
     std::string firstLine()
     {
         EXPECT_TRUE(hasSaid("\n"));
-        return said.substr(0, said.find('\n'));
+        return said.left(said.indexOf('\n')).toStdString();
     }
 
     /// Waits for it.
-    bool hasSaid(const std::string& text)
+    bool hasSaid(const char* text)
     {
-        return waitUntil([&] {
-            char letter = 0;
-            while (::read(child->standardOutput(), &letter, 1) == 1)
-                said += letter;
-            return said.find(text) != std::string::npos;
-        });
+        return happens([&] { return (said += readAllStandardOutput()).contains(text); });
     }
 
 private:
-    static std::size_t variables()
-    {
-        std::size_t count = 0;
-        while (environ[count] != nullptr)
-            ++count;
-        return count;
-    }
-
-    std::optional<ChildProcess> child;
-    std::string said;
+    QByteArray said;
 };
 
 /// An application under a name of one's choice, among the processes of a folder.
 class StandIn {
 public:
     StandIn(const std::string& name, const std::string& processRoot)
-        : commands(makeCommands()), program(copyAs(name), { commands })
     {
-        const std::string process = "/" + program.firstLine();
+        EXPECT_EQ(::mkfifo(commands.c_str(), 0600), 0);
+        std::filesystem::copy_file(STAND_IN, folder.path(name));
+        program.emplace(
+            folder.path(name).c_str(), QStringList { QString::fromStdString(commands) });
+        const std::string process = "/" + program->firstLine();
         std::filesystem::create_symlink("/proc" + process, processRoot + process);
     }
 
     void say(const std::string& command) const { std::ofstream(commands) << command << std::endl; }
 
 private:
-    [[nodiscard]] std::string makeCommands() const
-    {
-        std::string path = folder.path("commands");
-        EXPECT_EQ(::mkfifo(path.c_str(), 0600), 0);
-        return path;
-    }
-    [[nodiscard]] std::string copyAs(const std::string& name) const
-    {
-        std::filesystem::copy_file(STAND_IN, folder.path(name));
-        return folder.path(name);
-    }
-
     TemporaryFolder folder;
-    std::string commands;
-    OtherProgram program;
+    std::string commands = folder.path("commands");
+    std::optional<OtherProgram> program;
 };
 
 class LinuxWorkspaceTests : public testing::Test {
@@ -162,11 +85,15 @@ protected:
         sources.processRoot = processes.root();
         sources.interval = 1h;
     }
+    ~LinuxWorkspaceTests() override
+    {
+        EXPECT_TRUE(happens([this] { return dispatch.finish(1ms); }));
+    }
 
     /// As the session tracker does it: asks first, listens then.
     void makeWorkspace()
     {
-        workspace.emplace(queues, sources);
+        workspace.emplace(dispatch, sources);
         [[maybe_unused]] const auto first = workspace->runningApplications();
         const auto listen = [this](WorkspaceNotification notification, const char* name) {
             workspace->addObserver(
@@ -180,7 +107,7 @@ protected:
     bool waitFor(const std::string& notice)
     {
         const bool came =
-            waitUntil([&] { return std::ranges::find(notices, notice) != notices.end(); });
+            happens([&] { return std::ranges::find(notices, notice) != notices.end(); });
         notices.clear();
         return came;
     }
@@ -200,7 +127,7 @@ protected:
     QCoreApplication loop { argumentCount, &arguments };
     FakeProcesses processes;
     WorkspaceSources sources;
-    Queues queues;
+    QtDispatch dispatch;
     std::vector<std::string> notices;
     std::optional<LinuxWorkspace> workspace;
 };
@@ -225,14 +152,14 @@ TEST_F(LinuxWorkspaceTests, IsRightWhenAskedAndTellsOnceAfterwards)
     processes.start(noRealProcess, reaper);
     makeWorkspace();
     processes.start(noRealProcess + 1, { "C:\\ProTools.exe\0"s, "ProTools.exe" });
-    const auto end = std::chrono::steady_clock::now() + deadline;
-    while (names().size() != 2 && std::chrono::steady_clock::now() < end) { }
+    const QDeadlineTimer deadline(10s);
+    while (names().size() != 2 && !deadline.hasExpired()) { }
     EXPECT_THAT(names(), ElementsAre("REAPER", "Pro Tools"));
     EXPECT_THAT(notices, IsEmpty()) << "Nobody is told inside a question.";
     EXPECT_TRUE(waitFor("launch"));
     workspace->removeObserver(this);
     processes.end(noRealProcess);
-    EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "Pro Tools"s }; }));
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "Pro Tools"s }; }));
     while (QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents)) { }
     EXPECT_THAT(notices, IsEmpty());
 }
@@ -248,20 +175,20 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     makeWorkspace();
     // The first DAW makes it read the menu.
     processes.start(noRealProcess, reaper);
-    EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "REAPER"s }; }));
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "REAPER"s }; }));
     EXPECT_TRUE(waitFor("launch"));
 
     processes.start(
         noRealProcess + 1, { "/opt/Logic\0"s, "Logic", 1, 200, "app-gnome-app-1.scope" });
     auto speaker = QDBusConnection::connectToBus(address, "speaker");
-    EXPECT_TRUE(waitUntil([&] {
+    EXPECT_TRUE(happens([&] {
         auto signal = QDBusMessage::createSignal(
             "/org/freedesktop/systemd1", "org.freedesktop.systemd1.Manager", "UnitNew");
         signal << "app-gnome-app-1.scope" << QVariant::fromValue(QDBusObjectPath("/unit"));
         return speaker.send(signal) && !notices.empty();
     }));
     EXPECT_THAT(notices, Contains("launch"));
-    EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "REAPER"s, "Logic 2"s }; }));
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "REAPER"s, "Logic 2"s }; }));
 }
 
 TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
@@ -280,11 +207,11 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     const StandIn first("first", processes.root());
     first.say("open");
     EXPECT_TRUE(waitFor("launch"));
-    EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "first"s }; }));
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "first"s }; }));
     std::optional<StandIn> second(std::in_place, "reaper", processes.root());
     second->say("open");
     EXPECT_TRUE(waitFor("activate"));
-    EXPECT_TRUE(waitUntil([this] { return names() == std::vector { "first"s, "REAPER"s }; }));
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "first"s, "REAPER"s }; }));
     first.say("close");
     first.say("open");
     EXPECT_TRUE(waitFor("activate"));
@@ -294,7 +221,7 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_THAT(names(), ElementsAre("first"));
 
     display.end();
-    EXPECT_TRUE(waitUntil([] {
+    EXPECT_TRUE(happens([] {
         return !QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents);
     })) << "It keeps asking a server that has gone.";
     EXPECT_THAT(names(), ElementsAre("first"));
@@ -329,7 +256,7 @@ TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)
         EXPECT_EQ(workspace->open("x-apple.systempreferences:com.apple.preference.keyboard?x"),
             !row.expected.empty())
             << row.desktop;
-        EXPECT_TRUE(waitUntil([&] { return folder.read("started") == row.expected; }));
+        EXPECT_TRUE(happens([&] { return folder.read("started") == row.expected; }));
     }
     qputenv("PATH", path);
 }
