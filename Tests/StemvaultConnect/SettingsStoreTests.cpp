@@ -27,14 +27,6 @@ protected:
     FakePlatform platform;
 };
 
-TEST_F(SettingsStoreTests, FirstRunHasDefaultsAndWritesNothing)
-{
-    EXPECT_TRUE(SettingsStore::shared().stemvaultFolders().empty());
-    EXPECT_FALSE(SettingsStore::shared().alwaysWatchPath());
-    EXPECT_FALSE(SettingsStore::shared().projectsRootPath());
-    EXPECT_EQ(platform.userDefaults.writes, 0);
-}
-
 TEST_F(SettingsStoreTests, LoadsWhatCanBeReadAndNormalizesIt)
 {
     const struct {
@@ -42,11 +34,8 @@ TEST_F(SettingsStoreTests, LoadsWhatCanBeReadAndNormalizesIt)
         std::string record;
         json expected;
     } rows[] = {
-        { "an empty list", R"({"stemvaultFolders":[]})",
-            { { "stemvaultFolders", json::array() } } },
-        { "null means absent", R"({"stemvaultFolders":[],"alwaysWatchPath":null})",
-            { { "stemvaultFolders", json::array() } } },
-        { "another member goes", R"({"stemvaultFolders":[],"theme":{"dark":true}})",
+        { "null means absent, and another member goes",
+            R"({"stemvaultFolders":[],"alwaysWatchPath":null,"theme":{"dark":true}})",
             { { "stemvaultFolders", json::array() } } },
         { "escaped slashes and both paths",
             R"({"projectsRootPath":"\/p\/r","stemvaultFolders":[],"alwaysWatchPath":"/w"})",
