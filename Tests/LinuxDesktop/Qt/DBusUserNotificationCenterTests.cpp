@@ -11,7 +11,9 @@
 namespace stemvault {
 namespace {
 
-const UserNotification added { "id", "Added & done", "A<b> & C.wav → Client\x1B" "A",
+const UserNotification added { "id", "Added & done",
+    "A<b> & C.wav → Client\x1B"
+    "A",
     UserNotificationSound::Default };
 
 struct NotificationTest : testing::Test, UserNotificationCenterDelegate {
