@@ -52,6 +52,12 @@ class TrayScenarios(Scenario):
         self.assertEqual(rows[1]["label"], "Last added: Mix__&.wav → Client A")
         self.assertEqual(rows[0]["accessible-desc"], "○ No session detected")
 
+    def test_quit_in_the_menu_ends_the_program(self):
+        tray = Tray(self.desktop).start()
+        self.start()
+        tray.item().choose("Quit Stemvault Connect")
+        self.assertEqual(self.connect.process.wait(timeout=10), 0)
+
     def test_a_look_for_updates_always_says_what_came_of_it(self):
         tray = Tray(self.desktop).start()
         feed = UpdateFeed(self.desktop, PROGRAMS / "stemvault-connect")
@@ -137,6 +143,20 @@ class PreferencesScenarios(Scenario):
         self.choose_folder("Watch This Folder", self.client_b)
         self.connect.wait_until_it_watches(self.client_b)
         dead.answer()
+
+    def test_both_folders_are_chosen_and_cleared(self):
+        self.start()
+        window = self.open()
+        for number, prompt, key in ((0, "Set as Projects Root", "projectsRootPath"),
+                                    (1, "Watch This Folder", "alwaysWatchPath")):
+            window.press("Choose…", number)
+            self.choose_folder(prompt, self.client_b)
+            wait_for(key, lambda: self.connect.settings().get(key) == str(self.client_b))
+            if key == "alwaysWatchPath":
+                self.connect.wait_until_it_watches(self.client_b)
+            window.press("Clear")
+            wait_for(f"no {key}", lambda: key not in self.connect.settings())
+        self.connect.wait_until_it_leaves(self.client_b)
 
     def test_the_session_appears_and_goes_while_they_are_open(self):
         self.start()

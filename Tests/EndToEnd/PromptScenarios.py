@@ -38,6 +38,15 @@ class PromptScenarios(Scenario):
         self.assertEqual(sorted(file.name for file in self.client_a.iterdir()),
                          ["2.wav", "3.wav", "4.wav"])
 
+    def test_cancel_drops_all_that_waits(self):
+        self.start_with_session()
+        first = self.bounce_and_ask("1.wav")
+        self.daw.bounce(self.song / "2.wav")
+        self.connect.wait_until_it_rests()
+        first.answer("Cancel")
+        third = self.bounce_and_ask("3.wav")
+        self.assertIn("3.wav\nfrom Big Song", third.texts())
+
     def test_new_folder_is_kept_and_offered_from_then_on(self):
         root = self.folder("Projects")
         self.start_with_session(folders=[], projects_root=root)
@@ -52,6 +61,13 @@ class PromptScenarios(Scenario):
         self.assertEqual([folder["path"] for folder in self.connect.settings()["stemvaultFolders"]],
                          [str(self.client_a)])
         self.assertEqual(self.bounce_and_ask("Next.wav").choices(), ["Client A", "New Folder…"])
+
+    def test_without_any_destination_it_leads_to_the_preferences(self):
+        self.start_with_session(folders=[])
+        prompt = self.bounce_and_ask("Mix.wav")
+        self.assertEqual(prompt.buttons(), ["Open Preferences", "Skip"])
+        prompt.answer("Skip")
+        self.bounce_and_ask("Next.wav").answer("Open Preferences")
 
 
 if __name__ == "__main__":

@@ -66,15 +66,22 @@ class ServiceScenarios(Scenario):
         for mix in self.mixes:
             self.assert_copied(mix, self.projects / "Größe- A+B & 100%?")
 
-    def test_the_bus_starts_the_program_for_a_service(self):
-        self.start(is_running=False)
-        courier = self.services.run("playlist", self.song)
-        self.connect.process = StartedByBus(self.desktop)
-        started = Path(f"/proc/{self.connect.process.pid}/exe")
-        self.assertTrue(started.samefile(PROGRAMS / "stemvault-connect"))
-        self.name_prompt().answer("Create")
-        self.expect(courier, 0)
-        self.assertEqual(len(list((self.projects / "Song Demos").iterdir())), 3)
+    def test_the_bus_starts_the_program_for_either_service(self):
+        for word, title in (("add", "Bounce detected"), ("playlist", "Create Stemvault playlist")):
+            self.start(is_running=False)
+            courier = self.services.run(word, self.song)
+            self.connect.process = StartedByBus(self.desktop)
+            started = Path(f"/proc/{self.connect.process.pid}/exe")
+            self.assertTrue(started.samefile(PROGRAMS / "stemvault-connect"))
+            prompt = self.connect.window(title)
+            if word == "add":
+                prompt.answer("Cancel")
+                self.expect(courier, 0)
+                self.assertEqual(self.connect.quit(), 0)
+            else:
+                prompt.answer("Create")
+                self.expect(courier, 0)
+                self.assertEqual(len(list((self.projects / "Song Demos").iterdir())), 3)
 
     def test_the_user_is_told_what_is_wrong(self):
         self.start()
