@@ -14,6 +14,9 @@ using FileTime = std::chrono::sys_time<std::chrono::nanoseconds>;
 
 [[nodiscard]] FileTime wallClock();
 
+/// Times of files are taken from a clock that ticks this seldom.
+constexpr std::chrono::milliseconds clockGrain { 10 };
+
 struct FileStatus {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;

@@ -108,7 +108,7 @@ void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
     // Where only the clock tells, a root may have come at any time since the last look.
     if (nextLook)
         since = std::min(since, lastLook);
-    lastLook = wallClock() - std::chrono::milliseconds(10);
+    lastLook = wallClock() - clockGrain;
     guard.begin();
     bool isAllTold = true;
     for (Root& root : roots) {

@@ -12,8 +12,6 @@ namespace {
 
 using Time = EventWindow::Time;
 
-/// Times of files are taken from a clock that ticks this seldom.
-constexpr std::chrono::milliseconds clockGrain { 10 };
 /// How long a sleeping thread may take to notice that it was woken.
 constexpr std::chrono::milliseconds wakeUpTime { 100 };
 /// While events stream in, reading them in gulps costs a fraction of reading each at once.
