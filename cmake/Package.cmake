@@ -30,10 +30,11 @@ set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/Resources/debian/prerm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# The libraries are found in the programs; these are what they run or load by name.
+# The libraries are found in the programs; these are what they run or load by name. The SVG plugins
+# draw the desktop's own icons in the folder panel; Debian 12 ships them with the library.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, libqt6svg6, lsof, xdg-utils")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, qt6-wayland")
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, lsof, xdg-utils")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, qt6-wayland, qt6-svg-plugins | libqt6svg6 (<< 6.5)")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS
     "gnome-shell-extension-appindicator, python3-caja, python3-nautilus")
 set(CPACK_DEBIAN_PACKAGE_ENHANCES

@@ -2,10 +2,10 @@
 
 #include <QGuiApplication>
 #include <QIconEngine>
-#include <QImageReader>
 #include <QPainter>
 #include <QPalette>
 #include <QPixmapCache>
+#include <QSvgRenderer>
 
 #include <utility>
 
@@ -21,12 +21,13 @@ QString& folderOfSymbols()
 
 QPixmap drawn(const QString& path, int pixels, const QColor& color)
 {
-    QImageReader reader(path);
-    reader.setScaledSize({ pixels, pixels });
-    QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    if (image.isNull())
+    QSvgRenderer symbol(path);
+    if (!symbol.isValid())
         return {};
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
     QPainter painter(&image);
+    symbol.render(&painter);
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(image.rect(), color);
     painter.end();

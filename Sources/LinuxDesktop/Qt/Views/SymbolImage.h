@@ -8,8 +8,8 @@
 
 namespace stemvault {
 
-// The program's own symbols: shapes without a colour of their own. What draws them is loaded with
-// the first one that is drawn, never at start.
+// The program's own symbols: SVG shapes without a colour of their own. The SVG library draws them,
+// not an image plugin: a plugin that is not installed would leave the windows without symbols.
 
 /// Names the folder of the symbols, once, before the first is drawn.
 void setSymbolFolder(const std::string& folder);
