@@ -12,7 +12,8 @@ namespace stemvault {
 
 namespace {
 
-constexpr int frameAllowance = 56; ///< For the title bar, and a little air.
+constexpr int frameAllowance = 56; ///< For a title bar that is not known yet, and a little air.
+constexpr int air = 8; ///< Between the screen's edge and a window that was moved up to it.
 constexpr int shortestList = 132;
 
 } // namespace
@@ -61,9 +62,15 @@ void ViewWindow::draw()
     keepTabOrder();
 }
 
+// What a window manager has put around the window; it is known once the window has been shown.
+int ViewWindow::frameHeight() const
+{
+    return frameGeometry().height() - geometry().height();
+}
+
 int ViewWindow::availableHeight() const
 {
-    return screen()->availableGeometry().height() - frameAllowance;
+    return screen()->availableGeometry().height() - std::max(frameAllowance, frameHeight());
 }
 
 int ViewWindow::wholeHeight() const
@@ -73,26 +80,51 @@ int ViewWindow::wholeHeight() const
                                       : layout.totalSizeHint().height();
 }
 
+void ViewWindow::limitLists(int height)
+{
+    for (ListArea* list : tree->lists())
+        list->setLimit(height);
+    tree->settle();
+}
+
+// Whether that makes the view fit.
+bool ViewWindow::shortenLists(int available)
+{
+    for (ListArea* list : tree->lists()) {
+        const int excess = wholeHeight() - available;
+        if (excess <= 0)
+            return true;
+        list->setLimit(std::max(shortestList, list->wholeHeight(list->width()) - excess));
+        tree->settle();
+    }
+    return wholeHeight() <= available;
+}
+
 void ViewWindow::fit()
 {
-    const auto lists = tree->lists();
-    for (ListArea* list : lists)
-        list->setLimit(QWIDGETSIZE_MAX);
-    tree->settle();
-    int height = wholeHeight();
-    for (ListArea* list : lists) {
-        const int excess = height - availableHeight();
-        if (excess <= 0)
-            break;
-        const int whole = list->wholeHeight(list->width());
-        list->setLimit(std::max(shortestList, whole - excess));
-        tree->settle();
-        height = wholeHeight();
-    }
-    const bool isTooHigh = height > availableHeight();
+    const int available = availableHeight();
+    limitLists(QWIDGETSIZE_MAX);
+    const bool isTooHigh = !shortenLists(available);
+    // One scroll bar is enough: where all of it scrolls, the lists in it do not.
+    if (isTooHigh)
+        limitLists(QWIDGETSIZE_MAX);
+    const int height = wholeHeight();
     scroll->setVerticalScrollBarPolicy(isTooHigh ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
     tree->widget()->setMinimumHeight(height);
-    setFixedHeight(isTooHigh ? availableHeight() : height);
+    const int before = this->height();
+    setFixedHeight(isTooHigh ? available : height);
+    if (this->height() > before)
+        moveOntoScreen();
+}
+
+// Window managers leave a window that grows where its top is, whatever becomes of its lower part.
+// Where a program may not place its windows, the move does nothing.
+void ViewWindow::moveOntoScreen()
+{
+    const QRect area = screen()->availableGeometry();
+    const int excess = frameGeometry().bottom() - area.bottom();
+    if (excess > 0)
+        move(x(), std::max(area.top(), y() - excess - air));
 }
 
 // As the views are read: a control that came later may belong before the others.

@@ -10,8 +10,9 @@
 
 namespace stemvault {
 
-/// A window that shows a view. It is as large as the view asks and the screen allows: first the
-/// lists in it scroll, then all of it.
+/// A window that shows a view. It is as large as the view asks and the screen allows: where there
+/// is no room the lists in it scroll, or all of it when even short lists leave no room. A window
+/// that grows moves up rather than off the screen.
 class ViewWindow final : public QDialog {
 public:
     explicit ViewWindow(std::function<View()> content);
@@ -28,6 +29,10 @@ protected:
 
 private:
     void fit();
+    [[nodiscard]] bool shortenLists(int available);
+    void limitLists(int height);
+    void moveOntoScreen();
+    [[nodiscard]] int frameHeight() const;
     [[nodiscard]] int availableHeight() const;
     [[nodiscard]] int wholeHeight() const;
     void keepTabOrder();
