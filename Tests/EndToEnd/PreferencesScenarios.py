@@ -120,6 +120,21 @@ class PreferencesScenarios(Scenario):
         self.choose_folder("Add to Stemvault", self.client_a)
         wait_for("the warning", lambda: "Folder not found — move it or remove it" in window.texts())
 
+    def test_the_window_stays_on_the_screen_however_many_folders_there_are(self):
+        self.start(folders=[self.client_a])
+        window = self.open()
+        window.focus()
+        many = [self.folder(f"Clients/Client {number}") for number in range(12)]
+        window.press("+ Add")
+        self.choose_folder("Add to Stemvault", *many)
+        wait_for("the folders", lambda: len(self.paths()) == 13)
+        screen = self.desktop.display.screen.height_in_pixels
+
+        def is_whole():
+            _, top, _, height = self.desktop.display.frame(window.id())
+            return height > 600 and 0 <= top and top + height < screen
+        wait_for("the whole window on the screen", is_whole)
+
     def test_a_drive_that_does_not_answer_holds_up_nobody(self):
         if not DeadMount.is_allowed():
             return

@@ -9,7 +9,7 @@ class PreferencesPages:
         self.look, self.scale = look, scale
 
     def make(self):
-        with self.desktop(1000, 860) as desktop:
+        with self.desktop(1000, 820) as desktop:
             self.take_preferences(desktop)
         if self.scale == "1":
             with self.desktop(1000, 600) as desktop:
@@ -52,6 +52,9 @@ class PreferencesPages:
         connect.start_again()
         window = connect.window("Stemvault Connect")
         window.focus()
+        if name == "full":
+            window.toggle("Launch at login")
+            wait_for("the switch", lambda: window.is_checked("Launch at login"))
         if name == "empty":
             wait_for("no session", lambda: "No session detected" in window.texts())
         else:

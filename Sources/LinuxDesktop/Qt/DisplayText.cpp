@@ -58,9 +58,14 @@ QString decoded(std::string_view text)
 
 } // namespace
 
+QString displayWholeLine(std::string_view text)
+{
+    return withoutControls(decoded(text));
+}
+
 QString displayLine(std::string_view text)
 {
-    return withShortMiddle(withoutControls(decoded(text)), longestLine);
+    return withShortMiddle(displayWholeLine(text), longestLine);
 }
 
 QString displayLines(std::string_view text)

@@ -11,8 +11,11 @@ namespace stemvault {
 // would turn the direction of the text around them, replacement characters, so that a name can
 // neither break the layout nor pose as another.
 
-/// One line: line feeds become pictures too.
+/// One line: line feeds become pictures too. The middle of one of more than 280 characters is cut.
 [[nodiscard]] QString displayLine(std::string_view text);
+
+/// The same line uncut, for a place where everything can be read.
+[[nodiscard]] QString displayWholeLine(std::string_view text);
 
 /// Several lines: a line feed ends one, and a tab is a few blanks. Only a hostile text is so long
 /// that its middle is cut.

@@ -1,8 +1,11 @@
 #include "LinuxDesktop/Qt/QtTest.h"
+#include "LinuxDesktop/Qt/Views/SymbolImage.h"
 #include "LinuxDesktop/Qt/Views/ViewControls.h"
+#include "LinuxDesktop/Qt/Views/ViewStyle.h"
 #include "LinuxDesktop/Qt/Views/ViewText.h"
 #include "LinuxDesktop/Qt/Views/ViewWindow.h"
 
+#include <QApplication>
 #include <QScreen>
 #include <QScrollBar>
 
@@ -77,7 +80,7 @@ TEST(ViewWindowTests, ADrawingKeepsTheKeyboardsPlaceAndTheScrollPosition)
 
 TEST(ViewWindowTests, TextsTakeTheLinesTheyNeedOrLoseTheirMiddle)
 {
-    const std::string name(300, 'x');
+    const std::string name(200, 'x');
     std::string text = "short";
     ViewWindow window([&] {
         Text oneLine { text };
@@ -94,6 +97,110 @@ TEST(ViewWindowTests, TextsTakeTheLinesTheyNeedOrLoseTheirMiddle)
     EXPECT_EQ(texts.at(0)->text(), texts.at(1)->text());
     EXPECT_TRUE(texts.at(1)->toolTip().contains("&lt;b&gt;&amp;")) << "the whole can be read";
     EXPECT_TRUE(texts.at(0)->toolTip().isEmpty());
+}
+
+TEST(ViewWindowTests, AWindowThatGrowsStaysOnTheScreen)
+{
+    int rows = 1;
+    ViewWindow window([&] { return page({ list(rows) }); });
+    const QRect area = window.screen()->availableGeometry();
+    window.show();
+    window.move(40, area.bottom() - window.height() - 10);
+    const int left = window.y();
+    window.draw();
+    EXPECT_EQ(window.y(), left) << "it stays where the user left it";
+    for (rows = 8; rows < 300; rows *= 6) {
+        window.draw();
+        EXPECT_GE(window.y(), area.top()) << rows;
+        EXPECT_LE(window.frameGeometry().bottom(), area.bottom()) << rows;
+    }
+    EXPECT_EQ(window.x(), 40);
+}
+
+TEST(ViewWindowTests, NeverDoTheListAndTheWindowScrollSideBySide)
+{
+    int texts = 0;
+    ViewWindow window([&] {
+        std::vector<View> children(static_cast<std::size_t>(texts), Text { "a line" });
+        children.push_back(list(40));
+        return page(std::move(children));
+    });
+    window.show();
+    const auto scrolling = [&window] {
+        int count = 0;
+        for (auto* area : window.findChildren<QScrollArea*>())
+            count += area->verticalScrollBar()->maximum() > 0 ? 1 : 0;
+        return count;
+    };
+    for (const int count : { 1, 10, 20, 40, 200 }) {
+        texts = count;
+        window.draw();
+        EXPECT_TRUE(happens([&] { return scrolling() == 1; })) << count << " lines above the list";
+    }
+}
+
+TEST(ViewWindowTests, EveryPathCanBeReadInFullSomewhere)
+{
+    std::string path;
+    for (int i = 0; i < 60; ++i)
+        path += "/folder number " + std::to_string(i);
+    for (const auto lines : { Text::Lines::AsNeeded, Text::Lines::OneTruncatedInTheMiddle }) {
+        Text text { path };
+        text.lines = lines;
+        ViewWindow window([&] { return page({ text }); });
+        window.show();
+        const auto* shown = window.findChild<ViewText*>();
+        EXPECT_LT(shown->text().size(), 300) << "the window itself stays small";
+        QString tip = shown->toolTip();
+        EXPECT_EQ(tip.remove(QChar(0x200B)), QStringLiteral("<qt>%1</qt>").arg(path.c_str()));
+        EXPECT_EQ(shown->accessibleDescription().toStdString(), path) << "a screen reader says it";
+    }
+    EXPECT_TRUE(toolTipText(QString(100, u'x')).contains(QChar(0x200B)))
+        << "a long name does not make the tip wider than the screen";
+}
+
+TEST(ViewWindowTests, ATextWithRoomToTheRightTakesOneLine)
+{
+    for (const char* family : { "DejaVu Sans", "Noto Sans", "Cantarell", "Sans" })
+        for (int size = 18; size < 40; ++size) {
+            QFont font(QString::fromLatin1(family));
+            font.setPointSizeF(size / 2.0);
+            QApplication::setFont(font);
+            ViewText text;
+            text.show({ "Not set — required for Create Stemvault Playlist" });
+            EXPECT_LT(text.heightForWidth(text.sizeHint().width()), 2 * text.fontMetrics().height())
+                << family << ' ' << size / 2.0;
+        }
+    QApplication::setFont(QFont());
+}
+
+TEST(ViewWindowTests, WhatControlsShowEndsAtOneEdge)
+{
+    ViewWindow window([] {
+        const auto row = [](View last) {
+            return Stack { Stack::Axis::Horizontal, {}, 6, { Spacer {}, std::move(last) } };
+        };
+        View group = Stack { Stack::Axis::Vertical, {}, 0,
+            { row(button("Choose")), row(Toggle { "", true, [](bool) {}, ControlSize::Small }),
+                row(Button { Symbol { "minus.circle" }, [] {}, Button::Style::Plain,
+                    ControlSize::Regular, "Remove" }) } };
+        group.padding = Padding::standard();
+        return page({ std::move(group) });
+    });
+    setSymbolFolder(STEMVAULT_RESOURCES "/Symbols");
+    window.show();
+    const QImage picture = window.grab().toImage();
+    const QRgb background = picture.pixel(0, 0);
+    for (auto* control : window.findChildren<QAbstractButton*>()) {
+        const QRect place(control->mapTo(&window, QPoint()), control->size());
+        int edge = 0;
+        for (int x = place.left(); x < picture.width(); ++x)
+            for (int y = place.top(); y < place.bottom(); ++y)
+                if (picture.pixel(x, y) != background)
+                    edge = x;
+        // A round symbol leaves a little of its square free.
+        EXPECT_NEAR(edge, 463, 2) << control->metaObject()->className() << ' ' << place.top();
+    }
 }
 
 TEST(ViewWindowTests, ASwitchShowsWhatBecameOfAChange)

@@ -7,6 +7,7 @@
 #include <QKeyEvent>
 #include <QPainter>
 #include <QSignalBlocker>
+#include <QtMath>
 
 namespace stemvault {
 
@@ -59,11 +60,22 @@ void ViewButton::show(const Button& button)
     update();
 }
 
+// Around the label, within the frame.
 QMargins ViewButton::margins() const
 {
+    constexpr int overhang = ViewMetrics::overhang;
     if (shown.style == Button::Style::Bordered)
         return shown.size == ControlSize::Small ? QMargins(11, 4, 11, 4) : QMargins(14, 6, 14, 6);
-    return symbol() ? QMargins(4, 4, 4, 4) : QMargins(5, 3, 5, 3);
+    // A text alone is no higher than its line: a title beside it stays where other titles are.
+    return symbol() ? QMargins(overhang, overhang, overhang, overhang)
+                    : QMargins(overhang, 0, overhang, 0);
+}
+
+// A border is drawn at rest, so it ends where the other controls' labels end.
+QRect ViewButton::frame() const
+{
+    const bool hasBorder = shown.style == Button::Style::Bordered;
+    return rect().adjusted(0, 0, hasBorder ? -ViewMetrics::overhang : 0, 0);
 }
 
 QSize ViewButton::sizeHint() const
@@ -72,7 +84,7 @@ QSize ViewButton::sizeHint() const
     const QSize content = symbol()
         ? QSize(side, side)
         : QSize(fontMetrics().horizontalAdvance(shownTitle(shown)) + 1, fontMetrics().height());
-    return content.grownBy(margins());
+    return content.grownBy(margins()) + (rect().size() - frame().size());
 }
 
 QColor ViewButton::ink() const
@@ -85,7 +97,7 @@ QColor ViewButton::ink() const
 
 void ViewButton::paintFrame(QPainter& painter) const
 {
-    const QRectF frame = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+    const QRectF border = QRectF(frame()).adjusted(0.5, 0.5, -0.5, -0.5);
     const QColor text = palette().color(QPalette::WindowText);
     QColor fill = isDark(palette()) ? QColor(255, 255, 255, 24) : QColor(255, 255, 255, 235);
     if (shown.style == Button::Style::Plain)
@@ -96,7 +108,7 @@ void ViewButton::paintFrame(QPainter& painter) const
     }
     painter.setBrush(fill);
     painter.setPen(shown.style == Button::Style::Bordered ? QPen(lineColor(palette())) : Qt::NoPen);
-    painter.drawRoundedRect(frame, ViewMetrics::cornerRadius, ViewMetrics::cornerRadius);
+    painter.drawRoundedRect(border, ViewMetrics::cornerRadius, ViewMetrics::cornerRadius);
 }
 
 void ViewButton::paintEvent(QPaintEvent* /*event*/)
@@ -105,15 +117,15 @@ void ViewButton::paintEvent(QPaintEvent* /*event*/)
     painter.setRenderHint(QPainter::Antialiasing);
     paintFrame(painter);
     if (hasFocus())
-        drawFocusRing(painter, rect(), ViewMetrics::cornerRadius, palette());
-    const QRect content = rect().marginsRemoved(margins());
+        drawFocusRing(painter, frame(), ViewMetrics::cornerRadius, palette());
+    const QRect content = frame().marginsRemoved(margins());
     if (const Symbol* drawn = symbol()) {
         painter.drawPixmap(content.topLeft(),
             symbolPixmap(drawn->systemName, symbolSize(font()), devicePixelRatioF(), ink()));
         return;
     }
     painter.setPen(ink());
-    painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, shownTitle(shown));
+    painter.drawText(frame(), Qt::AlignCenter | Qt::TextSingleLine, shownTitle(shown));
 }
 
 void ViewButton::keyPressEvent(QKeyEvent* event)
@@ -162,7 +174,7 @@ QSize ViewToggle::sizeHint() const
 {
     const int text = fontMetrics().horizontalAdvance(displayLine(shown.title)) + 1;
     const QSizeF pill = track().size();
-    return { text + gapBeforeSwitch + static_cast<int>(pill.width()) + 4,
+    return { text + gapBeforeSwitch + qCeil(pill.width()) + ViewMetrics::overhang,
         qMax(fontMetrics().height(), static_cast<int>(pill.height())) + 6 };
 }
 
@@ -175,7 +187,8 @@ QRectF ViewToggle::track() const
 {
     const double height = shown.size == ControlSize::Small ? 18 : 22;
     const double pillWidth = height * 1.75;
-    return { width() - pillWidth - 3, (this->height() - height) / 2, pillWidth, height };
+    return { width() - pillWidth - ViewMetrics::overhang, (this->height() - height) / 2, pillWidth,
+        height };
 }
 
 void ViewToggle::paintEvent(QPaintEvent* /*event*/)

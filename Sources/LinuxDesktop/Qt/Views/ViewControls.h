@@ -26,6 +26,7 @@ private:
     [[nodiscard]] const Symbol* symbol() const { return std::get_if<Symbol>(&shown.label); }
     [[nodiscard]] QColor ink() const;
     [[nodiscard]] QMargins margins() const;
+    [[nodiscard]] QRect frame() const;
     void paintFrame(QPainter& painter) const;
 
     Button shown;

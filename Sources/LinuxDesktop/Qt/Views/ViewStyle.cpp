@@ -1,7 +1,10 @@
 #include "LinuxDesktop/Qt/Views/ViewStyle.h"
 
 #include <QApplication>
+#include <QFontDatabase>
 #include <QFontMetrics>
+
+#include <algorithm>
 
 namespace stemvault {
 
@@ -38,6 +41,23 @@ QFont::Weight weightOf(const Font& role)
     if (role.style == TextStyle::Headline || role.weight == FontWeight::Semibold)
         return QFont::DemiBold;
     return role.weight == FontWeight::Medium ? QFont::Medium : QFont::Normal;
+}
+
+bool hasMediumStyle(const QString& family)
+{
+    const QStringList styles = QFontDatabase::styles(family);
+    return std::ranges::any_of(styles, [&family](const QString& style) {
+        return QFontDatabase::weight(family, style) == QFont::Medium;
+    });
+}
+
+// Where a family has no medium style, as DejaVu, its normal one would be taken, and the names of
+// folders would look like any other text.
+QFont::Weight nextWeightOf(const QFont& font, QFont::Weight asked)
+{
+    if (asked == QFont::Medium && !hasMediumStyle(font.family()))
+        return QFont::DemiBold;
+    return asked;
 }
 
 QFont resized(QFont font, double factor)
@@ -81,7 +101,7 @@ QColor color(Color role, const QPalette& palette)
 QFont font(const Font& role)
 {
     QFont made = resized(QApplication::font(), relativeSize(role.style));
-    made.setWeight(weightOf(role));
+    made.setWeight(nextWeightOf(made, weightOf(role)));
     return made;
 }
 
@@ -95,9 +115,34 @@ int symbolSize(const QFont& font)
     return QFontMetrics(font).height();
 }
 
+int standingSymbolSize(const QFont& font)
+{
+    return qRound(symbolSize(font) * 1.2);
+}
+
+// A tool tip breaks lines at blanks alone, and a path may have none in its 4,096 bytes.
 QString toolTipText(const QString& text)
 {
-    return text.isEmpty() ? QString() : QStringLiteral("<qt>%1</qt>").arg(text.toHtmlEscaped());
+    constexpr int longestWord = 40;
+    constexpr QChar mayBreakHere(0x200B);
+    if (text.isEmpty())
+        return {};
+    QString breakable;
+    int length = 0;
+    for (const QChar character : text) {
+        const bool isPair = character.isLowSurrogate();
+        if (length >= longestWord && !isPair) {
+            breakable += mayBreakHere;
+            length = 0;
+        }
+        breakable += character;
+        length = character.isSpace() ? 0 : length + 1;
+        if (character == u'/') {
+            breakable += mayBreakHere;
+            length = 0;
+        }
+    }
+    return QStringLiteral("<qt>%1</qt>").arg(breakable.toHtmlEscaped());
 }
 
 QColor lineColor(const QPalette& palette)

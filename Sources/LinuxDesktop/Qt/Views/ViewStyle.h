@@ -12,7 +12,10 @@ namespace stemvault {
 
 namespace ViewMetrics {
 inline constexpr int groupMargin = 16; ///< Around a group of controls.
-inline constexpr int spacing = 8; ///< Between views beside each other that name none.
+/// How far a control reaches beyond what is drawn of it at rest, at its right: room for the marks
+/// of the pointer and the keyboard. Groups give it back, so that all of them end at one edge.
+inline constexpr int overhang = 4;
+inline constexpr int spacing = 6; ///< Between views beside each other that name none.
 inline constexpr int lineSpacing = 2; ///< Between texts above each other that name none.
 inline constexpr int cornerRadius = 6;
 } // namespace ViewMetrics
@@ -27,7 +30,11 @@ inline constexpr int cornerRadius = 6;
 /// The side of a symbol that stands beside text of this font.
 [[nodiscard]] int symbolSize(const QFont& font);
 
-/// The text as a tool tip shows it: as it stands, however it looks. Empty for none.
+/// The side of a symbol that stands alone, a little larger than text of this font.
+[[nodiscard]] int standingSymbolSize(const QFont& font);
+
+/// The text as a tool tip shows it: as it stands, however it looks, in lines that a screen has room
+/// for. Empty for none.
 [[nodiscard]] QString toolTipText(const QString& text);
 
 /// A faint line, such as a border or a divider.

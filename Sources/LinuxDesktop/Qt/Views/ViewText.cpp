@@ -15,13 +15,17 @@ namespace stemvault {
 namespace {
 
 constexpr int narrowestLine = 48;
-constexpr int gapAfterSymbol = 6;
 constexpr double capitalSpacing = 104; ///< Percent: capitals want a little air.
 
-// A symbol that stands alone is a little larger than the text around it.
-int sideOf(const QFont& font)
+// Titles begin where the texts of rows do, beside the symbols of those.
+int symbolColumnWidth()
 {
-    return qRound(symbolSize(font) * 1.2);
+    return standingSymbolSize(font(Font {}));
+}
+
+int titleStart()
+{
+    return symbolColumnWidth() + ViewMetrics::spacing;
 }
 
 } // namespace
@@ -31,7 +35,9 @@ void ViewText::show(const Text& text)
     shown = text;
     setTextFormat(Qt::PlainText);
     setFont(stemvault::font(text.font));
+    whole = displayWholeLine(text.string);
     setText(displayLine(text.string));
+    setAccessibleDescription(whole == this->text() ? QString() : whole);
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Minimum);
     policy.setHeightForWidth(!isOneLine());
     setSizePolicy(policy);
@@ -45,9 +51,13 @@ bool ViewText::isOneLine() const
     return shown.lines == Text::Lines::OneTruncatedInTheMiddle;
 }
 
+// A text of several lines ends where the controls do. By the layout that draws it: what the metrics
+// say of a text may be a little less, and its last word would go to another line.
 QSize ViewText::sizeHint() const
 {
-    return QSize(fontMetrics().horizontalAdvance(text()) + 1, fontMetrics().height())
+    QTextLayout layout;
+    setUp(layout, QWIDGETSIZE_MAX);
+    return QSize(qCeil(layout.maximumWidth()) + 1 + ViewMetrics::overhang, fontMetrics().height())
         .grownBy(contentsMargins());
 }
 
@@ -65,13 +75,13 @@ bool ViewText::hasHeightForWidth() const
 int ViewText::heightForWidth(int width) const
 {
     QTextLayout layout;
-    setUp(layout, width);
+    setUp(layout, width - ViewMetrics::overhang);
     const QMargins margins = contentsMargins();
     return qCeil(layout.boundingRect().height()) + margins.top() + margins.bottom();
 }
 
 // The layout is made anew for each painting: a label shows a few lines a few times.
-void ViewText::setUp(QTextLayout& layout, int width) const
+void ViewText::setUp(QTextLayout& layout, qreal width) const
 {
     QTextOption option(Qt::AlignLeft);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -98,7 +108,7 @@ void ViewText::paintEvent(QPaintEvent* /*event*/)
         return;
     }
     QTextLayout layout;
-    setUp(layout, width());
+    setUp(layout, width() - ViewMetrics::overhang);
     layout.draw(&painter, contentsRect().topLeft());
 }
 
@@ -110,8 +120,8 @@ void ViewText::resizeEvent(QResizeEvent* /*event*/)
 // What is cut is still to be read somewhere.
 void ViewText::updateToolTip()
 {
-    const bool isCut = isOneLine() && width() < sizeHint().width() - 1;
-    setToolTip(isCut ? toolTipText(text()) : QString());
+    const bool isCut = whole != text() || (isOneLine() && width() < sizeHint().width() - 1);
+    setToolTip(isCut ? toolTipText(whole) : QString());
 }
 
 void ViewLabel::show(const Label& label)
@@ -134,8 +144,7 @@ QString ViewLabel::displayed() const
 
 QSize ViewLabel::sizeHint() const
 {
-    const int side = symbolSize(font());
-    return { side + gapAfterSymbol + fontMetrics().horizontalAdvance(displayed()) + 2, side };
+    return { titleStart() + fontMetrics().horizontalAdvance(displayed()) + 2, symbolSize(font()) };
 }
 
 void ViewLabel::paintEvent(QPaintEvent* /*event*/)
@@ -143,10 +152,11 @@ void ViewLabel::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     const QColor ink = color(shown.color, palette());
     const int side = symbolSize(font());
-    const int top = (height() - side) / 2;
-    painter.drawPixmap(0, top, symbolPixmap(shown.systemImage, side, devicePixelRatioF(), ink));
+    // Centred above the larger symbols of rows, so that its title begins where their texts do.
+    const QPoint place((symbolColumnWidth() - side) / 2, (height() - side) / 2);
+    painter.drawPixmap(place, symbolPixmap(shown.systemImage, side, devicePixelRatioF(), ink));
     painter.setPen(ink);
-    painter.drawText(rect().adjusted(side + gapAfterSymbol, 0, 0, 0),
+    painter.drawText(rect().adjusted(titleStart(), 0, 0, 0),
         Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine, displayed());
 }
 
@@ -161,7 +171,7 @@ void ViewSymbol::show(const Symbol& symbol)
 
 QSize ViewSymbol::sizeHint() const
 {
-    const int side = sideOf(font());
+    const int side = standingSymbolSize(font());
     return { side, side };
 }
 
@@ -169,8 +179,8 @@ void ViewSymbol::paintEvent(QPaintEvent* /*event*/)
 {
     QPainter painter(this);
     painter.drawPixmap(0, 0,
-        symbolPixmap(
-            shown.systemName, sideOf(font()), devicePixelRatioF(), color(shown.color, palette())));
+        symbolPixmap(shown.systemName, standingSymbolSize(font()), devicePixelRatioF(),
+            color(shown.color, palette())));
 }
 
 } // namespace stemvault

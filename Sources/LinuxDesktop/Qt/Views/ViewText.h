@@ -25,10 +25,11 @@ protected:
 
 private:
     void updateToolTip();
-    void setUp(QTextLayout& layout, int width) const;
+    void setUp(QTextLayout& layout, qreal width) const;
     [[nodiscard]] bool isOneLine() const;
 
     Text shown;
+    QString whole; ///< The text where a very long one is shown without its middle.
 };
 
 /// A title with a symbol before it.

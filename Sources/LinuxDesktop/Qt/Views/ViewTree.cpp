@@ -8,13 +8,15 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
 
-/// A line from edge to edge.
+/// A line from edge to edge, of whole pixels of the screen: where it is scaled by fractions, lines
+/// that lie between them would be of different thickness.
 class DividerLine final : public QFrame {
 public:
     DividerLine() { setFixedHeight(1); }
@@ -22,7 +24,10 @@ public:
 protected:
     void paintEvent(QPaintEvent* /*event*/) override
     {
-        QPainter(this).fillRect(rect(), lineColor(palette()));
+        const qreal ratio = devicePixelRatioF();
+        const qreal top = mapTo(window(), QPointF(0, 0)).y() * ratio;
+        const QRectF line(0, (std::ceil(top) - top) / ratio, width(), std::floor(ratio) / ratio);
+        QPainter(this).fillRect(line, lineColor(palette()));
     }
 };
 
@@ -141,9 +146,11 @@ void ViewTree::apply(const Spacer& /*spacer*/) { }
 
 void ViewTree::applyPadding(QBoxLayout& layout) const
 {
-    const int horizontal = points(shown.padding.horizontal, ViewMetrics::groupMargin);
+    const int left = points(shown.padding.horizontal, ViewMetrics::groupMargin);
+    const int right =
+        points(shown.padding.horizontal, ViewMetrics::groupMargin - ViewMetrics::overhang);
     const int vertical = points(shown.padding.vertical, ViewMetrics::groupMargin);
-    layout.setContentsMargins(horizontal, vertical, horizontal, vertical);
+    layout.setContentsMargins(left, vertical, right, vertical);
 }
 
 std::unique_ptr<ViewTree> ViewTree::takeMatch(const View& child)
