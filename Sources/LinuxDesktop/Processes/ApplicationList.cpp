@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <utility>
 
 namespace stemvault {
@@ -14,9 +15,12 @@ public:
         const DesktopEntries& menu)
         : processes(all), windows(mapped), entries(menu)
     {
-        for (const auto& [number, process] : processes)
+        for (const auto& [number, process] : processes) {
             if (process.unit && !process.isHelper)
                 noteUnit(process);
+            if (process.unit && process.known)
+                unitsOfKnown.insert(process.unit->unit);
+        }
     }
 
     [[nodiscard]] std::optional<ListedApplication> application(const Process& process) const
@@ -26,6 +30,9 @@ public:
                 process, isTopmost(process), process.known->identifier, process.known->name);
         if (process.isHelper)
             return std::nullopt;
+        if (const auto known = knownByEntry(process))
+            return described(process, true, known->identifier,
+                known->name.empty() ? process.program.name : known->name);
         if (const auto window = windows.find(process.key); window != windows.end())
             return withWindow(process, window->second);
         if (isFirstOfUnit(process))
@@ -63,6 +70,23 @@ private:
                 return false;
             child = &parent->second;
         }
+    }
+
+    /// A DAW started under a name of the user's own, by the entry that the desktop knows it by.
+    [[nodiscard]] std::optional<KnownApplication> knownByEntry(const Process& process) const
+    {
+        // Where a DAW's own process is there, the unit's first one is the script that started it.
+        if (process.unit && unitsOfKnown.contains(process.unit->unit))
+            return std::nullopt;
+        if (isFirstOfUnit(process))
+            if (auto known = knownApplicationOfEntry(process.unit->identifier))
+                return known;
+        if (process.sandboxIdentifier)
+            return knownApplicationOfEntry(*process.sandboxIdentifier);
+        const auto window = windows.find(process.key);
+        if (window == windows.end())
+            return std::nullopt;
+        return knownApplicationOfEntry(entryOf(process, &window->second).identifier);
     }
 
     /// The unit is a hint: what is started in a terminal is in the terminal's. So it speaks for its
@@ -118,6 +142,7 @@ private:
     const std::map<ProcessKey, WindowClass>& windows;
     const DesktopEntries& entries;
     std::map<std::string, ProcessKey, std::less<>> firstOfUnit;
+    std::set<std::string, std::less<>> unitsOfKnown; ///< Those in which a DAW's own process runs.
 };
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Processes/KnownApplication.h"
 
+#include "Foundation/DAWTable.h"
+#include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 
 #include <algorithm>
@@ -10,37 +12,26 @@ namespace stemvault {
 
 namespace {
 
-enum class Match { Whole, Beginning };
-
-struct Row {
-    std::string_view program; ///< In lower case, without ".exe".
-    Match match;
-    std::string_view identifier;
-    std::string_view name; ///< Empty where the program's own name is the one that users know.
-};
-
-// One row serves the native program and the one under Wine. Releases later than the last one that
-// has an identifier of its own go by that one: their session files are the same. Logic Pro runs
-// on neither.
-constexpr std::array rows {
-    Row { "protools", Match::Whole, "com.avid.ProTools", "Pro Tools" },
-    Row { "pro tools", Match::Beginning, "com.avid.ProTools", "" },
-    Row { "ableton live ", Match::Beginning, "com.ableton.live", "" },
-    Row { "studio one", Match::Whole, "com.presonus.studioone6", "Studio One" },
-    Row { "cubase", Match::Beginning, "com.steinberg.cubase12", "" },
-    Row { "reaper", Match::Whole, "com.cockos.reaper", "REAPER" },
-};
-
-constexpr std::string_view studioOne5 = "com.presonus.studioone5";
-
-bool matches(std::string_view name, std::string_view pattern, Match match)
-{
-    return match == Match::Whole ? name == pattern : name.starts_with(pattern);
-}
-
 bool isDigit(char letter)
 {
     return letter >= '0' && letter <= '9';
+}
+
+/// Whether a name in lower case is the one that a row of the table describes.
+bool matches(std::string_view name, std::string_view pattern)
+{
+    const char last = pattern.empty() ? '\0' : pattern.back();
+    if (last != '*' && last != '#')
+        return name == pattern;
+    pattern.remove_suffix(1);
+    return name.starts_with(pattern)
+        && (last == '*' || (name.size() > pattern.size() && isDigit(name[pattern.size()])));
+}
+
+bool matchesAny(std::string_view name, const DAWNames& patterns)
+{
+    return std::ranges::any_of(
+        patterns, [&](std::string_view pattern) { return matches(name, pattern); });
 }
 
 /// "Cubase12" is what the file is called and "Cubase 12" what the program is.
@@ -52,10 +43,34 @@ std::string withBlankBeforeRelease(std::string name)
     return name;
 }
 
-/// Every release's program has the same name; the folder that it is installed in tells them apart.
-bool isInStudioOne5Folder(std::string_view path)
+bool holds(std::string_view path, std::string_view part)
 {
-    return lowercased(path).find("studio one 5") != std::string::npos;
+    return lowercased(path).find(part) != std::string::npos;
+}
+
+/// Under Wine the executable is the loader.
+std::string nativeExecutable(const Program& program, std::string_view executable)
+{
+    constexpr std::string_view replacedMark = " (deleted)";
+    if (executable.ends_with(replacedMark))
+        executable.remove_suffix(replacedMark.size());
+    return program.isWindows ? std::string() : std::string(executable);
+}
+
+const DAW* dawOfProgram(const Program& program, const std::string& executable)
+{
+    const auto named = [&](std::string_view name) {
+        const auto rows = knownDAWs();
+        const auto row = std::ranges::find_if(rows, [&](const DAW& daw) {
+            return matchesAny(name, daw.programs)
+                && (holds(program.path, daw.installedIn) || holds(executable, daw.installedIn));
+        });
+        return row == rows.end() ? nullptr : &*row;
+    };
+    if (const DAW* daw = named(lowercased(program.name)))
+        return daw;
+    // Whoever starts it through a link has it called as the link is.
+    return executable.empty() ? nullptr : named(lowercased(lastPathComponent(executable)));
 }
 
 /// What runs beside an application under Wine. Native programs may have such names of their own.
@@ -63,24 +78,9 @@ constexpr std::array<std::string_view, 14> windowsHelpers { "services", "explore
     "plugplay", "svchost", "rpcss", "conhost", "start", "winemenubuilder", "wineboot", "tabtip",
     "rundll32", "cmd", "wineconsole" };
 
-struct HelperRow {
-    std::string_view program;
-    Match match;
-};
-
-constexpr std::array helpers {
-    HelperRow { "wine", Match::Whole },
-    HelperRow { "wine64", Match::Whole },
-    HelperRow { "wine-preloader", Match::Whole },
-    HelperRow { "wine64-preloader", Match::Whole },
-    HelperRow { "wineserver", Match::Beginning },
-    HelperRow { "reaper_host", Match::Beginning },
-    HelperRow { "yabridge-host", Match::Beginning },
-    HelperRow { "vstpluginscanner", Match::Beginning },
-    HelperRow { "vstscanner", Match::Beginning },
-    HelperRow { "pluginscanner", Match::Beginning },
-    HelperRow { "crashpad_handler", Match::Whole },
-};
+constexpr DAWNames helpers { "wine", "wine64", "wine-preloader", "wine64-preloader", "wineserver*",
+    "reaper_host*", "yabridge-host*", "vstpluginscanner*", "vstscanner*", "pluginscanner*",
+    "crashpad_handler" };
 
 } // namespace
 
@@ -89,28 +89,30 @@ std::optional<KnownApplication> knownApplication(
 {
     if (isHelper(program))
         return std::nullopt;
-    const std::string name = lowercased(program.name);
-    const auto* const row = std::ranges::find_if(
-        rows, [&](const Row& each) { return matches(name, each.program, each.match); });
-    if (row == rows.end())
+    const DAW* const daw = dawOfProgram(program, nativeExecutable(program, executable));
+    if (daw == nullptr)
         return std::nullopt;
-    KnownApplication known { std::string(row->identifier), std::string(row->name) };
+    KnownApplication known { std::string(daw->identifier), std::string(daw->name) };
     if (known.name.empty())
         known.name = withBlankBeforeRelease(program.name);
-    if (row->program == "studio one"
-        && (isInStudioOne5Folder(program.path)
-            || (!program.isWindows && isInStudioOne5Folder(executable))))
-        known.identifier = studioOne5;
     return known;
+}
+
+std::optional<KnownApplication> knownApplicationOfEntry(std::string_view entry)
+{
+    const std::string name = lowercased(entry);
+    for (const DAW& daw : knownDAWs())
+        if (matchesAny(name, daw.desktopEntries))
+            return KnownApplication { std::string(daw.identifier), std::string(daw.name) };
+    return std::nullopt;
 }
 
 bool isHelper(const Program& program)
 {
     const std::string name = lowercased(program.name);
-    return isSandboxLauncher(program)
+    return isSandboxLauncher(program) || program.isSteamLauncher
         || (program.isWindows && std::ranges::find(windowsHelpers, name) != windowsHelpers.end())
-        || std::ranges::any_of(
-            helpers, [&](const HelperRow& row) { return matches(name, row.program, row.match); });
+        || matchesAny(name, helpers);
 }
 
 bool isSandboxLauncher(const Program& program)

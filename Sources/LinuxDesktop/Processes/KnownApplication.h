@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace stemvault {
 
@@ -15,12 +16,16 @@ struct KnownApplication {
     [[nodiscard]] bool operator==(const KnownApplication&) const = default;
 };
 
-/// `executable` is the file that the process runs, for what the program's own path leaves open.
+/// By the program's name, else by the name of `executable`, the file that the process runs.
 [[nodiscard]] std::optional<KnownApplication> knownApplication(
     const Program& program, const std::string& executable);
 
-/// Whether it is a part of Wine, of a sandbox or of a plug-in host, which works for applications
-/// and is none itself, even when it owns a window.
+/// By the desktop entry that started it, without ".desktop". The name is empty where the DAW's
+/// editions differ.
+[[nodiscard]] std::optional<KnownApplication> knownApplicationOfEntry(std::string_view entry);
+
+/// Whether it is a part of Wine, of Steam, of a sandbox or of a plug-in host, which works for
+/// applications and is none itself, even when it owns a window.
 [[nodiscard]] bool isHelper(const Program& program);
 
 /// Whether it only starts the application that it is a parent of: a sandbox's own processes.

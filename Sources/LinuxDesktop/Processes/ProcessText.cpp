@@ -114,6 +114,7 @@ Program parseProgram(std::string_view cmdline, std::string_view comm)
     program.name = program.path.substr(program.path.find_last_of("/\\") + 1);
     if (endsWithExe(program.name))
         program.name.resize(program.name.size() - 4);
+    program.isSteamLauncher = program.name == "reaper" && takeField(cmdline, '\0') == "SteamLaunch";
     return program;
 }
 

@@ -25,6 +25,8 @@ struct Program {
     std::string path; ///< As the process was told it: Unix or Windows, absolute or not.
     std::string name; ///< Its last component, without ".exe".
     bool isWindows = false;
+    /// Steam's own "reaper" is the parent of everything that it starts.
+    bool isSteamLauncher = false;
 
     [[nodiscard]] bool operator==(const Program&) const = default;
 };

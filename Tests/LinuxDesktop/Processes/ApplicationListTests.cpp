@@ -51,6 +51,42 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
     EXPECT_THAT(listed(ofNothing), IsEmpty());
 }
 
+TEST(ApplicationListTests, ADAWBelowSteamsLauncher)
+{
+    const FakeProcesses processes;
+    processes.start(10, { "/s/steam\0"s, "steam", 1, 10 });
+    processes.start(
+        11, { "/s/reaper\0SteamLaunch\0AppId=7\0--\0/opt/reaper\0"s, "reaper", 10, 11 });
+    processes.start(12, { "/s/pv-adverb\0--\0/opt/reaper\0"s, "pv-adverb", 11, 12 });
+    processes.start(13, { "/opt/reaper\0"s, "reaper", 12, 13 });
+    processes.start(14, { "/opt/reaper\0"s, "reaper", 13, 14 });
+    processes.start(21, { "/s/reaper\0SteamLaunch\0AppId=8\0--\0/g\0"s, "reaper", 10, 21 });
+    processes.start(22, { "/g\0"s, "game", 21, 22 });
+    ProcessTable table(processes.root());
+    EXPECT_THAT(listed(table, {}, { { { 21, 21 }, { "reaper", "reaper" } } }),
+        ElementsAre("13 com.cockos.reaper REAPER", "14 com.cockos.reaper REAPER (background)"));
+}
+
+TEST(ApplicationListTests, ADAWUnderAnotherNameByItsDesktopEntry)
+{
+    const TemporaryFolder folder;
+    folder.write("applications/cockos-reaper.desktop",
+        "[Desktop Entry]\nType=Application\nName=Mine\nExec=mine\nStartupWMClass=Mine");
+    const auto menu = DesktopEntries::read({ { folder.path("applications") }, {}, {} });
+    const FakeProcesses processes;
+    const std::string unit = "app-gnome-cockos\\x2dreaper-";
+    processes.start(10, { "wine-like-daw\0"s, "x", 1, 10, unit + "10.scope" });
+    processes.start(11, { "its-child\0"s, "x", 10, 11, unit + "10.scope" });
+    // A script that does not become the DAW but starts it.
+    processes.start(20, { "/bin/sh\0/usr/bin/daw\0"s, "daw", 1, 20, unit + "20.scope" });
+    processes.start(21, { "/opt/reaper\0"s, "reaper", 20, 21, unit + "20.scope" });
+    processes.start(30, { "mine\0"s, "mine", 1, 30 }); // On a desktop without units.
+    ProcessTable table(processes.root());
+    EXPECT_THAT(listed(table, *menu, { { { 30, 30 }, { "mine", "Mine" } } }),
+        ElementsAre("10 com.cockos.reaper REAPER", "20 cockos-reaper Mine",
+            "21 com.cockos.reaper REAPER", "30 com.cockos.reaper REAPER"));
+}
+
 TEST(ApplicationListTests, OtherApplicationsByTheDesktopsMenu)
 {
     const TemporaryFolder folder;

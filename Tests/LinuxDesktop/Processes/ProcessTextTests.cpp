@@ -50,7 +50,17 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
         { "/opt/REAPER/reaper_host64\0"s, "reaper_host64", "", "", "" },
         { "/usr/bin/wineserver64\0"s, "", "", "", "" },
         { "C:\\windows\\system32\\services.exe" + wine, "", "", "", "" },
-        { "grep\0reaper\0"s, "grep", "/opt/REAPER/reaper", "", "" },
+        { "grep\0reaper\0"s, "grep", "/usr/bin/grep", "", "" },
+        // Started through a link of another name.
+        { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper", "REAPER", "com.cockos.reaper" },
+        { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper (deleted)", "REAPER", "com.cockos.reaper" },
+        { "StudioOne\0"s, "StudioOne", "", "Studio One", "com.presonus.studioone6" },
+        { "PreSonus-Studio-One\0"s, "", "/opt/PreSonus/Studio One 5/Studio One", "Studio One",
+            "com.presonus.studioone5" },
+        // Steam's launcher of games, and REAPER started with another word first.
+        { "/s/ubuntu12_32/reaper\0SteamLaunch\0AppId=7\0--\0/opt/REAPER/reaper\0"s, "reaper",
+            "/s/ubuntu12_32/reaper", "", "" },
+        { "/opt/REAPER/reaper\0/s/SteamLaunch\0"s, "reaper", "", "REAPER", "com.cockos.reaper" },
         { "", "", "", "", "" },
     };
     for (const auto& row : rows) {
