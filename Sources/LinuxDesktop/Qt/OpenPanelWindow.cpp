@@ -1,6 +1,7 @@
 #include "LinuxDesktop/Qt/OpenPanelWindow.h"
 
 #include "LinuxDesktop/Qt/DisplayText.h"
+#include "LinuxDesktop/Qt/PanelPlaces.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -67,6 +68,7 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
         showOnlyFolders();
     if (panel.allowsMultipleSelection)
         allowSeveral();
+    addPlaces();
     resize(720, 480);
 }
 
@@ -96,6 +98,19 @@ void OpenPanelWindow::endWhenRead(std::unique_ptr<OpenPanelWindow> window)
 OpenPanelWindow::~OpenPanelWindow()
 {
     columns(*this).restoreState(usualColumns);
+    setSidebarUrls(usualPlaces);
+}
+
+// The user's bookmarks and drives, as file managers list them.
+void OpenPanelWindow::addPlaces()
+{
+    usualPlaces = sidebarUrls();
+    findPanelPlaces(this, [this](const QString& folder) {
+        QList<QUrl> places = sidebarUrls();
+        const QUrl place = QUrl::fromLocalFile(folder);
+        if (!places.contains(place))
+            setSidebarUrls(places << place);
+    });
 }
 
 // The message takes a new first row; everything that the toolkit laid out moves down by one.

@@ -3,6 +3,8 @@
 #include "Platform/Dialogs.h"
 
 #include <QFileDialog>
+#include <QList>
+#include <QUrl>
 
 #include <memory>
 #include <vector>
@@ -29,12 +31,15 @@ protected:
 
 private:
     void watchReading();
+    void addPlaces();
     void showMessage(const QString& message);
     void keepFromDeleting();
     void showOnlyFolders();
     void allowSeveral();
 
-    QByteArray usualColumns; ///< The toolkit keeps the state of the columns for all programs.
+    // The toolkit keeps these for all programs.
+    QByteArray usualColumns; ///< The state of the columns.
+    QList<QUrl> usualPlaces; ///< What is listed at the side.
     bool isReading = false; ///< The folder that it shows.
     bool isLeft = false; ///< To be destroyed when that is read.
 };
