@@ -24,7 +24,8 @@ class Scenario(unittest.TestCase):
 
     def run(self, result=None):
         self.result, self.troubles_before = result, troubles(result)
-        with self.kind_of_desktop(notifications=self.notifications) as self.desktop:
+        with self.kind_of_desktop(notifications=self.notifications,
+                                  kind=os.environ.get("STEMVAULT_DESKTOP")) as self.desktop:
             super().run(result)
 
     def setUp(self):

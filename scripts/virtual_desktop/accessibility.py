@@ -184,13 +184,9 @@ class Window:
         self.wait_until_closed()
 
     def answer_by_key(self, key):
-        """Presses a key that closes the window, and again when it came too early to count."""
+        """Presses a key that closes the window."""
         self.focus()
-
-        def answered():
-            self.display.press_key(key)
-            return self._comes_about(lambda: not self.is_open(), 1)
-        wait_for(f'the window "{self.name}" to close by {key}', answered)
+        self._press_until(lambda: not self.is_open(), key)
 
     def choices(self):
         """What the window's pop-up offers."""
@@ -209,12 +205,33 @@ class Window:
             return
         self.focus()
         self._popup().do("ShowMenu")
+        self.choose_from_list(item)
+
+    def choose_by_arrow(self, key, item):
+        """Presses an arrow key that makes an item the choice, with the list closed."""
+        self.focus()
+        self._press_until(lambda: self.choice() == item, key)
+
+    def open_list(self, *keys):
+        """Opens the pop-up's list by a shortcut."""
+        self.focus()
+        self._press_until(self.display.pop_ups, *keys)
+
+    def choose_from_list(self, item):
+        """Chooses from the pop-up's open list by the keyboard."""
         order = self.choices()
         while (selected := wait_for("a selected item", self._selected)) != item:
             self.display.press_key("Down" if order.index(selected) < order.index(item) else "Up")
             self._comes_about(lambda: self._selected() not in (None, selected), 0.5)
         self.display.press_key("Return")
         wait_for(f'the choice "{item}"', lambda: self.choice() == item)
+
+    def _press_until(self, condition, *keys):
+        """Presses keys together, and again when they came too early to count."""
+        def happened():
+            self.display.press_keys(*keys)
+            return self._comes_about(condition, 1)
+        wait_for(f"what {'+'.join(keys)} does", happened)
 
     def _comes_about(self, condition, seconds):
         try:

@@ -52,16 +52,18 @@ LOOKS = {"light": ("Clearlooks", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
 
 class VirtualDesktop(PrivateSession):
     """Ready to use once made; `with` ends it. `notifications` says what the service can do, and
-    None leaves it out.
+    None leaves it out. `kind` is what XDG_CURRENT_DESKTOP says, which programs go by.
 
     A user's desktops are in use one after the other: the program looks at all processes of its
     user, and would find the DAW of another desktop.
     """
 
-    def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static"):
+    def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static",
+                 kind=None):
         self.turn = open(f"/tmp/virtual-desktop-{os.getuid()}.lock", "w")
         fcntl.flock(self.turn, fcntl.LOCK_EX)
         super().__init__()
+        self.environment |= {"XDG_CURRENT_DESKTOP": kind} if kind else {}
         try:
             self._start_bus()
             self._start_display(size)

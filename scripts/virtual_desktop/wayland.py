@@ -107,6 +107,10 @@ class WaylandDisplay:
     def press_key(self, name):
         self._run("wtype", "-k", name)
 
+    def press_keys(self, name):
+        """One at a time is all that is asked for here."""
+        self.press_key(name)
+
     def take_picture(self, path):
         path.parent.mkdir(parents=True, exist_ok=True)
         self._run("grim", path)

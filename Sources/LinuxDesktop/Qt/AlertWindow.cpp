@@ -32,10 +32,19 @@ constexpr int columnCharacters = 50;
 constexpr int narrowestButton = 84;
 constexpr int buttonPadding = 16;
 
-/// A scroll meant for the window below must not change where a file goes.
+/// A scroll meant for the window below must not change where a file goes. Return belongs to the
+/// alert's default button; on most desktops the toolkit would open the list by it instead.
 class SteadyComboBox final : public QComboBox {
 protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
+
+    void keyPressEvent(QKeyEvent* event) override
+    {
+        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+            event->ignore();
+        else
+            QComboBox::keyPressEvent(event);
+    }
 };
 
 int controlHeight(const QWidget& window)
