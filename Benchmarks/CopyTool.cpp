@@ -14,12 +14,14 @@ using namespace stemvault;
 
 namespace {
 
-constexpr std::string_view usage = R"(Usage: stemvault-copy [--no-sync] SOURCE DESTINATION
+constexpr std::string_view usage =
+    R"(Usage: stemvault-copy [--replace] [--no-sync] SOURCE DESTINATION
 
 Copies a file, or a folder with everything in it, whole or not at all.
 DESTINATION is the path of the new item. If a folder is there, the item is put
-into it under its own name. An existing item is never replaced.
+into it under its own name. An existing item stays unless --replace is given.
 
+  --replace  put the copy in the place of an existing item once it is whole
   --no-sync  return before the copy has reached the disk, as cp does
   --help     show this text
 )";
@@ -49,6 +51,8 @@ std::optional<Request> requestFrom(std::vector<std::string> arguments)
     Request request;
     if (std::erase(arguments, "--no-sync") > 0)
         request.options.durability = Durability::InMemory;
+    if (std::erase(arguments, "--replace") > 0)
+        request.options.ifTaken = IfTaken::Replace;
     if (arguments.size() != 2 || arguments[0].empty() || arguments[1].empty())
         return std::nullopt;
     request.source = absolute(arguments[0]);

@@ -49,9 +49,10 @@ bool Draft::createUnnamedFile()
 {
     descriptor = FileDescriptor(
         options.calls.openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    if (descriptor)
+    isUnnamed = descriptor.isOpen();
+    if (isUnnamed)
         markInUse(descriptor.get());
-    return descriptor.isOpen();
+    return isUnnamed;
 }
 
 bool Draft::createFile()
@@ -67,6 +68,7 @@ bool Draft::createFile()
 
 bool Draft::createFolder()
 {
+    isFolder = true;
     if (!underFreshName(
             [this](const char* fresh) { return ::mkdirat(folder, fresh, S_IRWXU) == 0; }))
         return false;
@@ -90,15 +92,27 @@ bool Draft::giveName()
 
 CopyOutcome Draft::publish()
 {
-    // Programs that mirror a folder wait for a written file to be closed. A file that got its name
-    // by a link has no such event of its own, so that one is made: this closes under the final
-    // name.
-    const FileDescriptor toClose(
-        ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (const auto fault = closeFile())
+        return fault;
+    // Sync clients wait for a written file to be closed. A linked file has had no such event, so it
+    // is opened once more, to be closed under its final name. A file that was created by name must
+    // not be: some drives (rclone's without a cache) empty a file that is opened for writing and
+    // closed unwritten.
+    const FileDescriptor toClose(isUnnamed
+            ? ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)
+            : -1);
     const auto fault = options.ifTaken == IfTaken::Replace ? moveOverOld() : moveToFreeName();
     if (!fault)
         settle();
     return fault;
+}
+
+// Network drives may put off writing until a file is closed, and report only then that it failed.
+CopyOutcome Draft::closeFile()
+{
+    if (!isFolder && options.calls.close(descriptor.release()) != 0)
+        return writingFault();
+    return std::nullopt;
 }
 
 CopyOutcome Draft::moveToFreeName()
@@ -126,10 +140,7 @@ CopyOutcome Draft::moveToFreeName()
 CopyOutcome Draft::moveOverOld()
 {
     const auto old = linkStatus(folder, finalName);
-    const auto fresh = statusOf(item());
-    const bool isFolderInvolved =
-        old && (S_ISDIR(old->st_mode) || (fresh && S_ISDIR(fresh->st_mode)));
-    if (isFolderInvolved)
+    if (old && (isFolder || S_ISDIR(old->st_mode)))
         return exchangeWithOld();
     if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), 0) != 0)
         return writingFault();

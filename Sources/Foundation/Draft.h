@@ -31,12 +31,13 @@ public:
     /// Gives an unnamed file its temporary name; any other has it already.
     [[nodiscard]] bool giveName();
 
-    /// Puts the draft under its final name, in one step for whoever looks. What is replaced stays
-    /// until the new item stands, and stays for good if that fails.
+    /// Closes a file and puts the draft under its final name, in one step for whoever looks. What
+    /// is replaced stays until the new item stands, and stays for good if anything fails.
     [[nodiscard]] CopyOutcome publish();
 
 private:
     template <typename Call> bool underFreshName(Call call);
+    [[nodiscard]] CopyOutcome closeFile();
     [[nodiscard]] CopyOutcome moveToFreeName();
     [[nodiscard]] CopyOutcome moveOverOld();
     [[nodiscard]] CopyOutcome exchangeWithOld();
@@ -47,6 +48,8 @@ private:
     std::string finalName;
     const CopyOptions& options;
     FileDescriptor descriptor;
+    bool isFolder = false;
+    bool isUnnamed = false;
     std::string name; ///< Empty while there is none to remove.
     std::string displaced; ///< The name that the old item bears now.
 };

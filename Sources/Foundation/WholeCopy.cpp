@@ -79,11 +79,15 @@ CopyOutcome EntryCopy::copyFile(const std::string& name) const
     const auto source = from ? statusOf(from.get()) : std::nullopt;
     if (!source)
         return readingFault();
-    const FileDescriptor to(options.calls.openat(
+    FileDescriptor to(options.calls.openat(
         out, name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
     if (!to)
         return writingFault();
-    return copyWholeFile(from.get(), to.get(), *source, options);
+    if (const auto fault = copyWholeFile(from.get(), to.get(), *source, options))
+        return fault;
+    if (options.calls.close(to.release()) != 0)
+        return writingFault();
+    return std::nullopt;
 }
 
 CopyOutcome EntryCopy::copyFolder(const std::string& name) const

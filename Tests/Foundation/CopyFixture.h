@@ -41,6 +41,14 @@ inline void noUnnamed(SystemCalls& calls)
     };
 }
 
+/// Closes files and reports that what was written could not be kept, as network drives may.
+inline Refusal failsAtClose(int error)
+{
+    return [=](SystemCalls& calls) {
+        calls.close = [=](int file) { return ::close(file), errno = error, -1; };
+    };
+}
+
 /// Runs `work` at each attempt, before the first bytes are copied.
 inline Refusal meanwhile(const std::function<void()>& work)
 {

@@ -3,7 +3,6 @@
 
 #include <cstring>
 #include <filesystem>
-#include <map>
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <thread>
@@ -60,8 +59,8 @@ TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
 {
     const Refusal noSharing = no(&SystemCalls::clone, EOPNOTSUPP);
     const std::vector<Refusal> rows[] = {
-        { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) },
-        { no(&SystemCalls::renameat2, EACCES) },
+        { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) }, { failsAtClose(EIO) },
+        { noUnnamed, failsAtClose(EIO) }, { no(&SystemCalls::renameat2, EACCES) },
         { noRename(RENAME_EXCHANGE, EINVAL),
             noRename(RENAME_NOREPLACE, EIO) }, // Moved aside first.
     };
@@ -91,27 +90,55 @@ TEST_F(ReplaceTest, CopiesAFolderAsItIs)
     EXPECT_THAT(names(), ElementsAre("Album"));
 }
 
+/// What happens to the items of a folder, its sub-folders aside.
+class FolderWatch {
+public:
+    FolderWatch(const std::string& folder, std::uint32_t kinds)
+    {
+        EXPECT_GE(::inotify_add_watch(watch.get(), folder.c_str(), kinds), 0);
+    }
+
+    /// The kinds of the events since the last call, of items called `name` or, without one, of all.
+    [[nodiscard]] std::vector<std::uint32_t> events(const std::string& name = "") const
+    {
+        char buffer[16384];
+        const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
+        std::vector<std::uint32_t> kinds;
+        for (ssize_t at = 0; at < length;) {
+            inotify_event event {};
+            std::memcpy(&event, buffer + at, sizeof event);
+            const bool isMeant = name.empty() || buffer + at + sizeof event == name;
+            if (isMeant && (event.mask & IN_ISDIR) == 0)
+                kinds.push_back(event.mask);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return kinds;
+    }
+
+private:
+    FileDescriptor watch { ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC) };
+};
+
 TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
 {
-    const FileDescriptor watch(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
-    constexpr auto kinds = IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_CLOSE_WRITE;
-    ASSERT_GE(::inotify_add_watch(watch.get(), files.path("to").c_str(), kinds), 0);
+    const FolderWatch watch(files.path("to"), IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_CLOSE_WRITE);
     ASSERT_TRUE(copyItem(source, target));
+    EXPECT_THAT(watch.events("Mix.wav"), ElementsAre(IN_MOVED_TO, IN_CLOSE_WRITE));
     ASSERT_TRUE(copyItem(source, target, options));
+    EXPECT_THAT(watch.events("Mix.wav"), ElementsAre(IN_MOVED_TO, IN_CLOSE_WRITE));
     std::filesystem::remove(target);
     std::filesystem::create_directory(target);
     ASSERT_TRUE(copyItem(source, target, options));
-    char buffer[16384];
-    const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
-    std::map<std::uint32_t, int> seen;
-    for (ssize_t at = 0; at < length;) {
-        inotify_event event {};
-        std::memcpy(&event, buffer + at, sizeof event);
-        if (std::string(buffer + at + sizeof event) == "Mix.wav" && (event.mask & IN_ISDIR) == 0)
-            ++seen[event.mask];
-        at += static_cast<ssize_t>(sizeof event + event.len);
-    }
-    EXPECT_THAT(seen, ElementsAre(testing::Pair(IN_CLOSE_WRITE, 3), testing::Pair(IN_MOVED_TO, 3)));
+    EXPECT_THAT(watch.events("Mix.wav"), ElementsAre(IN_MOVED_TO, IN_CLOSE_WRITE));
+}
+
+// A drive that keeps no cache stores a file when it is closed, and once more, empty, when it is
+// opened for writing and not written.
+TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsName)
+{
+    const FolderWatch watch(files.path("to"), IN_CREATE | IN_OPEN | IN_MOVED_TO | IN_CLOSE_WRITE);
+    ASSERT_TRUE(copyItem(source, target, with({ noUnnamed })));
+    EXPECT_THAT(watch.events(), ElementsAre(IN_CREATE, IN_OPEN, IN_CLOSE_WRITE, IN_MOVED_TO));
 }
 
 TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)

@@ -26,7 +26,7 @@ template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Wor
                 ...);
         };
         arm(calls.openat, calls.clone, calls.fallocate, calls.copyFileRange, calls.pwrite);
-        arm(calls.fsync, calls.linkat, calls.renameat2);
+        arm(calls.fsync, calls.close, calls.linkat, calls.renameat2);
         work();
         ::_exit(0);
     }
