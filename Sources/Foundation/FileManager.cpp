@@ -3,6 +3,9 @@
 #include "Foundation/FileCopy.h"
 #include "Foundation/Folder.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 namespace stemvault::FileManager {
 
 bool fileExists(const std::string& path)
@@ -10,21 +13,27 @@ bool fileExists(const std::string& path)
     return linkStatus(path).has_value();
 }
 
-std::optional<std::int64_t> fileSize(const std::string& path)
-{
-    const auto status = linkStatus(path);
-    return status ? std::optional<std::int64_t>(status->st_size) : std::nullopt;
-}
-
-std::optional<std::chrono::sys_time<std::chrono::nanoseconds>> contentModificationDate(
-    const std::string& path)
+std::optional<ItemAttributes> attributesOfItem(const std::string& path)
 {
     const auto status = linkStatus(path);
     if (!status)
         return std::nullopt;
-    return std::chrono::sys_time<std::chrono::nanoseconds>(
-        std::chrono::seconds(status->st_mtim.tv_sec)
-        + std::chrono::nanoseconds(status->st_mtim.tv_nsec));
+    return ItemAttributes { S_ISREG(status->st_mode), status->st_size,
+        FileDate(std::chrono::seconds(status->st_mtim.tv_sec)
+            + std::chrono::nanoseconds(status->st_mtim.tv_nsec)) };
+}
+
+std::optional<FileDate> contentModificationDate(const std::string& path)
+{
+    const auto attributes = attributesOfItem(path);
+    return attributes ? std::optional(attributes->contentModificationDate) : std::nullopt;
+}
+
+std::optional<FileIdentity> identityOfFolder(const std::string& path)
+{
+    const FileDescriptor folder = openPath(path, O_PATH | O_DIRECTORY);
+    const auto status = folder ? statusOf(folder.get()) : std::nullopt;
+    return status ? std::optional(FileIdentity { status->st_dev, status->st_ino }) : std::nullopt;
 }
 
 Result<void> copyItem(const FileURL& from, const FileURL& to)

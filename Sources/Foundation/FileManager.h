@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Foundation/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Result.h"
 
@@ -15,12 +16,22 @@ namespace stemvault::FileManager {
 /// Whether anything bears this name: a file, a folder, a link (also a dangling one).
 [[nodiscard]] bool fileExists(const std::string& path);
 
-/// The item's own size in bytes from its attributes (a link is not followed); absent if unreadable.
-[[nodiscard]] std::optional<std::int64_t> fileSize(const std::string& path);
+using FileDate = std::chrono::sys_time<std::chrono::nanoseconds>;
+
+struct ItemAttributes {
+    bool isRegularFile = false; ///< Neither a folder, nor a link, nor anything special.
+    std::int64_t size = 0; ///< In bytes.
+    FileDate contentModificationDate;
+};
+
+/// The item's own attributes (a link is not followed); absent if they cannot be read.
+[[nodiscard]] std::optional<ItemAttributes> attributesOfItem(const std::string& path);
 
 /// When the content last changed; absent if it cannot be read.
-[[nodiscard]] std::optional<std::chrono::sys_time<std::chrono::nanoseconds>>
-contentModificationDate(const std::string& path);
+[[nodiscard]] std::optional<FileDate> contentModificationDate(const std::string& path);
+
+/// Which folder the path leads to, links followed; absent when it leads to none.
+[[nodiscard]] std::optional<FileIdentity> identityOfFolder(const std::string& path);
 
 /// Copies a file (a link is followed), or a folder with everything in it, to a name that is free.
 /// Data, mode, modification time and user attributes come along. The copy appears under its final

@@ -28,7 +28,8 @@ void watch(const std::optional<FileURL>& sessionFolder)
     BounceWatcher::shared().update(sessionFolder, SettingsStore::shared().alwaysWatchPath());
 }
 
-void prompt(const FileURL& file, const std::string& folderName)
+void prompt(const FileURL& file, const std::string& folderName,
+    const std::optional<FileIdentity>& /*folder*/)
 {
     BounceAlertController::shared().queue.emplace_back(file, folderName);
     BounceAlertController::shared().showNextIfIdle();

@@ -1,6 +1,5 @@
 #include "StemvaultConnect/BounceWatcher.h"
 
-#include "Foundation/FileManager.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/FileEvents.h"
@@ -35,6 +34,24 @@ bool isAlwaysWatched(const std::string& path)
 
 } // namespace
 
+/// One check of a file that is being waited for, with what the checks before found.
+struct BounceWatcher::Wait {
+    FileURL url;
+    std::string path;
+    std::int64_t lastSize = -1; ///< Before the first check: no size at all.
+    std::optional<WallTime> stableSince; ///< When the size was first seen unchanged.
+    bool isLast = false; ///< The file is reported if its size is still the same.
+};
+
+/// What the disk says of a file.
+struct BounceWatcher::Look {
+    std::optional<FileIdentity> folder;
+    std::optional<FileManager::ItemAttributes> item;
+
+    /// A file that is gone reads as empty; it is reported, and its copy then says what is wrong.
+    [[nodiscard]] std::int64_t size() const { return item ? item->size : 0; }
+};
+
 BounceWatcher::BounceWatcher() = default;
 BounceWatcher::~BounceWatcher() = default;
 
@@ -50,6 +67,8 @@ void BounceWatcher::stop()
     isActive = false;
     watchingPaths.clear();
     alertedFileSizes.clear();
+    alertedVersions.clear();
+    looks.dropWaiting();
     if (!streamRef)
         return;
     streamRef->stop();
@@ -73,6 +92,7 @@ void BounceWatcher::update(
 void BounceWatcher::startStream(const std::vector<std::string>& paths)
 {
     isActive = true;
+    watchedFolders = paths;
     streamRef = Platform::current().fileEvents.createStream(
         alive.guard([this](const std::vector<std::string>& eventPaths,
                         const std::vector<std::uint32_t>& eventFlags) {
@@ -105,31 +125,74 @@ void BounceWatcher::waitForStability(const FileURL& url, const std::string& path
 {
     if (!isActive || !watchingPaths.contains(path))
         return;
-    // A file that is gone reads as empty; it is reported, and its copy then says what is wrong.
-    const std::int64_t size = FileManager::fileSize(path).value_or(0);
-    std::optional<WallTime> since;
-    if (lastSize >= 0 && size == lastSize) {
+    Wait wait { url, path, lastSize, stableSince };
+    if (stableSince) {
         const WallTime now = Platform::current().dispatch.now();
         // A clock that was set back must not make the file wait for the time to come again.
-        since = std::min(stableSince.value_or(now), now);
-        if (now - *since >= stableFor) {
-            report(url, path, size);
-            return;
-        }
+        wait.stableSince = std::min(*stableSince, now);
+        wait.isLast = now - *wait.stableSince >= stableFor;
     }
-    Platform::current().dispatch.mainAsyncAfter(pollInterval,
-        alive.guard([this, url, path, size, since] { waitForStability(url, path, size, since); }));
+    const auto found = alive.guard([this, wait](const Look& look) { apply(wait, look); });
+    looks.ask(rootOf(path), deletingLastPathComponent(path),
+        [path, found] { return [found, look = lookAt(path)] { found(look); }; });
 }
 
-void BounceWatcher::report(const FileURL& url, const std::string& path, std::int64_t size)
+std::string BounceWatcher::rootOf(const std::string& path) const
+{
+    const auto root = std::ranges::find_if(
+        watchedFolders, [&path](const std::string& folder) { return path.starts_with(folder); });
+    return root == watchedFolders.end() ? std::string() : *root;
+}
+
+BounceWatcher::Look BounceWatcher::lookAt(const std::string& path)
+{
+    return { FileManager::identityOfFolder(deletingLastPathComponent(path)),
+        FileManager::attributesOfItem(path) };
+}
+
+void BounceWatcher::apply(const Wait& wait, const Look& look)
+{
+    if (!isActive || !watchingPaths.contains(wait.path))
+        return;
+    const bool isUnchanged = look.size() == wait.lastSize;
+    if (isUnchanged && wait.isLast) {
+        report(wait.url, wait.path, look);
+        return;
+    }
+    std::optional<WallTime> since;
+    if (isUnchanged)
+        since = wait.stableSince.value_or(Platform::current().dispatch.now());
+    Platform::current().dispatch.mainAsyncAfter(
+        pollInterval, alive.guard([this, wait, since, size = look.size()] {
+            waitForStability(wait.url, wait.path, size, since);
+        }));
+}
+
+void BounceWatcher::report(const FileURL& url, const std::string& path, const Look& look)
 {
     watchingPaths.erase(path);
-    const auto alerted = alertedFileSizes.find(path);
-    if (alerted != alertedFileSizes.end() && alerted->second == size)
+    // Archive tools make a file first and put a link in its place at the end. What a link leads to
+    // was never written here.
+    if (look.item && !look.item->isRegularFile)
         return;
-    alertedFileSizes.insert_or_assign(path, size);
-    if (onBounceDetected)
-        onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent());
+    const auto alerted = alertedFileSizes.find(path);
+    const bool isAlerted = alerted != alertedFileSizes.end() && alerted->second == look.size();
+    alertedFileSizes.insert_or_assign(path, look.size());
+    const bool isNewVersion = noteVersion(path, look);
+    if (!isAlerted && isNewVersion && onBounceDetected)
+        onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent(), look.folder);
+}
+
+// False when this version was noted before, under whatever path.
+bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
+{
+    if (!look.folder)
+        return true;
+    const Version version { look.size(),
+        look.item ? std::optional(look.item->contentModificationDate) : std::nullopt };
+    const auto [known, isNew] =
+        alertedVersions.try_emplace({ *look.folder, lastPathComponent(path) }, version);
+    return isNew || std::exchange(known->second, version) != version;
 }
 
 } // namespace stemvault

@@ -1,19 +1,24 @@
 #pragma once
 
 #include "Foundation/Alive.h"
+#include "Foundation/FileIdentity.h"
+#include "Foundation/FileManager.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
 #include "Platform/Dispatch.h"
+#include "StemvaultConnect/FolderLooks.h"
 
 #include <chrono>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace stemvault {
@@ -21,11 +26,14 @@ namespace stemvault {
 class FileEventStream;
 
 /// Finds newly bounced audio files in the folders it is given, and reports each once, when its size
-/// has settled. Main thread only.
+/// has settled. Main thread only; the disk is asked in the background.
 class BounceWatcher : public Shared<BounceWatcher> {
 public:
-    /// Receives each finished bounce with the name of the folder that holds it.
-    std::function<void(const FileURL& file, const std::string& folderName)> onBounceDetected;
+    /// Receives each finished bounce with the name of the folder that holds it, and which folder
+    /// that was; absent when it could not be read.
+    std::function<void(const FileURL& file, const std::string& folderName,
+        const std::optional<FileIdentity>& folder)>
+        onBounceDetected;
 
     /// Watches these folders and nothing else; what was known of files is forgotten.
     void update(const std::optional<FileURL>& sessionFolder,
@@ -39,6 +47,8 @@ public:
 
 private:
     friend class Shared<BounceWatcher>;
+    struct Wait;
+    struct Look;
     BounceWatcher();
     ~BounceWatcher();
 
@@ -48,7 +58,11 @@ private:
     [[nodiscard]] bool isBounce(const std::string& path, std::uint32_t flag) const;
     void waitForStability(const FileURL& url, const std::string& path, std::int64_t lastSize,
         std::optional<WallTime> stableSince);
-    void report(const FileURL& url, const std::string& path, std::int64_t size);
+    [[nodiscard]] std::string rootOf(const std::string& path) const;
+    [[nodiscard]] static Look lookAt(const std::string& path);
+    void apply(const Wait& wait, const Look& look);
+    void report(const FileURL& url, const std::string& path, const Look& look);
+    [[nodiscard]] bool noteVersion(const std::string& path, const Look& look);
 
     /// Folders in which DAWs keep their own working files, in lower case.
     const std::set<std::string, std::less<>> internalSessionFolderNames = {
@@ -62,8 +76,17 @@ private:
         "clip groups",
     };
     std::unique_ptr<FileEventStream> streamRef;
+    std::vector<std::string> watchedFolders;
+    FolderLooks looks;
     std::unordered_set<std::string> watchingPaths; ///< Files that are being waited for.
     std::unordered_map<std::string, std::int64_t> alertedFileSizes; ///< In bytes, when reported.
+
+    /// What was reported, by folder and name instead of by path: the session's folder and the other
+    /// one may lead to the same files under two spellings.
+    using Place = std::pair<FileIdentity, std::string>;
+    using Version =
+        std::pair<std::int64_t, std::optional<FileManager::FileDate>>; ///< Size and date.
+    std::map<Place, Version> alertedVersions;
     bool isActive = false;
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };

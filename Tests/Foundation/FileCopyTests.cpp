@@ -251,7 +251,7 @@ TEST_F(CopyTest, TakesEveryNameAndPath)
         const std::string to = item == deep ? deep : files.path("to/" + item);
         ASSERT_TRUE(copyItem(source, to)) << item;
         EXPECT_TRUE(FileManager::fileExists(to)) << item;
-        EXPECT_EQ(FileManager::fileSize(to), content.size()) << item;
+        EXPECT_EQ(FileManager::attributesOfItem(to)->size, content.size()) << item;
         EXPECT_EQ(
             FileManager::contentModificationDate(to), FileManager::contentModificationDate(source));
         ASSERT_TRUE(FileManager::replaceItem(FileURL(to), FileURL(target))) << item;
@@ -260,9 +260,9 @@ TEST_F(CopyTest, TakesEveryNameAndPath)
     const std::string dangling = files.path("dangling");
     std::filesystem::create_symlink("nowhere", dangling);
     EXPECT_TRUE(FileManager::fileExists(dangling));
-    EXPECT_EQ(FileManager::fileSize(dangling), 7);
+    EXPECT_EQ(FileManager::attributesOfItem(dangling)->size, 7);
     EXPECT_FALSE(FileManager::fileExists(files.path("none")));
-    EXPECT_FALSE(FileManager::fileSize(files.path("none")));
+    EXPECT_FALSE(FileManager::attributesOfItem(files.path("none")));
     EXPECT_FALSE(FileManager::contentModificationDate(files.path("none")));
 }
 

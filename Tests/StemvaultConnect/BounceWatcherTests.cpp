@@ -5,6 +5,8 @@
 
 #include <gmock/gmock.h>
 
+#include <sys/stat.h>
+
 namespace stemvault {
 namespace {
 
@@ -18,8 +20,10 @@ constexpr std::uint32_t writtenFile = ItemIsFile | ItemCreated;
 struct BounceWatcherTests : testing::Test {
     BounceWatcherTests()
     {
-        BounceWatcher::shared().onBounceDetected = [this](const FileURL& file, const auto&) {
+        BounceWatcher::shared().onBounceDetected = [this](const FileURL& file, const auto& /*name*/,
+                                                       const auto& itsFolder) {
             reported.push_back(file.path());
+            reportedFolder = itsFolder;
         };
         watch();
     }
@@ -40,6 +44,7 @@ struct BounceWatcherTests : testing::Test {
     TemporaryFolder folder;
     const std::string mix = folder.path("Mix.wav");
     std::vector<std::string> reported;
+    std::optional<FileIdentity> reportedFolder; ///< Of the latest report.
 };
 
 TEST_F(BounceWatcherTests, MakesOneStreamOverTheFoldersItIsGiven)
@@ -172,6 +177,102 @@ TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)
     platform.dispatch.advance(1400ms);
     EXPECT_THAT(reported, IsEmpty()) << "it has read empty for less than a second";
     platform.dispatch.advance(500ms);
+    EXPECT_THAT(reported, ElementsAre(mix));
+}
+
+TEST_F(BounceWatcherTests, DropsWhatIsNoOrdinaryFileWhenItSettles)
+{
+    const std::string secret = folder.write("elsewhere/id", "secret");
+    const struct {
+        const char* what;
+        std::function<void()> replace;
+        std::size_t reports;
+    } rows[] = {
+        { "a link to a file", [&] { std::filesystem::create_symlink(secret, mix); }, 0 },
+        { "a link to nothing", [&] { std::filesystem::create_symlink("nowhere", mix); }, 0 },
+        { "a folder", [&] { std::filesystem::create_directory(mix); }, 0 },
+        { "a pipe", [&] { ASSERT_EQ(mkfifo(mix.c_str(), S_IRWXU), 0); }, 0 },
+        { "another file", [&] { folder.write("Mix.wav", "other"); }, 1 },
+    };
+    for (const auto& row : rows) {
+        bounce();
+        platform.dispatch.advance(100ms);
+        std::filesystem::remove(mix);
+        row.replace();
+        platform.dispatch.advance(5s);
+        EXPECT_EQ(takeReported().size(), row.reports) << row.what;
+        std::filesystem::remove(mix);
+    }
+}
+
+TEST_F(BounceWatcherTests, ReportsAFileOfTwoSpellingsOnce)
+{
+    const std::string session = folder.makeFolder("disk/Music/Song");
+    std::filesystem::create_symlink(folder.path("disk/Music"), folder.path("Music"));
+    const auto write = [&](const std::string& name, const std::string& content) {
+        folder.write("disk/Music/" + name, content);
+        deliver(folder.path("disk/Music/" + name));
+        deliver(folder.path("Music/" + name));
+        platform.dispatch.advance(3s);
+        return takeReported().size();
+    };
+    EXPECT_EQ(write("Song/Mix.wav", "data"), 1U);
+    EXPECT_EQ(reportedFolder, FileManager::identityOfFolder(session));
+    EXPECT_EQ(write("Song/Mix.wav", "more data"), 1U) << "written again, larger";
+    EXPECT_EQ(write("Song/Mix.wav", "less data"), 0U) << "written again at the same size";
+    EXPECT_EQ(write("Mix.wav", "more data"), 1U) << "another folder";
+
+    deliver(folder.path("Music/Song/Mix.wav"));
+    platform.dispatch.advance(3s);
+    EXPECT_THAT(takeReported(), IsEmpty()) << "told of under the other spelling alone";
+
+    std::filesystem::rename(session, folder.path("disk/Music/Renamed"));
+    std::filesystem::last_write_time(folder.path("disk/Music/Renamed/Mix.wav"), {});
+    deliver(folder.path("disk/Music/Renamed/Mix.wav"));
+    platform.dispatch.advance(3s);
+    EXPECT_EQ(takeReported().size(), 1U) << "written again in a folder that has a new name";
+}
+
+TEST_F(BounceWatcherTests, ADriveThatDoesNotAnswerHoldsUpOnlyItsOwnFiles)
+{
+    const std::string drive = folder.makeFolder("drive");
+    BounceWatcher::shared().update(FileURL(drive), folder.path());
+    for (int i = 0; i < 100; ++i)
+        deliver(
+            folder.write("drive/" + std::to_string(i % 50) + "/" + std::to_string(i) + ".wav", ""));
+    // None of the looks at the drive ends.
+    std::vector<Work> hanging;
+    while (platform.dispatch.utilityWorkCount() > 0)
+        hanging.push_back(platform.dispatch.holdOldestUtilityWork());
+    EXPECT_EQ(hanging.size(), 4U) << "the background threads are not used up";
+
+    bounce();
+    platform.dispatch.advance(1500ms);
+    EXPECT_THAT(takeReported(), ElementsAre(mix)) << "of the other drive, at the fourth check";
+    platform.dispatch.advance(1h);
+    EXPECT_THAT(reported, IsEmpty());
+
+    for (const Work& look : hanging)
+        look();
+    platform.dispatch.advance(1499ms);
+    EXPECT_THAT(reported, IsEmpty()) << "the drive answers, and the waits begin";
+    platform.dispatch.advance(1ms);
+    EXPECT_EQ(takeReported().size(), 100U);
+}
+
+TEST_F(BounceWatcherTests, LooksThatHangDoNotPileUpOverUpdates)
+{
+    std::vector<Work> hanging;
+    for (int i = 0; i < 10; ++i) {
+        watch();
+        bounce();
+        platform.dispatch.settleMainQueue();
+        while (platform.dispatch.utilityWorkCount() > 0)
+            hanging.push_back(platform.dispatch.holdOldestUtilityWork());
+    }
+    EXPECT_EQ(hanging.size(), 1U);
+    hanging.front()();
+    platform.dispatch.advance(2s);
     EXPECT_THAT(reported, ElementsAre(mix));
 }
 

@@ -50,6 +50,8 @@ public:
     [[nodiscard]] Work holdOldestUtilityWork() { return takeFront(utilityQueue); }
     void runOldestUtilityWork() { holdOldestUtilityWork()(); }
 
+    [[nodiscard]] std::size_t utilityWorkCount() const { return utilityQueue.size(); }
+
     [[nodiscard]] std::size_t timerCount() const { return timers; }
 
 private:

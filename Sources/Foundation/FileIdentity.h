@@ -1,0 +1,17 @@
+#pragma once
+
+#include <compare>
+#include <cstdint>
+
+namespace stemvault {
+
+/// Which item on disk a path leads to, however the path is spelled. Unique for as long as the item
+/// exists; a later one may get the same numbers.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+
+    auto operator<=>(const FileIdentity&) const = default;
+};
+
+} // namespace stemvault

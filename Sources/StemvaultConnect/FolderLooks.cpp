@@ -1,0 +1,80 @@
+#include "StemvaultConnect/FolderLooks.h"
+
+#include "Platform/Platform.h"
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// With two roots, a quarter of the background threads may hang and the rest go on.
+constexpr std::size_t mostBelowOneRoot = 4;
+
+} // namespace
+
+FolderLooks::FolderLooks() = default;
+FolderLooks::~FolderLooks() = default;
+
+void FolderLooks::ask(const std::string& root, const std::string& folder, Look look)
+{
+    Folder& asked = folders[folder];
+    asked.waiting.push_back(std::move(look));
+    if (asked.isUnderWay || asked.waiting.size() > 1)
+        return;
+    roots[root].ready.push_back(folder);
+    beginNext(root);
+}
+
+void FolderLooks::dropWaiting()
+{
+    for (auto& [path, root] : roots)
+        root.ready.clear();
+    for (auto& [path, folder] : folders)
+        folder.waiting.clear();
+    std::erase_if(folders, [](const auto& entry) { return !entry.second.isUnderWay; });
+    std::erase_if(roots, [](const auto& entry) { return entry.second.underWay == 0; });
+}
+
+void FolderLooks::beginNext(const std::string& path)
+{
+    Root& root = roots[path];
+    while (root.underWay < mostBelowOneRoot && !root.ready.empty()) {
+        ++root.underWay;
+        begin(path, std::exchange(root.ready.front(), {}));
+        root.ready.pop_front();
+    }
+    if (root.underWay == 0)
+        roots.erase(path);
+}
+
+void FolderLooks::begin(const std::string& root, const std::string& path)
+{
+    Folder& folder = folders[path];
+    folder.isUnderWay = true;
+    Look look = std::move(folder.waiting.front());
+    folder.waiting.pop_front();
+
+    const auto ended = alive.guard([this, root, path](const Work& answer) {
+        end(root, path);
+        answer();
+    });
+    Dispatch& dispatch = Platform::current().dispatch;
+    dispatch.utilityAsync([&dispatch, look = std::move(look), ended] {
+        dispatch.mainAsync([ended, answer = look()] { ended(answer); });
+    });
+}
+
+void FolderLooks::end(const std::string& root, const std::string& path)
+{
+    const auto folder = folders.find(path);
+    folder->second.isUnderWay = false;
+    --roots[root].underWay;
+    if (folder->second.waiting.empty())
+        folders.erase(folder);
+    else
+        roots[root].ready.push_back(path);
+    beginNext(root);
+}
+
+} // namespace stemvault
