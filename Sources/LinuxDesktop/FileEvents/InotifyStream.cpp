@@ -3,8 +3,9 @@
 #include "Foundation/FileDescriptor.h"
 
 #include <atomic>
+#include <condition_variable>
 #include <csignal>
-#include <poll.h>
+#include <mutex>
 #include <pthread.h>
 #include <sys/eventfd.h>
 #include <system_error>
@@ -18,7 +19,39 @@ namespace {
 /// The kernel takes its time to free a descriptor's watches, and a user has 128 descriptors. A
 /// stream that begins while this many others are still ending waits for one of them.
 constexpr int mostEnding = 8;
-std::atomic<int> ending { 0 };
+
+class EndingStreams {
+public:
+    /// Returns when few enough others are ending, or when `mustEnd` was set and `notify` called.
+    void awaitTurn(const std::atomic<bool>& mustEnd)
+    {
+        std::unique_lock lock(mutex);
+        changed.wait(lock, [&] { return mustEnd || count < mostEnding; });
+    }
+
+    void add(int difference)
+    {
+        {
+            const std::lock_guard lock(mutex);
+            count += difference;
+        }
+        changed.notify_all();
+    }
+
+    void notify() { add(0); }
+
+    /// Never destroyed: a stream's thread may outlive the end of main by a moment.
+    [[nodiscard]] static EndingStreams& all()
+    {
+        static EndingStreams& streams = *new EndingStreams;
+        return streams;
+    }
+
+private:
+    std::mutex mutex;
+    std::condition_variable changed;
+    int count = 0;
+};
 
 /// Signals are the main thread's business.
 class SignalsBlocked {
@@ -59,26 +92,20 @@ struct InotifyStream::Shared {
     {
         mustEnd = true;
         eventfd_write(wakeUp.get(), 1);
-    }
-
-    void awaitTurn()
-    {
-        pollfd awaiting { wakeUp.get(), POLLIN, 0 };
-        while (!mustEnd && ending >= mostEnding)
-            poll(&awaiting, 1, 5);
+        EndingStreams::all().notify();
     }
 
     void run()
     {
-        awaitTurn();
+        EndingStreams::all().awaitTurn(mustEnd);
         if (mustEnd)
             return;
         {
             StreamWorker worker(options, calls, began, mustEnd, wakeUp.get());
             worker.run(deliver, ready);
-            ++ending;
+            EndingStreams::all().add(1);
         }
-        --ending;
+        EndingStreams::all().add(-1);
     }
 };
 
