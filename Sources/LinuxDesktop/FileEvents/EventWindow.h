@@ -44,8 +44,6 @@ public:
     std::size_t add(std::string_view path, std::uint32_t flags, More more, Time now);
     void addTo(std::size_t entry, std::uint32_t flags, More more);
 
-    [[nodiscard]] bool isEmpty() const { return entries.empty(); }
-
     /// The flags gathered for a path so far; 0 if there is none.
     [[nodiscard]] std::uint32_t flagsOf(std::string_view path) const;
     [[nodiscard]] std::uint32_t flagsOf(std::size_t entry) const { return entries[entry].flags; }

@@ -1,6 +1,5 @@
 #include "LinuxDesktop/FileEvents/PathGuard.h"
 
-#include "Foundation/PathText.h"
 #include "Platform/FileEvents.h"
 
 #include <algorithm>

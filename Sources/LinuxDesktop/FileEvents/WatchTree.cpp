@@ -50,13 +50,6 @@ bool WatchTree::isWithin(NodeId node, NodeId ancestor) const
     return node == ancestor;
 }
 
-NodeId WatchTree::top(NodeId node) const
-{
-    while (nodes[node].parent != noNode)
-        node = nodes[node].parent;
-    return node;
-}
-
 bool WatchTree::path(NodeId node, Spelling spelling, std::string& path) const
 {
     std::size_t size = 0;

@@ -42,8 +42,6 @@ public:
     /// Valid until the next node is added.
     [[nodiscard]] std::string_view name(NodeId node) const { return names.at(nodes[node].name); }
 
-    /// The node without a parent above a node: a root, or one that was detached.
-    [[nodiscard]] NodeId top(NodeId node) const;
     /// False, and `path` is left as it is, while the node is below a detached one.
     bool path(NodeId node, Spelling spelling, std::string& path) const;
 
