@@ -26,6 +26,7 @@ struct Departure {
     NodeRef displacerParent {}; ///< Where the one came from that has taken its place.
     std::string displacerName {};
     bool isUnmet = false; ///< A folder that left before it was watched.
+    bool isBeingWritten = false; ///< A file that was written and not closed yet.
 };
 
 /// The second half of a rename follows the first at once, but perhaps in the next read. Until its

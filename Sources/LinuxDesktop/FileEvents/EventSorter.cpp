@@ -1,5 +1,6 @@
 #include "LinuxDesktop/FileEvents/EventSorter.h"
 
+#include <cerrno>
 #include <utility>
 
 namespace stemvault {
@@ -43,31 +44,74 @@ void EventSorter::sortFile(NodeId folder, const InotifyEvent& event)
     if (event.has(IN_CREATE))
         state.reporter.report(folder, event.name, ItemCreated, More::Expected);
     else if (event.has(IN_MODIFY))
-        state.reporter.report(folder, event.name, ItemModified | ItemIsFile, More::Unsaid);
+        fileModified(folder, event);
     else if (event.has(IN_CLOSE_WRITE))
-        closed(folder, event);
+        fileClosed(folder, event);
+    else if (event.has(IN_ATTRIB))
+        state.writes.account(file(folder, event.name), state.readAt);
     else if (event.has(IN_DELETE))
-        state.reporter.report(folder, event.name, ItemRemoved, More::Done);
+        fileRemoved(folder, event);
     else if (event.has(IN_MOVED_TO))
         fileArrived(folder, event);
     else if (event.has(IN_MOVED_FROM))
-        state.departures.add(
-            { event.cookie, state.reporter.path(folder, event.name).value_or(std::string()), 0, {},
-                {}, {}, std::chrono::steady_clock::now() + Departures::patience });
+        fileLeft(folder, event);
 }
 
-/// Writing through a mapping raises no event but this one; so does opening a file for writing and
-/// closing it again untouched. A write leaves both times of the file equal, while one that was put
-/// in place with an older time of its own keeps that: it was moved here, not recorded.
-void EventSorter::closed(NodeId folder, const InotifyEvent& event)
+void EventSorter::fileModified(NodeId folder, const InotifyEvent& event)
+{
+    if (state.reporter.flagsOf(folder, event.name) == 0 && isOnlyDated(folder, event.name))
+        return state.writes.account(file(folder, event.name), state.readAt);
+    state.writes.noteWrite(file(folder, event.name));
+    state.reporter.report(folder, event.name, ItemModified | ItemIsFile, More::Unsaid);
+}
+
+/// A file counts as written when it is closed, if it
+/// - was written since it was closed last, under this name or, in watched folders, another one;
+/// - or was written through a mapping, which raises no event but this.
+/// One that was opened for writing and left alone raises the same event. So does one that was
+/// touched, and one that was renamed into place and then opened.
+void EventSorter::fileClosed(NodeId folder, const InotifyEvent& event)
 {
     const std::uint32_t flags = state.reporter.flagsOf(folder, event.name);
-    if ((flags & (ItemCreated | ItemModified)) == 0) {
-        const auto status = fileStatus(resolvedPath(folder, event.name));
-        if (!status || status->modified != status->changed)
-            return;
-    }
-    state.reporter.report(folder, event.name, ItemModified | ItemIsFile, More::Done);
+    const bool isWritten = state.writes.takeWrite(file(folder, event.name))
+        || (flags & (ItemCreated | ItemModified)) != 0 || isWrittenUnnoticed(folder, event.name);
+    state.writes.account(file(folder, event.name), state.readAt);
+    if (isWritten)
+        state.reporter.report(folder, event.name, ItemModified | ItemIsFile, More::Done);
+}
+
+/// Setting only the time of modification raises the event of a write. A time that is older than the
+/// event, and than the last change of the file's own data, was set by hand.
+bool EventSorter::isOnlyDated(NodeId folder, std::string_view name) const
+{
+    const auto status = statusOf(folder, name);
+    return status && status->changed - status->modified > std::chrono::seconds(2)
+        && status->modified < state.watchedUntil;
+}
+
+/// A write leaves both times of the file equal. A rename or a date set by hand does not, unless it
+/// happens in the same tick of the clock, and then its own event accounts for that time.
+bool EventSorter::isWrittenUnnoticed(NodeId folder, std::string_view name) const
+{
+    const auto status = statusOf(folder, name);
+    return status && status->modified == status->changed && status->isModifiedSince(state.began)
+        && status->modified > state.writes.accountedUntil(file(folder, name));
+}
+
+void EventSorter::fileLeft(NodeId folder, const InotifyEvent& event)
+{
+    Departure departure;
+    departure.cookie = event.cookie;
+    departure.formerPath = state.reporter.path(folder, event.name).value_or(std::string());
+    departure.deadline = std::chrono::steady_clock::now() + Departures::patience;
+    departure.isBeingWritten = state.writes.takeWrite(file(folder, event.name));
+    state.departures.add(std::move(departure));
+}
+
+void EventSorter::fileRemoved(NodeId folder, const InotifyEvent& event)
+{
+    state.writes.takeWrite(file(folder, event.name));
+    state.reporter.report(folder, event.name, ItemRemoved, More::Done);
 }
 
 void EventSorter::sortFolder(NodeId folder, const InotifyEvent& event)
@@ -113,8 +157,14 @@ void EventSorter::folderRemoved(NodeId parent, std::string_view name)
 
 void EventSorter::fileArrived(NodeId folder, const InotifyEvent& event)
 {
-    const auto status = fileStatus(resolvedPath(folder, event.name));
+    const auto status = statusOf(folder, event.name);
     const std::optional<Departure> departure = state.departures.take(event.cookie);
+    // What had the name before is gone, with whatever was known of it.
+    state.writes.takeWrite(file(folder, event.name));
+    if (departure && departure->isBeingWritten)
+        state.writes.noteWrite(file(folder, event.name));
+    else
+        state.writes.account(file(folder, event.name), state.readAt);
     reportMove(departure, folder, event.name, status ? status->kind() : ItemIsFile);
 }
 
@@ -140,13 +190,13 @@ void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
     if (placement != Placement::Fresh && placement != Placement::Replaced)
         return;
     state.tree.clearWatch(node);
-    walker.enqueue(node, Visit::Arrived,
-        arrivalTime(fileStatus(resolvedPath(parent, event.name)), state.arrivalBound));
+    walker.enqueue(
+        node, Visit::Arrived, arrivalTime(statusOf(parent, event.name), state.arrivalBound));
 }
 
 void EventSorter::meet(NodeId parent, std::string_view name)
 {
-    const FileTime since = arrivalTime(fileStatus(resolvedPath(parent, name)), state.arrivalBound);
+    const FileTime since = arrivalTime(statusOf(parent, name), state.arrivalBound);
     walker.enqueue(state.tree.add(parent, name), Visit::Arrived, since);
 }
 
@@ -156,8 +206,7 @@ void EventSorter::put(Departure& departure, NodeId parent, std::string_view name
     const NodeId node = departure.node.id;
     state.tree.attach(node, parent, name);
     const int watch = state.tree.watch(node);
-    const int found =
-        watch < 0 ? watch : state.inotify.watch(resolvedPath(parent, name), WatchState::folderMask);
+    const int found = watch < 0 ? watch : watchOf(parent, name);
     if ((watch < 0 || found != watch) && changePlaces(departure, parent, name))
         return;
     if (found >= 0 && found != watch) {
@@ -244,21 +293,32 @@ bool EventSorter::takeBack(const Departure& departure)
     const NodeId parent = departure.formerParent.id;
     if (parent == noNode || !state.tree.isCurrent(departure.formerParent)
         || state.tree.child(parent, departure.formerName) != noNode || state.tree.watch(node) < 0
-        || !walker.placer().isAt(
-            resolvedPath(parent, departure.formerName), state.tree.watch(node)))
+        || watchOf(parent, departure.formerName) != state.tree.watch(node))
         return false;
     state.tree.attach(node, parent, departure.formerName);
     state.reporter.retryDeferred();
     return true;
 }
 
-/// A path that leads nowhere while the folder is on the move.
-std::string EventSorter::resolvedPath(NodeId folder, std::string_view name) const
+/// Absent while the folder is on the move.
+std::optional<std::string> EventSorter::resolvedPath(NodeId folder, std::string_view name) const
 {
     std::string path;
     if (!state.tree.path(folder, WatchTree::Spelling::Resolved, path))
-        return "/proc/self/nowhere";
+        return std::nullopt;
     return path.append("/").append(name);
+}
+
+int EventSorter::watchOf(NodeId folder, std::string_view name) const
+{
+    const std::optional<std::string> path = resolvedPath(folder, name);
+    return path ? state.inotify.watch(*path, WatchState::folderMask) : -ENOENT;
+}
+
+std::optional<FileStatus> EventSorter::statusOf(NodeId folder, std::string_view name) const
+{
+    const std::optional<std::string> path = resolvedPath(folder, name);
+    return path ? fileStatus(*path) : std::nullopt;
 }
 
 } // namespace stemvault

@@ -27,9 +27,12 @@ private:
     void sortAt(NodeId folder, const InotifyEvent& event);
     void sortFile(NodeId folder, const InotifyEvent& event);
     void sortFolder(NodeId folder, const InotifyEvent& event);
-    void closed(NodeId folder, const InotifyEvent& event);
+    void fileModified(NodeId folder, const InotifyEvent& event);
+    void fileClosed(NodeId folder, const InotifyEvent& event);
+    void fileLeft(NodeId folder, const InotifyEvent& event);
     void folderCreated(NodeId parent, std::string_view name);
     void folderRemoved(NodeId parent, std::string_view name);
+    void fileRemoved(NodeId folder, const InotifyEvent& event);
     void fileArrived(NodeId folder, const InotifyEvent& event);
     void folderArrived(NodeId parent, const InotifyEvent& event);
     void meet(NodeId parent, std::string_view name);
@@ -40,7 +43,17 @@ private:
     void watchEnded(int watch);
     void lookAtFormerPlace(const Departure& departure);
     bool takeBack(const Departure& departure);
-    [[nodiscard]] std::string resolvedPath(NodeId folder, std::string_view name) const;
+    [[nodiscard]] bool isOnlyDated(NodeId folder, std::string_view name) const;
+    [[nodiscard]] bool isWrittenUnnoticed(NodeId folder, std::string_view name) const;
+    [[nodiscard]] RecentWrites::File file(NodeId folder, std::string_view name) const
+    {
+        return RecentWrites::file(state.tree.ref(folder), name);
+    }
+    [[nodiscard]] std::optional<std::string> resolvedPath(
+        NodeId folder, std::string_view name) const;
+    /// The watch of the folder that bears a name now, or a negative errno.
+    [[nodiscard]] int watchOf(NodeId folder, std::string_view name) const;
+    [[nodiscard]] std::optional<FileStatus> statusOf(NodeId folder, std::string_view name) const;
 
     WatchState& state;
     TreeWalker& walker;

@@ -71,6 +71,11 @@ std::uint32_t FileStatus::kind() const
     return S_ISLNK(mode) ? FileEventFlag::ItemIsSymlink : 0;
 }
 
+bool FileStatus::isModifiedSince(FileTime since) const
+{
+    return isSince(modified, since);
+}
+
 std::uint32_t FileStatus::changesSince(FileTime since) const
 {
     if (!isSince(changed, since))
@@ -78,7 +83,7 @@ std::uint32_t FileStatus::changesSince(FileTime since) const
     if (!born || isSince(*born, since))
         return FileEventFlag::ItemCreated | kind();
     // A folder's own time changes with the names in it, which are reported themselves.
-    if (isSince(modified, since))
+    if (isModifiedSince(since))
         return S_ISDIR(mode) ? 0 : FileEventFlag::ItemModified | kind();
     // Neither new nor written: it came by a rename, and a move is not a recording.
     return FileEventFlag::ItemRenamed | kind();

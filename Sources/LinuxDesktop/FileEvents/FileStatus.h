@@ -30,6 +30,8 @@ struct FileStatus {
     /// The bit of FileEventFlag that says what it is; 0 for pipes and the like.
     [[nodiscard]] std::uint32_t kind() const;
 
+    [[nodiscard]] bool isModifiedSince(FileTime since) const;
+
     /// What the flags of an item must say that is met in a listing in place of events nobody saw;
     /// 0 when it has not changed since.
     [[nodiscard]] std::uint32_t changesSince(FileTime since) const;

@@ -43,7 +43,7 @@ StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, Fi
 
 void StreamWorker::run(const Deliver& deliver, const Ready& ready)
 {
-    state.watchedUntil = state.arrivalBound = mountsKnownUntil = began - clockGrain;
+    state.began = state.watchedUntil = state.arrivalBound = mountsKnownUntil = began - clockGrain;
     state.inotify.open();
     roots.start(state.watchedUntil);
     while (!state.mustEnd && !walker.isIdle())
@@ -78,6 +78,7 @@ bool StreamWorker::drain()
             return true;
         }
         hasReadEvents = true;
+        state.readAt = wallClock();
         sortAll(events);
     }
     return false;
@@ -86,8 +87,10 @@ bool StreamWorker::drain()
 void StreamWorker::sortAll(std::span<const std::byte> events)
 {
     while (const std::optional<InotifyEvent> event = takeInotifyEvent(events)) {
-        if (event->has(IN_Q_OVERFLOW))
+        if (event->has(IN_Q_OVERFLOW)) {
             lostSince = std::min(lostSince.value_or(state.watchedUntil), state.watchedUntil);
+            state.writes.clear();
+        }
         // At once, for what follows may have happened in a folder that is no root any more.
         if (roots.notice(*event))
             roots.recheck();

@@ -106,7 +106,8 @@ void TreeWalker::visit(Job job)
         polledFolders.add(node, PolledFolders::Reason::NoWatch);
         return visitFolder(node, job);
     case Placement::Unreadable:
-        return waitUntilReadable(node, job.since);
+        unreadable.emplace_back(state.tree.ref(node), job.since);
+        break;
     case Placement::Gone:
         return leave(node, job);
     case Placement::Loop:
@@ -134,14 +135,6 @@ void TreeWalker::visitFolder(NodeId node, Job job)
     const bool hasNewNames = status->modified >= job.since;
     if (hasNewNames || !traits.countsFolders || status->links != 2)
         list(node, job, hasNewNames);
-}
-
-void TreeWalker::waitUntilReadable(NodeId node, FileTime since)
-{
-    const NodeId parent = state.tree.parent(node);
-    unreadable.emplace_back(state.tree.ref(node), since);
-    if (parent != noNode && state.tree.path(parent, WatchTree::Spelling::Resolved, path))
-        (void)state.inotify.watch(path, WatchState::folderMask | IN_ATTRIB);
 }
 
 void TreeWalker::retryUnreadable(NodeId parent)
@@ -184,6 +177,10 @@ void TreeWalker::meet(
             return;
         kind = status->kind();
         flags = status->changesSince(job.since);
+        // What is not reported now was written elsewhere, or before.
+        if (kind == FileEventFlag::ItemIsFile && status->isModifiedSince(state.began))
+            state.writes.account(
+                RecentWrites::file(state.tree.ref(node), entry.name), status->modified);
     }
     if (kind == FileEventFlag::ItemIsDir)
         meetFolder(node, entry.name, flags, job);

@@ -64,7 +64,6 @@ private:
     void visitVacated(Visit visit, FileTime since);
     void visit(Job job);
     void visitFolder(NodeId node, Job job);
-    void waitUntilReadable(NodeId node, FileTime since);
     void list(NodeId node, const Job& job, bool areItemsReported);
     void meet(
         NodeId node, int folder, const DirectoryEntry& entry, const Job& job, bool isReported);
@@ -83,7 +82,7 @@ private:
     std::optional<FileTime> lostSince;
     std::string path;
     std::map<std::uint64_t, Device> devices;
-    std::vector<std::pair<NodeRef, FileTime>> unreadable;
+    std::vector<std::pair<NodeRef, FileTime>> unreadable; ///< Until their attributes change.
     PolledFolders polledFolders;
 };
 

@@ -5,6 +5,7 @@
 #include "LinuxDesktop/FileEvents/EventWindow.h"
 #include "LinuxDesktop/FileEvents/FileStatus.h"
 #include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/RecentWrites.h"
 #include "LinuxDesktop/FileEvents/StreamOptions.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
 #include "Platform/FileEvents.h"
@@ -30,7 +31,7 @@ struct WatchState {
     }
 
     /// Every mask is added to what the watch has already, for one inode may serve several ends.
-    static constexpr std::uint32_t folderMask = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE
+    static constexpr std::uint32_t folderMask = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB
         | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
 
     /// How often to look at what the kernel does not tell.
@@ -44,6 +45,11 @@ struct WatchState {
     Departures departures;
     /// Nodes for whatever stands now where a folder was before it was found elsewhere.
     std::vector<NodeRef> vacated;
+    RecentWrites writes;
+    /// When the stream began, less the clock's grain.
+    FileTime began;
+    /// When the events that are being sorted were read.
+    FileTime readAt;
     /// Whatever happened before this moment has been read.
     FileTime watchedUntil;
     /// What arrives now was not there yet at this moment: as a rule much later than the above.

@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -146,7 +147,10 @@ private:
         bool isFolder;
         int file; ///< The same for all names of one file.
         int written; ///< In which round, wherever it was then.
-        std::set<std::string> owed; ///< Under one of these it must be reported, unless empty.
+        std::set<std::string> owed {}; ///< Under one of these it must be reported, unless empty.
+        int dated = 0; ///< In which round its times were set without a write.
+        int met = 0; ///< In which round it was last renamed, closed or dated.
+        bool isMapped = false; ///< What is owed was written through a mapping.
     };
     /// By path. What is taken out has the rest of the path for a key.
     using Items = std::map<std::string, Item>;
@@ -162,7 +166,7 @@ private:
     {
         if (mkdir(real(target).c_str(), 0700) != 0)
             return false;
-        disk[target] = { true, ++files, 0, {} };
+        disk[target] = { true, ++files, 0 };
         written[target] = round; // Flags add up, also with those of a file that bore the name.
         return true;
     }
@@ -174,15 +178,63 @@ private:
         if (!file || ::write(file.get(), "x", 1) != 1)
             return false;
         const int number =
-            disk.try_emplace(target, Item { false, ++files, round, {} }).first->second.file;
-        for (auto& [other, item] : disk)
-            if (item.file == number) {
-                item.written = round;
-                written[other] = round;
-            }
+            disk.try_emplace(target, Item { false, ++files, round }).first->second.file;
+        noteWrite(number);
         if (isWatched(target))
             disk[target].owed = { target };
+        disk[target].isMapped = false;
         return true;
+    }
+
+    bool writeThroughMapping(const std::string& item, const std::string&)
+    {
+        // Others do not see the time change before the memory is written back.
+        if (way == Way::Polled || !is(item, false))
+            return false;
+        const FileDescriptor file(open(real(item).c_str(), O_RDWR | O_CLOEXEC));
+        void* const bytes = mmap(nullptr, 1, PROT_WRITE, MAP_SHARED, file.get(), 0);
+        if (bytes == MAP_FAILED)
+            return false;
+        ++*static_cast<char*>(bytes);
+        munmap(bytes, 1);
+        // The time of the write tells it from what was done to the file before, unless that is read
+        // only afterwards.
+        const bool isAlone = disk[item].met != round;
+        noteWrite(disk[item].file);
+        if (isAlone && isSteady(item)) {
+            disk[item].owed = { item };
+            disk[item].isMapped = true;
+        }
+        return true;
+    }
+
+    bool openAndClose(const std::string& item, const std::string&)
+    {
+        if (!is(item, false))
+            return false;
+        // What was written by another name is noticed now.
+        if (linked.contains(disk[item].file))
+            written[item] = round;
+        disk[item].met = round;
+        return FileDescriptor(open(real(item).c_str(), O_RDWR | O_CLOEXEC)).isOpen();
+    }
+
+    bool touch(const std::string& item, const std::string&) { return setTimes(item, nullptr); }
+
+    bool setDate(const std::string& item, const std::string&)
+    {
+        const timespec longAgo[] = { { 981'173'106, 0 }, { 981'173'106, 0 } };
+        if (!setTimes(item, longAgo))
+            return false;
+        for (auto& [other, name] : disk)
+            if (name.file == disk[item].file)
+                name.owed.clear();
+        return true;
+    }
+
+    bool changeMode(const std::string& item, const std::string&)
+    {
+        return is(item, false) && chmod(real(item).c_str(), 0600) == 0;
     }
 
     bool append(const std::string& item, const std::string&)
@@ -227,6 +279,7 @@ private:
         if (way == Way::Polled || !is(item, false)
             || ::link(real(item).c_str(), real(target).c_str()) != 0)
             return false;
+        linked.insert(disk[item].file);
         disk[target] = disk[item];
         // A listing cannot tell a link to an old file from an old file that was moved here.
         disk[target].owed = isSteady(target) ? std::set { target } : std::set<std::string> {};
@@ -244,7 +297,8 @@ private:
         // Where a folder is listed, a copy made meanwhile looks like a recording.
         if (!isSteady(target) || isFresh(disk[item].written))
             written[target] = round;
-        disk[target] = { false, ++files, round, {} };
+        disk[target] = { false, ++files, round };
+        disk[target].met = round;
         return true;
     }
 
@@ -261,6 +315,33 @@ private:
     {
         const auto found = disk.find(path);
         return found != disk.end() && found->second.isFolder == isFolder;
+    }
+
+    void noteWrite(int number)
+    {
+        for (auto& [path, item] : disk)
+            if (item.file == number) {
+                item.written = item.met = round;
+                written[path] = round;
+            }
+    }
+
+    bool setTimes(const std::string& path, const timespec* times)
+    {
+        if (!is(path, false))
+            return false;
+        const FileDescriptor file(open(real(path).c_str(), O_WRONLY | O_CLOEXEC));
+        if (futimens(file.get(), times) != 0)
+            return false;
+        const int number = disk[path].file;
+        for (auto& [other, item] : disk)
+            if (item.file == number) {
+                item.dated = item.met = round;
+                // A listing cannot tell it from a write.
+                if (!isSteady(other))
+                    written[other] = round;
+            }
+        return true;
     }
 
     /// A tenth of a second, which is what the stream may look back.
@@ -293,13 +374,14 @@ private:
         return taken;
     }
 
-    /// A move out of a folder that is not watched yet looks like one from elsewhere.
+    /// A move out of a folder that is not watched yet looks like one from elsewhere. Only at its
+    /// path do the times of a file show that it was written through a mapping.
     Items takeFrom(const std::string& path)
     {
         const bool isLeft = isSteady(path) || way == Way::Overflow;
         Items taken = take(path);
         for (auto& [rest, item] : taken)
-            if (!isLeft || holdsRoot(path))
+            if (!isLeft || holdsRoot(path) || item.isMapped)
                 item.owed.clear();
         return taken;
     }
@@ -316,8 +398,10 @@ private:
                 moved.owed.clear();
             else if (!moved.owed.empty())
                 moved.owed.insert(path);
-            if (isFresh(moved.written) || way == Way::Polled)
+            const bool isUnclear = isFresh(moved.dated) && !isSteady(path);
+            if (isFresh(moved.written) || isUnclear || way == Way::Polled)
                 written[path] = round;
+            moved.met = round;
             disk[path] = moved;
         }
     }
@@ -328,20 +412,26 @@ private:
     int round = 1;
     std::map<std::string, int> written; ///< When by which path.
     std::set<std::string> steady; ///< Folders watched all through this round.
+    std::set<int> linked; ///< Files that have or had several names.
     bool isOver = false;
     int files = 0;
 };
 
 const Model::Kind Model::kinds[] = {
-    { 18, "make folder", &Model::makeFolder },
-    { 22, "write", &Model::write },
-    { 16, "append", &Model::append },
-    { 20, "rename", &Model::rename },
+    { 16, "make folder", &Model::makeFolder },
+    { 20, "write", &Model::write },
+    { 12, "append", &Model::append },
+    { 18, "rename", &Model::rename },
     { 4, "exchange", &Model::exchange },
-    { 11, "remove", &Model::remove },
+    { 10, "remove", &Model::remove },
     { 3, "link", &Model::link },
     { 3, "copy as we do", &Model::copyAsWeDo },
     { 3, "overflow", &Model::overflow },
+    { 3, "write through a mapping", &Model::writeThroughMapping },
+    { 3, "open and close", &Model::openAndClose },
+    { 2, "touch", &Model::touch },
+    { 2, "set the date", &Model::setDate },
+    { 1, "change the mode", &Model::changeMode },
 };
 
 using Operations = std::vector<Operation>;

@@ -119,12 +119,31 @@ Step exchange(const char* one, const char* other)
     };
 }
 
-void writeThroughMapping(StreamStage& stage)
+/// Writes a file through a mapping, or only opens it for that, and closes it.
+Step mapped(const char* name, bool isWritten)
 {
-    const FileDescriptor file(open(stage.path("root/f").c_str(), O_RDWR | O_CLOEXEC));
-    void* const bytes = mmap(nullptr, 4096, PROT_WRITE, MAP_SHARED, file.get(), 0);
-    static_cast<char*>(bytes)[0] = 'x';
-    munmap(bytes, 4096);
+    return [=](StreamStage& stage) {
+        const FileDescriptor file(open(stage.path(name).c_str(), O_RDWR | O_CLOEXEC));
+        void* const bytes = mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+        if (isWritten)
+            static_cast<char*>(bytes)[0] = 'x';
+        munmap(bytes, 4096);
+    };
+}
+
+enum class Closed { AtOnce, Later };
+
+/// Writes the beginning of a file, renames it while it is open, and closes it as it is.
+Step renamedWhileOpen(const char* from, const char* to, Closed closed)
+{
+    return [=](StreamStage& stage) {
+        const FileDescriptor file(
+            open(stage.path(from).c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+        EXPECT_EQ(write(file.get(), "RIFF", 4), 4);
+        EXPECT_EQ(rename(stage.path(from).c_str(), stage.path(to).c_str()), 0);
+        if (closed == Closed::Later)
+            age(stage, 200ms);
+    };
 }
 
 void linkUnnamedFile(StreamStage& stage)
@@ -167,7 +186,7 @@ Step noDescriptors(bool areNone)
     return [=](StreamStage& stage) { stage.calls().noDescriptors = areNone; };
 }
 
-/// Sets off what was done before from a folder that arrives later.
+/// Sets off what was done before from what follows.
 void longAgo(StreamStage& stage)
 {
     age(stage, 150ms);
@@ -180,8 +199,38 @@ const std::vector<Scenario> scenarios = {
     // What happens to a file.
     { "KindsOfItems", { sh("mkdir root") }, { sh("mkdir root/d; ln -s d root/l; mkfifo root/p") },
         { { "CO", "root/d" }, { "CL", "root/l" }, { "C", "root/p" } } },
-    { "WrittenThroughMapping", { sh("mkdir root; truncate -s 4096 root/f") },
-        { writeThroughMapping }, { { "MF", "root/f" } } },
+    { "NotWritten", { sh("mkdir root out; for f in 1 2 3 4 5 6 7; do echo > root/$f; done") },
+        {
+            sh("exec 3<> root/1; read -r x <&3"), // Opened for writing, as taggers do.
+            sh("touch root/2"),
+            sh("touch -d 2001-02-03 root/3; touch -m -d 2001-02-03 root/4"),
+            sh("chmod 600 root/5"),
+            mapped("root/6", false),
+            sh("mv root/7 root/8; exec 3<> root/8"),
+        },
+        { { "RF", "root/7" }, { "RF", "root/8" } } },
+    { "TouchedAndOpenedLater", { sh("mkdir root; echo > root/1; echo > root/2") },
+        { sh("touch root/1 root/2"), sync, longAgo, sh("exec 3<> root/1; mv root/2 root/3"), sync,
+            sh("exec 3<> root/3") },
+        { { "RF", "root/2" }, { "RF", "root/3" } } },
+    { "WrittenThroughMapping", { sh("mkdir root; truncate -s 4096 root/f root/g") },
+        { mapped("root/f", true), sh("touch root/g"), sync, longAgo, mapped("root/g", true) },
+        { { "MF", "root/f" }, { "MF", "root/g" } } },
+    { "WrittenInOtherWays", { sh("mkdir root; for f in 1 2 3; do echo old > root/$f; done") },
+        { sh("truncate -s 2 root/1"), sh("touch -d 2001-02-03 root/2; echo new > root/2"),
+            sh(": > root/3") },
+        { { "MF", "root/1" }, { "MF", "root/2" }, { "MF", "root/3" } } },
+    // A file that is written in a watched folder and renamed meanwhile is complete when it is
+    // closed, under its last name. One that was written elsewhere was moved here.
+    { "RenamedWhileWritten", { sh("mkdir root out") },
+        { renamedWhileOpen("root/1.tmp", "root/1", Closed::AtOnce),
+            renamedWhileOpen("root/2.tmp", "root/2", Closed::Later) },
+        { { "CmRF", "root/1.tmp" }, { "RMF", "root/1" }, { "CmRF", "root/2.tmp" },
+            { "RMF", "root/2" } } },
+    { "MovedInWhileWritten", { sh("mkdir root out") },
+        { renamedWhileOpen("out/1", "root/1", Closed::AtOnce),
+            renamedWhileOpen("out/2", "root/2", Closed::Later) },
+        { { "RF", "root/1" }, { "RF", "root/2" } } },
     { "UnnamedFileLinked", { sh("mkdir root") }, { linkUnnamedFile }, { { "CF", "root/f" } } },
     { "LinksAreNotEntered", { sh("mkdir root out; ln -s ../out root/l; ln -s . root/loop") },
         { sh("echo > out/f; echo > root/g") }, { { "CMF", "root/g" } } },

@@ -1,0 +1,63 @@
+#include "LinuxDesktop/FileEvents/RecentWrites.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace stemvault {
+
+namespace {
+
+constexpr std::size_t mostUnclosed = 256;
+constexpr std::size_t mostAccounts = 1024;
+
+} // namespace
+
+RecentWrites::File RecentWrites::file(NodeRef folder, std::string_view name)
+{
+    const std::uint64_t place = (std::uint64_t { folder.age } << 32U) | folder.id;
+    return std::hash<std::string_view> {}(name) ^ (place * 0x9E3779B97F4A7C15U);
+}
+
+void RecentWrites::noteWrite(File file)
+{
+    if (std::find(unclosed.begin(), unclosed.end(), file) != unclosed.end())
+        return;
+    // Truncating a file by its path is a write that no close follows, so some never leave.
+    if (unclosed.size() == mostUnclosed)
+        unclosed.erase(unclosed.begin());
+    unclosed.push_back(file);
+}
+
+bool RecentWrites::takeWrite(File file)
+{
+    const auto found = std::find(unclosed.rbegin(), unclosed.rend(), file);
+    if (found == unclosed.rend())
+        return false;
+    unclosed.erase(std::next(found).base());
+    return true;
+}
+
+void RecentWrites::account(File file, FileTime until)
+{
+    if (accounts.size() < mostAccounts)
+        accounts.push_back({ file, until });
+    else
+        accounts[next] = { file, until };
+    next = (next + 1) % mostAccounts;
+}
+
+FileTime RecentWrites::accountedUntil(File file) const
+{
+    FileTime until = FileTime::min();
+    for (const Account& account : accounts)
+        if (account.file == file)
+            until = std::max(until, account.until);
+    return until;
+}
+
+void RecentWrites::clear()
+{
+    unclosed.clear();
+}
+
+} // namespace stemvault
