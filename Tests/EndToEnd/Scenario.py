@@ -7,11 +7,14 @@ import unittest
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[2] / "scripts"))
-from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, wait_for  # noqa: E402
+from virtual_desktop import (  # noqa: E402
+    StandInDaw, StemvaultConnect, VirtualDesktop, live_alone, wait_for)
 
 PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])
 # What only a build has, where the programs are those of an installation.
 BUILT = Path(os.environ.get("STEMVAULT_BUILT", PROGRAMS))
+
+live_alone()
 
 
 def troubles(result):

@@ -6,11 +6,12 @@
         dialog.press("Yes")
 
 It has an X server and a window manager, a session bus with the accessibility bus and a notification
-service of its own, and a home folder. Nothing of the user's own session reaches it, any number of
-them run side by side, and it leaves no process behind.
+service of its own, and a home folder. Nothing of the user's own session reaches it, and it leaves no
+process behind. A script begins with `live_alone()`, so that any number of them run side by side.
 """
 
 from .accessibility import Accessibility, Window
+from .alone import live_alone
 from .connect import StemvaultConnect
 from .daw import StandInDaw
 from .dead_mount import DeadMount
@@ -21,4 +22,4 @@ from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
 __all__ = ["Accessibility", "DeadMount", "OlderTray", "StandInDaw", "StemvaultConnect",
-           "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window", "wait_for"]
+           "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window", "live_alone", "wait_for"]

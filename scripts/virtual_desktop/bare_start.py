@@ -6,15 +6,20 @@ bounce. Of the other system only what is in its folder is there: its own librari
 ROOT is the other system's folder, which is reached by that path from within, too.
 """
 
+import subprocess
 import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import StemvaultConnect, VirtualDesktop, wait_for  # noqa: E402
+from virtual_desktop import StemvaultConnect, VirtualDesktop, live_alone, wait_for  # noqa: E402
 
 
 def main():
+    live_alone()
     root, picture = (Path(argument) for argument in sys.argv[1:])
+    # The other system shares what is our own here: the processes and the place of the sockets.
+    for what in (["-t", "proc", "proc", root / "proc"], ["--bind", "/tmp", root / "tmp"]):
+        subprocess.run(["mount", *what], check=True)
     with VirtualDesktop() as desktop:
         desktop.live_in(root / "home/engineer")
         bounces, client = desktop.home / "Bounces", desktop.home / "Client A"

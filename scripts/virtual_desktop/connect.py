@@ -15,11 +15,11 @@ BUS_NAME = "net.stemvault.Connect"
 
 class StemvaultConnect:
     def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None,
-                 is_running=True, is_update_due=False):
+                 is_running=True, is_update_due=False, privileged=False):
         """Starts the program with destination folders, each named as its directory is, and with
         today's look for an update behind it unless one is to be due.
         """
-        self.desktop, self.program = desktop, program
+        self.desktop, self.program, self.privileged = desktop, program, privileged
         self.settings_file = desktop.home / ".config/stemvault/connect.json"
         record = {"stemvaultFolders": [
             {"id": str(uuid.uuid4()).upper(), "name": Path(folder).name, "path": str(folder)}
@@ -32,7 +32,7 @@ class StemvaultConnect:
             self.wait_until_it_watches(always_watch)
 
     def start(self, name="stemvault-connect", **options):
-        return self.desktop.start(name, [self.program], **options)
+        return self.desktop.start(name, [self.program], privileged=self.privileged, **options)
 
     def start_again(self):
         """As a user does who wants to see it: it must be known to the session by then."""

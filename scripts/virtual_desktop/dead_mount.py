@@ -8,10 +8,9 @@ beside the program ends, which keeps the questions and answers none.
 
 import ctypes
 import os
-import signal
+import shlex
 import struct
 import sys
-from pathlib import Path
 
 REQUEST = struct.Struct("<IIQ24x")
 ANSWER = struct.Struct("<IiQ")
@@ -20,25 +19,24 @@ INIT = 26
 
 
 class DeadMount:
-    """`program` is to be started instead of a program that is to see a folder so."""
+    """`program` is to be started, privileged, instead of a program that is to see a folder so."""
 
     def __init__(self, desktop, folder, program):
         self.desktop = desktop
         self.program = desktop.folder / "with-dead-mount"
+        mounted = [sys.executable, __file__, folder, *desktop.unprivileged([program])]
         self.program.write_text(
-            f'#!/bin/sh\nexec unshare --mount "{sys.executable}" "{__file__}" "{folder}" "{program}"\n')
+            f'#!/bin/sh\nexec unshare --mount {shlex.join(str(word) for word in mounted)}\n')
         self.program.chmod(0o755)
 
     @staticmethod
-    def is_allowed():
+    def is_allowed(desktop):
         """Whether the kernel lets us: then other programs still see into ours as well."""
-        return os.geteuid() == 0 and os.access("/dev/fuse", os.W_OK)
+        return (desktop.lives_alone() or os.geteuid() == 0) and os.access("/dev/fuse", os.W_OK)
 
     def answer(self):
         """Ends it: every question has its answer, that there is no such drive."""
-        for pid in self.desktop.marked_processes():
-            if os.fsencode(__file__) in Path(f"/proc/{pid}/cmdline").read_bytes().split(b"\0"):
-                os.kill(pid, signal.SIGKILL)
+        self.desktop.kill_whatever_runs(__file__)
 
 
 def main(folder, program):
@@ -50,7 +48,7 @@ def main(folder, program):
     if os.fork() == 0:
         swallow(device)
     os.close(device)
-    os.execv(program[0], program)
+    os.execvp(program[0], program)
 
 
 def swallow(device):

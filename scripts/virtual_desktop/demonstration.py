@@ -12,7 +12,7 @@ from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
 from virtual_desktop import (  # noqa: E402
-    StandInDaw, StemvaultConnect, TimedOut, Tray, UpdateFeed, VirtualDesktop)
+    StandInDaw, StemvaultConnect, TimedOut, Tray, UpdateFeed, VirtualDesktop, live_alone)
 
 
 class Demonstration:
@@ -91,6 +91,7 @@ class Demonstration:
 
 
 def main():
+    live_alone()
     programs, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
     begin = time.monotonic()
     with VirtualDesktop() as desktop:

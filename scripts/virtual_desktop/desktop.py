@@ -10,6 +10,7 @@ import dbus
 import dbus.bus
 
 from .accessibility import Accessibility
+from .alone import is_alone
 from .display import Display
 from .processes import PrivateSession
 from .waiting import wait_for
@@ -54,14 +55,15 @@ class VirtualDesktop(PrivateSession):
     """Ready to use once made; `with` ends it. `notifications` says what the service can do, and
     None leaves it out. `kind` is what XDG_CURRENT_DESKTOP says, which programs go by.
 
-    A user's desktops are in use one after the other: the program looks at all processes of its
-    user, and would find the DAW of another desktop.
+    Desktops that do not live alone are in use one after the other: the program looks at all
+    processes of its user, and would find the DAW of another desktop.
     """
 
     def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static",
                  kind=None):
         self.turn = open(f"/tmp/virtual-desktop-{os.getuid()}.lock", "w")
-        fcntl.flock(self.turn, fcntl.LOCK_EX)
+        if not is_alone():
+            fcntl.flock(self.turn, fcntl.LOCK_EX)
         super().__init__()
         self.environment |= {"XDG_CURRENT_DESKTOP": kind} if kind else {}
         try:
@@ -85,6 +87,10 @@ class VirtualDesktop(PrivateSession):
         self.display.close()
         self.end()
         self.turn.close()
+
+    @staticmethod
+    def lives_alone():
+        return is_alone()
 
     def notifications(self):
         """All that was posted so far, the oldest first."""
@@ -139,8 +145,11 @@ class VirtualDesktop(PrivateSession):
         theme, background = LOOKS[look]
         configuration = self.folder / "openbox.xml"
         configuration.write_text(WINDOW_MANAGER_CONFIGURATION.format(theme=theme))
-        self.start("window-manager", ["openbox", "--sm-disable", "--config-file", configuration])
-        self.display.wait_for_window_manager()
+        ready = self.folder / "window-manager-ready"
+        self.start("window-manager", ["openbox", "--sm-disable", "--config-file", configuration,
+                                      "--startup", f"touch {ready}"])
+        # It announces itself earlier, and forgets a window that comes before it is ready.
+        wait_for("the window manager", ready.exists)
         self.display.set_background(background)
         self.display.move_pointer_aside()
 

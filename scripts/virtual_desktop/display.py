@@ -20,9 +20,6 @@ class Display:
     def close(self):
         self.connection.close()
 
-    def wait_for_window_manager(self):
-        wait_for("the window manager", lambda: self._property(self.root, "_NET_SUPPORTING_WM_CHECK"))
-
     def active_window(self):
         """The window that the window manager has given the keyboard; 0 when none has it."""
         value = self._property(self.root, "_NET_ACTIVE_WINDOW")

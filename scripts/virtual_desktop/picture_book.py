@@ -7,7 +7,8 @@ import sys
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop  # noqa: E402
+from virtual_desktop import (  # noqa: E402
+    StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop, live_alone)
 from virtual_desktop.file_manager import FileManager  # noqa: E402
 from virtual_desktop.preferences_pages import PreferencesPages  # noqa: E402
 from virtual_desktop.services import Services  # noqa: E402
@@ -124,6 +125,7 @@ class FileManagerPages:
 
 
 def main():
+    live_alone()
     programs, pictures = (Path(argument).resolve() for argument in sys.argv[1:])
     for look, suffix in (("light", ""), ("dark", "-dark")):
         with VirtualDesktop(size="1100x620", look=look) as desktop:

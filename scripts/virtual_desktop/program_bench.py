@@ -13,7 +13,7 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop  # noqa: E402
+from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, live_alone  # noqa: E402
 
 ROUNDS = 21
 DIRECTORIES = 10_000
@@ -112,6 +112,7 @@ def idle_rows(programs):
 
 
 def main():
+    live_alone()
     programs = Path(sys.argv[1]).resolve()
     start_rows(programs)
     idle_rows(programs)

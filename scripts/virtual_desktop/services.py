@@ -59,7 +59,8 @@ class Services:
                               prefix / "share/caja-python")):
             (prefix / link).parent.mkdir(parents=True, exist_ok=True)
             (prefix / link).symlink_to(target)
-        self.desktop.environment["XDG_DATA_DIRS"] = f"{prefix}/share:/usr/local/share:/usr/share"
+        self.desktop.environment["XDG_DATA_DIRS"] = \
+            f"{prefix}/share:{self.desktop.environment['XDG_DATA_DIRS']}"
         return prefix
 
     def _tell_bus(self):

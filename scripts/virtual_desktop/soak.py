@@ -15,7 +15,7 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import VirtualDesktop, waiting  # noqa: E402
+from virtual_desktop import VirtualDesktop, live_alone, waiting  # noqa: E402
 from virtual_desktop.soak_steps import Steps  # noqa: E402
 from virtual_desktop.vitals import Vitals, growth  # noqa: E402
 
@@ -98,6 +98,7 @@ class Soak:
 
 
 def main():
+    live_alone()
     programs, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[3]).resolve()
     waiting.DEADLINE = 60.0  # Others may keep the machine busy.
     with VirtualDesktop() as desktop:

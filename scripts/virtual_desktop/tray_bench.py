@@ -13,7 +13,7 @@ import time
 from pathlib import Path
 
 sys.path.insert(0, str(Path(__file__).parents[1]))
-from virtual_desktop import Tray, VirtualDesktop, wait_for  # noqa: E402
+from virtual_desktop import Tray, VirtualDesktop, live_alone, wait_for  # noqa: E402
 
 ROUNDS = 9
 OTHERS = ("flameshot", "copyq", "keepassxc", "syncthingtray")
@@ -86,6 +86,7 @@ def wake_ups(pid):
 
 
 def main():
+    live_alone()
     print("| program | start to tray item | memory (PSS) | threads | wake-ups in 30 s |")
     print("| --- | ---: | ---: | ---: | ---: |")
     with VirtualDesktop(notifications="body") as desktop:
