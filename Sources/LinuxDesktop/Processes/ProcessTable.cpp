@@ -121,7 +121,8 @@ void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
         return;
     const auto known = previous.find(process);
     if (known != previous.end() && known->second.key.startTime == stat->startTime
-        && known->second.command == stat->command && known->second.isSettled) {
+        && known->second.command == stat->command && known->second.image == stat->image
+        && known->second.isSettled) {
         known->second.parent = stat->parent;
         table.insert(previous.extract(known));
     } else if (isOwn(folder, name)) {
@@ -138,6 +139,7 @@ void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& sta
     read.key = { stat.startTime, process };
     read.parent = stat.parent;
     read.command = stat.command;
+    read.image = stat.image;
     read.isSettled = isSettled(stat.startTime);
     const auto commandLine = readText(folder, path + "cmdline", mostBytes).value_or("");
     const auto command = readText(folder, path + "comm", mostBytes).value_or("");

@@ -3,6 +3,7 @@
 #include "LinuxDesktop/Processes/KnownApplication.h"
 #include "LinuxDesktop/Processes/ProcessText.h"
 
+#include <array>
 #include <compare>
 #include <cstdint>
 #include <map>
@@ -26,6 +27,7 @@ struct Process {
     ProcessKey key;
     pid_t parent = 0;
     std::string command;
+    std::array<std::uint64_t, 3> image {}; ///< See ProcessStat.
     Program program;
     std::optional<ApplicationUnit> unit;
     std::optional<std::string> sandboxIdentifier; ///< What a sandbox calls its application.
@@ -34,8 +36,8 @@ struct Process {
     bool isSettled = false; ///< No longer likely to turn into something else.
 };
 
-/// The user's own processes. What they are is read once and kept; a sweep that finds nothing new
-/// reads one small file for each. One thread at a time.
+/// The user's own processes. What they are is read once and kept for as long as each runs the same
+/// program; a sweep that finds nothing new reads one small file for each. One thread at a time.
 class ProcessTable {
 public:
     explicit ProcessTable(std::string root = "/proc");

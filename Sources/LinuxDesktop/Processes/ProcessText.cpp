@@ -100,6 +100,10 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     stat.state = state.front();
     stat.parent = *parent;
     stat.startTime = *startTime;
+    for (int field = 23; field < 26; ++field)
+        takeField(fields, ' ');
+    for (std::uint64_t& address : stat.image)
+        address = parseNumber<std::uint64_t>(takeField(fields, ' ')).value_or(0);
     return stat;
 }
 

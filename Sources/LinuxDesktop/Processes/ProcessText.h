@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,6 +16,9 @@ struct ProcessStat {
     pid_t parent = 0;
     std::uint64_t startTime = 0; ///< Clock ticks since the system started.
     std::string command; ///< At most 15 bytes.
+    /// Where its code begins and ends and its stack began, which another program in the same
+    /// process changes; zeros where the kernel does not say.
+    std::array<std::uint64_t, 3> image {};
 
     [[nodiscard]] bool operator==(const ProcessStat&) const = default;
 };

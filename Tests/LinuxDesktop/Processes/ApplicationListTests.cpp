@@ -9,8 +9,10 @@ namespace stemvault {
 namespace {
 
 using namespace std::literals;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::Not;
 
 std::vector<std::string> listed(ProcessTable& table, const DesktopEntries& entries = {},
     const std::map<ProcessKey, WindowClass>& windows = {})
@@ -44,6 +46,12 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
     processes.start(33, { "/opt/reaper\0"s, "reaper", 1, 510 }); // Became another program.
     EXPECT_THAT(listed(table),
         ElementsAre("33 com.cockos.reaper REAPER", "31 com.cockos.reaper REAPER (background)"));
+
+    // A script called like the DAW, which becomes it long after its start.
+    processes.start(60, { "/bin/sh\0/usr/bin/reaper\0"s, "reaper", 1, 600 });
+    EXPECT_THAT(listed(table), Not(Contains("60 com.cockos.reaper REAPER")));
+    processes.start(60, { "/opt/reaper\0"s, "reaper", 1, 600, "x", 'S', 2 });
+    EXPECT_THAT(listed(table), Contains("60 com.cockos.reaper REAPER"));
 
     ProcessTable ofAnother(processes.root(), ::geteuid() + 1);
     EXPECT_THAT(listed(ofAnother), IsEmpty());

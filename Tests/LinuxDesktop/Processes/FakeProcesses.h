@@ -17,6 +17,7 @@ public:
         int startTime = 100;
         std::string unit = "session-2.scope";
         char state = 'S';
+        int image = 1; ///< Another one for another program in the same process.
     };
 
     [[nodiscard]] const std::string& root() const { return folder.path(); }
@@ -30,7 +31,8 @@ public:
         folder.write(at + "stat",
             std::to_string(process) + " (" + description.command + ") " + description.state + " "
                 + std::to_string(description.parent) + " 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 "
-                + std::to_string(description.startTime) + " 5 5 5\n");
+                + std::to_string(description.startTime) + " 5 5 5 "
+                + std::to_string(description.image) + " 2 3 0 0\n");
     }
 
     void end(int process) const

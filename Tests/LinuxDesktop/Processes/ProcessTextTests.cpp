@@ -21,7 +21,9 @@ TEST(ProcessTextTests, TheStatOfAProcess)
         return begin + " 7 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 4711 5 5";
     };
     EXPECT_THAT(
-        parseProcessStat(text("42 (a) b) S")), Optional(ProcessStat { 'S', 7, 4711, "a) b" }));
+        parseProcessStat(text("42 (a) b) S")), Optional(ProcessStat { 'S', 7, 4711, "a) b", {} }));
+    EXPECT_THAT(parseProcessStat(text("42 (a) S") + " 5 101 102 103 0"),
+        Optional(ProcessStat { 'S', 7, 4711, "a", { 101, 102, 103 } }));
     for (const auto& malformed : { "42 (a)"s, text("42 (a) S").substr(0, 50), text("42 (a) ") })
         EXPECT_EQ(parseProcessStat(malformed), std::nullopt) << malformed;
 }
