@@ -1,6 +1,7 @@
 #include "LinuxDesktop/Processes/ToolRunner.h"
 
 #include "Foundation/PathText.h"
+#include "LinuxDesktop/Processes/MountNamespace.h"
 #include "LinuxDesktop/Processes/OpenFilesText.h"
 
 #include <algorithm>
@@ -119,26 +120,45 @@ std::optional<std::string> ToolRunner::run(
     const std::string& executable, const std::vector<std::string>& arguments)
 {
     collectGone();
-    if (const auto process = processAskedAbout(executable, arguments))
-        return runLsof(executable, arguments, *process);
-    return runToEnd(executable, arguments).output;
+    const auto process = processAskedAbout(executable, arguments);
+    if (!process)
+        return runToEnd(executable, arguments).output;
+    auto names = openFiles(executable, arguments, *process);
+    return names ? std::optional(namesSeenFromHere(*std::move(names), *process)) : std::nullopt;
 }
 
-std::optional<std::string> ToolRunner::runLsof(
+std::optional<std::string> ToolRunner::openFiles(
     const std::string& executable, const std::vector<std::string>& arguments, pid_t process)
 {
-    {
-        std::unique_lock lock(mutex);
-        lookFinished.wait(lock, [&] { return processesLookedAt.insert(process).second; });
-    }
-    const Outcome outcome =
-        isLsofStuck() ? Outcome { std::nullopt, true } : runToEnd(executable, arguments);
+    if (!beginLook(process))
+        return openFilesText(process);
+    Outcome outcome = runToEnd(executable, arguments);
+    endLook(process, outcome.isOverdue);
+    return outcome.isOverdue ? openFilesText(process) : std::move(outcome.output);
+}
+
+/// Whether lsof may be asked about the process now. Waits for its turn, but not long.
+bool ToolRunner::beginLook(pid_t process)
+{
+    std::unique_lock lock(mutex);
+    const auto isDecided = [&] {
+        return isLsofOutOfUseLocked() || !processesLookedAt.contains(process);
+    };
+    if (!lookFinished.wait_for(lock, limits.turn, isDecided) || isLsofOutOfUseLocked())
+        return false;
+    processesLookedAt.insert(process);
+    return true;
+}
+
+void ToolRunner::endLook(pid_t process, bool isOverdue)
+{
     {
         const std::lock_guard lock(mutex);
         processesLookedAt.erase(process);
+        if (isOverdue)
+            restsUntil = steady_clock::now() + limits.rest;
     }
     lookFinished.notify_all();
-    return outcome.isOverdue ? openFilesText(process) : outcome.output;
 }
 
 ToolRunner::Outcome ToolRunner::runToEnd(
@@ -174,10 +194,9 @@ void ToolRunner::collectGone()
     std::erase_if(stuck, [](SetAside& one) { return one.child.isGone(); });
 }
 
-bool ToolRunner::isLsofStuck()
+bool ToolRunner::isLsofOutOfUseLocked() const
 {
-    const std::lock_guard lock(mutex);
-    return std::ranges::any_of(stuck, &SetAside::isLsof);
+    return steady_clock::now() < restsUntil || std::ranges::any_of(stuck, &SetAside::isLsof);
 }
 
 } // namespace stemvault

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Processes/DesktopEntry.h"
 #include "LinuxDesktop/Processes/KnownApplication.h"
+#include "LinuxDesktop/Processes/MountNamespace.h"
 #include "LinuxDesktop/Processes/OpenFilesText.h"
 #include "LinuxDesktop/Processes/ProcessText.h"
 
@@ -132,6 +133,43 @@ TEST(ProcessTextTests, NamesInTheFormOfLsof)
                                  "4-5 r--p 0 0:1 6 /x\\012y (deleted)\n5-6 rw-p 0 0:0 0",
                   "/exe"),
         "n/a b\nn/x\\ny\n");
+}
+
+TEST(ProcessTextTests, WhatASandboxSeesUnderOurPaths)
+{
+    const MountView here("20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                         "21 20 0:5 / /tmp rw - tmpfs tmpfs rw\n"
+                         "22 20 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
+                         "23 20 0:9 /@home /home rw - btrfs /dev/sdc1 rw\n");
+    const MountView there("50 49 0:30 /newroot / rw - tmpfs tmpfs rw\n"
+                          "51 50 8:1 /usr /usr rw - ext4 /dev/sda1 rw\n"
+                          "52 50 0:31 / /tmp rw - tmpfs tmpfs rw\n"
+                          "53 50 0:9 /@home/anna /home/anna rw - btrfs /dev/sdc1 rw\n"
+                          "54 53 8:1 /hidden /home/anna/over rw - ext4 /dev/sda1 rw\n"
+                          "55 53 0:9 /@home/anna/else /home/anna/kept rw - btrfs /dev/sdc1 rw\n"
+                          "56 50 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
+                          "57 54 0:9 /@home/anna/over /home/anna/over rw - btrfs /dev/sdc1 rw\n");
+    const struct {
+        const char *what, *path;
+        bool isTheSame;
+    } rows[] = {
+        { "the home, of which a part is mounted there", "/home/anna/Song/Song.rpp", true },
+        { "another part of the home, which is not", "/home/ben/Song.rpp", false },
+        { "a temporary folder of its own", "/tmp/Song/Song.rpp", false },
+        { "a disk with a blank in its name", "/media/My Disk/Song.rpp", true },
+        { "the system's own programs", "/usr/bin/reaper", true },
+        { "its own program", "/app/reaper", false },
+        { "another folder mounted over one of ours", "/home/anna/kept/Song.rpp", false },
+        { "a folder that begins like it", "/home/anna/kept well/Song.rpp", true },
+        { "one mounted over, and then the right one again", "/home/anna/over/Song.rpp", true },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(namesThatLeadToTheSame("p1\nn"s + row.path + "\nnpipe\n", there, here),
+            row.isTheSame ? "p1\nn"s + row.path + "\nnpipe\n" : "p1\nnpipe\n")
+            << row.what;
+    const MountView circle("1 2 0:1 / / x\n2 1 0:1 / / x\n3 3 0:1 / / x\n");
+    EXPECT_EQ(circle.placeOf("/a"), "0:1/a");
+    EXPECT_EQ(MountView("").placeOf("/a"), "");
 }
 
 } // namespace

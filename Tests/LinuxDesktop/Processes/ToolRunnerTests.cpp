@@ -4,6 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <atomic>
+#include <cstdio>
 #include <fstream>
 #include <poll.h>
 #include <sys/prctl.h>
@@ -14,8 +17,10 @@ namespace stemvault {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::AllOf;
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 using testing::Optional;
 
 constexpr auto promptly = 5s;
@@ -54,7 +59,7 @@ TEST_F(ToolRunnerTests, GivesTheWholeOutputAsItIs)
 
 TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
 {
-    ToolRunner hasty({ 300ms, 100'000 });
+    ToolRunner hasty({ .time = 300ms, .output = 100'000 });
     const auto begun = std::chrono::steady_clock::now();
     for (const char* endless :
         { "trap '' TERM INT HUP; while :; do sleep 60; done", "exec >&-; sleep 60", "yes" })
@@ -105,10 +110,11 @@ TEST_F(ToolRunnerTests, AnswersFromProcWhileLsofIsStuck)
     const std::string lsof = folder.write("lsof", stuckLsof);
     std::filesystem::permissions(lsof, std::filesystem::perms::owner_all);
     const std::ifstream open(folder.write("Open\\Song.rpp", ""));
-    const auto ask = [&, hasty = std::make_shared<ToolRunner>(ToolRunner::Limits { 2s })](
-                         const std::string& process) {
-        return hasty->run(lsof, { "-p", process, "-Fn" });
-    };
+    const auto ask =
+        [&, hasty = std::make_shared<ToolRunner>(ToolRunner::Limits { .time = 2s, .rest = 0s })](
+            const std::string& process) {
+            return hasty->run(lsof, { "-p", process, "-Fn" });
+        };
     const std::string own = std::to_string(::getpid());
     std::vector<std::thread> others(2);
     for (std::thread& other : others)
@@ -133,6 +139,74 @@ TEST_F(ToolRunnerTests, AnswersFromProcWhileLsofIsStuck)
     }
     EXPECT_EQ(again, "well\n");
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+/// Stands for an lsof that takes too long but can be ended.
+constexpr const char* slowLsof = R"(#!/bin/sh
+folder=${0%/*}
+echo "$@" >> "$folder/runs"
+[ -e "$folder/well" ] && echo well || exec sleep 3600
+)";
+
+TEST_F(ToolRunnerTests, ASlowLsofKeepsNoThreads)
+{
+    const std::string lsof = folder.write("lsof", slowLsof);
+    std::filesystem::permissions(lsof, std::filesystem::perms::owner_all);
+    ToolRunner asked({ .time = 3s, .turn = 50ms, .rest = 1h });
+    const std::string own = std::to_string(::getpid());
+    const auto ask = [&] { return asked.run(lsof, { "-p", own, "-Fn" }); };
+    std::atomic<int> answers = 0;
+    std::vector<std::thread> looks(16);
+    const auto begun = std::chrono::steady_clock::now();
+    for (std::thread& look : looks)
+        look = std::thread([&] {
+            EXPECT_THAT(ask(), Optional(HasSubstr("p" + own + "\nn")));
+            ++answers;
+        });
+    while (answers < 15 && std::chrono::steady_clock::now() < begun + 2s)
+        ::poll(nullptr, 0, 5);
+    EXPECT_EQ(answers, 15) << "All but the one that runs lsof.";
+    for (std::thread& look : looks)
+        look.join();
+
+    folder.write("well", "");
+    EXPECT_THAT(ask(), Optional(HasSubstr("p" + own + "\nn"))) << "It is left alone for a while.";
+    EXPECT_EQ(folder.read("runs"), "-p " + own + " -Fn\n");
+
+    std::filesystem::remove(folder.path("well"));
+    ToolRunner forgiving({ .time = 50ms, .rest = 50ms });
+    std::optional<std::string> answer = forgiving.run(lsof, { "-p", own, "-Fn" });
+    EXPECT_NE(answer, "well\n");
+    folder.write("well", "");
+    const auto deadline = std::chrono::steady_clock::now() + promptly;
+    while (answer != "well\n" && std::chrono::steady_clock::now() < deadline)
+        answer = forgiving.run(lsof, { "-p", own, "-Fn" });
+    EXPECT_EQ(answer, "well\n") << "After the while it is asked again.";
+}
+
+TEST_F(ToolRunnerTests, LeavesOutWhatASandboxSeesUnderOurPaths)
+{
+    folder.write("there/Song.rpp", "");
+    folder.write("here/Song.rpp", "");
+    // Sees the first folder in the place of the second one.
+    const std::string body = "mount --bind " + folder.path("there") + " " + folder.path("here")
+        + " && exec 3<" + folder.path("here/Song.rpp") + " 4<" + folder.path("there/Song.rpp")
+        + " && echo $$ && exec sleep 3600";
+    FILE* const sandbox = ::popen(("exec unshare -rm sh -c '" + body + "' 2>&1").c_str(), "r");
+    std::array<char, 256> line {};
+    std::string process = ::fgets(line.data(), line.size(), sandbox) != nullptr ? line.data() : "";
+    process.resize(process.find_last_not_of('\n') + 1);
+    const bool isThere =
+        !process.empty() && process.find_first_not_of("0123456789") == std::string::npos;
+    if (isThere) {
+        EXPECT_THAT(runner.run(runner.pathForTool("lsof"), { "-p", process, "-Fn" }),
+            Optional(AllOf(HasSubstr("\nn" + folder.path("there/Song.rpp") + "\n"),
+                Not(HasSubstr("\nn" + folder.path("here/Song.rpp"))))));
+        ::kill(std::stoi(process), SIGKILL);
+    }
+    ::pclose(sandbox);
+    if (!isThere)
+        GTEST_SKIP() << "No sandboxes here: " << process;
 }
 
 } // namespace
