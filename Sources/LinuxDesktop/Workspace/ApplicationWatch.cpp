@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Workspace/ApplicationWatch.h"
 
+#include "Foundation/DAWTable.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <utility>
@@ -11,7 +13,8 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds usualInterval = 5s;
+/// How often a change of title is told.
+constexpr int noticesOfOneTitle = 2;
 
 /// Who asks twice within one piece of work gets one look.
 constexpr std::chrono::milliseconds momentOfOneLook = 5ms;
@@ -34,43 +37,67 @@ WorkspaceSources WorkspaceSources::ofThisSession()
     WorkspaceSources sources;
     sources.display = environment("DISPLAY");
     sources.entries = DesktopEntryPlaces::ofThisUser();
-    const bool isWayland =
+    sources.isWayland =
         !environment("WAYLAND_DISPLAY").empty() || environment("XDG_SESSION_TYPE") == "wayland";
-    if (isWayland)
+    if (sources.isWayland)
         sources.unitBus = QDBusConnection::sessionBus();
-    if (isWayland || sources.display.empty())
-        sources.interval = usualInterval;
     return sources;
 }
 
-ApplicationWatch::ApplicationWatch(
-    Dispatch& queues, const WorkspaceSources& sources, std::function<void(WorkspaceNews)> onNews)
-    : dispatch(queues), announced(std::move(onNews)), menuPlaces(sources.entries),
+ApplicationWatch::ApplicationWatch(Dispatch& queues, const WorkspaceSources& lookedAtHere,
+    std::function<void(WorkspaceNews)> onNews)
+    : dispatch(queues), announced(std::move(onNews)), sources(lookedAtHere),
       menu(std::make_shared<const DesktopEntries>()), processes(sources.processRoot),
       endings(sources.processRoot, [this] { update(); })
 {
-    listen(sources);
+    titlePause.setSingleShot(true);
+    QObject::connect(&timer, &QTimer::timeout, &context, [this] { update(); });
+    QObject::connect(&titlePause, &QTimer::timeout, &context, [this] { tellOfTitle(); });
+    listen();
 }
 
-void ApplicationWatch::listen(const WorkspaceSources& sources)
+void ApplicationWatch::listen()
 {
-    QObject::connect(&timer, &QTimer::timeout, &context, [this] { update(); });
     if (!sources.display.empty())
         windows = X11Windows::connect(
-            sources.display,
-            [this](X11Windows::Change change) {
-                update(change.active ? Activation::Another : Activation::None);
-            },
-            [this] { lookEvery(usualInterval); });
+            sources.display, [this](X11Windows::Change change) { handleWindows(change); },
+            [this] {
+                isServerGone = true;
+                lookAsOftenAsNeeded();
+            });
     if (sources.unitBus)
         units = std::make_unique<UnitSignals>(*sources.unitBus, [this] { update(); });
-    if (sources.interval || !windows)
-        lookEvery(sources.interval.value_or(usualInterval));
+    lookAsOftenAsNeeded();
 }
 
-void ApplicationWatch::lookEvery(std::chrono::milliseconds interval)
+void ApplicationWatch::handleWindows(X11Windows::Change change)
 {
-    timer.start(interval);
+    lookAsOftenAsNeeded();
+    if (change.list || change.active)
+        update(change.active ? Activation::Another : Activation::None);
+    if (!change.title)
+        return;
+    titleNoticesDue = noticesOfOneTitle;
+    if (!titlePause.isActive())
+        tellOfTitle();
+}
+
+void ApplicationWatch::tellOfTitle()
+{
+    if (titleNoticesDue == 0)
+        return;
+    --titleNoticesDue;
+    titlePause.start(sources.titlePause);
+    update(Activation::Another);
+}
+
+void ApplicationWatch::lookAsOftenAsNeeded()
+{
+    const bool isNeeded = sources.isWayland || !windows || isServerGone || !windows->isTold();
+    if (!isNeeded)
+        timer.stop();
+    else if (!timer.isActive())
+        timer.start(sources.interval);
 }
 
 const std::vector<ListedApplication>& ApplicationWatch::applications()
@@ -97,6 +124,7 @@ void ApplicationWatch::look()
     processes.sweep();
     noteWindows();
     listed = listApplications(processes.processes(), windowClasses, *menu);
+    followTitles();
     noteTerminated();
     noteLaunched();
     // What is there at the first look has not just been launched.
@@ -117,6 +145,20 @@ void ApplicationWatch::noteWindows()
             windowClasses.emplace(
                 process->second.key, WindowClass { about.instance, about.className });
     }
+}
+
+/// A DAW says in its windows' titles which session it has open.
+void ApplicationWatch::followTitles()
+{
+    if (!windows)
+        return;
+    std::set<pid_t> daws;
+    for (const ListedApplication& application : listed)
+        if (dawWithBundleIdentifier(application.description.bundleIdentifier.value_or("")))
+            daws.insert(application.key.process);
+    for (const auto& [window, about] : windows->windows())
+        if (daws.contains(about.process))
+            windows->followTitle(window);
 }
 
 void ApplicationWatch::noteLaunched()
@@ -154,7 +196,7 @@ void ApplicationWatch::readMenuIfOutdated()
                       std::shared_ptr<const DesktopEntries> read) {
         queues.mainAsync([guarded, read = std::move(read)]() mutable { guarded(read); });
     };
-    dispatch.utilityAsync([old = menu, places = menuPlaces, finish = std::move(finish)] {
+    dispatch.utilityAsync([old = menu, places = sources.entries, finish = std::move(finish)] {
         finish(old->isOutdated() ? DesktopEntries::read(places) : nullptr);
     });
 }

@@ -27,12 +27,17 @@ struct WorkspaceSources {
     std::string processRoot = "/proc";
     std::string display; ///< Of X11; empty when there is none.
     std::optional<QDBusConnection> unitBus; ///< Where the service manager signals, if it is asked.
-    /// How often to look for what no event tells of; absent where events tell of everything.
-    std::optional<std::chrono::milliseconds> interval;
+    /// Whether applications can come and go of which X11 says nothing even while it answers.
+    bool isWayland = false;
+    /// How often to look where no event tells of everything.
+    std::chrono::milliseconds interval { 5'000 };
+    /// How long to wait from one change of a DAW's title that is told to the next.
+    std::chrono::milliseconds titlePause { 2'000 };
     DesktopEntryPlaces entries;
 
-    /// By this program's environment. Windows of X11 tell of every application on X11 only. On
-    /// Wayland those of its own kind are found by their units and by looking every five seconds.
+    /// By this program's environment. On Wayland, applications of its own kind are found by their
+    /// units and by looking every five seconds; so are all where X11 has no window manager that
+    /// says which windows there are.
     [[nodiscard]] static WorkspaceSources ofThisSession();
 };
 
@@ -47,13 +52,16 @@ struct WorkspaceNews {
 /// so until its process ends, whatever its windows do: many a program shows a splash window, then
 /// none, then its own. Main thread only; needs its event loop.
 ///
+/// A DAW whose window has another title, as when it opens another session, counts as activated: at
+/// once and again a little later, as some open the session's files after that.
+///
 /// The desktop's menu is read in the background. Until then applications other than DAWs go by the
 /// names of their programs.
 class ApplicationWatch {
 public:
     /// `onNews` is called from the event loop, once for all that is found at once. `dispatch` must
     /// outlive the watch.
-    ApplicationWatch(Dispatch& queues, const WorkspaceSources& sources,
+    ApplicationWatch(Dispatch& queues, const WorkspaceSources& lookedAtHere,
         std::function<void(WorkspaceNews)> onNews);
 
     /// As they are now, in the order in which they were started.
@@ -62,8 +70,11 @@ public:
 private:
     enum class Activation { None, Another };
 
-    void listen(const WorkspaceSources& sources);
-    void lookEvery(std::chrono::milliseconds interval);
+    void listen();
+    void handleWindows(X11Windows::Change change);
+    void lookAsOftenAsNeeded();
+    void followTitles();
+    void tellOfTitle();
 
     void update(Activation activation = Activation::None);
     void look();
@@ -77,7 +88,7 @@ private:
 
     Dispatch& dispatch;
     const std::function<void(WorkspaceNews)> announced;
-    const DesktopEntryPlaces menuPlaces;
+    const WorkspaceSources sources;
     std::shared_ptr<const DesktopEntries> menu;
     bool isReadingMenu = false;
 
@@ -90,8 +101,11 @@ private:
 
     ProcessEndings endings;
     std::unique_ptr<X11Windows> windows;
+    bool isServerGone = false;
     std::unique_ptr<UnitSignals> units;
     QTimer timer;
+    QTimer titlePause; ///< Runs after a change of title has been told.
+    int titleNoticesDue = 0;
     QObject context; ///< Of what is queued for later.
     Alive alive;
 };

@@ -35,6 +35,11 @@ bool holds(const xcb_get_property_reply_t* reply, xcb_atom_t atom)
     return std::ranges::find(words(reply), atom) != words(reply).end();
 }
 
+bool isThere(const xcb_get_property_reply_t* reply)
+{
+    return reply != nullptr && reply->type != XCB_NONE;
+}
+
 std::string_view beforeNul(std::string_view text)
 {
     return text.substr(0, text.find('\0'));
@@ -63,11 +68,14 @@ void X11Windows::askActiveWindow()
 
 void X11Windows::takeClientList(const xcb_get_property_reply_t* reply)
 {
+    const bool wasTold = isTold();
+    hasClientList = isThere(reply);
     const auto list = words(reply);
     const std::set<xcb_window_t> present(list.begin(), list.end());
     const auto isGone = [&](const auto& window) { return !present.contains(window.first); };
     std::erase_if(asked, isGone);
-    if (std::erase_if(listed, isGone) > 0)
+    std::erase_if(titles, [&](const auto& title) { return !present.contains(title.first.first); });
+    if (std::erase_if(listed, isGone) > 0 || isTold() != wasTold)
         pending.list = true;
     for (const xcb_window_t window : present)
         if (!listed.contains(window) && asked.emplace(window, Asked {}).second)
@@ -76,6 +84,10 @@ void X11Windows::takeClientList(const xcb_get_property_reply_t* reply)
 
 void X11Windows::takeActiveWindow(const xcb_get_property_reply_t* reply)
 {
+    const bool wasTold = isTold();
+    hasActiveWindow = isThere(reply);
+    if (isTold() != wasTold)
+        pending.list = true;
     // A switch passes through "none", and a menu can lead back to where one was.
     const auto window = words(reply).empty() ? xcb_window_t { 0 } : words(reply).front();
     if (window == 0 || window == active)
@@ -136,6 +148,49 @@ void X11Windows::askOwner(xcb_window_t window)
                      at->second.found.process =
                          static_cast<pid_t>(*xcb_res_client_id_value_value(ids.data));
          } });
+}
+
+void X11Windows::followTitle(xcb_window_t window)
+{
+    if (!listed.contains(window) || titles.contains({ window, XCB_ATOM_WM_NAME }))
+        return;
+    const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(connection.get(), window, XCB_CW_EVENT_MASK, &mask);
+    for (const xcb_atom_t property : { atoms[WindowName], xcb_atom_t { XCB_ATOM_WM_NAME } })
+        askTitle(window, property);
+    xcb_flush(connection.get());
+}
+
+void X11Windows::askTitle(xcb_window_t window, xcb_atom_t property)
+{
+    const TitleKey key { window, property };
+    titles[key].isAsked = true;
+    askProperty(window, property, [this, key](const auto* reply) { takeTitle(key, reply); });
+}
+
+/// Never has more than one question about a title under way, however often it changes.
+void X11Windows::noteTitleChange(xcb_window_t window, xcb_atom_t property)
+{
+    const auto at = titles.find({ window, property });
+    if (at == titles.end())
+        return;
+    at->second.isOutdated = at->second.isAsked;
+    if (!at->second.isAsked)
+        askTitle(window, property);
+}
+
+void X11Windows::takeTitle(const TitleKey& key, const xcb_get_property_reply_t* reply)
+{
+    const auto at = titles.find(key);
+    if (at == titles.end())
+        return;
+    Title& title = at->second;
+    const auto before = std::exchange(title.text, std::string(bytes(reply)));
+    if (before && before != title.text)
+        pending.title = true;
+    title.isAsked = false;
+    if (std::exchange(title.isOutdated, false))
+        askTitle(key.first, key.second);
 }
 
 /// The last of a window's answers: now it is listed.

@@ -59,7 +59,7 @@ void X11Windows::internAtoms()
 {
     constexpr std::array<std::string_view, AtomCount> names { "_NET_CLIENT_LIST",
         "_NET_ACTIVE_WINDOW", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE", "_NET_WM_WINDOW_TYPE_NORMAL",
-        "_NET_WM_STATE", "_NET_WM_STATE_SKIP_TASKBAR" };
+        "_NET_WM_STATE", "_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_NAME" };
     std::array<xcb_intern_atom_cookie_t, AtomCount> cookies {};
     for (std::size_t i = 0; i < AtomCount; ++i)
         cookies[i] = xcb_intern_atom(
@@ -95,7 +95,7 @@ void X11Windows::handleSocket()
     if (xcb_connection_has_error(connection.get()) != 0)
         return handleLoss();
     const Change news = std::exchange(pending, {});
-    if (news.list || news.active)
+    if (news.list || news.active || news.title)
         changed(news);
 }
 
@@ -142,6 +142,7 @@ bool X11Windows::takeEvent(xcb_generic_event_t* polled)
             askClientList();
         if (property.window == root && property.atom == atoms[ActiveWindow])
             askActiveWindow();
+        noteTitleChange(property.window, property.atom);
     }
     return true;
 }
@@ -151,6 +152,7 @@ void X11Windows::handleLoss()
     notifier->setEnabled(false);
     questions.clear();
     asked.clear();
+    titles.clear();
     listed.clear();
     lost();
 }

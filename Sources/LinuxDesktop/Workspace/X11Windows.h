@@ -10,8 +10,10 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <sys/types.h>
+#include <utility>
 
 namespace stemvault {
 
@@ -31,6 +33,7 @@ public:
     struct Change {
         bool list = false;
         bool active = false; ///< Another window than the one before, not none.
+        bool title = false; ///< That of a window whose title is followed.
     };
 
     /// `changed` is called once for all that has come in together; `lost` once, when the server
@@ -39,6 +42,13 @@ public:
         std::function<void(Change)> changed, std::function<void()> lost);
 
     [[nodiscard]] const std::map<xcb_window_t, ClientWindow>& windows() const { return listed; }
+
+    /// Whether a window manager says which windows there are or which one is active. Some say
+    /// neither. True until the server has answered; a change counts as one of the list.
+    [[nodiscard]] bool isTold() const { return hasClientList || hasActiveWindow; }
+
+    /// From now on tells when the window's title changes, for as long as it is listed.
+    void followTitle(xcb_window_t window);
 
 private:
     struct Disconnect {
@@ -54,6 +64,7 @@ private:
         WindowTypeNormal,
         WindowState,
         SkipTaskbar,
+        WindowName,
         AtomCount,
     };
 
@@ -80,6 +91,7 @@ private:
     void askActiveWindow();
     void askAbout(xcb_window_t window);
     void askOwner(xcb_window_t window);
+    void askTitle(xcb_window_t window, xcb_atom_t property);
     void takeClientList(const xcb_get_property_reply_t* reply);
     void takeActiveWindow(const xcb_get_property_reply_t* reply);
     void takeState(xcb_window_t window, const xcb_get_property_reply_t* reply);
@@ -88,6 +100,17 @@ private:
         ClientWindow found;
         pid_t claimedProcess = 0;
     };
+
+    /// A title as one of the two properties has it that can hold one.
+    struct Title {
+        std::optional<std::string> text; ///< Absent until it has been read.
+        bool isAsked = false;
+        bool isOutdated = false; ///< Has changed since it was asked for.
+    };
+    using TitleKey = std::pair<xcb_window_t, xcb_atom_t>;
+
+    void noteTitleChange(xcb_window_t window, xcb_atom_t property);
+    void takeTitle(const TitleKey& key, const xcb_get_property_reply_t* reply);
 
     std::function<void(Change)> changed;
     std::function<void()> lost;
@@ -99,7 +122,10 @@ private:
     std::deque<Question> questions;
     std::map<xcb_window_t, Asked> asked;
     std::map<xcb_window_t, ClientWindow> listed;
+    std::map<TitleKey, Title> titles;
     xcb_window_t active = 0;
+    bool hasClientList = true;
+    bool hasActiveWindow = true;
     Change pending;
     std::unique_ptr<QSocketNotifier> notifier;
 };

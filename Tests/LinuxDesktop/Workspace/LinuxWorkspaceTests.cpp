@@ -24,6 +24,7 @@ namespace {
 using namespace std::literals;
 using testing::Contains;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 /// Another program for as long as this lives.
 class OtherProgram : private QProcess {
@@ -191,17 +192,36 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     EXPECT_TRUE(happens([this] { return names() == std::vector { "REAPER"s, "Logic 2"s }; }));
 }
 
+/// A display of X11, at first without a window manager.
+class Display {
+public:
+    Display() { qputenv("DISPLAY", number.c_str()); }
+
+    void startWindowManager()
+    {
+        // A window that is mapped while it starts can be overlooked.
+        windowManager.emplace(
+            "/usr/bin/openbox", QStringList { "--sm-disable", "--startup", "echo ready" });
+        ASSERT_TRUE(windowManager->hasSaid("ready\n"));
+    }
+    void end() { server.end(); }
+
+private:
+    OtherProgram server { "/usr/bin/Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" } };
+
+public:
+    const std::string number = ":" + server.firstLine();
+
+private:
+    std::optional<OtherProgram> windowManager;
+};
+
 TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
 {
-    OtherProgram display("/usr/bin/Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" });
-    const std::string number = ":" + display.firstLine();
-    qputenv("DISPLAY", number.c_str());
-    // A window that is mapped while it starts can be overlooked.
-    OtherProgram windowManager("/usr/bin/openbox", { "--sm-disable", "--startup", "echo ready" });
-    ASSERT_TRUE(windowManager.hasSaid("ready\n"));
-
-    sources.display = number;
-    sources.interval.reset();
+    Display display;
+    display.startWindowManager();
+    sources.display = display.number;
+    sources.interval = 10ms;
     makeWorkspace();
 
     const StandIn first("first", processes.root());
@@ -221,10 +241,116 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_THAT(names(), ElementsAre("first"));
 
     display.end();
-    EXPECT_TRUE(happens([] {
-        return !QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents);
-    })) << "It keeps asking a server that has gone.";
-    EXPECT_THAT(names(), ElementsAre("first"));
+    notices.clear();
+    processes.start(noRealProcess, reaper);
+    EXPECT_TRUE(waitFor("launch")) << "Processes are compared once the server has gone.";
+    EXPECT_THAT(names(), UnorderedElementsAre("first", "REAPER"));
+}
+
+TEST_F(LinuxWorkspaceTests, AsksAServerThatHasGoneNoMore)
+{
+    Display display;
+    sources.display = display.number;
+    makeWorkspace();
+    display.end();
+    EXPECT_TRUE(happens(
+        [] { return !QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents); }));
+}
+
+TEST_F(LinuxWorkspaceTests, LooksByTimerOnX11OnlyWithoutAWindowManager)
+{
+    Display display;
+    sources.display = display.number;
+    sources.interval = 10ms;
+    makeWorkspace();
+    int process = noRealProcess;
+    processes.start(process, reaper);
+    EXPECT_TRUE(waitFor("launch"));
+
+    display.startWindowManager();
+    EXPECT_TRUE(happens([&] {
+        notices.clear();
+        processes.start(++process, reaper);
+        QTest::qWait(200);
+        return notices.empty();
+    })) << "The window manager tells of windows now.";
+}
+
+TEST_F(LinuxWorkspaceTests, LooksByTimerOnWaylandBesideX11)
+{
+    Display display;
+    display.startWindowManager();
+    sources.display = display.number;
+    sources.isWayland = true;
+    sources.interval = 10ms;
+    makeWorkspace();
+    processes.start(noRealProcess, reaper);
+    EXPECT_TRUE(waitFor("launch"));
+}
+
+TEST_F(LinuxWorkspaceTests, KnowsTheKindOfSession)
+{
+    const struct {
+        const char *what, *waylandDisplay, *sessionType;
+        bool isWayland;
+    } rows[] = {
+        { "X11", "", "x11", false },
+        { "a compositor", "wayland-0", "", true },
+        { "a login of that kind", "", "wayland", true },
+    };
+    for (const auto& row : rows) {
+        qputenv("DISPLAY", ":77");
+        qputenv("WAYLAND_DISPLAY", row.waylandDisplay);
+        qputenv("XDG_SESSION_TYPE", row.sessionType);
+        const auto found = WorkspaceSources::ofThisSession();
+        EXPECT_EQ(found.isWayland, row.isWayland) << row.what;
+        EXPECT_EQ(found.unitBus.has_value(), row.isWayland) << row.what;
+        EXPECT_EQ(found.interval, 5s);
+        EXPECT_EQ(found.titlePause, 2s);
+        EXPECT_EQ(found.display, ":77");
+    }
+    qunsetenv("WAYLAND_DISPLAY");
+    qunsetenv("XDG_SESSION_TYPE");
+}
+
+TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
+{
+    Display display;
+    display.startWindowManager();
+    sources.display = display.number;
+    sources.titlePause = 300ms;
+    makeWorkspace();
+    const StandIn other("other", processes.root());
+    const StandIn daw("reaper", processes.root());
+    other.say("open");
+    daw.say("open");
+    EXPECT_TRUE(happens([this] { return names() == std::vector { "other"s, "REAPER"s }; }));
+    const auto becomesQuiet = [this] {
+        return happens([this] {
+            notices.clear();
+            QTest::qWait(500);
+            return notices.empty();
+        });
+    };
+    EXPECT_TRUE(becomesQuiet());
+
+    daw.say("title Song B");
+    const auto told = [this] { return std::ranges::count(notices, "activate"); };
+    EXPECT_TRUE(happens([&] { return told() == 2; })) << "At once, and a little later.";
+    EXPECT_TRUE(becomesQuiet());
+    daw.say("title Song B");
+    other.say("title Song C");
+    QTest::qWait(200);
+    EXPECT_THAT(notices, IsEmpty()) << "The same title, and that of no DAW.";
+
+    const auto begun = std::chrono::steady_clock::now();
+    for (int take = 0; take < 100; ++take) {
+        daw.say("title Take " + std::to_string(take));
+        QTest::qWait(10);
+    }
+    EXPECT_GT(told(), 0);
+    const auto pauses = (std::chrono::steady_clock::now() - begun) / sources.titlePause;
+    EXPECT_LE(told(), pauses + 1) << "However often titles change.";
 }
 
 TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)

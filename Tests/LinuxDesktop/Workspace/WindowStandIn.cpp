@@ -1,8 +1,11 @@
 // Stands for an application of X11: says its process number, then opens a window for each line
-// "open" in the pipe that its argument names, and closes the latest for each "close".
+// "open" in the pipe that its argument names, closes the latest for each "close", and gives it
+// another title for each "title" and the text behind it.
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
+#include <cstdlib>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -18,6 +21,16 @@ void setText(
 {
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, window, property, XCB_ATOM_STRING, 8,
         static_cast<std::uint32_t>(text.size()), text.data());
+}
+
+xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
+{
+    const auto cookie =
+        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+    auto* const reply = xcb_intern_atom_reply(connection, cookie, nullptr);
+    const xcb_atom_t found = reply == nullptr ? xcb_atom_t { XCB_ATOM_NONE } : reply->atom;
+    std::free(reply); // NOLINT(*-no-malloc): xcb hands out what was allocated so.
+    return found;
 }
 
 void open(xcb_connection_t* connection, xcb_window_t window)
@@ -40,10 +53,14 @@ int main(int /*count*/, char** arguments)
     std::fstream commands(arguments[1]); // For writing as well, so that it never ends.
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     std::vector<xcb_window_t> windows;
+    constexpr std::string_view title = "title ";
     for (std::string line; std::getline(commands, line); xcb_flush(connection)) {
         if (line == "open") {
             windows.push_back(xcb_generate_id(connection));
             open(connection, windows.back());
+        } else if (line.starts_with(title)) {
+            setText(connection, windows.back(), atom(connection, "_NET_WM_NAME"),
+                line.substr(title.size()));
         } else {
             xcb_destroy_window(connection, windows.back());
             windows.pop_back();
