@@ -6,8 +6,9 @@ namespace stemvault {
 
 namespace {
 
-// One row serves the native program and the one under Wine. Releases later than the last one that
-// has an identifier of its own go by that one: their session files are the same.
+// Where each of these facts comes from is written in docs/daw-facts.md; a new row belongs there
+// too. One row serves the native program and the one under Wine. Releases later than the last one
+// that has an identifier of its own go by that one: their session files are the same.
 constexpr DAW table[] = {
     {
         .identifier = "com.avid.ProTools",
@@ -16,7 +17,7 @@ constexpr DAW table[] = {
         .desktopEntries = {},
         .sessionFiles = { "ptx", "ptf" },
         .workingFolders = { "Audio Files", "Fade Files", "Rendered Files", "Video Files",
-            "Session File Backups", "Clip Groups" },
+            "Clip Groups" },
     },
     {
         // Runs on macOS only.
@@ -25,7 +26,7 @@ constexpr DAW table[] = {
         .programs = {},
         .desktopEntries = {},
         .sessionFiles = { "logicx" },
-        .workingFolders = { "Audio Files", "Freeze Files", "Samples" },
+        .workingFolders = { "Audio Files", "Freeze Files" },
     },
     {
         .identifier = "com.ableton.live",
@@ -33,7 +34,7 @@ constexpr DAW table[] = {
         .programs = { "ableton live *" },
         .desktopEntries = {},
         .sessionFiles = { "als" },
-        .workingFolders = { "Samples", "Backup", "Ableton Project Info" },
+        .workingFolders = { "Samples" },
     },
     {
         .identifier = "com.presonus.studioone5",
@@ -41,16 +42,16 @@ constexpr DAW table[] = {
         .programs = { "studio one", "studioone" },
         .desktopEntries = {},
         .sessionFiles = { "song" },
-        .workingFolders = { "Media", "Cache", "History", "Samples" },
+        .workingFolders = { "Media", "Cache", "Samples" },
         .installedIn = "studio one 5",
     },
     {
         .identifier = "com.presonus.studioone6",
         .name = "Studio One",
         .programs = { "studio one", "studioone" },
-        .desktopEntries = { "com.presonus.studioapp*", "presonus-studio-one*" },
+        .desktopEntries = { "com.presonus.studioapp*" },
         .sessionFiles = { "song" },
-        .workingFolders = { "Media", "Cache", "History", "Samples" },
+        .workingFolders = { "Media", "Cache", "Samples" },
     },
     {
         .identifier = "com.steinberg.cubase12",
@@ -58,7 +59,7 @@ constexpr DAW table[] = {
         .programs = { "cubase*" },
         .desktopEntries = {},
         .sessionFiles = { "cpr" },
-        .workingFolders = { "Audio", "Edits", "Freeze", "Images", "Track Pictures", "Auto Saves" },
+        .workingFolders = { "Audio", "Edits", "Freeze" },
     },
     {
         .identifier = "com.cockos.reaper",
@@ -66,7 +67,107 @@ constexpr DAW table[] = {
         .programs = { "reaper" },
         .desktopEntries = { "cockos-reaper", "fm.reaper.reaper" },
         .sessionFiles = { "rpp" },
-        .workingFolders = { "Media", "Audio", "Backups", "Peaks" },
+        .workingFolders = { "Media" },
+    },
+    {
+        .identifier = "com.steinberg.nuendo",
+        .name = "",
+        .programs = { "nuendo*" },
+        .desktopEntries = {},
+        .sessionFiles = { "npr" },
+        .workingFolders = { "Audio", "Edits", "Freeze" },
+    },
+    {
+        .identifier = "com.image-line.flstudio",
+        .name = "FL Studio",
+        .programs = { "fl (scaled)", "fl64", "fl64 (scaled)" },
+        .desktopEntries = {},
+        .sessionFiles = { "flp" },
+        .workingFolders = { "Recorded", "Sliced audio" },
+    },
+    {
+        // The audio engine is what has the media open.
+        .identifier = "com.bitwig.BitwigStudio",
+        .name = "Bitwig Studio",
+        .programs = { "bitwigstudio", "bitwig-studio", "bitwigaudioengine*" },
+        .desktopEntries = { "com.bitwig.bitwigstudio*" },
+        .sessionFiles = { "bwproject" },
+        .workingFolders = { "samples", "recordings", "bounce", "plugin-states" },
+    },
+    {
+        .identifier = "org.ardour.Ardour",
+        .name = "Ardour",
+        .programs = { "ardour", "ardour-#" },
+        .desktopEntries = { "ardour", "ardour#", "org.ardour.ardour" },
+        .sessionFiles = { "ardour" },
+        .workingFolders = { "interchange", "dead", "externals" },
+    },
+    {
+        .identifier = "com.harrisonconsoles.Mixbus",
+        .name = "Mixbus",
+        .programs = { "mixbus", "mixbus-#", "mixbus#", "mixbus32c-#" },
+        .desktopEntries = { "mixbus#", "mixbus32c*" },
+        .sessionFiles = { "ardour" },
+        .workingFolders = { "interchange", "dead", "externals" },
+    },
+    {
+        .identifier = "com.tracktion.Waveform",
+        .name = "Waveform",
+        .programs = { "waveform#" },
+        .desktopEntries = { "waveform#", "com.tracktion.waveform*" },
+        .sessionFiles = { "tracktionedit", "tracktion" },
+        .workingFolders = { "Recorded", "Imported", "Frozen" },
+    },
+    {
+        // Its songs hold their samples.
+        .identifier = "com.renoise.Renoise",
+        .name = "Renoise",
+        .programs = { "renoise", "renoise-#" },
+        .desktopEntries = { "renoise", "renoise-#" },
+        .sessionFiles = { "xrns" },
+        .workingFolders = {},
+    },
+    {
+        .identifier = "io.lmms.LMMS",
+        .name = "LMMS",
+        .programs = { "lmms" },
+        .desktopEntries = { "lmms", "io.lmms.lmms", "lmms_lmms" },
+        .sessionFiles = { "mmp", "mmpz" },
+        .workingFolders = { "resources" },
+    },
+    {
+        // Records beside the session file.
+        .identifier = "org.rncbc.qtractor",
+        .name = "Qtractor",
+        .programs = { "qtractor" },
+        .desktopEntries = { "qtractor", "org.rncbc.qtractor" },
+        .sessionFiles = { "qtr", "qts", "qtz" },
+        .workingFolders = {},
+    },
+    {
+        .identifier = "com.rosegardenmusic.rosegarden",
+        .name = "Rosegarden",
+        .programs = { "rosegarden" },
+        .desktopEntries = { "com.rosegardenmusic.rosegarden" },
+        .sessionFiles = { "rg", "rgp" },
+        .workingFolders = { "audio" },
+    },
+    {
+        .identifier = "org.zrythm.Zrythm",
+        .name = "Zrythm",
+        .programs = { "zrythm" },
+        .desktopEntries = { "zrythm", "org.zrythm.zrythm" },
+        .sessionFiles = { "zpj" },
+        .workingFolders = { "pool", "plugins", "backups" },
+    },
+    {
+        // Its projects hold their audio.
+        .identifier = "org.audacityteam.Audacity",
+        .name = "Audacity",
+        .programs = { "audacity" },
+        .desktopEntries = { "audacity", "org.audacityteam.audacity", "audacity_audacity" },
+        .sessionFiles = { "aup3", "aup" },
+        .workingFolders = {},
     },
 };
 

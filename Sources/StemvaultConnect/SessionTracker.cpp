@@ -1,11 +1,13 @@
 #include "StemvaultConnect/SessionTracker.h"
 
+#include "Foundation/DAWTable.h"
 #include "Foundation/FileManager.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/SessionFolder.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -46,9 +48,7 @@ void SessionTracker::stop()
 bool SessionTracker::isDAW(const RunningApplication& application)
 {
     return application.bundleIdentifier
-        && std::ranges::any_of(dawBundleIDs, [&application](std::string_view prefix) {
-               return application.bundleIdentifier->starts_with(prefix);
-           });
+        && dawWithBundleIdentifier(*application.bundleIdentifier) != nullptr;
 }
 
 bool SessionTracker::isWorthScanning(const RunningApplication& application)

@@ -6,7 +6,6 @@
 #include "Platform/ProcessRunner.h"
 #include "Platform/Workspace.h"
 
-#include <array>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -57,17 +56,6 @@ private:
 
     std::optional<FileURL> folder;
     std::unique_ptr<Timer> pollTimer;
-
-    /// Prefixes of the bundle identifiers of the DAWs that we know.
-    static constexpr std::array<std::string_view, 7> dawBundleIDs = {
-        "com.avid.ProTools",
-        "com.apple.logic10",
-        "com.ableton.live",
-        "com.presonus.studioone5",
-        "com.presonus.studioone6",
-        "com.steinberg.cubase12",
-        "com.cockos.reaper",
-    };
 
     Alive alive;
 };

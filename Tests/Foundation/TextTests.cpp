@@ -1,3 +1,4 @@
+#include "Foundation/DAWTable.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UUID.h"
@@ -5,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string>
+#include <string_view>
 
 namespace stemvault {
 namespace {
@@ -68,6 +72,31 @@ TEST(UnicodeText, LowersAndShowsEveryName)
         EXPECT_EQ(lowercased(row.text), row.lowered) << row.what;
         EXPECT_EQ(printable(row.text), row.shown) << row.what;
     }
+}
+
+TEST(DAWTable, IsWrittenAsItIsRead)
+{
+    const auto rows = knownDAWs();
+    for (const DAW& daw : rows) {
+        EXPECT_FALSE(std::ranges::empty(daw.sessionFiles)) << daw.identifier;
+        for (const auto* names : { &daw.programs, &daw.desktopEntries, &daw.sessionFiles })
+            for (const std::string_view name : *names) {
+                EXPECT_EQ(name, lowercased(name)) << daw.identifier;
+                EXPECT_GE(name.find_first_of("*#"), name.size() - 1) << name;
+            }
+        for (const std::string_view extension : daw.sessionFiles)
+            EXPECT_EQ(extension.find_first_of(".*#"), extension.npos) << extension;
+        for (const std::string_view folder : daw.workingFolders)
+            EXPECT_FALSE(folder.starts_with('/') || folder.ends_with('/')) << folder;
+        EXPECT_EQ(dawWithBundleIdentifier(std::string(daw.identifier) + ".Beta"), &daw)
+            << "No other row's identifier begins it.";
+    }
+    // Those that the program has always known, in this order.
+    const std::string_view first[] = { "com.avid.ProTools", "com.apple.logic10", "com.ableton.live",
+        "com.presonus.studioone5", "com.presonus.studioone6", "com.steinberg.cubase12",
+        "com.cockos.reaper" };
+    EXPECT_TRUE(std::ranges::equal(first, rows.first(std::size(first)), {}, {}, &DAW::identifier));
+    EXPECT_EQ(dawWithBundleIdentifier("org.gnome.Maps"), nullptr);
 }
 
 } // namespace

@@ -36,6 +36,7 @@ TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
     } rows[] = {
         { "a DAW", { "com.cockos.reaper", Regular, "REAPER", 7 }, true, true },
         { "a prefix", { "com.avid.ProTools.Beta", Regular, "x", 7 }, true, true },
+        { "a further DAW", { "org.ardour.Ardour", Regular, "Ardour", 7 }, true, true },
         { "the case of an identifier", { "com.avid.protools", Regular, "x", 7 }, false, false },
         { "in the background", { "com.ableton.live", Accessory, "Live", 7 }, false, true },
         { "a DAW without a name", { "com.presonus.studioone6", Regular, {}, 7 }, true, true },

@@ -54,6 +54,27 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
         { "/usr/bin/wineserver64\0"s, "", "", "", "" },
         { "C:\\windows\\system32\\services.exe" + wine, "", "", "", "" },
         { "grep\0reaper\0"s, "grep", "/usr/bin/grep", "", "" },
+        { "C:\\Steinberg\\Nuendo 13\\Nuendo13.exe" + wine, "", "", "Nuendo 13",
+            "com.steinberg.nuendo" },
+        { "C:\\Image-Line\\FL Studio 2025\\FL64 (scaled).exe" + wine, "", "", "FL Studio",
+            "com.image-line.flstudio" },
+        { "/opt/bitwig-studio/bin/BitwigStudio\0"s, "", "", "Bitwig Studio",
+            "com.bitwig.BitwigStudio" },
+        { "/opt/bitwig-studio/bin/BitwigAudioEngine-X64-AVX2\0"s, "", "", "Bitwig Studio",
+            "com.bitwig.BitwigStudio" },
+        { "/opt/bitwig-studio/bin/BitwigPluginHost-X64-SSE41\0"s, "", "", "", "" },
+        { "/usr/lib/ardour7/ardour-7.3.0~ds0\0"s, "", "", "Ardour", "org.ardour.Ardour" },
+        { "/usr/lib/ardour7/ardour-vst-scanner\0"s, "", "", "", "" },
+        { "/usr/bin/ardour7-export\0"s, "", "", "", "" },
+        { "/opt/Mixbus-11.0.289/bin/mixbus11\0"s, "", "", "Mixbus", "com.harrisonconsoles.Mixbus" },
+        { "/usr/bin/Waveform13\0"s, "", "", "Waveform", "com.tracktion.Waveform" },
+        { "/usr/local/bin/renoise-3.3.2\0"s, "", "", "Renoise", "com.renoise.Renoise" },
+        { "lmms\0song.mmpz\0"s, "lmms", "/usr/bin/lmms", "LMMS", "io.lmms.LMMS" },
+        { "qtractor\0"s, "", "", "Qtractor", "org.rncbc.qtractor" },
+        { "/usr/lib/qtractor/qtractor_plugin_scan\0"s, "", "", "", "" },
+        { "rosegarden\0"s, "", "", "Rosegarden", "com.rosegardenmusic.rosegarden" },
+        { "zrythm\0"s, "", "", "Zrythm", "org.zrythm.Zrythm" },
+        { "/tmp/.mount_x/bin/audacity\0"s, "", "", "Audacity", "org.audacityteam.Audacity" },
         // Started through a link of another name.
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper", "REAPER", "com.cockos.reaper" },
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper (deleted)", "REAPER", "com.cockos.reaper" },
@@ -73,6 +94,28 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
             known.value_or(KnownApplication {}), (KnownApplication { row.identifier, row.name }))
             << row.commandLine;
     }
+}
+
+TEST(ProcessTextTests, ADAWByItsDesktopEntry)
+{
+    const struct {
+        const char *entry, *identifier;
+    } rows[] = {
+        { "fm.reaper.Reaper", "com.cockos.reaper" },
+        { "cockos-reaper", "com.cockos.reaper" },
+        { "com.presonus.studioapp7", "com.presonus.studioone6" },
+        { "com.bitwig.BitwigStudio", "com.bitwig.BitwigStudio" },
+        { "ardour8", "org.ardour.Ardour" },
+        { "waveform13", "com.tracktion.Waveform" },
+        { "audacity_audacity", "org.audacityteam.Audacity" },
+        { "ardour-manual", "" },
+        { "waveform", "" }, // Many a program is called so.
+        { "", "" },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(knownApplicationOfEntry(row.entry).value_or(KnownApplication {}).identifier,
+            row.identifier)
+            << row.entry;
 }
 
 TEST(ProcessTextTests, TheUnitOfAnApplication)
