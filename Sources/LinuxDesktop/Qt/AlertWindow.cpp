@@ -152,14 +152,15 @@ void AlertWindow::addAccessory(const PopUpButton& accessory, QBoxLayout& column)
     for (const std::string& item : accessory.items) {
         const QString name = displayLine(item);
         popUp->addItem(fitting(name, *popUp, std::max(popUp->minimumWidth(), message->width())));
-        popUp->setItemData(popUp->count() - 1, name, Qt::ToolTipRole);
+        popUp->setItemData(popUp->count() - 1, toolTipText(name), Qt::ToolTipRole);
     }
 }
 
 void AlertWindow::addAccessory(const TextField& accessory, QBoxLayout& column)
 {
     initialText = accessory.text;
-    textField = new QLineEdit(QString::fromStdString(accessory.text));
+    shownText = displayWholeLine(accessory.text);
+    textField = new QLineEdit(shownText);
     addControl(*textField, accessory.frame, column);
     if (!accessory.isInitialFirstResponder)
         return;
@@ -207,7 +208,7 @@ int AlertWindow::indexOfSelectedItem() const
 
 std::string AlertWindow::text() const
 {
-    const bool isUnchanged = !textField || textField->text() == QString::fromStdString(initialText);
+    const bool isUnchanged = !textField || textField->text() == shownText;
     return isUnchanged ? initialText : textField->text().toStdString();
 }
 

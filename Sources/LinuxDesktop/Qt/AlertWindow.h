@@ -53,6 +53,7 @@ private:
     QLineEdit* textField = nullptr;
     QScrollBar* scrollBar = nullptr; ///< Of a text that is too long for the screen.
     std::string initialText;
+    QString shownText; ///< The initial text as the field shows it.
     TextBlock* message = nullptr;
 };
 

@@ -82,4 +82,29 @@ QString displayTitle(std::string_view text)
     return displayLine(text).replace(u'&', QStringLiteral("&&"));
 }
 
+// A tool tip breaks lines at blanks alone, and a path may have none in its 4,096 bytes.
+QString toolTipText(const QString& text)
+{
+    constexpr int longestWord = 40;
+    constexpr QChar mayBreakHere(0x200B);
+    if (text.isEmpty())
+        return {};
+    QString breakable;
+    int length = 0;
+    for (const QChar character : text) {
+        const bool isPair = character.isLowSurrogate();
+        if (length >= longestWord && !isPair) {
+            breakable += mayBreakHere;
+            length = 0;
+        }
+        breakable += character;
+        length = character.isSpace() ? 0 : length + 1;
+        if (character == u'/') {
+            breakable += mayBreakHere;
+            length = 0;
+        }
+    }
+    return QStringLiteral("<qt>%1</qt>").arg(breakable.toHtmlEscaped());
+}
+
 } // namespace stemvault

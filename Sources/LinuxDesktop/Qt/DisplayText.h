@@ -24,4 +24,8 @@ namespace stemvault {
 /// One line for a control that takes an ampersand for the mark of a shortcut.
 [[nodiscard]] QString displayTitle(std::string_view text);
 
+/// A line made fit before, as a tool tip shows it: plain text, whatever markup it looks like, in
+/// lines that a screen has room for. Empty for none.
+[[nodiscard]] QString toolTipText(const QString& text);
+
 } // namespace stemvault

@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QToolTip>
 #include <QTreeView>
 
 #include <filesystem>
@@ -60,6 +61,7 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     if (!panel.message.empty())
         showMessage(displayLine(panel.message));
     keepFromDeleting();
+    showPlainToolTips();
     layout()->setContentsMargins(margin, margin, margin, margin);
     for (auto* button : findChildren<QPushButton*>())
         button->setIcon(QIcon());
@@ -165,10 +167,24 @@ void OpenPanelWindow::keepFromDeleting()
         view->installEventFilter(this);
 }
 
+// The side bar's tool tips are paths, such as that of a drive, whose label anyone may have written.
+void OpenPanelWindow::showPlainToolTips()
+{
+    for (auto* view : findChildren<QAbstractItemView*>())
+        view->viewport()->installEventFilter(this);
+}
+
 bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
 {
     if (event->type() == QEvent::KeyPress && qobject_cast<QAbstractItemView*>(watched))
         return static_cast<QKeyEvent*>(event)->matches(QKeySequence::Delete);
+    if (const auto* view = qobject_cast<QAbstractItemView*>(watched->parent());
+        view && event->type() == QEvent::ToolTip) {
+        const auto& asked = *static_cast<QHelpEvent*>(event);
+        const QString text = view->indexAt(asked.pos()).data(Qt::ToolTipRole).toString();
+        QToolTip::showText(asked.globalPos(), toolTipText(displayLine(text.toStdString())));
+        return true;
+    }
     return QFileDialog::eventFilter(watched, event);
 }
 

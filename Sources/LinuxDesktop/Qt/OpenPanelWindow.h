@@ -34,6 +34,7 @@ private:
     void addPlaces();
     void showMessage(const QString& message);
     void keepFromDeleting();
+    void showPlainToolTips();
     void showOnlyFolders();
     void allowSeveral();
 

@@ -6,13 +6,17 @@
 #include "LinuxDesktop/Qt/QtTest.h"
 #include "Support/TemporaryFolder.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
+#include <QHelpEvent>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QToolTip>
 
 namespace stemvault {
 namespace {
@@ -75,6 +79,26 @@ TEST_F(QtDialogsTest, ATextFieldAnswersWithWhatIsTypedOverItsText)
         EXPECT_EQ(answer.response, ModalResponse::alertFirstButton);
         EXPECT_EQ(answer.text, expected);
     }
+}
+
+TEST_F(QtDialogsTest, NamesOfFoldersAreShownAsPlainText)
+{
+    Alert alert = question({ "Add" });
+    alert.accessoryView = PopUpButton { {}, { "<b>A</b>" } };
+    meanwhile<AlertWindow>([](AlertWindow& window) {
+        const QString toolTip =
+            window.findChild<QComboBox*>()->itemData(0, Qt::ToolTipRole).toString();
+        EXPECT_THAT(toolTip.toStdString(), testing::HasSubstr("&lt;b&gt;A&lt;"));
+        press(window, Qt::Key_Return);
+    });
+    (void)dialogs.runModal(alert);
+
+    alert.accessoryView = TextField { {}, "x\u202Egnp.\n", false };
+    meanwhile<AlertWindow>([](AlertWindow& window) {
+        EXPECT_EQ(window.findChild<QLineEdit*>()->text(), "x\uFFFDgnp.\u240A");
+        press(window, Qt::Key_Return);
+    });
+    EXPECT_EQ(dialogs.runModal(alert).text, "x\u202Egnp.\n") << "left alone";
 }
 
 TEST_F(QtDialogsTest, AnAlertAnswersWithTheButtonPressed)
@@ -196,6 +220,23 @@ TEST_F(QtDialogsTest, APanelGivesTheFolderChosen)
 
     meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) { press(window, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.runModal(panel).response, ModalResponse::cancel);
+}
+
+TEST_F(QtDialogsTest, NoNameInAPanelIsTakenForMarkup)
+{
+    const TemporaryFolder folder;
+    const std::string drive = folder.makeFolder("<i>x");
+    const OpenPanel panel { false, true, true, "Use", "Choose.", FileURL(folder.path()) };
+    meanwhile<OpenPanelWindow>([&](OpenPanelWindow& window) {
+        window.setSidebarUrls({ QUrl::fromLocalFile(QString::fromStdString(drive)) });
+        auto* places = window.findChild<QAbstractItemView*>("sidebar");
+        const QPoint point = places->visualRect(places->model()->index(0, 0)).center();
+        QHelpEvent pointing(QEvent::ToolTip, point, places->viewport()->mapToGlobal(point));
+        QCoreApplication::sendEvent(places->viewport(), &pointing);
+        EXPECT_THAT(QToolTip::text().toStdString(), testing::HasSubstr("&lt;i&gt;x"));
+        press(window, Qt::Key_Escape);
+    });
+    (void)dialogs.runModal(panel);
 }
 
 } // namespace

@@ -1,3 +1,4 @@
+#include "LinuxDesktop/Qt/DisplayText.h"
 #include "LinuxDesktop/Qt/QtTest.h"
 #include "LinuxDesktop/Qt/Views/SymbolImage.h"
 #include "LinuxDesktop/Qt/Views/ViewControls.h"

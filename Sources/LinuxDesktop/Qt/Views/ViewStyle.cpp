@@ -120,31 +120,6 @@ int standingSymbolSize(const QFont& font)
     return qRound(symbolSize(font) * 1.2);
 }
 
-// A tool tip breaks lines at blanks alone, and a path may have none in its 4,096 bytes.
-QString toolTipText(const QString& text)
-{
-    constexpr int longestWord = 40;
-    constexpr QChar mayBreakHere(0x200B);
-    if (text.isEmpty())
-        return {};
-    QString breakable;
-    int length = 0;
-    for (const QChar character : text) {
-        const bool isPair = character.isLowSurrogate();
-        if (length >= longestWord && !isPair) {
-            breakable += mayBreakHere;
-            length = 0;
-        }
-        breakable += character;
-        length = character.isSpace() ? 0 : length + 1;
-        if (character == u'/') {
-            breakable += mayBreakHere;
-            length = 0;
-        }
-    }
-    return QStringLiteral("<qt>%1</qt>").arg(breakable.toHtmlEscaped());
-}
-
 QColor lineColor(const QPalette& palette)
 {
     return faded(palette, isDark(palette) ? 0.18 : 0.16);

@@ -33,10 +33,6 @@ inline constexpr int cornerRadius = 6;
 /// The side of a symbol that stands alone, a little larger than text of this font.
 [[nodiscard]] int standingSymbolSize(const QFont& font);
 
-/// The text as a tool tip shows it: as it stands, however it looks, in lines that a screen has room
-/// for. Empty for none.
-[[nodiscard]] QString toolTipText(const QString& text);
-
 /// A faint line, such as a border or a divider.
 [[nodiscard]] QColor lineColor(const QPalette& palette);
 
