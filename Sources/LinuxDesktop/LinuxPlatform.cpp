@@ -4,6 +4,7 @@
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
 #include "LinuxDesktop/Login/AutostartEntry.h"
 #include "LinuxDesktop/Processes/ToolRunner.h"
+#include "LinuxDesktop/Qt/ActivationToken.h"
 #include "LinuxDesktop/Qt/Appearance.h"
 #include "LinuxDesktop/Qt/DBusServices.h"
 #include "LinuxDesktop/Qt/DBusUserNotificationCenter.h"
@@ -101,6 +102,7 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     : session(std::move(joined)), parts(std::make_unique<Parts>(session->services))
 {
+    takeActivationTokenOfStart();
     // Who starts the program once more wants to see it; the tray may be missing.
     session->instance.onActivate([] {
         NotificationCenter::defaultCenter().post({ "openPreferences", {} });

@@ -61,6 +61,10 @@ class TrayItem:
     def activate(self, method="Activate", x=10, y=10):
         self._call(self.path, ITEM, method, "ii", x, y)
 
+    def pass_token(self, token):
+        """As a panel does with the click that comes next."""
+        self._call(self.path, ITEM, "ProvideXdgActivationToken", "s", token)
+
     def open_menu(self):
         """Its rows, as a panel shows them that announces the opening."""
         self._menu("AboutToShow", "i", 0)

@@ -1,12 +1,15 @@
 #include "LinuxDesktop/Qt/ApplicationAdaptor.h"
 
-#include "LinuxDesktop/Qt/WindowActivation.h"
+#include "LinuxDesktop/Qt/ActivationToken.h"
 
 namespace stemvault {
 
+// Launchers that know both kinds of token send the same one twice.
 void ApplicationAdaptor::Activate(const QVariantMap& platformData)
 {
-    takeActivationToken(platformData.value("activation-token").toByteArray());
+    const QByteArray token = platformData.value("activation-token").toByteArray();
+    takeActivationToken(
+        token.isEmpty() ? platformData.value("desktop-startup-id").toByteArray() : token);
     if (onActivate)
         onActivate();
 }

@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <poll.h>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -18,6 +19,8 @@
 namespace stemvault {
 
 namespace {
+
+constexpr int millisecondsToAnswer = 500;
 
 template <typename T> using Owned = std::unique_ptr<T, decltype(&std::free)>;
 template <typename T> Owned<T> owned(T* answer)
@@ -64,10 +67,21 @@ private:
         xcb_change_property(connection.get(), XCB_PROP_MODE_APPEND, probe, XCB_ATOM_WM_NAME,
             XCB_ATOM_STRING, 8, 0, nullptr);
         xcb_flush(connection.get());
-        while (const auto event = owned(xcb_wait_for_event(connection.get())))
+        while (const auto event = nextEvent())
             if ((event->response_type & 0x7F) == XCB_PROPERTY_NOTIFY)
                 return reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
         return std::nullopt;
+    }
+
+    // Null when the server says nothing for a while: then the window is left where it is.
+    [[nodiscard]] Owned<xcb_generic_event_t> nextEvent()
+    {
+        auto event = owned(xcb_poll_for_event(connection.get()));
+        pollfd socket { xcb_get_file_descriptor(connection.get()), POLLIN, 0 };
+        while (!event && ::poll(&socket, 1, millisecondsToAnswer) == 1
+            && !xcb_connection_has_error(connection.get()))
+            event = owned(xcb_poll_for_event(connection.get()));
+        return event;
     }
 
     void setUserTime(xcb_window_t window, xcb_timestamp_t time)
@@ -191,12 +205,6 @@ void showWithoutKeyboard(QWidget& window)
     Care::of(*window.windowHandle()).whenTaken([](QWindow& shown) {
         shown.setFlag(Qt::WindowDoesNotAcceptFocus, false);
     });
-}
-
-void takeActivationToken(const QByteArray& token)
-{
-    if (!token.isEmpty() && QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
-        qputenv("XDG_ACTIVATION_TOKEN", token);
 }
 
 } // namespace stemvault

@@ -1,6 +1,5 @@
 #pragma once
 
-class QByteArray;
 class QWidget;
 
 namespace stemvault {
@@ -13,9 +12,5 @@ void bringToFront(QWidget& window);
 /// Has a window not yet shown leave the keyboard where it is when it comes up. From then on the
 /// user can turn to it as to any other.
 void showWithoutKeyboard(QWidget& window);
-
-/// Takes what a Wayland desktop gives out with a click: the right to bring a window to the front.
-/// The toolkit finds it in the environment, and uses it up with the next window that it activates.
-void takeActivationToken(const QByteArray& token);
 
 } // namespace stemvault

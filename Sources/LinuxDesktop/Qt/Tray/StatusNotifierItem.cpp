@@ -1,7 +1,7 @@
 #include "LinuxDesktop/Qt/Tray/StatusNotifierItem.h"
 
+#include "LinuxDesktop/Qt/ActivationToken.h"
 #include "LinuxDesktop/Qt/Identity.h"
-#include "LinuxDesktop/Qt/WindowActivation.h"
 
 #include <QDir>
 #include <QFileInfo>
