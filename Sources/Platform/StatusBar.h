@@ -65,6 +65,10 @@ public:
     /// Says that the delegate would now show something else, for desktops that never say when they
     /// open a menu. A menu that is open may be left as it is.
     virtual void setMenuNeedsUpdate() = 0;
+
+    /// Whether the desktop has a status bar that shows the item now. Right after the start nothing
+    /// is known of it yet, and the answer is no.
+    [[nodiscard]] virtual bool isVisible() const = 0;
 };
 
 class StatusBar {

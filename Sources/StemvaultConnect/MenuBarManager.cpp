@@ -5,14 +5,20 @@
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/PreferencesView.h"
 #include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SettingsStore.h"
 #include "StemvaultConnect/UpdateChecker.h"
 
+#include <chrono>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
 
+using namespace std::chrono_literals;
+
+// At login a desktop may start its status bar after this program.
+constexpr auto timeForStatusBar = 10s;
 constexpr std::size_t sessionMenuItem = 0;
 constexpr std::size_t lastCopiedMenuItem = 1;
 
@@ -56,6 +62,18 @@ MenuBarManager::MenuBarManager()
         [&dispatch = platform.dispatch, added](const Notification& notification) {
             dispatch.mainAsync([added, notification] { added(notification); });
         });
+    platform.dispatch.mainAsyncAfter(
+        timeForStatusBar, alive.guard([this] { openPreferencesIfNothingElseIsSeen(); }));
+}
+
+// A first start would show nothing at all on a desktop without a status bar.
+void MenuBarManager::openPreferencesIfNothingElseIsSeen()
+{
+    const SettingsStore& settings = SettingsStore::shared();
+    const bool isSetUp = !settings.stemvaultFolders().empty() || settings.projectsRootPath()
+        || settings.alwaysWatchPath();
+    if (!isSetUp && !preferencesWindow && !statusItem->isVisible())
+        openPreferences();
 }
 
 MenuBarManager::~MenuBarManager()

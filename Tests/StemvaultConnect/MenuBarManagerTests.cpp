@@ -2,12 +2,17 @@
 #include "StemvaultConnect/MenuBarManager.h"
 #include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SessionTrackerObservable.h"
+#include "StemvaultConnect/SettingsStore.h"
 #include "Support/FakePlatform.h"
 
 #include <gmock/gmock.h>
 
+#include <functional>
+
 namespace stemvault {
 namespace {
+
+using namespace std::chrono_literals;
 
 struct MenuBarManagerTests : testing::Test {
     FakePlatform platform;
@@ -102,6 +107,47 @@ TEST_F(MenuBarManagerTests, PreferencesAreOneWindowMadeAtFirstUseAndDrawnWhenASe
         testing::ElementsAre(
             "made, titled Stemvault Connect, style 3, centered, shown, shown, drawn"));
     EXPECT_EQ(platform.application.activations, 2);
+}
+
+TEST_F(MenuBarManagerTests, WithoutAStatusBarAFirstStartOpensThePreferences)
+{
+    const struct {
+        const char* what;
+        bool isBarThere;
+        std::function<void(SettingsStore&)> setUp;
+        std::size_t windows;
+    } rows[] = {
+        { "nothing set up, no status bar", false, [](SettingsStore&) {}, 1 },
+        { "a status bar", true, [](SettingsStore&) {}, 0 },
+        { "a folder", false,
+            [](SettingsStore& store) {
+                store.addFolder({ {}, "A", "/A" });
+            },
+            0 },
+        { "a projects root", false, [](SettingsStore& store) { store.setProjectsRootPath("/P"); },
+            0 },
+        { "an always-watch folder", false,
+            [](SettingsStore& store) { store.setAlwaysWatchPath("/W"); }, 0 },
+    };
+    for (const auto& row : rows) {
+        FakePlatform desktop;
+        const MenuBarManager fresh;
+        row.setUp(SettingsStore::shared());
+        desktop.dispatch.advance(9s);
+        EXPECT_TRUE(desktop.windows.windows.empty()) << "a status bar may come yet";
+        desktop.statusBar.isThere = row.isBarThere;
+        desktop.dispatch.advance(1s);
+        EXPECT_EQ(desktop.windows.windows.size(), row.windows) << row.what;
+    }
+}
+
+TEST_F(MenuBarManagerTests, PreferencesThatAreOpenAlreadyAreLeftInPeace)
+{
+    bar.isThere = false;
+    bar.choose("Preferences…");
+    const auto shown = platform.windows.windows;
+    platform.dispatch.advance(10s);
+    EXPECT_EQ(platform.windows.windows, shown);
 }
 
 } // namespace

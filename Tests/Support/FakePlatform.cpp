@@ -135,6 +135,7 @@ public:
         bar.delegate = delegate;
     }
     void setMenuNeedsUpdate() override { ++bar.updates; }
+    [[nodiscard]] bool isVisible() const override { return bar.isThere; }
 
 private:
     FakeStatusBar& bar;

@@ -168,6 +168,7 @@ struct FakeStatusBar : StatusBar {
     /// Opens the menu and chooses the row of this title.
     void choose(const std::string& title);
 
+    bool isThere = true;
     double length = 0;
     std::optional<Image> image;
     Menu menu;

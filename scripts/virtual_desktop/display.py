@@ -72,10 +72,13 @@ class Display:
             xtest.fake_input(self.connection, X.KeyRelease, code)
         self.connection.sync()
 
+    def move_pointer(self, x, y):
+        self.root.warp_pointer(x, y)
+        self.connection.sync()
+
     def move_pointer_aside(self):
         """In the middle of the screen, where it begins, the pointer hovers over what pops up."""
-        self.root.warp_pointer(self.screen.width_in_pixels - 1, self.screen.height_in_pixels - 1)
-        self.connection.sync()
+        self.move_pointer(self.screen.width_in_pixels - 1, self.screen.height_in_pixels - 1)
 
     def move_pointer_into(self, window):
         """Where a menu that is opened by its key comes up."""
@@ -101,6 +104,27 @@ class Display:
             if found := self.embedded_window(child.id):
                 return found
         return None
+
+    def watch_startups(self):
+        """From now on listens to what programs tell the desktop about being started. Returns what
+        waits for the next such message and returns it."""
+        self.root.change_attributes(event_mask=X.PropertyChangeMask)
+        self.connection.sync()
+        kinds = {self._atom("_NET_STARTUP_INFO_BEGIN"), self._atom("_NET_STARTUP_INFO")}
+        received = bytearray()
+
+        def complete():
+            while b"\0" not in received and self.connection.pending_events():
+                message = self.connection.next_event()
+                if message.type & 0x7f == X.ClientMessage and message.client_type in kinds:
+                    received.extend(message.data[1])
+            return b"\0" in received
+
+        def next_message():
+            wait_for("a message about a start", complete)
+            text, received[:] = bytes(received).split(b"\0")[0], b""
+            return text.decode()
+        return next_message
 
     def show_workspace(self, number):
         self._tell_root(self.root, "_NET_CURRENT_DESKTOP", number, X.CurrentTime)

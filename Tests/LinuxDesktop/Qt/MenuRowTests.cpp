@@ -88,5 +88,22 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     EXPECT_EQ(chosen, 1);
 }
 
+TEST(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
+{
+    Delegate delegate;
+    delegate.title = "● Big Song";
+    TrayMenu menu;
+    menu.setMenu({ { titled("● Big Song", Color::SystemGreen) } }, &delegate);
+    QObject node;
+    DBusMenu bus(&node, menu);
+    for (const auto& [desktop, height] : std::vector<std::pair<const char*, int>> {
+             { "GNOME", 48 }, { "MATE", 16 }, { "GNOME-Flashback:GNOME", 16 } }) {
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+        const QByteArray icon = bus.GetProperty(1, "icon-data").variant().toByteArray();
+        EXPECT_EQ(QImage::fromData(icon).height(), height) << desktop;
+    }
+    qunsetenv("XDG_CURRENT_DESKTOP");
+}
+
 } // namespace
 } // namespace stemvault

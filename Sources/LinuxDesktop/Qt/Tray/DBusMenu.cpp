@@ -17,11 +17,24 @@ QString escaped(QString text)
     return text.replace(u'_', QStringLiteral("__"));
 }
 
+// Panels scale an icon down to the height of their text. That of MATE, and that of GNOME Flashback,
+// which has its code from the same author, show it as large as it is.
+bool showsIconsUnscaled()
+{
+    const QStringList desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
+    return desktop.contains(QLatin1String("MATE"))
+        || desktop.contains(QLatin1String("GNOME-Flashback"));
+}
+
 QByteArray asPNG(const QImage& image)
 {
+    constexpr int heightOfText = 16;
     QByteArray bytes;
     QBuffer buffer(&bytes);
-    image.save(&buffer, "PNG");
+    if (showsIconsUnscaled())
+        image.scaledToHeight(heightOfText, Qt::SmoothTransformation).save(&buffer, "PNG");
+    else
+        image.save(&buffer, "PNG");
     return bytes;
 }
 

@@ -22,6 +22,17 @@ namespace {
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/MenuBar");
 
+// Some panels tell where the item is within the panel, as MATE's does, not on the screen. Nobody
+// clicks far from the pointer; only on Wayland it is not known where that is.
+QPoint placeOfClick(const QPoint& told)
+{
+    constexpr int sizeOfItem = 100;
+    if (qEnvironmentVariableIsSet("WAYLAND_DISPLAY"))
+        return told;
+    const QPoint pointer = QCursor::pos();
+    return (pointer - told).manhattanLength() <= sizeOfItem ? told : pointer;
+}
+
 } // namespace
 
 std::unique_ptr<StatusItem> QtStatusBar::statusItem(double /*length*/)
@@ -44,7 +55,6 @@ QtStatusItem::~QtStatusItem()
     if (!host)
         return;
     QDBusConnection bus = QDBusConnection::sessionBus();
-    bus.unregisterService(service);
     bus.unregisterObject(itemPath);
     bus.unregisterObject(menuPath);
 }
@@ -73,6 +83,11 @@ void QtStatusItem::setMenuNeedsUpdate()
     trayMenu.update();
 }
 
+bool QtStatusItem::isVisible() const
+{
+    return isHostThere || (olderTray && QSystemTrayIcon::isSystemTrayAvailable());
+}
+
 void QtStatusItem::addKeyEquivalents(QWidget& window)
 {
     for (std::size_t row = 0; row < trayMenu.items().size(); ++row) {
@@ -90,20 +105,18 @@ void QtStatusItem::offerOnBus()
     notifierItem->setImage(icon);
     new DBusMenu(&menuNode, trayMenu);
     connect(notifierItem, &StatusNotifierItem::menuWanted, this, [this](int x, int y) {
-        popUpMenu().popup({ x, y });
+        popUpMenu().popup(placeOfClick({ x, y }));
     });
     QDBusConnection bus = QDBusConnection::sessionBus();
     bus.registerObject(itemPath, &itemNode);
     bus.registerObject(menuPath, &menuNode);
-    service =
-        QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
-    bus.registerService(service);
-    host = std::make_unique<TrayHost>(bus, service);
+    host = std::make_unique<TrayHost>(bus, itemPath);
     connect(host.get(), &TrayHost::isThere, this, [this](bool there) { setHostIsThere(there); });
 }
 
 void QtStatusItem::setHostIsThere(bool there)
 {
+    isHostThere = there;
     if (!there)
         showInOlderTray();
     else if (olderTray)

@@ -24,6 +24,7 @@ public:
     void setImage(const std::optional<Image>& image) override;
     void setMenu(Menu menu, MenuDelegate* delegate) override;
     void setMenuNeedsUpdate() override;
+    [[nodiscard]] bool isVisible() const override;
 
     void addKeyEquivalents(QWidget& window);
 
@@ -35,11 +36,11 @@ private:
 
     TrayMenu trayMenu;
     std::optional<Image> icon;
-    QString service; ///< Our name on the bus.
     QObject itemNode;
     QObject menuNode;
     StatusNotifierItem* notifierItem = nullptr; ///< Belongs to its node.
     std::unique_ptr<TrayHost> host;
+    bool isHostThere = false;
     std::unique_ptr<PopUpMenu> popUp;
     std::unique_ptr<QSystemTrayIcon> olderTray;
 };

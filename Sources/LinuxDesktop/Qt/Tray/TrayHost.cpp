@@ -14,9 +14,12 @@ const QString path = QStringLiteral("/StatusNotifierWatcher");
 
 } // namespace
 
-// The matches name no service, as the toolkit would wait for that service's owner.
-TrayHost::TrayHost(QDBusConnection connection, QString itemService)
-    : bus(std::move(connection)), item(std::move(itemService))
+// The item goes by its object path, which makes the connection its service. Every panel's watcher
+// takes a path as well as a bus name; GNOME's looks up the owner of a name, and loses an item now
+// and then when it asks too early. The matches name no service, as the toolkit would wait for that
+// service's owner.
+TrayHost::TrayHost(QDBusConnection connection, QString itemPath)
+    : bus(std::move(connection)), item(std::move(itemPath))
 {
     watcher.setConnection(bus);
     watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);

@@ -14,7 +14,8 @@ namespace stemvault {
 class TrayHost final : public QObject {
     Q_OBJECT
 public:
-    TrayHost(QDBusConnection connection, QString itemService);
+    /// `itemPath` is the item's object on this connection.
+    TrayHost(QDBusConnection connection, QString itemPath);
 
 Q_SIGNALS:
     /// Told once after the start, and at each change.
