@@ -2,6 +2,7 @@
 
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
+#include "Foundation/WriterCheck.h"
 #include "Platform/FileEvents.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/SettingsStore.h"
@@ -36,20 +37,26 @@ bool isAlwaysWatched(const std::string& path)
 
 /// One check of a file that is being waited for, with what the checks before found.
 struct BounceWatcher::Wait {
-    FileURL url;
     std::string path;
     std::int64_t lastSize = -1; ///< Before the first check: no size at all.
-    std::optional<WallTime> stableSince; ///< When the size was first seen unchanged.
-    bool isLast = false; ///< The file is reported if its size is still the same.
+    std::optional<WallTime> stableSince {}; ///< When the size was first seen unchanged.
+    bool isLast = false; ///< The file is reported if it is unchanged and complete.
+    bool isOpen = false; ///< Someone had it open for writing when that was last asked.
+    std::optional<FileManager::FileDate> lastDate {};
 };
 
 /// What the disk says of a file.
 struct BounceWatcher::Look {
     std::optional<FileIdentity> folder;
     std::optional<FileManager::ItemAttributes> item;
+    Writers writers = Writers::Unknown;
 
     /// A file that is gone reads as empty; it is reported, and its copy then says what is wrong.
     [[nodiscard]] std::int64_t size() const { return item ? item->size : 0; }
+    [[nodiscard]] std::optional<FileManager::FileDate> date() const
+    {
+        return item ? std::optional(item->contentModificationDate) : std::nullopt;
+    }
 };
 
 BounceWatcher::BounceWatcher() = default;
@@ -109,7 +116,7 @@ void BounceWatcher::handleEvents(
 {
     for (std::size_t i = 0; i < std::min(paths.size(), flags.size()); ++i)
         if (isBounce(paths[i], flags[i]) && watchingPaths.insert(paths[i]).second)
-            waitForStability(FileURL(paths[i]), paths[i], -1, std::nullopt);
+            waitForStability({ .path = paths[i] });
 }
 
 bool BounceWatcher::isBounce(const std::string& path, std::uint32_t flag) const
@@ -120,21 +127,22 @@ bool BounceWatcher::isBounce(const std::string& path, std::uint32_t flag) const
     return !internalSessionFolderNames.contains(lowercased(folderName)) || isAlwaysWatched(path);
 }
 
-void BounceWatcher::waitForStability(const FileURL& url, const std::string& path,
-    std::int64_t lastSize, std::optional<WallTime> stableSince)
+void BounceWatcher::waitForStability(Wait wait)
 {
-    if (!isActive || !watchingPaths.contains(path))
+    if (!isActive || !watchingPaths.contains(wait.path))
         return;
-    Wait wait { url, path, lastSize, stableSince };
-    if (stableSince) {
+    if (wait.stableSince) {
         const WallTime now = Platform::current().dispatch.now();
         // A clock that was set back must not make the file wait for the time to come again.
-        wait.stableSince = std::min(*stableSince, now);
+        wait.stableSince = std::min(*wait.stableSince, now);
         wait.isLast = now - *wait.stableSince >= stableFor;
     }
+    const bool asksForWriters = wait.isLast && !isReported(wait.path, wait.lastSize);
     const auto found = alive.guard([this, wait](const Look& look) { apply(wait, look); });
-    looks.ask(rootOf(path), deletingLastPathComponent(path),
-        [path, found] { return [found, look = lookAt(path)] { found(look); }; });
+    looks.ask(rootOf(wait.path), deletingLastPathComponent(wait.path),
+        [path = wait.path, asksForWriters, found] {
+            return [found, look = lookAt(path, asksForWriters)] { found(look); };
+        });
 }
 
 std::string BounceWatcher::rootOf(const std::string& path) const
@@ -144,42 +152,61 @@ std::string BounceWatcher::rootOf(const std::string& path) const
     return root == watchedFolders.end() ? std::string() : *root;
 }
 
-BounceWatcher::Look BounceWatcher::lookAt(const std::string& path)
+bool BounceWatcher::isReported(const std::string& path, std::int64_t size) const
 {
-    return { FileManager::identityOfFolder(deletingLastPathComponent(path)),
-        FileManager::attributesOfItem(path) };
+    const auto alerted = alertedFileSizes.find(path);
+    return alerted != alertedFileSizes.end() && alerted->second == size;
 }
 
-void BounceWatcher::apply(const Wait& wait, const Look& look)
+BounceWatcher::Look BounceWatcher::lookAt(const std::string& path, bool asksForWriters)
+{
+    Look look;
+    // First, so that what is read afterwards of a file that nobody writes is final.
+    if (asksForWriters)
+        look.writers = writersOf(path);
+    look.folder = FileManager::identityOfFolder(deletingLastPathComponent(path));
+    look.item = FileManager::attributesOfItem(path);
+    return look;
+}
+
+void BounceWatcher::apply(Wait wait, const Look& look)
 {
     if (!isActive || !watchingPaths.contains(wait.path))
         return;
-    const bool isUnchanged = look.size() == wait.lastSize;
-    if (isUnchanged && wait.isLast) {
-        report(wait.url, wait.path, look);
-        return;
+    const WallTime now = Platform::current().dispatch.now();
+    // Space may be reserved first and filled later: while the file is open its date tells as well.
+    const bool isUnchanged =
+        look.size() == wait.lastSize && !(wait.isOpen && look.date() > wait.lastDate);
+    if (!isUnchanged) {
+        wait.stableSince.reset();
+    } else if (!wait.stableSince) {
+        wait.stableSince = now;
+    } else if (wait.isLast) {
+        const bool isLeftAlone =
+            look.size() > largestHeader && now - *wait.stableSince >= stableForWhileOpen;
+        if (look.writers != Writers::Some || isLeftAlone)
+            return report(wait.path, look);
+        wait.isOpen = true;
     }
-    std::optional<WallTime> since;
-    if (isUnchanged)
-        since = wait.stableSince.value_or(Platform::current().dispatch.now());
+    wait.isLast = false;
+    wait.lastSize = look.size();
+    wait.lastDate = look.date();
     Platform::current().dispatch.mainAsyncAfter(
-        pollInterval, alive.guard([this, wait, since, size = look.size()] {
-            waitForStability(wait.url, wait.path, size, since);
-        }));
+        pollInterval, alive.guard([this, wait] { waitForStability(wait); }));
 }
 
-void BounceWatcher::report(const FileURL& url, const std::string& path, const Look& look)
+void BounceWatcher::report(const std::string& path, const Look& look)
 {
     watchingPaths.erase(path);
     // Archive tools make a file first and put a link in its place at the end. What a link leads to
     // was never written here.
     if (look.item && !look.item->isRegularFile)
         return;
-    const auto alerted = alertedFileSizes.find(path);
-    const bool isAlerted = alerted != alertedFileSizes.end() && alerted->second == look.size();
+    const bool isKnown = isReported(path, look.size());
     alertedFileSizes.insert_or_assign(path, look.size());
     const bool isNewVersion = noteVersion(path, look);
-    if (!isAlerted && isNewVersion && onBounceDetected)
+    const FileURL url(path);
+    if (!isKnown && isNewVersion && onBounceDetected)
         onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent(), look.folder);
 }
 
@@ -188,8 +215,7 @@ bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
 {
     if (!look.folder)
         return true;
-    const Version version { look.size(),
-        look.item ? std::optional(look.item->contentModificationDate) : std::nullopt };
+    const Version version { look.size(), look.date() };
     const auto [known, isNew] =
         alertedVersions.try_emplace({ *look.folder, lastPathComponent(path) }, version);
     return isNew || std::exchange(known->second, version) != version;

@@ -26,7 +26,8 @@ namespace stemvault {
 class FileEventStream;
 
 /// Finds newly bounced audio files in the folders it is given, and reports each once, when its size
-/// has settled. Main thread only; the disk is asked in the background.
+/// has settled and nobody has it open for writing any more. Main thread only; the disk is asked in
+/// the background.
 class BounceWatcher : public Shared<BounceWatcher> {
 public:
     /// Receives each finished bounce with the name of the folder that holds it, and which folder
@@ -56,12 +57,12 @@ private:
     void handleEvents(
         const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags);
     [[nodiscard]] bool isBounce(const std::string& path, std::uint32_t flag) const;
-    void waitForStability(const FileURL& url, const std::string& path, std::int64_t lastSize,
-        std::optional<WallTime> stableSince);
+    void waitForStability(Wait wait);
     [[nodiscard]] std::string rootOf(const std::string& path) const;
-    [[nodiscard]] static Look lookAt(const std::string& path);
-    void apply(const Wait& wait, const Look& look);
-    void report(const FileURL& url, const std::string& path, const Look& look);
+    [[nodiscard]] bool isReported(const std::string& path, std::int64_t size) const;
+    [[nodiscard]] static Look lookAt(const std::string& path, bool asksForWriters);
+    void apply(Wait wait, const Look& look);
+    void report(const std::string& path, const Look& look);
     [[nodiscard]] bool noteVersion(const std::string& path, const Look& look);
 
     /// Folders in which DAWs keep their own working files, in lower case.
@@ -91,6 +92,11 @@ private:
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };
     static constexpr std::chrono::milliseconds stableFor { 1000 };
+
+    /// A file that someone keeps open for writing is reported all the same when it has been left
+    /// alone for so long and is more than a header.
+    static constexpr std::chrono::minutes stableForWhileOpen { 5 };
+    static constexpr std::int64_t largestHeader = 4096;
 
     Alive alive;
 };

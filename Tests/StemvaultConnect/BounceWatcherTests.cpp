@@ -1,3 +1,4 @@
+#include "Foundation/FileDescriptor.h"
 #include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/SettingsStore.h"
 #include "Support/FakePlatform.h"
@@ -5,6 +6,9 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
 #include <sys/stat.h>
 
 namespace stemvault {
@@ -273,6 +277,174 @@ TEST_F(BounceWatcherTests, LooksThatHangDoNotPileUpOverUpdates)
     EXPECT_EQ(hanging.size(), 1U);
     hanging.front()();
     platform.dispatch.advance(2s);
+    EXPECT_THAT(reported, ElementsAre(mix));
+}
+
+/// A program that exports the mix, with what is reported meanwhile and how many seconds after the
+/// export began.
+struct Export {
+    BounceWatcherTests& test;
+    FakeDispatch& dispatch;
+    const WallTime start = dispatch.now();
+    FileDescriptor file {};
+    off_t size = 0;
+    std::vector<std::string> reports {};
+
+    Export(BounceWatcherTests& itsTest, FakeDispatch& itsDispatch)
+        : test(itsTest), dispatch(itsDispatch)
+    {
+        BounceWatcher::shared().onBounceDetected = [this](
+                                                       const auto& url, const auto&, const auto&) {
+            const std::chrono::duration<double> seconds = dispatch.now() - start;
+            const auto bytes = std::filesystem::file_size(url.path());
+            std::ostringstream text;
+            text << bytes << " bytes at " << seconds.count() << " s";
+            reports.push_back(text.str());
+        };
+    }
+
+    void open()
+    {
+        file = FileDescriptor(::open(test.mix.c_str(), O_CREAT | O_WRONLY, S_IRUSR | S_IWUSR));
+        change();
+    }
+    void grow(off_t bytes)
+    {
+        EXPECT_EQ(::ftruncate(file.get(), size += bytes), 0);
+        change();
+    }
+    void overwrite() { change(); }
+    void close()
+    {
+        file.reset();
+        test.deliver(test.mix, ItemIsFile | ItemModified);
+    }
+    void wait(std::chrono::milliseconds time) { dispatch.advance(time); }
+
+private:
+    /// The file's date is that of the virtual clock.
+    void change()
+    {
+        const auto now = dispatch.now().time_since_epoch();
+        const auto seconds = std::chrono::floor<std::chrono::seconds>(now);
+        const timespec date { seconds.count(), std::chrono::nanoseconds(now - seconds).count() };
+        const timespec dates[] = { date, date };
+        EXPECT_EQ(::futimens(file.get(), dates), 0);
+        test.deliver(test.mix, ItemIsFile | ItemModified);
+    }
+};
+
+TEST_F(BounceWatcherTests, ReportsAnExportWhenItIsComplete)
+{
+    const struct {
+        const char* what;
+        std::function<void(Export&)> run;
+        std::vector<std::string> expected;
+    } rows[] = {
+        { "written at once",
+            [](Export& it) {
+                it.open();
+                it.grow(9000);
+                it.close();
+            },
+            { "9000 bytes at 1.5 s" } },
+        { "a header, and the rest a minute and a half later",
+            [](Export& it) {
+                it.open();
+                it.grow(44);
+                it.wait(90s);
+                it.grow(9000);
+                it.wait(100ms);
+                it.close();
+            },
+            { "9044 bytes at 92 s" } },
+        { "pauses of three seconds",
+            [](Export& it) {
+                it.open();
+                for (int block = 0; block < 5; ++block) {
+                    it.grow(9000);
+                    it.wait(3s);
+                }
+                it.close();
+            },
+            { "45000 bytes at 15.5 s" } },
+        { "space reserved first and filled later",
+            [](Export& it) {
+                it.open();
+                it.grow(9000);
+                it.wait(6s);
+                it.overwrite();
+                it.wait(100ms);
+                it.close();
+            },
+            { "9000 bytes at 8 s" } },
+        { "filled slowly, for longer than an open file is waited for",
+            [](Export& it) {
+                it.open();
+                it.grow(9000);
+                for (int minute = 0; minute < 12; ++minute) {
+                    it.wait(1min);
+                    it.overwrite();
+                }
+                it.wait(100ms);
+                it.close();
+            },
+            { "9000 bytes at 722 s" } },
+        { "closed after a while without another write",
+            [](Export& it) {
+                it.open();
+                it.grow(9000);
+                it.wait(20s + 200ms);
+                it.close();
+            },
+            { "9000 bytes at 20.5 s" } },
+        { "left open",
+            [](Export& it) {
+                it.open();
+                it.grow(4097);
+            },
+            { "4097 bytes at 300.5 s" } },
+        { "left open with a header alone",
+            [](Export& it) {
+                it.open();
+                it.grow(4096);
+            },
+            {} },
+        { "a header alone, closed in the end",
+            [](Export& it) {
+                it.open();
+                it.grow(4096);
+                it.wait(20min + 200ms);
+                it.close();
+            },
+            { "4096 bytes at 1200.5 s" } },
+        { "closed between two blocks, which cannot be told from the end",
+            [](Export& it) {
+                it.open();
+                it.grow(9000);
+                it.close();
+                it.wait(3s);
+                it.open();
+                it.grow(9000);
+                it.close();
+            },
+            { "9000 bytes at 1.5 s", "18000 bytes at 4.5 s" } },
+    };
+    for (const auto& row : rows) {
+        watch();
+        std::filesystem::remove(mix);
+        Export it(*this, platform.dispatch);
+        row.run(it);
+        platform.dispatch.advance(1h);
+        EXPECT_EQ(it.reports, row.expected) << row.what;
+    }
+}
+
+TEST_F(BounceWatcherTests, SomeoneWhoReadsAFileDoesNotHoldItUp)
+{
+    bounce();
+    const std::ifstream reader(mix);
+    platform.dispatch.advance(1500ms);
     EXPECT_THAT(reported, ElementsAre(mix));
 }
 
