@@ -15,6 +15,9 @@ struct RunningApplication {
     ActivationPolicy activationPolicy = ActivationPolicy::Prohibited;
     std::optional<std::string> localizedName;
     std::int32_t processIdentifier = 0;
+    /// The process that holds files open in its place, of several applications perhaps; 0 when
+    /// there is none. Files that a Windows program has opened and not yet read are its server's.
+    std::int32_t fileServerIdentifier = 0;
 
     [[nodiscard]] bool operator==(const RunningApplication&) const = default;
 };

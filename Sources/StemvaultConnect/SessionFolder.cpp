@@ -72,26 +72,6 @@ std::string_view extensionOf(std::string_view path)
     return stop == npos || path[stop] == '/' ? std::string_view() : path.substr(stop + 1);
 }
 
-std::optional<FileURL> newestSessionFileFolder(std::span<const std::string_view> paths,
-    std::span<const std::string_view> extensions, const ModificationDate& modificationDate)
-{
-    std::optional<std::string_view> newest;
-    auto newestDate = std::chrono::sys_time<std::chrono::nanoseconds>::min();
-    for (const std::string_view path : paths) {
-        if (std::ranges::find(extensions, lowercased(extensionOf(path))) == extensions.end())
-            continue;
-        const auto date = modificationDate(std::string(path))
-                              .value_or(std::chrono::sys_time<std::chrono::nanoseconds>::min());
-        if (newest && date <= newestDate)
-            continue;
-        newest = path;
-        newestDate = date;
-    }
-    if (!newest)
-        return std::nullopt;
-    return folderContaining(*newest);
-}
-
 } // namespace
 
 std::vector<std::string_view> openPaths(std::string_view lsofOutput)
@@ -118,6 +98,26 @@ std::optional<FileURL> sessionFolder(std::span<const std::string_view> openPaths
     if (auto folder = audioFilesFolder(openPaths))
         return folder;
     return newestSessionFileFolder(openPaths, extensions, modificationDate);
+}
+
+std::optional<FileURL> newestSessionFileFolder(std::span<const std::string_view> paths,
+    std::span<const std::string_view> extensions, const ModificationDate& modificationDate)
+{
+    std::optional<std::string_view> newest;
+    auto newestDate = std::chrono::sys_time<std::chrono::nanoseconds>::min();
+    for (const std::string_view path : paths) {
+        if (std::ranges::find(extensions, lowercased(extensionOf(path))) == extensions.end())
+            continue;
+        const auto date = modificationDate(std::string(path))
+                              .value_or(std::chrono::sys_time<std::chrono::nanoseconds>::min());
+        if (newest && date <= newestDate)
+            continue;
+        newest = path;
+        newestDate = date;
+    }
+    if (!newest)
+        return std::nullopt;
+    return folderContaining(*newest);
 }
 
 } // namespace stemvault

@@ -26,4 +26,9 @@ using ModificationDate =
 [[nodiscard]] std::optional<FileURL> sessionFolder(std::span<const std::string_view> openPaths,
     std::span<const std::string_view> extensions, const ModificationDate& modificationDate);
 
+/// The last of these rules alone: the folder of the newest session file.
+[[nodiscard]] std::optional<FileURL> newestSessionFileFolder(
+    std::span<const std::string_view> openPaths, std::span<const std::string_view> extensions,
+    const ModificationDate& modificationDate);
+
 } // namespace stemvault

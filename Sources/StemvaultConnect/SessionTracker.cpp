@@ -23,6 +23,13 @@ constexpr auto timeBetweenPolls = 30s;
 constexpr std::array<std::string_view, 6> sessionFileExtensions = { "ptx", "logicx", "als", "song",
     "cpr", "rpp" };
 
+/// As lsof prints them.
+std::optional<std::string> openFiles(ProcessRunner& processRunner, std::int32_t process)
+{
+    return processRunner.run(
+        processRunner.pathForTool("lsof"), { "-p", std::to_string(process), "-Fn" });
+}
+
 } // namespace
 
 SessionTracker::SessionTracker() = default;
@@ -66,19 +73,20 @@ bool SessionTracker::isWorthScanning(const RunningApplication& application)
 void SessionTracker::refresh()
 {
     const Platform& platform = Platform::current();
-    std::vector<std::int32_t> dawPIDs;
+    std::vector<Candidate> candidates;
     for (const RunningApplication& application : platform.workspace.runningApplications())
         if (isWorthScanning(application))
-            dawPIDs.push_back(application.processIdentifier);
+            candidates.push_back({ application.processIdentifier, application.fileServerIdentifier,
+                dawWithBundleIdentifier(*application.bundleIdentifier) });
     updateTimer();
 
     const auto applied = alive.guard([this](const std::optional<FileURL>& found) { apply(found); });
-    platform.dispatch.utilityAsync(
-        [&platform, tracker = alive.token(), dawPIDs = std::move(dawPIDs), applied]() {
-            auto found = tracker.expired() ? std::nullopt
-                                           : findOpenSessionFolder(platform.processRunner, dawPIDs);
-            platform.dispatch.mainAsync([applied, found = std::move(found)] { applied(found); });
-        });
+    platform.dispatch.utilityAsync([&platform, tracker = alive.token(),
+                                       candidates = std::move(candidates), applied]() {
+        auto found = tracker.expired() ? std::nullopt
+                                       : findOpenSessionFolder(platform.processRunner, candidates);
+        platform.dispatch.mainAsync([applied, found = std::move(found)] { applied(found); });
+    });
 }
 
 void SessionTracker::apply(const std::optional<FileURL>& found)
@@ -101,19 +109,37 @@ void SessionTracker::updateTimer()
 }
 
 std::optional<FileURL> SessionTracker::findOpenSessionFolder(
-    ProcessRunner& processRunner, std::span<const std::int32_t> dawPIDs)
+    ProcessRunner& processRunner, std::span<const Candidate> candidates)
 {
-    for (const std::int32_t pid : dawPIDs)
-        if (auto found = sessionFolderFromLsof(processRunner, pid, sessionFileExtensions))
+    for (const Candidate& candidate : candidates)
+        if (auto found =
+                sessionFolderFromLsof(processRunner, candidate.process, sessionFileExtensions))
+            return found;
+    for (const Candidate& candidate : candidates)
+        if (auto found = sessionFolderFromServer(processRunner, candidate))
             return found;
     return std::nullopt;
+}
+
+/// A server has the files of several programs open, so that only a session file of this DAW's own
+/// kind says anything.
+std::optional<FileURL> SessionTracker::sessionFolderFromServer(
+    ProcessRunner& processRunner, const Candidate& candidate)
+{
+    if (candidate.fileServer == 0 || candidate.daw == nullptr)
+        return std::nullopt;
+    const auto output = openFiles(processRunner, candidate.fileServer);
+    if (!output)
+        return std::nullopt;
+    const DAWNames& extensions = candidate.daw->sessionFiles;
+    return newestSessionFileFolder(openPaths(*output), { extensions.begin(), extensions.end() },
+        FileManager::contentModificationDate);
 }
 
 std::optional<FileURL> SessionTracker::sessionFolderFromLsof(
     ProcessRunner& processRunner, std::int32_t pid, std::span<const std::string_view> extensions)
 {
-    const auto output =
-        processRunner.run(processRunner.pathForTool("lsof"), { "-p", std::to_string(pid), "-Fn" });
+    const auto output = openFiles(processRunner, pid);
     if (!output)
         return std::nullopt;
     return sessionFolder(openPaths(*output), extensions, FileManager::contentModificationDate);

@@ -16,6 +16,7 @@
 
 namespace stemvault {
 
+struct DAW;
 class Timer;
 
 /// Knows which DAW session is open. Main thread only; the scans run elsewhere.
@@ -49,8 +50,16 @@ private:
 
     [[nodiscard]] static bool isDAW(const RunningApplication& application);
     [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
+    /// What is worth scanning.
+    struct Candidate {
+        std::int32_t process;
+        std::int32_t fileServer; ///< 0 when there is none.
+        const DAW* daw; ///< Null for one that is scanned for its name.
+    };
     [[nodiscard]] static std::optional<FileURL> findOpenSessionFolder(
-        ProcessRunner& processRunner, std::span<const std::int32_t> dawPIDs);
+        ProcessRunner& processRunner, std::span<const Candidate> candidates);
+    [[nodiscard]] static std::optional<FileURL> sessionFolderFromServer(
+        ProcessRunner& processRunner, const Candidate& candidate);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(ProcessRunner& processRunner,
         std::int32_t pid, std::span<const std::string_view> extensions);
 

@@ -71,6 +71,44 @@ TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
         ElementsAre("/tools/lsof -p 30 -Fn", "/tools/lsof -p 20 -Fn"));
 }
 
+TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecides)
+{
+    const RunningApplication live { "com.ableton.live", ActivationPolicy::Regular, "Live", 5, 1 };
+    const RunningApplication cubase { "com.steinberg.cubase12", ActivationPolicy::Regular, "C", 6,
+        1 };
+    const RunningApplication reaper { "com.cockos.reaper", ActivationPolicy::Regular, "R", 7 };
+    const struct {
+        const char* what;
+        std::vector<RunningApplication> applications;
+        std::map<std::string, std::string> openFiles;
+        std::vector<std::string> told;
+        std::size_t scans;
+    } rows[] = {
+        { "a session file not yet read", { live }, { { "5", "n/x.asd\n" }, { "1", "n/s/S.als\n" } },
+            { "/s" }, 2 },
+        { "what the DAW itself has open decides", { live },
+            { { "5", "n/a/A.als\n" }, { "1", "n/s/S.als\n" } }, { "/a" }, 1 },
+        { "another DAW's own files decide", { live, reaper },
+            { { "7", "n/r/R.rpp\n" }, { "1", "n/s/S.als\n" } }, { "/r" }, 2 },
+        { "the session of another DAW of that server", { live, cubase },
+            { { "1", "n/c/C.cpr\nn/c/Audio Files/a.wav\nn/c/WaveCache.wfm\n" } }, { "/c" }, 4 },
+        { "the session of a DAW that does not run", { live }, { { "1", "n/c/C.cpr\n" } }, {}, 2 },
+        { "no server", { reaper }, { { "0", "n/r/R.rpp\n" } }, {}, 1 },
+    };
+    for (const auto& row : rows) {
+        FakePlatform desktop;
+        desktop.workspace.applications = row.applications;
+        desktop.processRunner.openFiles = row.openFiles;
+        told.clear();
+        SessionTracker::shared().observers.emplace_back(
+            [this](const auto& folder) { told.push_back(folder ? folder->path() : "absent"); });
+        SessionTracker::shared().start();
+        desktop.dispatch.settle();
+        EXPECT_EQ(told, row.told) << row.what;
+        EXPECT_EQ(desktop.processRunner.calls.size(), row.scans) << row.what;
+    }
+}
+
 TEST_F(SessionTrackerTests, FollowsTheSessionAndTellsOnlyChanges)
 {
     start();

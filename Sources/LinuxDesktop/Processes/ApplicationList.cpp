@@ -18,6 +18,8 @@ public:
         for (const auto& [number, process] : processes) {
             if (process.unit && !process.isHelper)
                 noteUnit(process);
+            if (process.winePrefix && isWineServer(process.program))
+                wineServers.insert_or_assign(*process.winePrefix, number);
             if (process.unit && process.known)
                 unitsOfKnown.insert(process.unit->unit);
         }
@@ -123,8 +125,8 @@ private:
             found ? found.entry->name : process.program.name);
     }
 
-    [[nodiscard]] static ListedApplication described(const Process& process, bool isRegular,
-        const std::string& identifier, const std::string& name)
+    [[nodiscard]] ListedApplication described(const Process& process, bool isRegular,
+        const std::string& identifier, const std::string& name) const
     {
         ListedApplication application { process.key, {} };
         RunningApplication& description = application.description;
@@ -135,6 +137,10 @@ private:
         description.activationPolicy =
             isRegular ? ActivationPolicy::Regular : ActivationPolicy::Prohibited;
         description.processIdentifier = process.key.process;
+        if (process.winePrefix)
+            if (const auto server = wineServers.find(*process.winePrefix);
+                server != wineServers.end())
+                description.fileServerIdentifier = server->second;
         return application;
     }
 
@@ -142,6 +148,7 @@ private:
     const std::map<ProcessKey, WindowClass>& windows;
     const DesktopEntries& entries;
     std::map<std::string, ProcessKey, std::less<>> firstOfUnit;
+    std::map<std::string, pid_t, std::less<>> wineServers; ///< By the prefix that each serves.
     std::set<std::string, std::less<>> unitsOfKnown; ///< Those in which a DAW's own process runs.
 };
 

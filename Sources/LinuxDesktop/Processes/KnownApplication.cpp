@@ -115,6 +115,11 @@ bool isHelper(const Program& program)
         || matchesAny(name, helpers);
 }
 
+bool isWineServer(const Program& program)
+{
+    return program.name.starts_with("wineserver");
+}
+
 bool isSandboxLauncher(const Program& program)
 {
     return program.name == "bwrap" || program.name == "xdg-dbus-proxy";

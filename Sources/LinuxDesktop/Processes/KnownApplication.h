@@ -28,6 +28,9 @@ struct KnownApplication {
 /// applications and is none itself, even when it owns a window.
 [[nodiscard]] bool isHelper(const Program& program);
 
+/// Whether it is the server of Wine's programs, which opens files for them.
+[[nodiscard]] bool isWineServer(const Program& program);
+
 /// Whether it only starts the application that it is a parent of: a sandbox's own processes.
 [[nodiscard]] bool isSandboxLauncher(const Program& program);
 

@@ -1,6 +1,7 @@
 #include "LinuxDesktop/Processes/ProcessTable.h"
 
 #include "Foundation/FileDescriptor.h"
+#include "Foundation/PathText.h"
 #include "LinuxDesktop/Processes/DesktopEntry.h"
 #include "LinuxDesktop/Processes/ReadText.h"
 
@@ -64,6 +65,12 @@ std::optional<ProcessStat> readStat(int folder, const std::string& path)
     if (length <= 0)
         return std::nullopt;
     return parseProcessStat({ text.data(), static_cast<std::size_t>(length) });
+}
+
+/// A Windows program that was started by its bare name is told by the loader that it runs in.
+bool isUnderWine(const Program& program, const std::string& executable)
+{
+    return program.isWindows || lastPathComponent(executable).starts_with("wine");
 }
 
 bool hasEnded(const ProcessStat& stat)
@@ -150,7 +157,11 @@ void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& sta
         read.sandboxIdentifier = parseFlatpakIdentifier(
             readText(folder, path + "root/.flatpak-info", mostBytes).value_or(""));
     read.isHelper = isHelper(read.program);
-    read.known = knownApplication(read.program, linkTarget(folder, path + "exe"));
+    const std::string executable = linkTarget(folder, path + "exe");
+    read.known = knownApplication(read.program, executable);
+    if (isWineServer(read.program) || (read.known && isUnderWine(read.program, executable)))
+        read.winePrefix =
+            parseWinePrefix(readText(folder, path + "environ", mostBytes).value_or(""));
     table.emplace(process, std::move(read));
 }
 

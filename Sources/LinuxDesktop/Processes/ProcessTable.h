@@ -32,6 +32,8 @@ struct Process {
     std::optional<ApplicationUnit> unit;
     std::optional<std::string> sandboxIdentifier; ///< What a sandbox calls its application.
     std::optional<KnownApplication> known;
+    /// Of a DAW under Wine, and of Wine's server.
+    std::optional<std::string> winePrefix;
     bool isHelper = false;
     bool isSettled = false; ///< No longer likely to turn into something else.
 };

@@ -122,6 +122,25 @@ Program parseProgram(std::string_view cmdline, std::string_view comm)
     return program;
 }
 
+std::optional<std::string> parseWinePrefix(std::string_view environment)
+{
+    constexpr std::string_view prefixVariable = "WINEPREFIX=";
+    constexpr std::string_view homeVariable = "HOME=";
+    std::optional<std::string> usual;
+    while (!environment.empty()) {
+        auto entry = takeField(environment, '\0');
+        if (entry.starts_with(homeVariable))
+            usual = std::string(entry.substr(homeVariable.size())) + "/.wine";
+        if (!entry.starts_with(prefixVariable) || entry.size() == prefixVariable.size())
+            continue;
+        entry.remove_prefix(prefixVariable.size());
+        while (entry.size() > 1 && entry.ends_with('/'))
+            entry.remove_suffix(1);
+        return std::string(entry);
+    }
+    return usual;
+}
+
 std::optional<ApplicationUnit> parseApplicationUnit(std::string_view cgroup)
 {
     while (!cgroup.empty()) {

@@ -39,6 +39,10 @@ struct Program {
 /// that only these two tell what runs.
 [[nodiscard]] Program parseProgram(std::string_view cmdline, std::string_view comm);
 
+/// From the text of `environ`: the folder that a Windows program takes for its computer. Wine has a
+/// server for each. Absent when neither it nor the user's home is named.
+[[nodiscard]] std::optional<std::string> parseWinePrefix(std::string_view environment);
+
 /// The unit that the desktop has put an application in.
 struct ApplicationUnit {
     std::string unit; ///< Its whole name, the same for all processes of the application.

@@ -13,6 +13,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
+using testing::Pair;
 
 std::vector<std::string> listed(ProcessTable& table, const DesktopEntries& entries = {},
     const std::map<ProcessKey, WindowClass>& windows = {})
@@ -50,7 +51,7 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
     // A script called like the DAW, which becomes it long after its start.
     processes.start(60, { "/bin/sh\0/usr/bin/reaper\0"s, "reaper", 1, 600 });
     EXPECT_THAT(listed(table), Not(Contains("60 com.cockos.reaper REAPER")));
-    processes.start(60, { "/opt/reaper\0"s, "reaper", 1, 600, "x", 'S', 2 });
+    processes.start(60, { "/opt/reaper\0"s, "reaper", 1, 600, "x", 'S', "", 2 });
     EXPECT_THAT(listed(table), Contains("60 com.cockos.reaper REAPER"));
 
     ProcessTable ofAnother(processes.root(), ::geteuid() + 1);
@@ -73,6 +74,28 @@ TEST(ApplicationListTests, ADAWBelowSteamsLauncher)
     ProcessTable table(processes.root());
     EXPECT_THAT(listed(table, {}, { { { 21, 21 }, { "reaper", "reaper" } } }),
         ElementsAre("13 com.cockos.reaper REAPER", "14 com.cockos.reaper REAPER (background)"));
+}
+
+TEST(ApplicationListTests, ADAWUnderWineHasTheServerOfItsPrefix)
+{
+    const FakeProcesses processes;
+    const auto start = [&](int process, const std::string& commandLine, const char* environment) {
+        processes.start(process, { commandLine + '\0', "x", 1, process, "", 'S', environment });
+    };
+    start(10, "/usr/lib/wine/wineserver64", "HOME=/h");
+    start(11, "/usr/bin/wineserver", "WINEPREFIX=/h/daws/");
+    start(20, "C:\\Cubase12.exe", "HOME=/h");
+    start(21, "C:\\Ableton Live 12 Suite.exe", "WINEPREFIX=/h/daws");
+    start(22, "C:\\reaper.exe", "WINEPREFIX=/h/.wine/");
+    start(23, "C:\\Nuendo13.exe", "WINEPREFIX=/h/other");
+    start(24, "/opt/REAPER/reaper", "HOME=/h");
+    ProcessTable table(processes.root());
+    table.sweep();
+    std::vector<std::pair<int, int>> servers;
+    for (const auto& [key, application] : listApplications(table.processes(), {}, {}))
+        servers.emplace_back(application.processIdentifier, application.fileServerIdentifier);
+    EXPECT_THAT(
+        servers, ElementsAre(Pair(20, 10), Pair(21, 11), Pair(22, 10), Pair(23, 0), Pair(24, 0)));
 }
 
 TEST(ApplicationListTests, ADAWUnderAnotherNameByItsDesktopEntry)

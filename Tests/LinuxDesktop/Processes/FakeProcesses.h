@@ -17,6 +17,7 @@ public:
         int startTime = 100;
         std::string unit = "session-2.scope";
         char state = 'S';
+        std::string environment = {}; ///< With a NUL behind each entry.
         int image = 1; ///< Another one for another program in the same process.
     };
 
@@ -28,6 +29,7 @@ public:
         folder.write(at + "cmdline", description.commandLine);
         folder.write(at + "comm", description.command + "\n");
         folder.write(at + "cgroup", "1:name=systemd:/\n0::/user.slice/" + description.unit + "\n");
+        folder.write(at + "environ", description.environment);
         folder.write(at + "stat",
             std::to_string(process) + " (" + description.command + ") " + description.state + " "
                 + std::to_string(description.parent) + " 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 "
