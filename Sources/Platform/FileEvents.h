@@ -31,7 +31,8 @@ inline constexpr std::uint32_t NoDefer =
 inline constexpr std::uint32_t FileEvents = 0x10; ///< One event per item, not per folder.
 } // namespace FileEventStreamFlag
 
-/// Paths and flags of one batch, index for index. Paths lie below the folder as it was given.
+/// Paths and flags of one batch, index for index. Paths lie below the folder as it was given; what
+/// several folders lead to is reported below each.
 using FileEventHandler = std::function<void(
     const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags)>;
 

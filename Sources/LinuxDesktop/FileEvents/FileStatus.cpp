@@ -18,12 +18,15 @@ FileTime toFileTime(const statx_timestamp& time)
     return FileTime(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
+bool isCoarse(FileTime time)
+{
+    return time.time_since_epoch() % std::chrono::seconds(1) == std::chrono::nanoseconds::zero();
+}
+
 /// File systems that keep whole seconds, or two of them, cannot say more.
 bool isSince(FileTime time, FileTime since)
 {
-    const bool isCoarse =
-        time.time_since_epoch() % std::chrono::seconds(1) == std::chrono::nanoseconds::zero();
-    return time >= since || (isCoarse && time + std::chrono::seconds(2) > since);
+    return time >= since || (isCoarse(time) && time + std::chrono::seconds(2) > since);
 }
 
 /// A path cut to what the kernel takes: an open folder and the rest below it.
@@ -76,10 +79,18 @@ bool FileStatus::isModifiedSince(FileTime since) const
     return isSince(modified, since);
 }
 
+bool FileStatus::isTouched() const
+{
+    return accessed == modified && born != modified && !isCoarse(modified);
+}
+
 std::uint32_t FileStatus::changesSince(FileTime since) const
 {
     if (!isSince(changed, since))
         return 0;
+    // A copy that keeps the date is as little a recording as a file that was moved.
+    if (S_ISREG(mode) && !isModifiedSince(since))
+        return FileEventFlag::ItemRenamed | kind();
     if (!born || isSince(*born, since))
         return FileEventFlag::ItemCreated | kind();
     // A folder's own time changes with the names in it, which are reported themselves.
@@ -116,6 +127,7 @@ std::optional<FileStatus> fileStatus(int folder, const char* name)
     result.mode = status.stx_mode;
     result.links = status.stx_nlink;
     result.size = status.stx_size;
+    result.accessed = toFileTime(status.stx_atime);
     result.modified = toFileTime(status.stx_mtime);
     result.changed = toFileTime(status.stx_ctime);
     if ((status.stx_mask & STATX_BTIME) != 0)

@@ -23,6 +23,7 @@ struct FileStatus {
     std::uint32_t mode = 0;
     std::uint32_t links = 0;
     std::uint64_t size = 0;
+    FileTime accessed;
     FileTime modified;
     FileTime changed;
     std::optional<FileTime> born; ///< Absent where the file system does not keep it.
@@ -31,6 +32,10 @@ struct FileStatus {
     [[nodiscard]] std::uint32_t kind() const;
 
     [[nodiscard]] bool isModifiedSince(FileTime since) const;
+
+    /// Whether both times were set at once, as touching or dating a file does, and not by its
+    /// birth. A file system that keeps whole seconds cannot say.
+    [[nodiscard]] bool isTouched() const;
 
     /// What the flags of an item must say that is met in a listing in place of events nobody saw;
     /// 0 when it has not changed since.

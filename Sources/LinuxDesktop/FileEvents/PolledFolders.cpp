@@ -14,15 +14,8 @@ namespace {
 
 constexpr std::chrono::milliseconds longestLook { 50 };
 
-std::uint64_t signatureOf(const FileStatus& status)
-{
-    std::uint64_t signature = status.inode;
-    for (const std::uint64_t part :
-        { status.size, static_cast<std::uint64_t>(status.modified.time_since_epoch().count()),
-            static_cast<std::uint64_t>(status.changed.time_since_epoch().count()) })
-        signature = (signature ^ part) * 0x9E3779B97F4A7C15U;
-    return signature;
-}
+/// How far another computer's clock may be off where its folders do not tell the time.
+constexpr std::chrono::minutes longestClockError { 1 };
 
 } // namespace
 
@@ -36,10 +29,16 @@ void PolledFolders::add(NodeId node, Reason reason)
     Folder& folder = folders[node];
     if (folder.node.id == node && state.tree.isCurrent(folder.node))
         return;
-    folder = { state.tree.ref(node), reason, {}, {} };
+    folder = { state.tree.ref(node), reason, {}, {}, {} };
     read(folder, true);
     if (!nextLook)
         nextLook = std::chrono::steady_clock::now() + state.lookInterval;
+}
+
+bool PolledFolders::isSharedWithOthers(NodeId node) const
+{
+    const auto folder = folders.find(node);
+    return folder != folders.end() && folder->second.reason == Reason::SharedWithOthers;
 }
 
 std::optional<EventWindow::Time> PolledFolders::due() const
@@ -97,56 +96,93 @@ bool PolledFolders::isWatchedNow(Folder& folder)
     }
 }
 
-bool PolledFolders::read(Folder& folder, bool isFirst)
+void PolledFolders::read(Folder& folder, bool isFirst)
 {
     if (!state.tree.path(folder.node.id, WatchTree::Spelling::Resolved, path))
-        return false;
+        return;
+    const FileTime now = wallClock();
     const FileDescriptor descriptor = openFolder(path, O_RDONLY);
     const std::optional<FileStatus> self = descriptor ? fileStatus(path) : std::nullopt;
     if (!self)
-        return false;
-    Items items;
+        return;
+    const LastLook lastLook = lastLookAt(folder, self->modified);
+    std::vector<Item> items;
     DirectoryReader reader(descriptor.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next()) {
         const std::optional<FileStatus> status = fileStatus(descriptor.get(), entry->name);
         if (!status)
             continue;
         const std::string name = entry->name;
-        const std::uint64_t signature = signatureOf(*status);
-        items.emplace_back(std::hash<std::string> {}(name), signature);
+        items.push_back(itemOf(name, *status));
         if (!isFirst)
-            compare(folder, name, *status, signature, folder.items);
+            compare(folder, name, *status, lastLook);
     }
     if (!isFirst)
         departUnseen(folder.node.id);
-    std::sort(items.begin(), items.end());
+    std::ranges::sort(items, {}, &Item::name);
     folder.items = std::move(items);
     folder.modified = self->modified;
-    return true;
+    folder.lookedAt = now;
 }
 
-void PolledFolders::compare(const Folder& folder, const std::string& name, const FileStatus& status,
-    std::uint64_t signature, const Items& items)
+PolledFolders::Item PolledFolders::itemOf(const std::string& name, const FileStatus& status)
+{
+    return { std::hash<std::string> {}(name), status.modified, spread(status.size),
+        spread(status.inode) };
+}
+
+/// A name that comes sets the folder's own time by the clock of the drive, and comes after the last
+/// look. Some drives do not keep the time of a folder, and then only our own clock is left.
+PolledFolders::LastLook PolledFolders::lastLookAt(const Folder& folder, FileTime modifiedNow)
+{
+    const FileTime byOurs = folder.lookedAt - clockGrain;
+    const FileTime byTheirs = std::min(modifiedNow - (wallClock() - byOurs), byOurs);
+    if (modifiedNow != folder.modified)
+        return { byTheirs, byTheirs };
+    return { byTheirs, std::max(byTheirs, byOurs - longestClockError) };
+}
+
+void PolledFolders::compare(
+    const Folder& folder, const std::string& name, const FileStatus& status, LastLook lastLook)
 {
     if (status.kind() == FileEventFlag::ItemIsDir)
-        return meetFolder(folder, name, status);
-    const std::uint64_t hash = std::hash<std::string> {}(name);
-    const auto known = std::lower_bound(items.begin(), items.end(), std::pair(hash, 0UL));
-    const bool isKnown = known != items.end() && known->first == hash;
-    if (isKnown && known->second == signature)
-        return;
-    const std::uint32_t what = isKnown ? FileEventFlag::ItemModified : FileEventFlag::ItemCreated;
-    state.reporter.report(folder.node.id, name, what | status.kind(), EventWindow::More::Unsaid);
+        return meetFolder(folder, name, status, lastLook.forNames);
+    const Item item = itemOf(name, status);
+    const auto found = std::ranges::lower_bound(folder.items, item.name, {}, &Item::name);
+    const bool isKnown = found != folder.items.end() && found->name == item.name;
+    const std::uint32_t flags = whatHappened(isKnown ? &*found : nullptr, item, status, lastLook);
+    if (flags != 0)
+        state.reporter.report(
+            folder.node.id, name, flags | status.kind(), EventWindow::More::Unsaid);
+}
+
+std::uint32_t PolledFolders::whatHappened(
+    const Item* former, const Item& item, const FileStatus& status, LastLook lastLook)
+{
+    const bool isSame = former != nullptr && item.inode == former->inode;
+    const bool hasNewSize = former != nullptr && item.size != former->size;
+    if (former != nullptr && !hasNewSize && item.modified == former->modified)
+        return 0;
+    if (isSame && !hasNewSize) {
+        const bool isDated = item.modified < former->modified || status.isTouched()
+            || !status.isModifiedSince(lastLook.forContent);
+        return isDated ? 0 : FileEventFlag::ItemModified;
+    }
+    if (isSame && item.modified >= former->modified)
+        return FileEventFlag::ItemModified;
+    if (!status.isModifiedSince(lastLook.forNames))
+        return FileEventFlag::ItemRenamed;
+    return former != nullptr ? FileEventFlag::ItemModified : FileEventFlag::ItemCreated;
 }
 
 void PolledFolders::meetFolder(
-    const Folder& folder, const std::string& name, const FileStatus& status)
+    const Folder& folder, const std::string& name, const FileStatus& status, FileTime lastLook)
 {
     NodeId child = state.tree.child(folder.node.id, name);
     if (child == noNode) {
         child = state.tree.add(folder.node.id, name);
         state.reporter.report(child, FileEventFlag::ItemCreated | FileEventFlag::ItemIsDir);
-        walker.enqueue(child, TreeWalker::Visit::Arrived, arrivalTime(status, folder.modified));
+        walker.enqueue(child, TreeWalker::Visit::Arrived, arrivalTime(status, lastLook));
     }
     state.tree.setSeen(child, true);
 }

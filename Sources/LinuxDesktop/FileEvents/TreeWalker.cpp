@@ -127,8 +127,9 @@ void TreeWalker::visitFolder(NodeId node, Job job)
     const Device traits = device(status->device);
     if (traits.isShared)
         polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
+    // Timestamps of a shared drive come from its own clock, which the folder tells.
     if (traits.isShared && job.visit == Visit::Created)
-        job.since = {}; // By whose clock?
+        job.since = std::min(job.since, status->modified - (wallClock() - job.since));
     if (job.visit != Visit::Start)
         return list(node, job, true);
     // New names show in the folder's own time, which spares a look at every file.

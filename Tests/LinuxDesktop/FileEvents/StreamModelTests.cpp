@@ -128,7 +128,7 @@ public:
 
     void beginRound()
     {
-        ++round;
+        began[++round] = std::chrono::steady_clock::now();
         steady.clear();
         isOver = false;
         for (auto& [path, item] : disk) {
@@ -344,8 +344,14 @@ private:
         return true;
     }
 
-    /// A tenth of a second, which is what the stream may look back.
-    [[nodiscard]] bool isFresh(int when) const { return when > 0 && when + 3 >= round; }
+    /// A tenth of a second, which is what the stream may look back; where it looks by the clock,
+    /// some looks, which take long on a busy machine.
+    [[nodiscard]] bool isFresh(int when) const
+    {
+        const auto past = way == Way::Polled ? 1s : 0s;
+        return when > 0
+            && (when + 3 >= round || began.at(when) + past > std::chrono::steady_clock::now());
+    }
 
     /// Whether events alone have told of the folder of a path all through this round.
     [[nodiscard]] bool isSteady(const std::string& path) const
@@ -399,7 +405,10 @@ private:
             else if (!moved.owed.empty())
                 moved.owed.insert(path);
             const bool isUnclear = isFresh(moved.dated) && !isSteady(path);
-            if (isFresh(moved.written) || isUnclear || way == Way::Polled)
+            // Where a folder is looked at by the clock, one that is moved in looks new itself, and
+            // flags add up.
+            const bool isNewFolder = moved.isFolder && way == Way::Polled;
+            if (isFresh(moved.written) || isUnclear || isNewFolder)
                 written[path] = round;
             moved.met = round;
             disk[path] = moved;
@@ -410,6 +419,7 @@ private:
     Way way;
     Items disk;
     int round = 1;
+    std::map<int, std::chrono::steady_clock::time_point> began { { 1, {} } }; ///< By round.
     std::map<std::string, int> written; ///< When by which path.
     std::set<std::string> steady; ///< Folders watched all through this round.
     std::set<int> linked; ///< Files that have or had several names.

@@ -1,3 +1,4 @@
+#include "Foundation/FileCopy.h"
 #include "LinuxDesktop/FileEvents/StreamStage.h"
 #include "Platform/FileEvents.h"
 
@@ -143,6 +144,13 @@ Step renamedWhileOpen(const char* from, const char* to, Closed closed)
         EXPECT_EQ(rename(stage.path(from).c_str(), stage.path(to).c_str()), 0);
         if (closed == Closed::Later)
             age(stage, 200ms);
+    };
+}
+
+Step copyAsWeDo(const char* from, const char* to)
+{
+    return [=](StreamStage& stage) {
+        EXPECT_TRUE(copyItem(stage.path(from), stage.path(to), CopyOptions {}));
     };
 }
 
@@ -330,6 +338,24 @@ const std::vector<Scenario> scenarios = {
         { { "CmF", "root/a/f" }, { "MF", "root/a/old" }, { "OS", "root" }, { "OS", "beat" } } },
     { "RootMadeByAnotherComputer", { [](auto& stage) { stage.calls().areOthersSilent = true; } },
         { sh("mkdir root; echo > root/f") }, { { "COX", "root" }, { "CmF", "root/f" } } },
+    { "NotWrittenOnAPolledDrive",
+        { [](auto& stage) { stage.calls().areOthersSilent = true; },
+            sh("mkdir root out; for f in 1 2 3 4 5 6; do echo $f > root/$f; done; echo > out/7; "
+               "echo long > out/8; touch -d 2001-02-03 root/* out/*"),
+            longAgo },
+        { sh("mv root/1 root/old; touch root/2; touch -d 2002-02-03 root/3; chmod 600 root/4; "
+             "touch -d 2000-02-03 root/5; mv out/8 root/6; mv out/7 root/7"),
+            copyAsWeDo("root/4", "root/copy") },
+        { { "RF", "root/old" }, { "RF", "root/6" }, { "RF", "root/7" }, { "RF", "root/copy" } } },
+    { "WrittenOnAPolledDrive",
+        { [](auto& stage) { stage.calls().areOthersSilent = true; },
+            sh("mkdir root; for f in 1 2 3 4; do echo $f > root/$f; done; touch -d 2001-02-03 "
+               "root/*"),
+            longAgo },
+        { sh("echo >> root/1; echo x > root/2; echo new > new; mv new root/3; mkdir root/d; "
+             "echo > root/d/f; echo > root/f; touch -d 2001-02-03 early; mv early root/d/old") },
+        { { "MF", "root/1" }, { "MF", "root/2" }, { "MF", "root/3" }, { "CF", "root/f" },
+            { "CO", "root/d" }, { "CmF", "root/d/f" }, { "rf", "root/d/old" } } },
     { "FolderReadableLater",
         { sh("mkdir -p root/locked; chmod 0 root/locked"),
             [](auto& stage) { stage.calls().unreadableName = "/locked"; } },
