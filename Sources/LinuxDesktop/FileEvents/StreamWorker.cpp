@@ -37,7 +37,8 @@ timespec timeUntil(Time time)
 StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime streamBegan,
     const std::atomic<bool>& mustEnd, int wakeUpDescriptor)
     : began(streamBegan), wakeUp(wakeUpDescriptor), state(options, calls, mustEnd), walker(state),
-      roots(state, walker, options.paths), sorter(state, walker)
+      roots(state, walker, options.paths), sorter(state, walker),
+      earlyWrites(state, walker.polled())
 {
 }
 
@@ -50,6 +51,7 @@ void StreamWorker::run(const Deliver& deliver, const Ready& ready)
         turn(deliver);
     if (!state.mustEnd && ready)
         ready();
+    earlyWrites.begin();
     while (!state.mustEnd)
         turn(deliver);
 }
@@ -158,7 +160,8 @@ bool StreamWorker::workOn()
     const bool hasWalked = walker.runSlice();
     const bool hasRemoved = state.inotify.removeSome(
         [this](int watch) { return state.tree.atWatch(watch) != noNode || roots.guards(watch); });
-    return hasWalked || hasRemoved;
+    const bool hasLooked = !hasWalked && earlyWrites.runSlice();
+    return hasWalked || hasRemoved || hasLooked;
 }
 
 void StreamWorker::wait()

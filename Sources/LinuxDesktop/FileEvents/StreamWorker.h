@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Foundation/FileDescriptor.h"
+#include "LinuxDesktop/FileEvents/EarlyWrites.h"
 #include "LinuxDesktop/FileEvents/EventSorter.h"
 #include "LinuxDesktop/FileEvents/RootKeeper.h"
 #include "LinuxDesktop/FileEvents/StreamOptions.h"
@@ -51,6 +52,7 @@ private:
     TreeWalker walker;
     RootKeeper roots;
     EventSorter sorter;
+    EarlyWrites earlyWrites;
     std::optional<FileTime> lostSince;
     FileTime mountsKnownUntil; ///< No mount has come or gone before this moment unnoticed.
     bool hasReadEvents = false;

@@ -33,6 +33,8 @@ public:
     NodeId addRoot(std::string given, std::string resolved);
     NodeId add(NodeId parent, std::string_view name);
 
+    /// Behind the last of all nodes there are or have been.
+    [[nodiscard]] NodeId end() const { return static_cast<NodeId>(nodes.size()); }
     [[nodiscard]] NodeId child(NodeId parent, std::string_view name) const;
     [[nodiscard]] NodeId firstChild(NodeId node) const { return nodes[node].firstChild; }
     [[nodiscard]] NodeId nextSibling(NodeId node) const { return nodes[node].next; }

@@ -11,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <thread>
 
 namespace stemvault {
@@ -110,6 +111,31 @@ TEST_F(StreamLifetime, DeliversWhatHappenedSinceStartOnTheMainQueue)
         const auto work = queue.next(10s);
         ASSERT_TRUE(work);
         (*work)();
+    }
+}
+
+TEST_F(StreamLifetime, DeliversWhatWasWrittenBeforeItsFolderWasWatched)
+{
+    std::set<std::string> missing;
+    for (int made = 0; made < 1000; ++made) {
+        folder.makeFolder(std::to_string(made));
+        folder.write(std::to_string(made) + "/old", "x");
+        if (made % 100 == 0)
+            missing.insert(folder.write(std::to_string(made) + "/mix", "x"));
+    }
+    const TemporaryFolder elsewhere;
+    age(elsewhere.path("clock"), 20ms);
+    const auto stream = makeStream(folder.path());
+    for (const std::string& path : missing)
+        std::ofstream(path, std::ios::app) << "more";
+    while (!missing.empty()) {
+        const auto work = queue.next(10s);
+        ASSERT_TRUE(work) << *missing.begin() << " was not delivered";
+        (*work)();
+        for (const std::string& path : received) {
+            EXPECT_TRUE(path.ends_with("/mix")) << path;
+            missing.erase(path);
+        }
     }
 }
 

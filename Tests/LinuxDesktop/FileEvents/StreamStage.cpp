@@ -187,13 +187,17 @@ void flood(StreamStage& stage)
         (void)truncate(files[events % 2].c_str(), 0);
 }
 
-void age(StreamStage& stage, std::chrono::milliseconds least)
+void age(const std::string& clock, std::chrono::milliseconds least)
 {
     const FileTime enough = wallClock() + least;
-    const std::string clock = stage.path("clock");
     do
         std::ofstream(clock) << "tick";
     while (fileStatus(clock)->changed < enough);
+}
+
+void age(StreamStage& stage, std::chrono::milliseconds least)
+{
+    age(stage.path("clock"), least);
 }
 
 } // namespace stemvault

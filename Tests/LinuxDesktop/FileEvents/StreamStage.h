@@ -93,7 +93,8 @@ inline void sync(StreamStage& stage)
 /// Makes more events than the kernel's queue holds, none of which is reported.
 void flood(StreamStage& stage);
 
-/// Waits until the clock of the file system is that far on.
+/// Waits until the clock of the file system is that far on, with a file that shows it.
+void age(const std::string& clock, std::chrono::milliseconds least);
 void age(StreamStage& stage, std::chrono::milliseconds least);
 
 /// Whether this process may mount: as root, or in a user namespace of its own. Nobody else sees it.
