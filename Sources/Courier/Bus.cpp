@@ -1,6 +1,9 @@
 #include "Courier/Bus.h"
 
+#include "Courier/CourierText.h"
+
 #include <cstdint>
+#include <string_view>
 #include <systemd/sd-bus.h>
 
 namespace stemvault {
@@ -10,6 +13,10 @@ namespace {
 constexpr std::uint64_t forever = UINT64_MAX;
 constexpr std::uint8_t normalUrgency = 1;
 constexpr int serversOwnTimeout = -1;
+
+// How long each call to the notification service may take, in microseconds. The bus may have to
+// start the service first.
+constexpr std::uint64_t patience = 5'000'000;
 
 struct Unref {
     void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
@@ -41,6 +48,34 @@ bool appendTexts(sd_bus_message* call, const std::vector<std::string>& texts)
         if (sd_bus_message_append_basic(call, 's', text.c_str()) < 0)
             return false;
     return sd_bus_message_close_container(call) >= 0;
+}
+
+Message makeNotificationCall(sd_bus* bus, const char* method)
+{
+    return makeCall(bus, "org.freedesktop.Notifications", "/org/freedesktop/Notifications",
+        "org.freedesktop.Notifications", method);
+}
+
+bool hasText(sd_bus_message* reply, std::string_view wanted)
+{
+    if (sd_bus_message_enter_container(reply, 'a', "s") < 0)
+        return false;
+    const char* text = nullptr;
+    while (sd_bus_message_read_basic(reply, 's', &text) > 0)
+        if (text == wanted)
+            return true;
+    return false;
+}
+
+// A service that does not say what it can do is taken for one that reads markup, as most do.
+bool readsMarkup(sd_bus* bus)
+{
+    const Message call = makeNotificationCall(bus, "GetCapabilities");
+    sd_bus_message* answer = nullptr;
+    if (sd_bus_call(bus, call.get(), patience, nullptr, &answer) < 0)
+        return true;
+    const Message reply(answer);
+    return hasText(reply.get(), "body-markup");
 }
 
 std::string description(const sd_bus_error& error)
@@ -86,17 +121,19 @@ Result<std::string> Bus::perform(
     return std::string(text);
 }
 
+// The service's reply is waited for, because GNOME asks the bus who sent a notification, and drops
+// that of a sender who has gone. It also takes away what a desktop entry's program has sent when
+// the sender ends, so there is no hint "desktop-entry".
 void Bus::notify(const std::string& title, const std::string& body) const
 {
-    const Message call = makeCall(connection.get(), "org.freedesktop.Notifications",
-        "/org/freedesktop/Notifications", "org.freedesktop.Notifications", "Notify");
+    const std::string text = readsMarkup(connection.get()) ? escapedMarkup(body) : body;
+    const Message call = makeNotificationCall(connection.get(), "Notify");
     if (!call)
         return;
     sd_bus_message_append(call.get(), "susssasa{sv}i", "Stemvault Connect", 0U,
-        "net.stemvault.Connect", title.c_str(), body.c_str(), 0, 2, "desktop-entry", "s",
-        "net.stemvault.Connect", "urgency", "y", normalUrgency, serversOwnTimeout);
-    sd_bus_message_set_expect_reply(call.get(), 0);
-    sd_bus_send(connection.get(), call.get(), nullptr);
+        "net.stemvault.Connect", title.c_str(), text.c_str(), 0, 1, "urgency", "y", normalUrgency,
+        serversOwnTimeout);
+    sd_bus_call(connection.get(), call.get(), patience, nullptr, nullptr);
 }
 
 } // namespace stemvault

@@ -21,7 +21,8 @@ public:
     [[nodiscard]] Result<std::string> perform(
         const std::string& service, const std::vector<std::string>& uris) const;
 
-    /// Shows a notification. Does not wait for it.
+    /// Shows a notification, the body as plain text. Waits a few seconds at most until the
+    /// notification service, which is started if need be, has taken it.
     void notify(const std::string& title, const std::string& body) const;
 
 private:

@@ -1,7 +1,8 @@
 #include "Courier/Bus.h"
+#include "Courier/CourierText.h"
 #include "Foundation/FileURI.h"
+#include "Foundation/UnicodeText.h"
 
-#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <span>
@@ -36,13 +37,6 @@ const Service* serviceFor(std::string_view word)
     return nullptr;
 }
 
-std::string absolutePath(const char* argument)
-{
-    std::error_code unknown; // Without a working directory the path stays as it is.
-    const auto path = std::filesystem::absolute(argument, unknown);
-    return unknown ? std::string(argument) : path.lexically_normal().native();
-}
-
 /// What the user has to be told; empty when all is well.
 std::string deliver(const Result<Bus>& bus, const Service& service, std::span<char*> files)
 {
@@ -63,7 +57,8 @@ int run(std::span<char*> arguments)
         return 2;
     }
     const auto bus = Bus::open();
-    const std::string error = deliver(bus, *service, arguments.subspan(2));
+    // Whoever has the program's name on the bus may answer anything.
+    const std::string error = printable(deliver(bus, *service, arguments.subspan(2)));
     if (error.empty())
         return 0;
     std::cerr << error << '\n';

@@ -26,6 +26,14 @@ bool isASCII(std::string_view text)
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
+/// Control characters, separators of lines, and what turns the direction of the text around it.
+bool isInvisible(UChar32 character)
+{
+    return character < 0x20 || (character >= 0x7F && character < 0xA0)
+        || (character >= 0x2028 && character <= 0x202E)
+        || (character >= 0x2066 && character <= 0x2069);
+}
+
 } // namespace
 
 bool isValidUTF8(std::string_view bytes)
@@ -50,7 +58,7 @@ std::string printable(std::string_view name)
         const auto start = static_cast<std::size_t>(position);
         UChar32 character = 0;
         U8_NEXT(text, position, length, character);
-        if (character < 0x20 || (character >= 0x7F && character < 0xA0))
+        if (isInvisible(character))
             shown += "\uFFFD";
         else
             shown += name.substr(start, static_cast<std::size_t>(position) - start);

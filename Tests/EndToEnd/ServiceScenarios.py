@@ -1,12 +1,31 @@
 """The services, from the Courier that a file manager starts to the browser."""
 
 import os
+import sys
 import unittest
 from pathlib import Path
 from urllib.parse import parse_qsl, urlsplit
 
 from Scenario import PROGRAMS, Scenario, wait_for
+from virtual_desktop import VirtualDesktop
 from virtual_desktop.services import Services, StartedByBus
+
+# Has the program's name on the bus.
+STRANGER = """
+import dbus, dbus.service
+from dbus.mainloop.glib import DBusGMainLoop
+from gi.repository import GLib
+
+class Stranger(dbus.service.Object):
+    @dbus.service.method("net.stemvault.Connect.Services1", in_signature="sas", out_signature="s")
+    def Perform(self, service, uris):
+        return "a<b> &\x1b[31m\u202e"
+
+bus = dbus.SessionBus(DBusGMainLoop())
+stranger = Stranger(bus, "/net/stemvault/Connect/Services1")
+name = dbus.service.BusName("net.stemvault.Connect", bus)
+GLib.MainLoop().run()
+"""
 
 
 class ServiceScenarios(Scenario):
@@ -99,6 +118,13 @@ class ServiceScenarios(Scenario):
         self.desktop.wait_for_notification("Stemvault Connect ended before it was done.")
         self.start()
 
+    def test_a_path_leads_where_the_disk_says(self):
+        self.start()
+        (self.desktop.home / "link").symlink_to(self.folder("Elsewhere/Mixes"))
+        self.make(self.desktop.home / "Elsewhere/there.wav")
+        self.services.run("add", "link/../there.wav")
+        self.connect.prompt("there.wav\nfrom Elsewhere").answer("Cancel")
+
     def test_without_a_browser_the_link_is_shown(self):
         self.start()
         (self.desktop.home / ".config/mimeapps.list").unlink()
@@ -131,6 +157,31 @@ class ServiceScenarios(Scenario):
         self.connect.prompt("+ 4999 more waiting").answer("Skip")
         self.connect.prompt("+ 9998 more waiting").answer("Cancel")
         self.expect(courier, 0)
+
+
+class UnreachableProgram(unittest.TestCase):
+    """What the Courier tells by itself."""
+
+    def test_errors_are_seen_where_the_notification_service_must_be_started(self):
+        with VirtualDesktop(notifications=None) as desktop:
+            services = Services(desktop, PROGRAMS)
+            (desktop.folder / "services/net.stemvault.Connect.service").unlink()
+            services.offer_notifications("body,asks-sender")
+            self.assertEqual(services.run("add", "mix.wav").wait(timeout=30), 1)
+            note = desktop.wait_for_notification(
+                "Stemvault Connect is not running and could not be started.")
+            self.assertEqual(note["summary"], "Add to Stemvault")
+
+    def test_a_strangers_answer_is_shown_as_plain_text(self):
+        for capabilities, shown in (("body,body-markup", "a&lt;b&gt; &amp;\uFFFD[31m\uFFFD"),
+                                    ("body", "a<b> &\uFFFD[31m\uFFFD")):
+            with VirtualDesktop(notifications=capabilities) as desktop:
+                services = Services(desktop, PROGRAMS)
+                desktop.start("stranger", [sys.executable, "-c", STRANGER])
+                wait_for("the stranger", lambda: desktop.has_bus_name("net.stemvault.Connect"))
+                self.assertEqual(services.run("add", "mix.wav").wait(timeout=30), 1)
+                desktop.wait_for_notification(shown)
+                self.assertIn("a<b> &\uFFFD[31m\uFFFD\n", desktop.log("courier"))
 
 
 if __name__ == "__main__":

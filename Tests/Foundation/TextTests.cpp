@@ -67,6 +67,8 @@ TEST(UnicodeText, LowersAndShowsEveryName)
         { "cut in the middle of a character", "Ü\xC3", "Ü\xC3", "Ü\uFFFD" },
         { "line breaks and control characters", "A\nB\x7F\u0085", "a\nb\x7F\u0085",
             "A\uFFFDB\uFFFD\uFFFD" },
+        { "marks that turn or break the line", "a\u202Evaw.\u2066b\u2028",
+            "a\u202Evaw.\u2066b\u2028", "a\uFFFDvaw.\uFFFDb\uFFFD" },
     };
     for (const auto& row : rows) {
         EXPECT_EQ(lowercased(row.text), row.lowered) << row.what;

@@ -4,6 +4,8 @@ import os
 import select
 import signal
 import subprocess
+import sys
+from pathlib import Path
 
 import dbus
 import dbus.bus
@@ -11,6 +13,10 @@ import dbus.bus
 from .waiting import wait_for
 
 NAME = "net.stemvault.Connect"
+NOTIFICATION_SERVICE = """[D-BUS Service]
+Name=org.freedesktop.Notifications
+Exec=/bin/sh -c "exec {python} {server} {capabilities} >> {log}"
+"""
 BROWSER = """#!/bin/sh
 printf '%s\\n' "$1" >> {log}
 """
@@ -39,6 +45,14 @@ class Services:
     def run(self, word, *files, **options):
         """Starts the Courier as a file manager does, and returns its process."""
         return self.desktop.start("courier", [self.courier, word, *files], **options)
+
+    def offer_notifications(self, capabilities):
+        """A notification service that is started by the bus when it is first needed."""
+        (self.desktop.folder / "services/notifications.service").write_text(
+            NOTIFICATION_SERVICE.format(
+                python=sys.executable, server=Path(__file__).with_name("notification_server.py"),
+                capabilities=capabilities, log=self.desktop.logs / "notification_server.log"))
+        self._tell_bus()
 
     def opened(self):
         """The URLs that the browser was given so far."""
