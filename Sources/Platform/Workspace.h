@@ -44,8 +44,9 @@ public:
     /// Afterwards none of the observer's work runs.
     virtual void removeObserver(const void* observer) = 0;
 
-    /// Hands a URL to the user's default application for its kind, and says whether the desktop
-    /// could. Main-queue work may go on before it returns.
+    /// Hands the address of a web page to the user's browser, and says whether the desktop could.
+    /// Any other URL is refused, but for that of the keyboard's shortcuts, which shows the
+    /// desktop's settings for them. Main-queue work may go on before it returns.
     [[nodiscard]] virtual bool open(const std::string& url) = 0;
 };
 

@@ -3,16 +3,22 @@
 #include "LinuxDesktop/Workspace/KeyboardSettings.h"
 #include "LinuxDesktop/Workspace/URLOpener.h"
 
+#include <string_view>
+#include <strings.h>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
 
-bool hasScheme(const std::string& url)
+// Release feeds name addresses too, and of all that a desktop can open only a web page is harmless.
+bool isWebAddress(std::string_view url)
 {
-    const auto end = url.find_first_of(":/?#");
-    return end != std::string::npos && url[end] == ':' && end > 0 && url.front() != '-';
+    const auto beginsWith = [url](std::string_view scheme) {
+        return url.size() > scheme.size()
+            && ::strncasecmp(url.data(), scheme.data(), scheme.size()) == 0;
+    };
+    return beginsWith("https://") || beginsWith("http://");
 }
 
 } // namespace
@@ -52,8 +58,7 @@ bool LinuxWorkspace::open(const std::string& url)
     // The place of the keyboard's shortcuts, which every desktop keeps elsewhere.
     if (url.starts_with("x-apple.systempreferences:com.apple.preference.keyboard"))
         return openKeyboardSettings();
-    // Without a scheme it would be taken for a file's name, or for an option.
-    return hasScheme(url) && openURL(url);
+    return isWebAddress(url) && openURL(url);
 }
 
 void LinuxWorkspace::announce(WorkspaceNews news)

@@ -353,6 +353,38 @@ TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
     EXPECT_LE(told(), pauses + 1) << "However often titles change.";
 }
 
+TEST_F(LinuxWorkspaceTests, OpensWebPagesAlone)
+{
+    const struct {
+        std::string url;
+        bool isOpened;
+    } rows[] = {
+        { "https://stemvault.example/?title=x", true },
+        { "HTTPS://stemvault.example", true },
+        { "http://localhost:8000/?autoscan=1", true },
+        { "https:", false },
+        { "javascript:alert(1)", false },
+        { "file:///usr/bin/true", false },
+        { "ssh://-oProxyCommand=true/", false },
+        { "/usr/bin/true", false },
+        { "--help", false },
+        { "", false },
+    };
+    const TemporaryFolder folder;
+    folder.write("xdg-open", "#!/bin/sh\necho \"$*\" >> \"${0%/*}/opened\"\n");
+    std::filesystem::permissions(folder.path("xdg-open"), std::filesystem::perms::owner_all);
+    makeWorkspace();
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", folder.path().c_str());
+    std::string opened;
+    for (const auto& row : rows) {
+        EXPECT_EQ(workspace->open(row.url), row.isOpened) << row.url;
+        opened += row.isOpened ? row.url + "\n" : "";
+        EXPECT_EQ(folder.read("opened"), opened) << row.url;
+    }
+    qputenv("PATH", path);
+}
+
 TEST_F(LinuxWorkspaceTests, OpensTheKeyboardSettingsOfTheDesktop)
 {
     using Programs = std::vector<std::string>;
