@@ -39,13 +39,18 @@ FetcherURLSession::~FetcherURLSession()
     }
 }
 
-std::string FetcherURLSession::standardFetcher()
+// The folder of an installed executable has programs of others in it, so its neighbour comes last.
+std::string FetcherURLSession::fetcherOf(const QString& folderOfExecutable)
 {
-    const QString folder = QCoreApplication::applicationDirPath();
-    for (const char* place : { "/fetcher", "/../libexec/stemvault-connect/fetcher" })
-        if (const QString path = folder + QLatin1String(place); QFile::exists(path))
+    for (const char* place : { "/../libexec/stemvault-connect/fetcher", "/fetcher" })
+        if (const QString path = folderOfExecutable + QLatin1String(place); QFile::exists(path))
             return QFile::encodeName(path).toStdString();
     return {};
+}
+
+std::string FetcherURLSession::standardFetcher()
+{
+    return fetcherOf(QCoreApplication::applicationDirPath());
 }
 
 void FetcherURLSession::dataTask(const std::string& url, CompletionHandler completionHandler)

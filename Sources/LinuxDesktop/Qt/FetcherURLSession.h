@@ -23,9 +23,10 @@ public:
     FetcherURLSession(std::string fetcherPath, Limits limits);
     ~FetcherURLSession() override;
 
-    /// Where the fetcher lies: beside the executable in a build tree, and in the folder for
-    /// programs of an installation that nobody starts by hand.
+    /// Where the fetcher lies: in the folder for programs of an installation that nobody starts by
+    /// hand, or in a build tree, which has no such folder, beside the executable.
     [[nodiscard]] static std::string standardFetcher();
+    [[nodiscard]] static std::string fetcherOf(const QString& folderOfExecutable);
 
     void dataTask(const std::string& url, CompletionHandler completionHandler) override;
 

@@ -6,6 +6,9 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include <cstdlib>
+#include <fstream>
+
 namespace stemvault {
 namespace {
 
@@ -58,10 +61,19 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
         { "a page", "HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\npage", "page" },
         { "an error page", "HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone", "gone" },
         { "a server in trouble", "HTTP/1.1 503 Busy\r\nContent-Length: 4\r\n\r\nwait", "wait" },
+        { "a bad request", "HTTP/1.1 400 Bad\r\nContent-Length: 3\r\n\r\nbad", "bad" },
+        { "a password wanted", "HTTP/1.1 401 No\r\nContent-Length: 4\r\n\r\nwho?", "who?" },
+        { "a proxy's password wanted", "HTTP/1.1 407 No\r\nContent-Length: 4\r\n\r\nwho?", "who?" },
+        { "a teapot", "HTTP/1.1 418 Teapot\r\nContent-Length: 3\r\n\r\ntea", "tea" },
+        { "a redirect to nowhere", "HTTP/1.1 307 Moved\r\nContent-Length: 4\r\n\r\nlost", "lost" },
+        { "a redirect to a file", "HTTP/1.1 302 Found\r\nLocation: file:///etc/passwd\r\n\r\n",
+            "failed" },
+        { "a truncated error page", "HTTP/1.1 404 Not Found\r\nContent-Length: 40\r\n\r\ngone",
+            "failed" },
         { "an empty page", "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "" },
         { "a redirect", "HTTP/1.1 302 Found\r\nLocation: /0\r\nContent-Length: 0\r\n\r\n", "page" },
-        { "a redirect to itself", "HTTP/1.1 302 Found\r\nLocation: /5\r\nContent-Length: 0\r\n\r\n",
-            "failed" },
+        { "a redirect to itself",
+            "HTTP/1.1 302 Found\r\nLocation: /self\r\nContent-Length: 0\r\n\r\n", "failed" },
         { "a truncated page", "HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\npage", "failed" },
         { "no answer at all", "", "failed" },
         { "a close before the end of the head", "HTTP/1.1 200 OK\r\nCont", "failed" },
@@ -73,6 +85,7 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
     for (std::size_t i = 0; i < std::size(rows); ++i)
         server.answers[QByteArray("/") + QByteArray::number(i)] =
             QByteArray::fromStdString(rows[i].answer);
+    server.answers["/self"] = "HTTP/1.1 302 Found\r\nLocation: /self\r\nContent-Length: 0\r\n\r\n";
     for (std::size_t i = 0; i < std::size(rows); ++i)
         EXPECT_EQ(fetched(server.url("/" + std::to_string(i))), rows[i].expected) << rows[i].what;
     server.close();
@@ -80,6 +93,44 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
              std::string("not a URL"), std::string() })
         EXPECT_EQ(fetched(url), "failed") << url;
     EXPECT_EQ(fetched("http://127.0.0.1/", "/no/such/fetcher"), "failed");
+}
+
+/// The number behind a name in a file of /proc, in bytes; 0 without any.
+std::int64_t bytes(const std::string& file, const std::string& name, std::int64_t unit)
+{
+    std::ifstream lines(file);
+    for (std::string line; std::getline(lines, line);)
+        if (line.starts_with(name))
+            return std::strtoll(line.c_str() + name.size(), nullptr, 10) * unit;
+    return 0;
+}
+
+TEST(FetcherURLSessionTests, ResponseHeadersCannotFillTheMemory)
+{
+    Server server;
+    server.answers["/"] = "HTTP/1.1 200 OK\r\nX-Endless: stay";
+    FetcherURLSession session(STEMVAULT_FETCHER, { 60s, 100'000 });
+    session.dataTask(server.url("/"), [](const Result<std::string>&) { FAIL(); });
+    const auto* process = session.findChild<QProcess*>();
+    ASSERT_TRUE(process);
+    std::int64_t limit = 0;
+    const auto folder = [process] { return "/proc/" + std::to_string(process->processId()); };
+    EXPECT_TRUE(happens([&] {
+        limit = bytes(folder() + "/limits", "Max data size", 1);
+        return limit > 0;
+    })) << "it may take all there is";
+    EXPECT_LT(limit - bytes(folder() + "/status", "VmData:", 1024), 200 << 20);
+}
+
+TEST(FetcherURLSessionTests, AStrangerBesideTheInstalledExecutableIsNotTheFetcher)
+{
+    const TemporaryFolder prefix;
+    prefix.write("bin/fetcher", "");
+    const QString folder = QString::fromStdString(prefix.path("bin"));
+    EXPECT_EQ(FetcherURLSession::fetcherOf(folder), prefix.path("bin/fetcher")) << "a build tree";
+    prefix.write("libexec/stemvault-connect/fetcher", "");
+    EXPECT_EQ(FetcherURLSession::fetcherOf(folder),
+        prefix.path("bin/../libexec/stemvault-connect/fetcher"));
 }
 
 void openSSL(const QStringList& arguments)
