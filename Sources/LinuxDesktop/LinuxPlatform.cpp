@@ -25,6 +25,7 @@
 
 #include <chrono>
 #include <cstdlib>
+#include <iostream>
 #include <utility>
 
 namespace stemvault {
@@ -94,7 +95,14 @@ struct LinuxPlatform::Parts {
 std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 {
     auto session = std::make_unique<Session>();
-    if (!session->instance.claim())
+    const auto claim = session->instance.claim();
+    if (claim == SingleInstance::Claim::Stranger) {
+        session.reset();
+        std::cerr << "stemvault-connect: another program has the name "
+                  << identity::applicationId.toStdString() << " on the session bus\n";
+        std::exit(EXIT_FAILURE);
+    }
+    if (claim == SingleInstance::Claim::OtherInstance)
         return nullptr;
     return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(session)));
 }

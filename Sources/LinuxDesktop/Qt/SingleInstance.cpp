@@ -7,13 +7,15 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
 
-constexpr int askingTime = 2000; ///< Milliseconds that the running instance has to answer.
+constexpr int askingTime = 5000; ///< Milliseconds that the running instance has to answer.
 
 QVariantMap platformData()
 {
@@ -25,13 +27,20 @@ QVariantMap platformData()
     return data;
 }
 
-void activateOther(QDBusConnection& bus)
+bool activateOther(QDBusConnection& bus)
 {
     auto call = QDBusMessage::createMethodCall(identity::applicationId, identity::objectPath,
         QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
     call << platformData();
     call.setAutoStartService(false);
-    bus.call(call, QDBus::Block, askingTime);
+    return bus.call(call, QDBus::Block, askingTime).type() == QDBusMessage::ReplyMessage;
+}
+
+bool isOurs(int descriptor)
+{
+    struct stat status { };
+    return ::fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode)
+        && status.st_uid == ::geteuid();
 }
 
 } // namespace
@@ -45,15 +54,14 @@ SingleInstance::SingleInstance(QDBusConnection sessionBus)
 SingleInstance::~SingleInstance() = default;
 
 // The object is there before the name is: whoever sees the name can already be answered.
-bool SingleInstance::claim()
+SingleInstance::Claim SingleInstance::claim()
 {
     if (!bus.isConnected())
         return claimLock();
     bus.registerObject(identity::objectPath, node.get());
     if (bus.registerService(identity::applicationId))
-        return true;
-    activateOther(bus);
-    return false;
+        return Claim::Granted;
+    return activateOther(bus) ? Claim::OtherInstance : Claim::Stranger;
 }
 
 void SingleInstance::release()
@@ -67,15 +75,19 @@ void SingleInstance::onActivate(std::function<void()> work)
     adaptor.onActivate = std::move(work);
 }
 
-// Without a runtime folder there is no session to be alone in.
-bool SingleInstance::claimLock()
+// Without a runtime folder there is no session to be alone in, and the lock of another user, or
+// behind a link that one has made, says nothing about this user's session.
+SingleInstance::Claim SingleInstance::claimLock()
 {
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
     if (folder.isEmpty())
-        return true;
+        return Claim::Granted;
     const QByteArray path = folder + "/stemvault-connect.lock";
-    lock = FileDescriptor(::open(path.constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
-    return !lock.isOpen() || ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
+    lock =
+        FileDescriptor(::open(path.constData(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600));
+    const bool isAlone =
+        !lock.isOpen() || !isOurs(lock.get()) || ::flock(lock.get(), LOCK_EX | LOCK_NB) == 0;
+    return isAlone ? Claim::Granted : Claim::OtherInstance;
 }
 
 } // namespace stemvault

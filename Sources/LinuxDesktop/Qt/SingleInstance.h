@@ -22,9 +22,13 @@ public:
     SingleInstance& operator=(const SingleInstance&) = delete;
     ~SingleInstance();
 
-    /// Claims the name. False when another instance has it: that one has then been told, and this
-    /// one is to end.
-    [[nodiscard]] bool claim();
+    enum class Claim {
+        Granted,
+        OtherInstance, ///< Has the name, and has been told. This one is to end.
+        Stranger, ///< Has the name, and does not answer as an instance would.
+    };
+
+    [[nodiscard]] Claim claim();
 
     /// Lets go of the name: who starts the program from now on gets a new one.
     void release();
@@ -33,7 +37,7 @@ public:
     void onActivate(std::function<void()> work);
 
 private:
-    [[nodiscard]] bool claimLock();
+    [[nodiscard]] Claim claimLock();
 
     QDBusConnection bus;
     std::unique_ptr<QObject> node;
