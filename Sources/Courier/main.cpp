@@ -1,17 +1,21 @@
 #include "Courier/Bus.h"
 #include "Courier/CourierText.h"
+#include "Courier/Selection.h"
 #include "Foundation/FileURI.h"
 #include "Foundation/UnicodeText.h"
 
 #include <iostream>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
+#include <vector>
 
 // Carries a file manager's selection to Stemvault Connect, and its answer back to the user.
 //
 //   courier add FILES...         Add to Stemvault
 //   courier playlist FILES...    Create Stemvault Playlist
+//   courier add-selection        Add to Stemvault, for a hotkey: what is selected
 //
 // Status 0 when the service is done, 1 when the user was shown why not, 2 for another first word.
 
@@ -22,11 +26,13 @@ struct Service {
     std::string_view word;
     const char* message;
     const char* title;
+    bool takesSelection; ///< Instead of arguments.
 };
 
 constexpr Service services[] = {
-    { "add", "addToStemvault", "Add to Stemvault" },
-    { "playlist", "createStemvaultPlaylist", "Create Stemvault Playlist" },
+    { "add", "addToStemvault", "Add to Stemvault", false },
+    { "playlist", "createStemvaultPlaylist", "Create Stemvault Playlist", false },
+    { "add-selection", "addToStemvault", "Add to Stemvault", true },
 };
 
 const Service* serviceFor(std::string_view word)
@@ -37,28 +43,41 @@ const Service* serviceFor(std::string_view word)
     return nullptr;
 }
 
-/// What the user has to be told; empty when all is well.
-std::string deliver(const Result<Bus>& bus, const Service& service, std::span<char*> files)
+Result<std::vector<std::string>> urisOf(const Service& service, std::span<char*> files)
 {
-    if (!bus)
-        return bus.error();
+    if (service.takesSelection)
+        return selectedFiles();
     std::vector<std::string> uris;
     for (const char* file : files)
         uris.push_back(fileURI(absolutePath(file)));
-    const auto answer = bus.value().perform(service.message, uris);
+    return uris;
+}
+
+/// What the user has to be told; empty when all is well.
+std::string deliver(
+    const Result<Bus>& bus, const Service& service, const Result<std::vector<std::string>>& uris)
+{
+    if (!bus)
+        return bus.error();
+    if (!uris)
+        return uris.error();
+    const auto answer = bus.value().perform(service.message, uris.value());
     return answer ? answer.value() : answer.error();
 }
 
 int run(std::span<char*> arguments)
 {
     const Service* service = arguments.size() > 1 ? serviceFor(arguments[1]) : nullptr;
-    if (service == nullptr) {
-        std::cerr << "usage: courier add|playlist FILES...\n";
+    if (service == nullptr || (service->takesSelection && arguments.size() > 2)) {
+        std::cerr << "usage: courier add|playlist FILES...\n"
+                     "       courier add-selection\n";
         return 2;
     }
+    // Before the bus, as a process that this may leave behind must not have a hold of that.
+    const auto uris = urisOf(*service, arguments.subspan(2));
     const auto bus = Bus::open();
     // Whoever has the program's name on the bus may answer anything.
-    const std::string error = printable(deliver(bus, *service, arguments.subspan(2)));
+    const std::string error = printable(deliver(bus, *service, uris));
     if (error.empty())
         return 0;
     std::cerr << error << '\n';

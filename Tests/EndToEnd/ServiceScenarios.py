@@ -21,7 +21,7 @@ class Stranger(dbus.service.Object):
     def Perform(self, service, uris):
         return "a<b> &\x1b[31m\u202e"
 
-bus = dbus.SessionBus(DBusGMainLoop())
+bus = dbus.SessionBus(mainloop=DBusGMainLoop())
 stranger = Stranger(bus, "/net/stemvault/Connect/Services1")
 name = dbus.service.BusName("net.stemvault.Connect", bus)
 GLib.MainLoop().run()

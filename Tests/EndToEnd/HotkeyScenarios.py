@@ -1,0 +1,191 @@
+"""The hotkey: what is selected, or was copied, is asked about, and the clipboard stays as it was."""
+
+import itertools
+import subprocess
+import sys
+import unittest
+from pathlib import Path
+
+from Scenario import PROGRAMS, Scenario, wait_for
+from Xlib import X, XK
+from Xlib.ext import xtest
+from virtual_desktop.file_manager import FileManager
+from virtual_desktop.services import Services
+from virtual_desktop.wayland import WaylandDesktop
+
+STAND_IN = Path(__file__).parents[2] / "scripts/virtual_desktop/copying_window.py"
+NOTHING_SELECTED = "Nothing is selected. Select audio files or folders in the file manager, " \
+    "then press the hotkey."
+NOTHING_COPIED = "No files have been copied. Copy audio files or folders in the file manager " \
+    "(Ctrl+C), then press the hotkey."
+
+
+class HotkeyScenarios(Scenario):
+    def setUp(self):
+        super().setUp()
+        self.services = Services(self.desktop, PROGRAMS)
+        self.song = self.folder("Song Demos")
+        self.mix = self.song / "Mix & more.wav"
+        self.mix.write_bytes(b"RIFF")
+        self.start(always_watch=self.folder("Bounces"))
+        self.numbers = itertools.count()
+
+    def press_hotkey(self):
+        """Starts what a desktop starts."""
+        return self.services.run("add-selection")
+
+    def expect_prompt(self, courier, text="Mix & more.wav\nfrom Song Demos"):
+        self.connect.prompt(text).answer("Cancel")
+        self.assertEqual(courier.wait(timeout=10), 0, self.desktop.log("courier"))
+
+    def expect_message(self, courier, text):
+        self.assertEqual(courier.wait(timeout=10), 1)
+        self.assertEqual(self.desktop.wait_for_notification(text)["summary"], "Add to Stemvault")
+        self.assertIn(text, self.desktop.log("courier"))
+
+
+class HotkeyOnX11(HotkeyScenarios):
+    def start_window(self, window_class, contents):
+        """A window with that selection; "-" for what is on the clipboard at once. Gives its name."""
+        name = f"window-{next(self.numbers)}"
+        arguments = []
+        for format_name, content in contents.items():
+            file = self.desktop.folder / f"content-{next(self.numbers)}"
+            file.write_bytes(content)
+            arguments += [format_name, file]
+        self.desktop.start(name, [sys.executable, STAND_IN, window_class, name, *arguments])
+        if window_class == "-":
+            wait_for("the clipboard to be taken", lambda: "copied" in self.desktop.log(name))
+        else:
+            self.desktop.display.activate(wait_for("the window", lambda: next(
+                (window for window, title in self.desktop.display.windows().items()
+                 if title == name), None)))
+        return name
+
+    def clipboard(self, format_name):
+        return subprocess.run(
+            ["xclip", "-o", "-selection", "clipboard", "-t", format_name], check=True,
+            env=self.desktop.environment, capture_output=True, timeout=10).stdout
+
+    def hold(self, key, kind):
+        display = self.desktop.display.connection
+        xtest.fake_input(display, kind, display.keysym_to_keycode(XK.string_to_keysym(key)))
+        display.sync()
+
+    def wait_until_it_waits(self, courier):
+        """It does when neither it nor its child was running in any of several looks."""
+        looks = []
+
+        def asleep():
+            children = Path(f"/proc/{courier.pid}/task/{courier.pid}/children").read_text().split()
+            states = [Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()[0]
+                      for pid in (courier.pid, *children)]
+            looks.append(states == ["S", "S"])
+            return len(looks) > 20 and all(looks[-20:])
+        wait_for("the Courier to wait", asleep)
+
+    def test_a_selection_in_every_format_is_asked_about(self):
+        uri = b"file://" + str(self.mix).replace(" ", "%20").encode()
+        rows = {
+            "x-special/gnome-copied-files": b"copy\n" + uri,
+            "x-special/mate-copied-files": b"cut\n" + uri,
+            "text/uri-list": uri + b"\r\n",
+            "UTF8_STRING": b"x-special/nautilus-clipboard\ncopy\n" + uri + b"\n",
+        }
+        # One that comes in portions, and one that is empty.
+        before = {"UTF8_STRING": b"before", "text/html": b"<b>" * 200_000, "x-test/empty": b""}
+        for format_name, content in rows.items():
+            with self.subTest(format_name):
+                earlier = self.start_window("-", before)
+                self.start_window("files", {format_name: content, "STRING": b"Mix"})
+                self.expect_prompt(self.press_hotkey())
+                self.assertIn("lost", self.desktop.log(earlier))
+                for each, text in before.items():
+                    self.assertEqual(self.clipboard(each), text)
+        self.assertTrue(self.mix.exists())
+
+    def test_a_selection_of_very_many_files_arrives(self):
+        many = self.folder("Many")
+        for number in range(20_000):
+            (many / f"{number}.wav").touch()
+        uris = "".join(f"file://{many}/{number}.wav\r\n" for number in range(20_000))
+        self.start_window("files", {"text/uri-list": uris.encode()})
+        self.expect_prompt(self.press_hotkey(), "+ 19999 more waiting")
+
+    def test_the_keys_of_the_hotkey_are_let_go_first(self):
+        window = self.start_window(
+            "files", {"text/uri-list": b"file://" + str(self.mix).replace(" ", "%20").encode()})
+        for key in ("Shift_L", "Super_L", "F9"):
+            self.hold(key, X.KeyPress)
+        courier = self.press_hotkey()
+        self.wait_until_it_waits(courier)
+        self.assertNotIn(f"key {ord('c')}", self.desktop.log(window))
+        for key in ("F9", "Shift_L", "Super_L"):
+            self.hold(key, X.KeyRelease)
+        self.expect_prompt(courier)
+
+    def test_without_a_selection_the_clipboard_stays_untouched(self):
+        earlier = self.start_window("-", {"UTF8_STRING": b"before"})
+        self.start_window("files", {})
+        self.expect_message(self.press_hotkey(), NOTHING_SELECTED)
+        self.assertNotIn("lost", self.desktop.log(earlier))
+        self.start_window("files", {"UTF8_STRING": b"a word"})
+        self.expect_message(self.press_hotkey(), NOTHING_SELECTED)
+        self.assertEqual(self.clipboard("UTF8_STRING"), b"before")
+
+    def test_in_a_terminal_no_key_is_pressed(self):
+        terminal = self.start_window("xterm", {"UTF8_STRING": b"a word"})
+        self.expect_message(self.press_hotkey(), NOTHING_COPIED)
+        uri = b"file://" + str(self.mix).replace(" ", "%20").encode()
+        self.start_window("-", {"text/uri-list": uri})
+        self.expect_prompt(self.press_hotkey())
+        self.assertNotIn("key", self.desktop.log(terminal))
+
+    def use_file_manager(self, name):
+        self.start_window("-", {"UTF8_STRING": b"before"})
+        manager = FileManager(self.desktop, name, self.song)
+        if name == "pcmanfm-qt":  # Once its menu was open, Ctrl+C copies the names of files alone.
+            self.select_in(manager)
+        else:
+            manager.open_menu()
+            manager.close_menu()
+        self.expect_prompt(self.press_hotkey())
+        self.assertEqual(self.clipboard("UTF8_STRING"), b"before")
+
+    def select_in(self, manager):
+        def is_listed():
+            return any(node.name() == self.mix.name for owner in manager._owners()
+                       for node in owner.walk())
+        wait_for("the file to be listed", is_listed)
+        self.desktop.display.press_keys("Control_L", "a")
+
+    def test_caja(self):
+        self.use_file_manager("caja")
+
+    def test_nemo(self):
+        self.use_file_manager("nemo")
+
+    def test_pcmanfm_qt(self):
+        self.use_file_manager("pcmanfm-qt")
+
+    def test_thunar(self):
+        self.use_file_manager("thunar")
+
+
+class HotkeyOnWayland(HotkeyScenarios):
+    kind_of_desktop = WaylandDesktop
+
+    def copy(self, format_name, content):
+        subprocess.run(["wl-copy", "--type", format_name], input=content.encode(), check=True,
+                       env=self.desktop.environment, timeout=10)
+
+    def test_files_copied_before_are_asked_about(self):
+        self.expect_message(self.press_hotkey(), NOTHING_COPIED)
+        self.copy("text/uri-list", self.mix.as_uri() + "\r\n")
+        self.expect_prompt(self.press_hotkey())
+        self.copy("text/plain", "a word")
+        self.expect_message(self.press_hotkey(), NOTHING_COPIED)
+
+
+if __name__ == "__main__":
+    unittest.main()
