@@ -57,20 +57,15 @@ std::string nativeExecutable(const Program& program, std::string_view executable
     return program.isWindows ? std::string() : std::string(executable);
 }
 
-const DAW* dawOfProgram(const Program& program, const std::string& executable)
+/// The DAW among whose programs the name is.
+const DAW* dawNamed(const std::string& name, const Program& program, const std::string& executable)
 {
-    const auto named = [&](std::string_view name) {
-        const auto rows = knownDAWs();
-        const auto row = std::ranges::find_if(rows, [&](const DAW& daw) {
-            return matchesAny(name, daw.programs)
-                && (holds(program.path, daw.installedIn) || holds(executable, daw.installedIn));
-        });
-        return row == rows.end() ? nullptr : &*row;
-    };
-    if (const DAW* daw = named(lowercased(program.name)))
-        return daw;
-    // Whoever starts it through a link has it called as the link is.
-    return executable.empty() ? nullptr : named(lowercased(lastPathComponent(executable)));
+    const auto rows = knownDAWs();
+    const auto row = std::ranges::find_if(rows, [&](const DAW& daw) {
+        return matchesAny(lowercased(name), daw.programs)
+            && (holds(program.path, daw.installedIn) || holds(executable, daw.installedIn));
+    });
+    return row == rows.end() ? nullptr : &*row;
 }
 
 /// What runs beside an application under Wine. Native programs may have such names of their own.
@@ -89,13 +84,13 @@ std::optional<KnownApplication> knownApplication(
 {
     if (isHelper(program))
         return std::nullopt;
-    const DAW* const daw = dawOfProgram(program, nativeExecutable(program, executable));
-    if (daw == nullptr)
-        return std::nullopt;
-    KnownApplication known { std::string(daw->identifier), std::string(daw->name) };
-    if (known.name.empty())
-        known.name = withBlankBeforeRelease(program.name);
-    return known;
+    const std::string native = nativeExecutable(program, executable);
+    // Whoever starts a program through a link has it called as the link is.
+    for (const std::string& name : { program.name, lastPathComponent(native) })
+        if (const DAW* const daw = dawNamed(name, program, native))
+            return KnownApplication { std::string(daw->identifier),
+                daw->name.empty() ? withBlankBeforeRelease(name) : std::string(daw->name) };
+    return std::nullopt;
 }
 
 std::optional<KnownApplication> knownApplicationOfEntry(std::string_view entry)

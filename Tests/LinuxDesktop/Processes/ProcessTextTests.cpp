@@ -78,6 +78,7 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
         // Started through a link of another name.
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper", "REAPER", "com.cockos.reaper" },
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper (deleted)", "REAPER", "com.cockos.reaper" },
+        { "my-daw\0"s, "my-daw", "/opt/x/Cubase14", "Cubase 14", "com.steinberg.cubase12" },
         { "StudioOne\0"s, "StudioOne", "", "Studio One", "com.presonus.studioone6" },
         { "PreSonus-Studio-One\0"s, "", "/opt/PreSonus/Studio One 5/Studio One", "Studio One",
             "com.presonus.studioone5" },
