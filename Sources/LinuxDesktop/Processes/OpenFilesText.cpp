@@ -1,15 +1,20 @@
 #include "LinuxDesktop/Processes/OpenFilesText.h"
 
+#include "Foundation/FileDescriptor.h"
 #include "Foundation/UnicodeText.h"
 #include "LinuxDesktop/Processes/ReadText.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
+#include <climits>
 #include <cstdint>
+#include <fcntl.h>
 #include <filesystem>
 #include <optional>
 #include <set>
 #include <system_error>
+#include <unistd.h>
 #include <vector>
 
 namespace stemvault {
@@ -52,11 +57,18 @@ std::string line(std::string_view name)
     return "n" + nameAsPrinted(name) + "\n";
 }
 
-std::optional<std::string> linkTarget(const fs::path& link)
+std::optional<std::string> linkTarget(int folder, const std::string& link)
 {
-    std::error_code failure;
-    const fs::path target = fs::read_symlink(link, failure);
-    return failure ? std::nullopt : std::optional(target.native());
+    std::array<char, PATH_MAX> target; // NOLINT(*-member-init): readlinkat fills what is used.
+    const ssize_t length = ::readlinkat(folder, link.c_str(), target.data(), target.size());
+    if (length <= 0)
+        return std::nullopt;
+    return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+FileDescriptor openFolder(const fs::path& folder)
+{
+    return FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
 std::optional<unsigned> number(const std::string& text)
@@ -125,14 +137,16 @@ std::string linesOfMappedFiles(std::string_view maps, std::string_view executabl
 std::string openFilesText(pid_t process, const std::string& procRoot)
 {
     const fs::path folder = fs::path(procRoot) / std::to_string(process);
+    const FileDescriptor own = openFolder(folder);
     std::string text;
     for (const char* link : { "cwd", "root", "exe" })
-        if (const auto target = linkTarget(folder / link))
+        if (const auto target = linkTarget(own.get(), link))
             text += line(*target);
     text += linesOfMappedFiles(
-        readText(folder / "maps").value_or(""), linkTarget(folder / "exe").value_or(""));
+        readText(folder / "maps").value_or(""), linkTarget(own.get(), "exe").value_or(""));
+    const FileDescriptor descriptors = openFolder(folder / "fd");
     for (const unsigned descriptor : descriptorsIn(folder / "fd"))
-        if (const auto target = linkTarget(folder / "fd" / std::to_string(descriptor)))
+        if (const auto target = linkTarget(descriptors.get(), std::to_string(descriptor)))
             text += line(*target);
     return text.empty() ? text : "p" + std::to_string(process) + "\n" + text;
 }
