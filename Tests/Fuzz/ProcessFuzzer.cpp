@@ -1,8 +1,11 @@
 #include "Fuzz/Fuzzer.h"
 #include "LinuxDesktop/Processes/KnownApplication.h"
+#include "LinuxDesktop/Processes/MountNamespace.h"
 #include "LinuxDesktop/Processes/ProcessText.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <string>
 
 // What /proc says of a process; every user of the system chooses what that is for his own.
 namespace stemvault {
@@ -17,6 +20,9 @@ void feedStat(std::string_view text)
     std::string again =
         "1 (" + stat->command + ") " + stat->state + " " + std::to_string(stat->parent);
     again += " 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20 21 " + std::to_string(stat->startTime);
+    again += " 23 24 25";
+    for (const std::uint64_t address : stat->image)
+        again += " " + std::to_string(address);
     mustHold(parseProcessStat(again) == stat, "what was read of a stat reads the same");
 }
 
@@ -33,12 +39,31 @@ void feedProgram(std::string_view text)
         "a DAW has a name and is no helper");
 }
 
+void feedMounts(std::string_view text)
+{
+    const auto end = std::min(text.find('\0'), text.size());
+    const MountView here(text.substr(0, end));
+    const MountView there(text.substr(std::min(end + 1, text.size())));
+    const std::string names = "p1\nn/a b/c\nn/\n";
+    mustHold(namesThatLeadToTheSame(names, here, here) == names, "the same mounts hide nothing");
+    mustHold(names.starts_with(namesThatLeadToTheSame(names, here, there).substr(0, 3)),
+        "what is no path stays");
+}
+
+void feedEnvironment(std::string_view text)
+{
+    const auto prefix = parseWinePrefix(text);
+    mustHold(!prefix || !prefix->empty(), "a prefix is a folder");
+}
+
 } // namespace
 
 void feed(std::string_view input)
 {
     feedStat(input);
     feedProgram(input);
+    feedMounts(input);
+    feedEnvironment(input);
     const auto unit = parseApplicationUnit(input);
     mustHold(!unit
             || (input.find(unit->unit) != std::string_view::npos && !unit->identifier.empty()
