@@ -4,6 +4,7 @@
 #include "Foundation/FileCopyFault.h"
 #include "Foundation/Folder.h"
 #include "Foundation/PathText.h"
+#include "Foundation/SourceItem.h"
 #include "Foundation/TemporaryItem.h"
 #include "Foundation/WholeCopy.h"
 
@@ -32,6 +33,7 @@ public:
 private:
     CopyOutcome attempt();
     CopyOutcome openSource();
+    bool isOpenSource(int item) const;
     CopyOutcome openDestination();
     CopyOutcome checkDestination() const;
     bool isWithinItem(const FileStatus& item) const;
@@ -82,21 +84,25 @@ CopyOutcome ItemCopy::attempt()
     return attempt();
 }
 
-// Looked at before it is opened, since opening a pipe would wait and opening a device may act.
+// Opened once: some drives change a file's date whenever it is opened.
 CopyOutcome ItemCopy::openSource()
 {
-    const FileDescriptor item = openPath(from, O_PATH);
-    const auto found = item ? statusOf(item.get()) : std::nullopt;
-    if (!found)
-        return readingFault();
-    if (!S_ISREG(found->st_mode) && !S_ISDIR(found->st_mode))
-        return faultOf(CopyFault::Kind::NotAFile);
-    source = openPath(from, O_RDONLY | O_NOCTTY);
+    FileDescriptor item;
+    if (const auto fault = findSource(from, options.foundIn, item))
+        return fault;
+    if (!isOpenSource(item.get()))
+        source = openContent(item.get(), O_RDONLY);
     const auto opened = source ? statusOf(source.get()) : std::nullopt;
     if (!opened)
         return readingFault();
     status = *opened;
     return std::nullopt;
+}
+
+bool ItemCopy::isOpenSource(int item) const
+{
+    const auto found = statusOf(item);
+    return source && found && isSameItem(*found, status);
 }
 
 CopyOutcome ItemCopy::openDestination()
@@ -165,9 +171,8 @@ CopyOutcome ItemCopy::fill(const Draft& draft) const
 // what is gone was copied whole.
 bool ItemCopy::isReplaced() const
 {
-    const FileDescriptor item = openPath(from, O_PATH);
-    const auto now = item ? statusOf(item.get()) : std::nullopt;
-    return now && !isSameItem(*now, status);
+    FileDescriptor item;
+    return !findSource(from, options.foundIn, item) && !isOpenSource(item.get());
 }
 
 } // namespace

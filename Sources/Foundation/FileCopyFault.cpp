@@ -48,6 +48,10 @@ std::string reason(const CopyFault& fault, const std::string& folder)
         return "it kept changing while it was being copied";
     case CopyFault::Kind::NotAFile:
         return "it is neither a file nor a folder";
+    case CopyFault::Kind::FoundLink:
+        return "it is a link; select it yourself to copy what it leads to";
+    case CopyFault::Kind::OtherFolder:
+        return "its folder has been replaced by another one";
     case CopyFault::Kind::SameItem:
         return "it would be copied onto itself";
     case CopyFault::Kind::IntoItself:

@@ -12,6 +12,8 @@ struct CopyFault {
         Writing, ///< The system refused something at the destination.
         Changing, ///< The source changed each time while it was being copied.
         NotAFile, ///< The source is a device, a pipe or a socket.
+        FoundLink, ///< The source is a link that the user did not name himself.
+        OtherFolder, ///< The path leads to another folder than when the source was found.
         SameItem, ///< Source and destination are one item.
         IntoItself, ///< The destination lies inside the source.
         OverItsFolder, ///< The source lies inside what it would replace.

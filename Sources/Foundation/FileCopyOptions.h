@@ -1,10 +1,13 @@
 #pragma once
 
+#include "Foundation/FileIdentity.h"
+
 #include <chrono>
 #include <cstdio>
 #include <fcntl.h>
 #include <functional>
 #include <linux/fs.h>
+#include <optional>
 #include <sys/ioctl.h>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -49,6 +52,9 @@ enum class IfTaken {
 };
 
 struct CopyOptions {
+    /// The folder in which the source was found by the program. Absent when the user has named the
+    /// source: then, and only then, a link is followed.
+    std::optional<FileIdentity> foundIn;
     IfTaken ifTaken = IfTaken::Fail;
     Durability durability = Durability::OnDisk;
     /// Copies that a crash left unfinished in the destination folder are removed at this age.

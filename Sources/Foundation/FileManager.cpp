@@ -36,14 +36,19 @@ std::optional<FileIdentity> identityOfFolder(const std::string& path)
     return status ? std::optional(FileIdentity { status->st_dev, status->st_ino }) : std::nullopt;
 }
 
-Result<void> copyItem(const FileURL& from, const FileURL& to)
-{
-    return stemvault::copyItem(from.path(), to.path());
-}
-
-Result<void> replaceItem(const FileURL& from, const FileURL& to)
+Result<void> copyItem(
+    const FileURL& from, const FileURL& to, const std::optional<FileIdentity>& foundIn)
 {
     CopyOptions options;
+    options.foundIn = foundIn;
+    return stemvault::copyItem(from.path(), to.path(), options);
+}
+
+Result<void> replaceItem(
+    const FileURL& from, const FileURL& to, const std::optional<FileIdentity>& foundIn)
+{
+    CopyOptions options;
+    options.foundIn = foundIn;
     options.ifTaken = IfTaken::Replace;
     return stemvault::copyItem(from.path(), to.path(), options);
 }

@@ -33,14 +33,18 @@ struct ItemAttributes {
 /// Which folder the path leads to, links followed; absent when it leads to none.
 [[nodiscard]] std::optional<FileIdentity> identityOfFolder(const std::string& path);
 
-/// Copies a file (a link is followed), or a folder with everything in it, to a name that is free.
-/// Data, mode, modification time and user attributes come along. The copy appears under its final
+/// Copies a file, or a folder with everything in it, to a name that is free. Without `foundIn` the
+/// user has named the item, and a link is followed; with it the item must lie in that folder and be
+/// no link. Data, permissions as far as the umask allows them, modification time and user
+/// attributes come along. The copy appears under its final
 /// name only when it is whole and on disk. When `to` is taken this fails and nothing is touched;
 /// after any failure nothing is left behind.
-Result<void> copyItem(const FileURL& from, const FileURL& to);
+Result<void> copyItem(const FileURL& from, const FileURL& to,
+    const std::optional<FileIdentity>& foundIn = std::nullopt);
 
 /// As `copyItem`, but puts the copy in the place of whatever bears the name. The old item stays as
 /// it was until the new one is whole on disk, and for good if anything fails.
-Result<void> replaceItem(const FileURL& from, const FileURL& to);
+Result<void> replaceItem(const FileURL& from, const FileURL& to,
+    const std::optional<FileIdentity>& foundIn = std::nullopt);
 
 } // namespace stemvault::FileManager

@@ -4,10 +4,14 @@
 
 #include <cerrno>
 #include <climits>
+#include <cstdint>
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/openat2.h>
 #include <memory>
 #include <string_view>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace stemvault {
 
@@ -70,6 +74,21 @@ FileDescriptor openPath(const std::string& path, int flags)
     }
     return FileDescriptor(::openat(folder ? folder.get() : AT_FDCWD,
         rest.empty() ? "." : std::string(rest).c_str(), flags | O_CLOEXEC));
+}
+
+FileDescriptor openWithoutLinks(const std::string& path, int flags)
+{
+    open_how how {};
+    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC);
+    how.resolve = RESOLVE_NO_SYMLINKS;
+    return FileDescriptor(
+        static_cast<int>(::syscall(SYS_openat2, AT_FDCWD, path.c_str(), &how, sizeof how)));
+}
+
+FileDescriptor openContent(int item, int flags)
+{
+    return FileDescriptor(
+        ::open(("/proc/self/fd/" + std::to_string(item)).c_str(), flags | O_NOCTTY | O_CLOEXEC));
 }
 
 FileDescriptor openFolder(const std::string& path)

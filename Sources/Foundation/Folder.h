@@ -17,6 +17,12 @@ using FileStatus = struct stat;
 /// As open(2), for paths of any length. Always close-on-exec.
 [[nodiscard]] FileDescriptor openPath(const std::string& path, int flags);
 
+/// As open(2), but fails when any part of the path is a link, and on a kernel that cannot tell.
+[[nodiscard]] FileDescriptor openWithoutLinks(const std::string& path, int flags);
+
+/// Opens the content of an item that was opened with O_PATH. Nothing can have taken its place.
+[[nodiscard]] FileDescriptor openContent(int item, int flags);
+
 /// Opens a folder to put items into. One that may be written but not listed is opened too.
 [[nodiscard]] FileDescriptor openFolder(const std::string& path);
 

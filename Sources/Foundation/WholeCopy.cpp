@@ -74,10 +74,15 @@ CopyOutcome EntryCopy::copy(const std::string& name) const
 
 CopyOutcome EntryCopy::copyFile(const std::string& name) const
 {
-    const FileDescriptor from(
-        ::openat(in, name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    const auto source = from ? statusOf(from.get()) : std::nullopt;
+    // What has taken its place meanwhile is not opened: a pipe would be waited for.
+    const FileDescriptor item(::openat(in, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    const auto source = item ? statusOf(item.get()) : std::nullopt;
     if (!source)
+        return readingFault();
+    if (!S_ISREG(source->st_mode))
+        return CopyFault { CopyFault::Kind::Changing };
+    const FileDescriptor from = openContent(item.get(), O_RDONLY);
+    if (!from)
         return readingFault();
     FileDescriptor to(options.calls.openat(
         out, name.c_str(), O_CREAT | O_EXCL | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));

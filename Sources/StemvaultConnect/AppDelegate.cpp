@@ -28,10 +28,13 @@ void watch(const std::optional<FileURL>& sessionFolder)
     BounceWatcher::shared().update(sessionFolder, SettingsStore::shared().alwaysWatchPath());
 }
 
-void prompt(const FileURL& file, const std::string& folderName,
-    const std::optional<FileIdentity>& /*folder*/)
+void prompt(
+    const FileURL& file, const std::string& folderName, const std::optional<FileIdentity>& folder)
 {
-    BounceAlertController::shared().queue.emplace_back(file, folderName);
+    // Where the folder could not be read, an identity that no folder has: a bounce is never copied
+    // through a link.
+    const FileIdentity foundIn = folder.value_or(FileIdentity {});
+    BounceAlertController::shared().queue.push_back({ file, folderName, foundIn });
     BounceAlertController::shared().showNextIfIdle();
 }
 

@@ -8,9 +8,11 @@ namespace stemvault {
 
 namespace {
 
-FileURL destination(const FileURL& fileURL, const StemvaultFolder& folder)
+using Entry = BounceAlertController::Entry;
+
+FileURL destination(const Entry& entry, const StemvaultFolder& folder)
 {
-    return FileURL(folder.path).appendingPathComponent(fileURL.lastPathComponent());
+    return FileURL(folder.path).appendingPathComponent(entry.file.lastPathComponent());
 }
 
 void notifyUser(const std::string& body)
@@ -38,10 +40,10 @@ void showCopyFailed(const std::string& reason)
 }
 
 /// A batch never replaces and never asks.
-bool copyIfFree(const FileURL& fileURL, const FileURL& destURL)
+bool copyIfFree(const Entry& entry, const FileURL& destURL)
 {
     return !FileManager::fileExists(destURL.path())
-        && FileManager::copyItem(fileURL, destURL).has_value();
+        && FileManager::copyItem(entry.file, destURL, entry.foundIn).has_value();
 }
 
 std::string batchBody(std::size_t copied, std::size_t skipped, const std::string& folderName)
@@ -69,14 +71,14 @@ void BounceAlertController::willPresent(const UserNotification& /*notification*/
     completionHandler(PresentationOption::Banner | PresentationOption::Sound);
 }
 
-void BounceAlertController::copyFile(const FileURL& fileURL, const StemvaultFolder& folder)
+void BounceAlertController::copyFile(const Entry& entry, const StemvaultFolder& folder)
 {
-    const FileURL destURL = destination(fileURL, folder);
-    const auto proceed = alive.guard([this, fileURL, destURL, folder](bool exists) {
+    const FileURL destURL = destination(entry, folder);
+    const auto proceed = alive.guard([this, entry, destURL, folder](bool exists) {
         if (exists)
-            askToReplace(fileURL, destURL, folder);
+            askToReplace(entry, destURL, folder);
         else
-            performCopy(fileURL, destURL, folder, IfTaken::Ask);
+            performCopy(entry, destURL, folder, IfTaken::Ask);
     });
     Dispatch& dispatch = Platform::current().dispatch;
     dispatch.utilityAsync([&dispatch, destURL, proceed] {
@@ -86,31 +88,32 @@ void BounceAlertController::copyFile(const FileURL& fileURL, const StemvaultFold
 }
 
 void BounceAlertController::askToReplace(
-    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder)
+    const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder)
 {
     Alert alert;
     alert.messageText = "Replace existing file?";
-    alert.informativeText = printable(fileURL.lastPathComponent()) + " already exists in \""
+    alert.informativeText = printable(entry.file.lastPathComponent()) + " already exists in \""
         + printable(folder.name) + "\".";
     alert.style = AlertStyle::Warning;
     alert.icon = appIcon;
     alert.buttons = { "Replace", "Cancel" };
     if (Platform::current().dialogs.runModal(alert).response == ModalResponse::alertFirstButton)
-        performCopy(fileURL, destURL, folder, IfTaken::Replace);
+        performCopy(entry, destURL, folder, IfTaken::Replace);
 }
 
 void BounceAlertController::performCopy(
-    const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken)
+    const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken)
 {
     // A name that was free may be taken by the time of the copy, by an earlier copy still on its
     // way: that file is not replaced without a question either.
     const auto ask =
-        alive.guard([this, fileURL, destURL, folder] { askToReplace(fileURL, destURL, folder); });
-    const auto copy = [fileURL, destURL, folder, ifTaken, ask] {
-        const auto copied = ifTaken == IfTaken::Replace ? FileManager::replaceItem(fileURL, destURL)
-                                                        : FileManager::copyItem(fileURL, destURL);
+        alive.guard([this, entry, destURL, folder] { askToReplace(entry, destURL, folder); });
+    const auto copy = [entry, destURL, folder, ifTaken, ask] {
+        const auto copyItem =
+            ifTaken == IfTaken::Replace ? FileManager::replaceItem : FileManager::copyItem;
+        const auto copied = copyItem(entry.file, destURL, entry.foundIn);
         if (copied)
-            tellCopied(fileURL.lastPathComponent(), folder.name);
+            tellCopied(entry.file.lastPathComponent(), folder.name);
         else if (ifTaken == IfTaken::Ask && FileManager::fileExists(destURL.path()))
             Platform::current().dispatch.mainAsync(ask);
         else
@@ -124,8 +127,8 @@ void BounceAlertController::copyBatch(
 {
     const auto copy = [files, folder] {
         std::size_t copied = 0;
-        for (const auto& [fileURL, sourceFolder] : files)
-            if (copyIfFree(fileURL, destination(fileURL, folder)))
+        for (const Entry& entry : files)
+            if (copyIfFree(entry, destination(entry, folder)))
                 ++copied;
         NotificationCenter::defaultCenter().post(
             { std::string(bounceAdded), { { "destination", folder.name } } });

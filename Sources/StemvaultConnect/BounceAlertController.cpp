@@ -23,10 +23,10 @@ std::optional<Image> loadAppIcon()
     return bundle.imageNamed("AppIcon");
 }
 
-std::string informativeText(
-    const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting)
+std::string informativeText(const BounceAlertController::Entry& entry, std::size_t waiting)
 {
-    std::string text = printable(fileURL.lastPathComponent()) + "\nfrom " + printable(sourceFolder);
+    std::string text =
+        printable(entry.file.lastPathComponent()) + "\nfrom " + printable(entry.sourceFolder);
     if (waiting > 0)
         text += "\n\n+ " + std::to_string(waiting) + " more waiting";
     return text;
@@ -110,17 +110,17 @@ void BounceAlertController::showNextIfIdle()
         const Entry next = std::move(queue.front());
         queue.pop_front();
         isShowing = true;
-        show(next.first, next.second);
+        show(next);
     }
     isWorkingThroughQueue = false;
 }
 
-void BounceAlertController::show(const FileURL& fileURL, const std::string& sourceFolder)
+void BounceAlertController::show(const Entry& entry)
 {
     // Copies: while the alert is open, other work may change the settings and the queue.
     const auto folders = SettingsStore::shared().stemvaultFolders();
     const std::size_t waiting = queue.size();
-    Alert alert = bounceAlert(fileURL, sourceFolder, waiting);
+    Alert alert = bounceAlert(entry, waiting);
     if (folders.empty() && !SettingsStore::shared().projectsRootPath()) {
         showNoDestination(std::move(alert));
         return;
@@ -134,16 +134,15 @@ void BounceAlertController::show(const FileURL& fileURL, const std::string& sour
     if (title == "Cancel")
         queue.clear();
     else if (title != "Skip")
-        add({ fileURL, sourceFolder }, title.starts_with("Add All"),
+        add(entry, title.starts_with("Add All"),
             selectedFolder(folders, answer.indexOfSelectedItem));
 }
 
-Alert BounceAlertController::bounceAlert(
-    const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting) const
+Alert BounceAlertController::bounceAlert(const Entry& entry, std::size_t waiting) const
 {
     Alert alert;
     alert.messageText = "Bounce detected";
-    alert.informativeText = informativeText(fileURL, sourceFolder, waiting);
+    alert.informativeText = informativeText(entry, waiting);
     alert.style = AlertStyle::Informational;
     alert.icon = appIcon;
     return alert;
@@ -166,7 +165,7 @@ void BounceAlertController::add(
     if (!destination)
         return;
     if (!isWholeQueue) {
-        copyFile(current.first, *destination);
+        copyFile(current, *destination);
         return;
     }
     // Whatever arrived while the alert was open goes along.

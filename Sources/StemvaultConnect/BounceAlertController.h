@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Foundation/Alive.h"
+#include "Foundation/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
 #include "Platform/Image.h"
@@ -14,7 +15,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace stemvault {
@@ -26,8 +26,14 @@ struct Alert;
 class BounceAlertController : public Shared<BounceAlertController>,
                               public UserNotificationCenterDelegate {
 public:
-    /// A file and the name of the folder that it came from.
-    using Entry = std::pair<FileURL, std::string>;
+    /// A file that waits to be asked about.
+    struct Entry {
+        FileURL file;
+        std::string sourceFolder; ///< The name of the folder that it came from.
+        /// The folder in which the program found it: only a file that is still there, and no link,
+        /// is copied. Absent for a link that the user has named himself; it is followed.
+        std::optional<FileIdentity> foundIn = std::nullopt;
+    };
 
     /// Posted after each copy, from a background thread. Payload: "file" and "destination" for a
     /// single copy, "destination" alone for a batch.
@@ -46,9 +52,8 @@ private:
     BounceAlertController();
     ~BounceAlertController() override;
 
-    void show(const FileURL& fileURL, const std::string& sourceFolder);
-    [[nodiscard]] Alert bounceAlert(
-        const FileURL& fileURL, const std::string& sourceFolder, std::size_t waiting) const;
+    void show(const Entry& entry);
+    [[nodiscard]] Alert bounceAlert(const Entry& entry, std::size_t waiting) const;
     void showNoDestination(Alert alert);
     void add(const Entry& current, bool isWholeQueue, std::optional<StemvaultFolder> destination);
     [[nodiscard]] static std::optional<StemvaultFolder> resolveNewFolder();
@@ -56,11 +61,10 @@ private:
     /// What becomes of a file that already bears the name of a copy.
     enum class IfTaken { Ask, Replace };
 
-    void copyFile(const FileURL& fileURL, const StemvaultFolder& folder);
-    void askToReplace(
-        const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder);
-    void performCopy(const FileURL& fileURL, const FileURL& destURL, const StemvaultFolder& folder,
-        IfTaken ifTaken);
+    void copyFile(const Entry& entry, const StemvaultFolder& folder);
+    void askToReplace(const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder);
+    void performCopy(
+        const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken);
     static void copyBatch(const std::vector<Entry>& files, const StemvaultFolder& folder);
 
     void setUpUserNotifications();

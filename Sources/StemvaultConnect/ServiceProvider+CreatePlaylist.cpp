@@ -10,7 +10,6 @@
 #include "StemvaultConnect/SettingsStore.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <iterator>
 #include <utility>
 
@@ -44,19 +43,6 @@ void askForProjectsRoot()
         "Opening Preferences now.");
     NotificationCenter::defaultCenter().post(
         { std::string(BounceAlertController::openPreferences), {} });
-}
-
-/// Gives the number of copies. A file that cannot be copied is left out, and so is the second of a
-/// name: copying never overwrites.
-std::size_t copyInto(const FileURL& folder, const std::vector<FileURL>& files)
-{
-    std::size_t copyCount = 0;
-    for (const FileURL& file : files) {
-        const FileURL copy = folder.appendingPathComponent(file.lastPathComponent());
-        if (FileManager::copyItem(file, copy))
-            ++copyCount;
-    }
-    return copyCount;
 }
 
 void openInBrowser(const std::string& url, const FileURL& folder)
@@ -103,7 +89,7 @@ void ServiceProvider::createStemvaultPlaylist(
 }
 
 void ServiceProvider::createProject(
-    const std::string& projectName, const std::vector<FileURL>& files, const FileURL& root)
+    const std::string& projectName, const std::vector<AudioFile>& files, const FileURL& root)
 {
     const FileURL destURL = uniqueDestination(projectName, root);
     if (const auto created = FileManager::createDirectory(destURL); !created) {
@@ -122,10 +108,23 @@ void ServiceProvider::createProject(
     notifyUser(projectName, copyCount);
 }
 
+// Gives the number of copies. A file that cannot be copied is left out, and so is the second of a
+// name: copying never overwrites.
+std::size_t ServiceProvider::copyInto(const FileURL& folder, const std::vector<AudioFile>& files)
+{
+    std::size_t copyCount = 0;
+    for (const AudioFile& file : files) {
+        const FileURL copy = folder.appendingPathComponent(file.url.lastPathComponent());
+        if (FileManager::copyItem(file.url, copy, file.foundIn))
+            ++copyCount;
+    }
+    return copyCount;
+}
+
 ServiceProvider::AudioFiles ServiceProvider::collectAudioFiles(
     const std::vector<std::string>& paths)
 {
-    std::vector<FileURL> files;
+    std::vector<AudioFile> files;
     std::optional<std::string> defaultName;
     for (const std::string& path : paths) {
         const FileURL url(path);
@@ -137,7 +136,7 @@ ServiceProvider::AudioFiles ServiceProvider::collectAudioFiles(
         } else if (kind && isAudioFile(url)) {
             if (!defaultName)
                 defaultName = url.deletingLastPathComponent().lastPathComponent();
-            files.push_back(url);
+            files.push_back(namedFile(url));
         }
     }
     return { std::move(files), defaultName.value_or("New Playlist") };

@@ -1,6 +1,7 @@
 #include "StemvaultConnect/ServiceProvider.h"
 
 #include "Foundation/FileManager+Folders.h"
+#include "Foundation/FileManager.h"
 #include "Foundation/UnicodeText.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
@@ -38,10 +39,11 @@ void ServiceProvider::addToStemvault(
         const FileURL url(path);
         const auto kind = FileManager::itemKind(path);
         if (kind == FileManager::ItemKind::Directory)
-            for (const FileURL& file : audioFilesInFolder(url))
-                entries.emplace_back(file, url.lastPathComponent());
+            for (const AudioFile& file : audioFilesInFolder(url))
+                entries.push_back({ file.url, url.lastPathComponent(), file.foundIn });
         else if (kind && isAudioFile(url))
-            entries.emplace_back(url, url.deletingLastPathComponent().lastPathComponent());
+            entries.push_back({ url, url.deletingLastPathComponent().lastPathComponent(),
+                namedFile(url).foundIn });
     }
     if (entries.empty()) {
         error = noAudioFiles;
@@ -58,12 +60,28 @@ bool ServiceProvider::isAudioFile(const FileURL& url)
     return BounceWatcher::audioExtensions().contains(lowercased(url.pathExtension()));
 }
 
-// By the extension alone: an entry is not asked what it is.
-std::vector<FileURL> ServiceProvider::audioFilesInFolder(const FileURL& folder)
+// Of named files only a link is followed. What is an ordinary file now must still be one when it is
+// copied.
+ServiceProvider::AudioFile ServiceProvider::namedFile(const FileURL& url)
 {
-    auto contents = FileManager::contentsOfDirectory(folder).value_or(std::vector<FileURL>());
-    std::erase_if(contents, [](const FileURL& entry) { return !isAudioFile(entry); });
-    return contents;
+    const auto attributes = FileManager::attributesOfItem(url.path());
+    if (!attributes || !attributes->isRegularFile)
+        return { url, std::nullopt };
+    const std::string folder = url.deletingLastPathComponent().path();
+    return { url, FileManager::identityOfFolder(folder).value_or(FileIdentity {}) };
+}
+
+// By the extension alone: an entry is not asked what it is. Links among them are not followed when
+// they are copied, as they may lead to what nobody meant to select.
+std::vector<ServiceProvider::AudioFile> ServiceProvider::audioFilesInFolder(const FileURL& folder)
+{
+    const auto foundIn = FileManager::identityOfFolder(folder.path()).value_or(FileIdentity {});
+    std::vector<AudioFile> files;
+    for (const FileURL& entry :
+        FileManager::contentsOfDirectory(folder).value_or(std::vector<FileURL>()))
+        if (isAudioFile(entry))
+            files.push_back({ entry, foundIn });
+    return files;
 }
 
 } // namespace stemvault

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "Foundation/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Platform/Application.h"
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,8 +29,13 @@ public:
         const Pasteboard& pasteboard, const std::string& userData, std::string& error);
 
 private:
+    struct AudioFile {
+        FileURL url;
+        std::optional<FileIdentity> foundIn; ///< As in an entry of the prompt's queue.
+    };
+
     struct AudioFiles {
-        std::vector<FileURL> files; ///< In the order in which they were met.
+        std::vector<AudioFile> files; ///< In the order in which they were met.
         std::string defaultName; ///< What the project is called unless the user says otherwise.
     };
 
@@ -36,10 +43,13 @@ private:
     static const std::string noAudioFiles;
 
     [[nodiscard]] static bool isAudioFile(const FileURL& url);
-    [[nodiscard]] static std::vector<FileURL> audioFilesInFolder(const FileURL& folder);
+    [[nodiscard]] static AudioFile namedFile(const FileURL& url);
+    [[nodiscard]] static std::vector<AudioFile> audioFilesInFolder(const FileURL& folder);
 
     static void createProject(
-        const std::string& projectName, const std::vector<FileURL>& files, const FileURL& root);
+        const std::string& projectName, const std::vector<AudioFile>& files, const FileURL& root);
+    [[nodiscard]] static std::size_t copyInto(
+        const FileURL& folder, const std::vector<AudioFile>& files);
     [[nodiscard]] static AudioFiles collectAudioFiles(const std::vector<std::string>& paths);
     [[nodiscard]] static std::optional<std::string> promptForProjectName(
         const std::string& defaultName);

@@ -8,9 +8,12 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <set>
 #include <string>
+#include <sys/inotify.h>
 #include <vector>
 
 namespace stemvault {
@@ -56,6 +59,35 @@ inline Refusal meanwhile(const std::function<void()>& work)
         calls.clone = [=](int, int) { return work(), errno = EOPNOTSUPP, -1; };
     };
 }
+
+/// What happens to the items of a folder, its sub-folders aside.
+class FolderWatch {
+public:
+    FolderWatch(const std::string& folder, std::uint32_t kinds)
+    {
+        EXPECT_GE(::inotify_add_watch(watch.get(), folder.c_str(), kinds), 0);
+    }
+
+    /// The kinds of the events since the last call, of items called `name` or, without one, of all.
+    [[nodiscard]] std::vector<std::uint32_t> events(const std::string& name = "") const
+    {
+        char buffer[16384];
+        const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
+        std::vector<std::uint32_t> kinds;
+        for (ssize_t at = 0; at < length;) {
+            inotify_event event {};
+            std::memcpy(&event, buffer + at, sizeof event);
+            const bool isMeant = name.empty() || buffer + at + sizeof event == name;
+            if (isMeant && (event.mask & IN_ISDIR) == 0)
+                kinds.push_back(event.mask);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return kinds;
+    }
+
+private:
+    FileDescriptor watch { ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC) };
+};
 
 /// A source `from/Mix.wav` and an empty folder `to`.
 class CopyTest : public testing::Test {

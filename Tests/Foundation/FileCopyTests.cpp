@@ -3,9 +3,11 @@
 #include "Foundation/KilledAt.h"
 #include "Foundation/TemporaryItem.h"
 
+#include <atomic>
 #include <filesystem>
 #include <sys/stat.h>
 #include <sys/xattr.h>
+#include <thread>
 
 namespace stemvault {
 namespace {
@@ -107,9 +109,88 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
     EXPECT_THAT(over.error(), HasSubstr("it is inside the folder that it would replace."));
 }
 
+TEST_F(CopyTest, FollowsALinkOnlyWhereTheUserNamedIt)
+{
+    const std::string folder = files.path("from");
+    const std::string secret = files.write("private/Mix.wav", "secret");
+    const auto putLink = [&](const std::string& to) {
+        std::filesystem::remove_all(source);
+        std::filesystem::create_symlink(to, source);
+    };
+    const auto renameNewOver = [&] {
+        std::filesystem::rename(files.write("from/new", "newer"), source);
+    };
+    const auto makeFolderAnew = [&] {
+        std::filesystem::rename(folder, files.path("old"));
+        files.write("from/Mix.wav", "newer");
+    };
+    const auto putLinkForFolder = [&] {
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directory_symlink("private", folder);
+    };
+    const auto putPipe = [&] {
+        std::filesystem::remove(source);
+        EXPECT_EQ(::mkfifo(source.c_str(), 0600), 0);
+    };
+    const std::string link = "it is a link; select it yourself to copy what it leads to.";
+    const struct {
+        const char* what;
+        bool isNamed;
+        std::function<void()> change; ///< After the source was named or found.
+        std::string copied, reason;
+    } rows[] = {
+        { "a named link", true, [&] { putLink(secret); }, "secret", "" },
+        { "a link to a file", false, [&] { putLink(secret); }, "", link },
+        { "a link within the folder", false, [&] { putLink("Other.wav"); }, "", link },
+        { "a link to a folder", false, [&] { putLink("../private"); }, "", link },
+        { "written anew under its name", false, renameNewOver, "newer", "" },
+        { "the folder is made anew", false, makeFolderAnew, "newer", "" },
+        { "the folder becomes a link", false, putLinkForFolder, "",
+            "its folder has been replaced by another one." },
+        { "a pipe", false, putPipe, "", "it is neither a file nor a folder." },
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        std::filesystem::remove_all(folder);
+        files.write("from/Mix.wav", "original");
+        files.write("from/Other.wav", "other");
+        if (!row.isNamed)
+            options.foundIn = FileManager::identityOfFolder(folder);
+        row.change();
+        const auto copied = copyItem(source, target, options);
+        EXPECT_EQ(copied ? "" : copied.error(),
+            row.reason.empty() ? "" : "“Mix.wav” couldn’t be copied because " + row.reason);
+        EXPECT_EQ(files.read("to/Mix.wav"), row.copied);
+        std::filesystem::remove(target);
+        options.foundIn.reset();
+    }
+}
+
+// A regression would hang here.
+TEST_F(CopyTest, WaitsForNoPipeThatTakesTheFilesPlace)
+{
+    const std::string pipe = files.path("from/pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    files.write("from/Mix.wav", "small");
+    options.durability = Durability::InMemory;
+    options.ifTaken = IfTaken::Replace;
+    std::atomic<bool> isDone = false;
+    std::thread exchanging([&] {
+        while (!isDone)
+            ::renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, pipe.c_str(), RENAME_EXCHANGE);
+    });
+    for (int i = 0; i < 150; ++i) {
+        static_cast<void>(copyItem(source, target, options));
+        static_cast<void>(copyItem(files.path("from"), files.path("to/Folder"), options));
+    }
+    isDone = true;
+    exchanging.join();
+}
+
 TEST_F(CopyTest, CopiesASourceThatChangesAgain)
 {
     int attempt = 0;
+    const FolderWatch opened(files.path("from"), IN_OPEN);
     const auto write = [&](const std::string& fresh) {
         files.write("from/Mix.wav", content = fresh);
     };
@@ -126,6 +207,12 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
             [&] {
                 if (attempt == 1)
                     std::filesystem::rename(files.write("other", content = "other"), source);
+            },
+            2, true },
+        { "its date changes whenever it is opened",
+            [&] {
+                if (!opened.events("Mix.wav").empty())
+                    ::utimensat(AT_FDCWD, source.c_str(), nullptr, 0);
             },
             2, true },
         { "it is deleted, and was open", [&] { std::filesystem::remove(source); }, 1, true },

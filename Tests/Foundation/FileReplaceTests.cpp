@@ -1,9 +1,7 @@
 #include "Foundation/CopyFixture.h"
 #include "Foundation/TemporaryItem.h"
 
-#include <cstring>
 #include <filesystem>
-#include <sys/inotify.h>
 #include <sys/stat.h>
 #include <thread>
 
@@ -89,35 +87,6 @@ TEST_F(ReplaceTest, CopiesAFolderAsItIs)
     EXPECT_FALSE(copyItem(album, files.path("to/Never"), with({ more }))) << "it keeps changing";
     EXPECT_THAT(names(), ElementsAre("Album"));
 }
-
-/// What happens to the items of a folder, its sub-folders aside.
-class FolderWatch {
-public:
-    FolderWatch(const std::string& folder, std::uint32_t kinds)
-    {
-        EXPECT_GE(::inotify_add_watch(watch.get(), folder.c_str(), kinds), 0);
-    }
-
-    /// The kinds of the events since the last call, of items called `name` or, without one, of all.
-    [[nodiscard]] std::vector<std::uint32_t> events(const std::string& name = "") const
-    {
-        char buffer[16384];
-        const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
-        std::vector<std::uint32_t> kinds;
-        for (ssize_t at = 0; at < length;) {
-            inotify_event event {};
-            std::memcpy(&event, buffer + at, sizeof event);
-            const bool isMeant = name.empty() || buffer + at + sizeof event == name;
-            if (isMeant && (event.mask & IN_ISDIR) == 0)
-                kinds.push_back(event.mask);
-            at += static_cast<ssize_t>(sizeof event + event.len);
-        }
-        return kinds;
-    }
-
-private:
-    FileDescriptor watch { ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC) };
-};
 
 TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
 {

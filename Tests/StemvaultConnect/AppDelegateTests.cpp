@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace stemvault {
 namespace {
 
@@ -87,6 +89,27 @@ TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
     EXPECT_THAT(platform.dialogs.alerts,
         ElementsAre(testing::Field(&Alert::informativeText, "1.wav\nfrom Song"),
             testing::Field(&Alert::informativeText, second)));
+}
+
+TEST_F(AppDelegateTests, ABounceThatBecomesALinkIsNotCopied)
+{
+    TemporaryFolder folder;
+    const std::string mix = folder.write("Song/Mix.wav", "mix");
+    const std::string secret = folder.write("private", "secret");
+    SettingsStore::shared().addFolder({ UUID(), "Client A", folder.makeFolder("Client A") });
+    delegate.applicationDidFinishLaunching();
+    openSession(folder.path("Song"));
+    platform.fileEvents.deliver(
+        { mix }, { FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated });
+    platform.dialogs.answer("Add", 0, [&] {
+        std::filesystem::remove(mix);
+        std::filesystem::create_symlink(secret, mix);
+    });
+    platform.dialogs.answer("OK");
+    platform.dispatch.advance(5s);
+    EXPECT_THAT(platform.dialogs.alerts.back().informativeText,
+        testing::HasSubstr("“Mix.wav” couldn’t be copied because it is a link"));
+    EXPECT_THAT(folder.names("Client A"), testing::IsEmpty());
 }
 
 TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)

@@ -30,8 +30,8 @@ struct Stage {
     {
         const std::string below = sourceFolder + "/";
         for (const std::string& name : names)
-            BounceAlertController::shared().queue.emplace_back(
-                FileURL(folder.write(below + name, name)), sourceFolder);
+            BounceAlertController::shared().queue.push_back(
+                { FileURL(folder.write(below + name, name)), sourceFolder });
     }
 
     void showAll()
@@ -181,7 +181,7 @@ TEST_F(BounceAlertControllerTests, ThousandsOfSkipsNeedNoStack)
 {
     addDestination("Client A");
     for (int i = 0; i < 50'000; ++i) {
-        BounceAlertController::shared().queue.emplace_back(FileURL("/s/Mix.wav"), "s");
+        BounceAlertController::shared().queue.push_back({ FileURL("/s/Mix.wav"), "s" });
         dialogs.answer("Skip");
     }
     showAll();

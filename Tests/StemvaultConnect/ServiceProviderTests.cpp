@@ -87,10 +87,10 @@ TEST_F(ServiceProviderTests, TheWalkTakesAudioFilesAndNamesTheirFolder)
         Paths queued;
         if (!row.queued.empty()) {
             SettingsStore::shared().setProjectsRootPath(root);
-            BounceAlertController::shared().queue.emplace_back(FileURL("/s/earlier.wav"), "s");
+            BounceAlertController::shared().queue.push_back({ FileURL("/s/earlier.wav"), "s" });
             desktop.dialogs.answer("Cancel", 0, [&queued] {
-                for (const auto& [url, source] : BounceAlertController::shared().queue)
-                    queued.push_back(source + "/" + url.lastPathComponent());
+                for (const auto& entry : BounceAlertController::shared().queue)
+                    queued.push_back(entry.sourceFolder + "/" + entry.file.lastPathComponent());
             });
         }
         EXPECT_EQ(perform("addToStemvault", paths(row.selection)),
@@ -101,6 +101,40 @@ TEST_F(ServiceProviderTests, TheWalkTakesAudioFilesAndNamesTheirFolder)
             std::ranges::sort(queued);
         EXPECT_EQ(queued, row.queued) << row.what;
         EXPECT_EQ(BounceAlertController::isMade(), !row.queued.empty()) << row.what;
+    }
+}
+
+TEST_F(ServiceProviderTests, OnlyALinkThatWasSelectedItselfIsFollowed)
+{
+    make({ "Song/a.wav", "private/key", "private/Keys/key", "Client A/" });
+    std::filesystem::create_symlink("../private/key", folder.path("Song/key.wav"));
+    std::filesystem::create_directory_symlink("../private/Keys", folder.path("Song/keys.wav"));
+    const struct {
+        const char* what;
+        Paths selection;
+        Paths copied;
+    } rows[] = {
+        { "a folder with links", { "Song" }, { "a.wav" } },
+        { "a link", { "Song/key.wav" }, { "key.wav" } },
+        { "a link to a folder of no audio", { "Song/keys.wav", "Song/a.wav" }, { "a.wav" } },
+    };
+    for (const auto& row : rows) {
+        FakePlatform desktop;
+        SettingsStore::shared().setProjectsRootPath(root);
+        desktop.dialogs.answerText("Create", "New");
+        EXPECT_EQ(perform("createStemvaultPlaylist", paths(row.selection)), "");
+        EXPECT_THAT(folder.names("Projects/New"), testing::ElementsAreArray(row.copied))
+            << row.what;
+        std::filesystem::remove_all(root + "/New");
+
+        SettingsStore::shared().addFolder({ UUID(), "Client A", folder.path("Client A") });
+        const bool isBatch = row.selection == Paths { "Song" };
+        desktop.dialogs.answer(isBatch ? "Add All (3)" : "Add");
+        EXPECT_EQ(perform("addToStemvault", paths(row.selection)), "");
+        desktop.dispatch.settle();
+        EXPECT_THAT(folder.names("Client A"), testing::ElementsAreArray(row.copied)) << row.what;
+        for (const std::string& name : folder.names("Client A"))
+            std::filesystem::remove(folder.path("Client A/" + name));
     }
 }
 
