@@ -5,6 +5,7 @@
 #include "Foundation/WriterCheck.h"
 #include "Platform/FileEvents.h"
 #include "Platform/Platform.h"
+#include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SettingsStore.h"
 
 #include <algorithm>
@@ -31,6 +32,18 @@ bool isAlwaysWatched(const std::string& path)
 {
     const auto& alwaysWatchPath = SettingsStore::shared().alwaysWatchPath();
     return alwaysWatchPath && !alwaysWatchPath->empty() && path.starts_with(*alwaysWatchPath);
+}
+
+/// Text of a file system that may tell cases apart or not.
+bool isBelow(const std::string& path, const std::string& folder)
+{
+    return lowercased(path).starts_with(lowercased(folder) + "/");
+}
+
+bool isInWorkingFolder(const std::string& path)
+{
+    return std::ranges::any_of(SessionTracker::shared().workingFolders(),
+        [&path](const std::string& folder) { return isBelow(path, folder); });
 }
 
 } // namespace
@@ -124,7 +137,8 @@ bool BounceWatcher::isBounce(const std::string& path, std::uint32_t flag) const
     if (!isWrittenFile(flag) || !audioExtensions().contains(lowercased(pathExtension(path))))
         return false;
     const std::string folderName = lastPathComponent(deletingLastPathComponent(path));
-    return !internalSessionFolderNames.contains(lowercased(folderName)) || isAlwaysWatched(path);
+    const bool isInternal = internalSessionFolderNames.contains(lowercased(folderName));
+    return isAlwaysWatched(path) || (!isInternal && !isInWorkingFolder(path));
 }
 
 void BounceWatcher::waitForStability(Wait wait)

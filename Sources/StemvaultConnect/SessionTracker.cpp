@@ -2,8 +2,11 @@
 
 #include "Foundation/DAWTable.h"
 #include "Foundation/FileManager.h"
+#include "Foundation/HomeDirectory.h"
+#include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
+#include "StemvaultConnect/MediaSession.h"
 #include "StemvaultConnect/SessionFolder.h"
 
 #include <algorithm>
@@ -73,30 +76,71 @@ bool SessionTracker::isWorthScanning(const RunningApplication& application)
 void SessionTracker::refresh()
 {
     const Platform& platform = Platform::current();
-    std::vector<Candidate> candidates;
+    Scan scan { ++lastScan, {} };
     for (const RunningApplication& application : platform.workspace.runningApplications())
         if (isWorthScanning(application))
-            candidates.push_back({ application.processIdentifier, application.fileServerIdentifier,
-                dawWithBundleIdentifier(*application.bundleIdentifier) });
+            scan.candidates.push_back(
+                { application.processIdentifier, application.fileServerIdentifier,
+                    dawWithBundleIdentifier(*application.bundleIdentifier) });
     updateTimer();
 
-    const auto applied = alive.guard([this](const std::optional<FileURL>& found) { apply(found); });
-    platform.dispatch.utilityAsync([&platform, tracker = alive.token(),
-                                       candidates = std::move(candidates), applied]() {
-        auto found = tracker.expired() ? std::nullopt
-                                       : findOpenSessionFolder(platform.processRunner, candidates);
-        platform.dispatch.mainAsync([applied, found = std::move(found)] { applied(found); });
+    const auto scanned = alive.guard([this](const Scan& done) { advance(done); });
+    platform.dispatch.utilityAsync(
+        [&platform, tracker = alive.token(), scan = std::move(scan), scanned]() mutable {
+            if (!tracker.expired())
+                scan.folder = findOpenSessionFolder(platform.processRunner, scan.candidates);
+            platform.dispatch.mainAsync([scanned, scan = std::move(scan)] { scanned(scan); });
+        });
+}
+
+// The media are looked at by one scan after the other: on a drive that does not answer all would
+// hang. Of those that wait meanwhile only the last one counts.
+void SessionTracker::advance(Scan scan)
+{
+    if (scan.folder || scan.candidates.empty())
+        return apply(scan);
+    const auto found = alive.guard([this](const Scan& done) {
+        if (done.number > lastApplied)
+            apply(done);
+    });
+    mediaLooks.dropWaiting();
+    mediaLooks.ask({}, {}, [scan = std::move(scan), found]() mutable -> Work {
+        findByMedia(scan);
+        return [found, scan = std::move(scan)] { found(scan); };
     });
 }
 
-void SessionTracker::apply(const std::optional<FileURL>& found)
+void SessionTracker::apply(const Scan& scan)
 {
-    if (found == folder)
+    lastApplied = std::max(lastApplied, scan.number);
+    // Some DAWs close their media when they lose the focus.
+    if (!scan.folder && mediaOwner && isRunning(*mediaOwner))
         return;
-    folder = found;
+    mediaOwner = scan.owner;
+    if (scan.folder == folder)
+        return;
+    folder = scan.folder;
     // A copy: an observer may bring another one.
     for (const Observer& observer : std::vector(observers))
-        observer(found);
+        observer(scan.folder);
+}
+
+bool SessionTracker::isRunning(const MediaOwner& owner)
+{
+    return std::ranges::any_of(Platform::current().workspace.runningApplications(),
+        [&owner](const RunningApplication& application) {
+            return application.processIdentifier == owner.process && application.bundleIdentifier
+                && dawWithBundleIdentifier(*application.bundleIdentifier) == owner.daw;
+        });
+}
+
+std::vector<std::string> SessionTracker::workingFolders() const
+{
+    std::vector<std::string> paths;
+    if (folder && mediaOwner)
+        for (const std::string_view name : mediaOwner->daw->workingFolders)
+            paths.push_back(appendingPathComponent(folder->path(), name));
+    return paths;
 }
 
 void SessionTracker::updateTimer()
@@ -109,11 +153,10 @@ void SessionTracker::updateTimer()
 }
 
 std::optional<FileURL> SessionTracker::findOpenSessionFolder(
-    ProcessRunner& processRunner, std::span<const Candidate> candidates)
+    ProcessRunner& processRunner, std::span<Candidate> candidates)
 {
-    for (const Candidate& candidate : candidates)
-        if (auto found =
-                sessionFolderFromLsof(processRunner, candidate.process, sessionFileExtensions))
+    for (Candidate& candidate : candidates)
+        if (auto found = sessionFolderFromLsof(processRunner, candidate, sessionFileExtensions))
             return found;
     for (const Candidate& candidate : candidates)
         if (auto found = sessionFolderFromServer(processRunner, candidate))
@@ -136,13 +179,29 @@ std::optional<FileURL> SessionTracker::sessionFolderFromServer(
         FileManager::contentModificationDate);
 }
 
-std::optional<FileURL> SessionTracker::sessionFolderFromLsof(
-    ProcessRunner& processRunner, std::int32_t pid, std::span<const std::string_view> extensions)
+std::optional<FileURL> SessionTracker::sessionFolderFromLsof(ProcessRunner& processRunner,
+    Candidate& candidate, std::span<const std::string_view> extensions)
 {
-    const auto output = openFiles(processRunner, pid);
-    if (!output)
+    candidate.openFiles = openFiles(processRunner, candidate.process);
+    if (!candidate.openFiles)
         return std::nullopt;
-    return sessionFolder(openPaths(*output), extensions, FileManager::contentModificationDate);
+    return sessionFolder(
+        openPaths(*candidate.openFiles), extensions, FileManager::contentModificationDate);
+}
+
+void SessionTracker::findByMedia(Scan& scan)
+{
+    for (const Candidate& candidate : scan.candidates) {
+        const DAW* const daw = candidate.daw;
+        if (daw == nullptr || !candidate.openFiles)
+            continue;
+        scan.folder = mediaSessionFolder(openPaths(*candidate.openFiles), *daw, homeDirectory(),
+            [daw](const std::string& path) { return newestSessionFile(path, *daw); });
+        if (!scan.folder)
+            continue;
+        scan.owner = MediaOwner { candidate.process, daw };
+        return;
+    }
 }
 
 } // namespace stemvault

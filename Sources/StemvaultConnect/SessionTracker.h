@@ -5,6 +5,7 @@
 #include "Foundation/Shared.h"
 #include "Platform/ProcessRunner.h"
 #include "Platform/Workspace.h"
+#include "StemvaultConnect/FolderLooks.h"
 
 #include <cstdint>
 #include <functional>
@@ -37,6 +38,10 @@ public:
     /// The folder that the latest finished look found.
     [[nodiscard]] const std::optional<FileURL>& currentSessionFolder() const { return folder; }
 
+    /// Where the DAW keeps its own files in a session that was found by its media alone; what is
+    /// written there is no bounce.
+    [[nodiscard]] std::vector<std::string> workingFolders() const;
+
     /// Called in order with the new folder whenever it changes. Only ever appended to.
     std::vector<Observer> observers;
 
@@ -45,24 +50,45 @@ private:
     SessionTracker();
     ~SessionTracker();
 
-    void updateTimer();
-    void apply(const std::optional<FileURL>& found);
-
-    [[nodiscard]] static bool isDAW(const RunningApplication& application);
-    [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
     /// What is worth scanning.
     struct Candidate {
         std::int32_t process;
         std::int32_t fileServer; ///< 0 when there is none.
         const DAW* daw; ///< Null for one that is scanned for its name.
+        std::optional<std::string> openFiles {}; ///< As lsof prints them.
     };
+    /// A DAW whose open media told which session it has open.
+    struct MediaOwner {
+        std::int32_t process;
+        const DAW* daw;
+    };
+    /// What a scan came to.
+    struct Scan {
+        int number; ///< They are counted as they begin.
+        std::vector<Candidate> candidates;
+        std::optional<FileURL> folder {};
+        std::optional<MediaOwner> owner {}; ///< Absent when files of the session itself told.
+    };
+
+    void updateTimer();
+    void advance(Scan scan);
+    void apply(const Scan& scan);
+    [[nodiscard]] static bool isRunning(const MediaOwner& owner);
+
+    [[nodiscard]] static bool isDAW(const RunningApplication& application);
+    [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
     [[nodiscard]] static std::optional<FileURL> findOpenSessionFolder(
-        ProcessRunner& processRunner, std::span<const Candidate> candidates);
+        ProcessRunner& processRunner, std::span<Candidate> candidates);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromServer(
         ProcessRunner& processRunner, const Candidate& candidate);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(ProcessRunner& processRunner,
-        std::int32_t pid, std::span<const std::string_view> extensions);
+        Candidate& candidate, std::span<const std::string_view> extensions);
+    static void findByMedia(Scan& scan);
 
+    std::optional<MediaOwner> mediaOwner; ///< Of `folder`; absent when its own files told.
+    int lastScan = 0; ///< The number of the one that began last.
+    int lastApplied = 0;
+    FolderLooks mediaLooks;
     std::optional<FileURL> folder;
     std::unique_ptr<Timer> pollTimer;
 

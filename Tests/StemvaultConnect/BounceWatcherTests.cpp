@@ -1,5 +1,6 @@
 #include "Foundation/FileDescriptor.h"
 #include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SettingsStore.h"
 #include "Support/FakePlatform.h"
 #include "Support/TemporaryFolder.h"
@@ -117,6 +118,39 @@ TEST_F(BounceWatcherTests, TakesAudioFilesThatAreWritten)
     for (const std::string internal : { "Audio Files", "Session File Backups", "WaveCache Files",
              "Fade Files", "Plug-In Settings", "Rendered Files", "Video Files", "Clip Groups" })
         EXPECT_FALSE(isTaken("/s/" + internal + "/a.wav")) << internal;
+}
+
+TEST_F(BounceWatcherTests, LeavesOutTheWorkingFoldersOfASessionFoundByItsMedia)
+{
+    const std::string song = folder.path("Song");
+    folder.write("Song/Song.rpp", "");
+    SettingsStore::shared().setAlwaysWatchPath(folder.path("Always"));
+    SessionTracker::shared().start();
+    const struct {
+        const char* what;
+        std::string openFile;
+        std::string written;
+        std::size_t reports;
+    } rows[] = {
+        { "a mix", "/Media/1.wav", song + "/Mix.wav", 1 },
+        { "a take", "/Media/1.wav", song + "/Media/2.wav", 0 },
+        { "a take in another case", "/Media/1.wav", song + "/media/2.wav", 0 },
+        { "deeper in a working folder", "/Media/1.wav", song + "/Media/Vocals/2.wav", 0 },
+        { "a folder that only begins alike", "/Media/1.wav", song + "/Media Export/2.wav", 1 },
+        { "a folder of that name deeper", "/Media/1.wav", song + "/Mixes/Media/2.wav", 1 },
+        { "below the other folder", "/Media/1.wav", folder.path("Always/Media/2.wav"), 1 },
+        { "the session is known by its file", "/Song.rpp", song + "/Media/2.wav", 1 },
+    };
+    platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+    for (const auto& row : rows) {
+        platform.processRunner.openFiles["5"] = "n" + song + row.openFile + "\n";
+        SessionTracker::shared().refresh();
+        platform.dispatch.settle();
+        watch();
+        deliver(row.written);
+        platform.dispatch.advance(2s);
+        EXPECT_EQ(takeReported().size(), row.reports) << row.what;
+    }
 }
 
 TEST_F(BounceWatcherTests, PairsPathsAndFlagsUpToTheShorterOfTheTwo)

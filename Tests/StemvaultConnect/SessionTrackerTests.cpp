@@ -1,5 +1,6 @@
 #include "StemvaultConnect/SessionTracker.h"
 #include "Support/FakePlatform.h"
+#include "Support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
@@ -129,6 +130,93 @@ TEST_F(SessionTrackerTests, FollowsTheSessionAndTellsOnlyChanges)
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("/a", "/b", "absent"));
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);
+}
+
+struct SessionByMediaTests : SessionTrackerTests {
+    SessionByMediaTests()
+    {
+        platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
+        start();
+    }
+
+    /// What is told after the DAW, process 5 or another one, has these files open.
+    std::vector<std::string> openedBy(const std::string& process, const std::string& output)
+    {
+        platform.processRunner.openFiles[process] = output;
+        platform.dispatch.advance(30s);
+        return std::exchange(told, {});
+    }
+
+    /// Makes a session and gives what lsof prints of a take in it.
+    std::string takeIn(const std::string& session)
+    {
+        folder.write(session + "/" + session + ".rpp", "");
+        return "n" + folder.path(session + "/Media/Take 1.wav") + "\n";
+    }
+
+    static std::vector<std::string> workingFolders()
+    {
+        return SessionTracker::shared().workingFolders();
+    }
+
+    TemporaryFolder folder;
+    const std::string song = folder.path("Song");
+    const std::string takeOfSong = takeIn("Song");
+};
+
+TEST_F(SessionByMediaTests, IsKeptWhileItsDAWRunsAndNothingElseIsFound)
+{
+    EXPECT_THAT(openedBy("5", takeOfSong), ElementsAre(song));
+    EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
+    EXPECT_THAT(openedBy("5", ""), IsEmpty()) << "it has closed its media";
+    EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
+    EXPECT_THAT(openedBy("5", takeIn("Next")), ElementsAre(folder.path("Next")));
+    openedBy("5", "");
+    platform.workspace.quit(5);
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("absent"));
+    EXPECT_THAT(workingFolders(), IsEmpty());
+}
+
+TEST_F(SessionByMediaTests, CountsOnlyWhereNoFileOfASessionTells)
+{
+    openedBy("5", takeOfSong);
+    platform.workspace.launch(6, "com.ableton.live", "Live");
+    EXPECT_THAT(openedBy("6", "n/live/S.als\n"), ElementsAre("/live"));
+    EXPECT_THAT(workingFolders(), IsEmpty());
+    EXPECT_THAT(openedBy("6", ""), ElementsAre(song));
+
+    EXPECT_THAT(openedBy("5", "n" + song + "/Song.rpp\n"), IsEmpty()) << "the same folder";
+    EXPECT_THAT(workingFolders(), IsEmpty());
+    EXPECT_THAT(openedBy("5", ""), ElementsAre("absent")) << "such a folder comes and goes";
+}
+
+TEST_F(SessionByMediaTests, IsNotKeptForAnotherProcessOfTheSameNumber)
+{
+    openedBy("5", takeOfSong);
+    platform.processRunner.openFiles.clear();
+    platform.workspace.applications.clear();
+    platform.workspace.launch(5, "org.ardour.Ardour", "Ardour");
+    platform.dispatch.settle();
+    EXPECT_THAT(told, ElementsAre("absent"));
+}
+
+TEST_F(SessionByMediaTests, LooksThatHangDoNotPileUp)
+{
+    platform.processRunner.openFiles["5"] = takeOfSong;
+    std::vector<Work> hanging;
+    for (int i = 0; i < 10; ++i) {
+        SessionTracker::shared().refresh();
+        platform.dispatch.runOldestUtilityWork();
+        platform.dispatch.settleMainQueue();
+        while (platform.dispatch.utilityWorkCount() > 0)
+            hanging.push_back(platform.dispatch.holdOldestUtilityWork());
+    }
+    EXPECT_EQ(hanging.size(), 1U);
+    EXPECT_THAT(openedBy("5", "n/a/S.rpp\n"), ElementsAre("/a")) << "all else goes on";
+    hanging.front()();
+    platform.dispatch.settle();
+    EXPECT_THAT(told, IsEmpty()) << "what it found is out of date";
 }
 
 TEST_F(SessionTrackerTests, PollsThirtySecondsAfterTheLatestPass)
