@@ -4,6 +4,7 @@
 #include "Foundation/TemporaryItem.h"
 
 #include <cerrno>
+#include <sys/stat.h>
 #include <utility>
 
 namespace stemvault {
@@ -45,23 +46,33 @@ template <typename Call> bool Draft::underFreshName(Call call)
     return false;
 }
 
+// In an append-only folder names can be made and neither changed nor removed.
+bool Draft::isInAppendOnlyFolder() const
+{
+    struct statx status { };
+    return ::statx(folder, "", AT_EMPTY_PATH, 0, &status) == 0
+        && (status.stx_attributes & STATX_ATTR_APPEND) != 0;
+}
+
 bool Draft::createUnnamedFile()
 {
     descriptor = FileDescriptor(
         options.calls.openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
     isUnnamed = descriptor.isOpen();
     if (isUnnamed)
-        markInUse(descriptor.get());
+        markDraft(descriptor.get());
     return isUnnamed;
 }
 
 bool Draft::createFile()
 {
+    if (isInAppendOnlyFolder())
+        return errno = EPERM, false;
     return underFreshName([this](const char* fresh) {
         descriptor = FileDescriptor(options.calls.openat(
             folder, fresh, O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
         if (descriptor)
-            markInUse(descriptor.get());
+            markDraft(descriptor.get());
         return descriptor.isOpen();
     });
 }
@@ -69,29 +80,35 @@ bool Draft::createFile()
 bool Draft::createFolder()
 {
     isFolder = true;
+    if (isInAppendOnlyFolder())
+        return errno = EPERM, false;
     if (!underFreshName(
             [this](const char* fresh) { return ::mkdirat(folder, fresh, S_IRWXU) == 0; }))
         return false;
     descriptor = FileDescriptor(
         ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (descriptor)
-        markInUse(descriptor.get());
+        markDraft(descriptor.get());
     return descriptor.isOpen();
 }
 
 bool Draft::giveName()
 {
-    if (!name.empty())
+    if (!name.empty() || isInAppendOnlyFolder())
         return true;
+    return underFreshName([this](const char* fresh) { return linkAs(fresh); });
+}
+
+bool Draft::linkAs(const char* fresh) const
+{
     const std::string unnamed = "/proc/self/fd/" + std::to_string(item());
-    return underFreshName([&](const char* fresh) {
-        return options.calls.linkat(AT_FDCWD, unnamed.c_str(), folder, fresh, AT_SYMLINK_FOLLOW)
-            == 0;
-    });
+    return options.calls.linkat(AT_FDCWD, unnamed.c_str(), folder, fresh, AT_SYMLINK_FOLLOW) == 0;
 }
 
 CopyOutcome Draft::publish()
 {
+    if (name.empty())
+        return linkToFreeName();
     if (const auto fault = closeFile())
         return fault;
     // Sync clients wait for a written file to be closed. A linked file has had no such event, so it
@@ -107,12 +124,27 @@ CopyOutcome Draft::publish()
     return fault;
 }
 
+CopyOutcome Draft::linkToFreeName()
+{
+    if (!linkAs(finalName.c_str())) {
+        const bool isReplacing = options.ifTaken == IfTaken::Replace && errno == EEXIST;
+        return CopyFault { CopyFault::Kind::Writing, isReplacing ? EPERM : errno };
+    }
+    settle();
+    return std::nullopt;
+}
+
 // Network drives may put off writing until a file is closed, and report only then that it failed.
 CopyOutcome Draft::closeFile()
 {
     if (!isFolder && options.calls.close(descriptor.release()) != 0)
         return writingFault();
     return std::nullopt;
+}
+
+bool Draft::isGone() const
+{
+    return !name.empty() && !linkStatus(folder, name) && errno == ENOENT;
 }
 
 CopyOutcome Draft::moveToFreeName()
@@ -175,6 +207,7 @@ CopyOutcome Draft::moveOldAside()
 void Draft::settle()
 {
     name.clear();
+    unmarkDraft(folder, finalName);
     if (options.durability == Durability::OnDisk)
         options.calls.fsync(folder);
     if (!displaced.empty())

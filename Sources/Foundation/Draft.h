@@ -35,8 +35,14 @@ public:
     /// is replaced stays until the new item stands, and stays for good if anything fails.
     [[nodiscard]] CopyOutcome publish();
 
+    /// Whether somebody else has removed the draft under its temporary name.
+    [[nodiscard]] bool isGone() const;
+
 private:
     template <typename Call> bool underFreshName(Call call);
+    [[nodiscard]] bool isInAppendOnlyFolder() const;
+    [[nodiscard]] bool linkAs(const char* fresh) const;
+    [[nodiscard]] CopyOutcome linkToFreeName();
     [[nodiscard]] CopyOutcome closeFile();
     [[nodiscard]] CopyOutcome moveToFreeName();
     [[nodiscard]] CopyOutcome moveOverOld();

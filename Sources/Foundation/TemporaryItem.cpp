@@ -3,18 +3,22 @@
 #include "Foundation/Folder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <climits>
 #include <cstddef>
 #include <fcntl.h>
 #include <random>
 #include <sys/file.h>
+#include <sys/xattr.h>
+#include <unistd.h>
 #include <vector>
 
 namespace stemvault {
 
 namespace {
 
-constexpr std::string_view prefix = ".~";
+constexpr std::string_view prefix = ".syncthing.~";
+constexpr std::string_view asidePrefix = ".~";
 constexpr std::string_view suffix = ".tmp";
 constexpr std::string_view asideSuffix = ".old";
 constexpr std::string_view alphabet =
@@ -51,9 +55,9 @@ std::string randomText()
     return text;
 }
 
-std::string randomName(std::string_view name, std::string_view ending)
+std::string randomName(std::string_view beginning, std::string_view name, std::string_view ending)
 {
-    std::string text(prefix);
+    std::string text(beginning);
     text.append(name.substr(0, lengthToKeep(name))).append(".");
     return text.append(randomText()).append(ending);
 }
@@ -65,29 +69,56 @@ bool isUntouchedFor(std::chrono::seconds age, const FileStatus& status)
     return std::chrono::system_clock::now() - touched >= age;
 }
 
-bool isLeftover(int folder, const std::string& name, std::chrono::seconds age)
+bool isCandidate(const FileStatus& status, std::chrono::seconds age)
+{
+    return (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) && status.st_uid == ::geteuid()
+        && isUntouchedFor(age, status);
+}
+
+// A lock on a network file system needs a file that is open for writing.
+FileDescriptor openToLock(int folder, const std::string& name, const FileStatus& status)
+{
+    constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
+    if (S_ISDIR(status.st_mode))
+        return FileDescriptor(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | flags));
+    FileDescriptor item(::openat(folder, name.c_str(), O_RDWR | flags));
+    if (!item && errno == EACCES)
+        item = FileDescriptor(::openat(folder, name.c_str(), O_RDONLY | flags));
+    return item;
+}
+
+// A copy that was killed before it could mark its draft has left it empty.
+bool isOurs(int item, const FileStatus& status)
+{
+    if (::fgetxattr(item, draftMark, nullptr, 0) >= 0)
+        return true;
+    return S_ISREG(status.st_mode) && (errno == ENOTSUP || status.st_size == 0);
+}
+
+void removeIfLeftover(int folder, const std::string& name, std::chrono::seconds age)
 {
     const auto status = linkStatus(folder, name);
-    if (!status || !(S_ISREG(status->st_mode) || S_ISDIR(status->st_mode))
-        || !isUntouchedFor(age, *status))
-        return false;
-    // A lock on a network file system needs a file that is open for writing.
-    const int access = S_ISREG(status->st_mode) ? O_RDWR : O_RDONLY | O_DIRECTORY;
-    const FileDescriptor item(
-        ::openat(folder, name.c_str(), access | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
-    return item && ::flock(item.get(), LOCK_EX | LOCK_NB) == 0;
+    if (!status || !isCandidate(*status, age))
+        return;
+    const FileDescriptor item = openToLock(folder, name, *status);
+    if (!item || ::flock(item.get(), LOCK_EX | LOCK_NB) != 0)
+        return;
+    if (isOurs(item.get(), *status))
+        removeItem(folder, name);
+    else if (S_ISDIR(status->st_mode))
+        ::unlinkat(folder, name.c_str(), AT_REMOVEDIR); // Goes only if it is empty.
 }
 
 } // namespace
 
 std::string temporaryName(std::string_view name)
 {
-    return randomName(name, suffix);
+    return randomName(prefix, name, suffix);
 }
 
 std::string asideName(std::string_view name)
 {
-    return randomName(name, asideSuffix);
+    return randomName(asidePrefix, name, asideSuffix);
 }
 
 bool isTemporaryName(std::string_view name)
@@ -100,16 +131,31 @@ bool isTemporaryName(std::string_view name)
         && random.find_first_not_of(alphabet) == std::string_view::npos;
 }
 
-void markInUse(int item)
+void markDraft(int item)
 {
     ::flock(item, LOCK_EX | LOCK_NB);
+    ::fsetxattr(item, draftMark, "", 0, 0);
+}
+
+void unmarkDraft(int folder, const std::string& name)
+{
+    const std::string path = "/proc/self/fd/" + std::to_string(folder) + "/" + name;
+    if (::lremovexattr(path.c_str(), draftMark) == 0 || (errno != EACCES && errno != EPERM))
+        return;
+    // What its owner may not write has to be writable for this.
+    const auto status = linkStatus(folder, name);
+    if (!status || S_ISLNK(status->st_mode)
+        || ::chmod(path.c_str(), status->st_mode | S_IWUSR) != 0)
+        return;
+    ::lremovexattr(path.c_str(), draftMark);
+    ::chmod(path.c_str(), status->st_mode);
 }
 
 void removeLeftovers(int folder, std::chrono::seconds age)
 {
     for (const std::string& name : namesIn(folder).value_or(std::vector<std::string>()))
-        if (isTemporaryName(name) && isLeftover(folder, name, age))
-            removeItem(folder, name);
+        if (isTemporaryName(name))
+            removeIfLeftover(folder, name, age);
 }
 
 } // namespace stemvault

@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <thread>
 
 namespace stemvault {
@@ -112,24 +113,41 @@ TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsName)
 
 TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
 {
-    const std::string used = files.write("to/.~Used.wav.aaaaaa.tmp", "half");
-    const FileDescriptor user(::open(used.c_str(), O_RDWR | O_CLOEXEC));
-    markInUse(user.get());
-    files.write("to/.~Gone.wav.bbbbbb.tmp", "half");
-    files.write("to/.~Gone.cccccc.tmp/inner/a.wav", "half");
-    files.write("to/.~Not ours.tmp", "theirs");
-    std::filesystem::create_symlink("x", files.path("to/.~Link.wav.dddddd.tmp"));
+    const auto leave = [this](const std::string& name, const std::string& text) {
+        const std::string draft = files.write("to/.syncthing.~" + name + ".tmp", text);
+        FileDescriptor file(::open(draft.c_str(), O_RDWR | O_CLOEXEC));
+        markDraft(file.get());
+        return file;
+    };
+    FileDescriptor used = leave("Used.wav.aaaaaa", "half");
+    leave("Gone.wav.bbbbbb", "half");
+    files.write("to/.syncthing.~Empty.wav.cccccc.tmp", "");
+    files.write("to/.syncthing.~Gone.dddddd.tmp/inner/a.wav", "half");
+    const std::string folder = files.path("to/.syncthing.~Gone.dddddd.tmp");
+    markDraft(FileDescriptor(::open(folder.c_str(), O_RDONLY | O_CLOEXEC)).get());
+
+    files.write("to/.syncthing.~Unmarked.wav.eeeeee.tmp", "theirs");
+    files.write("to/.syncthing.~Unmarked.ffffff.tmp/a.wav", "theirs");
+    files.write("to/.syncthing.~Other name.tmp", "theirs");
+    std::filesystem::create_symlink("x", files.path("to/.syncthing.~Link.wav.gggggg.tmp"));
+    std::set<std::string> kept { ".syncthing.~Link.wav.gggggg.tmp", ".syncthing.~Other name.tmp",
+        ".syncthing.~Unmarked.ffffff.tmp", ".syncthing.~Unmarked.wav.eeeeee.tmp",
+        ".syncthing.~Used.wav.aaaaaa.tmp", "B", "Mix.wav" };
+    if (::geteuid() == 0) {
+        const FileDescriptor theirs = leave("Theirs.wav.hhhhhh", "half");
+        ASSERT_EQ(::fchown(theirs.get(), 12345, 12345), 0);
+        kept.insert(".syncthing.~Theirs.wav.hhhhhh.tmp");
+    }
+
     ASSERT_TRUE(copyItem(source, target, options));
-    EXPECT_THAT(names(), Contains(".~Gone.wav.bbbbbb.tmp")) << "younger than a day";
+    EXPECT_THAT(names(), Contains(".syncthing.~Gone.wav.bbbbbb.tmp")) << "younger than a day";
     options.leftoverAge = std::chrono::seconds(0);
     const auto another = meanwhile([this] {
         std::thread([this] { EXPECT_TRUE(copyItem(album, files.path("to/B"), options)); }).join();
     });
     ASSERT_TRUE(copyItem(source, target, with({ noUnnamed, another })));
     EXPECT_EQ(files.read("to/Mix.wav"), content) << "the other spared what was half done";
-    EXPECT_THAT(names(),
-        ElementsAre(
-            ".~Link.wav.dddddd.tmp", ".~Not ours.tmp", ".~Used.wav.aaaaaa.tmp", "B", "Mix.wav"));
+    EXPECT_EQ(names(), kept);
 }
 
 TEST_F(ReplaceTest, ClosesEveryDescriptor)

@@ -15,11 +15,11 @@ TEST(TemporaryName, FitsAndIsKnownAgain)
         std::string name;
         std::size_t length;
     } rows[] = {
-        { "short", "Mix.wav", 7 + 13 },
+        { "short", "Mix.wav", 7 + 23 },
         { "as long as names get", std::string(255, 'a'), 255 },
         { "on a disk with shorter names", std::string(143, 'a'), 143 },
-        { "cut before a character of two bytes", std::string(241, 'a') + "Ü" + wide, 254 },
-        { "cut before a character of four bytes", std::string(239, 'a') + "𝄞" + wide, 252 },
+        { "cut before a character of two bytes", std::string(231, 'a') + "Ü" + wide, 254 },
+        { "cut before a character of four bytes", std::string(229, 'a') + "𝄞" + wide, 252 },
         { "not text", std::string(255, '\xBF'), 252 },
     };
     for (const auto& row : rows) {
@@ -28,8 +28,9 @@ TEST(TemporaryName, FitsAndIsKnownAgain)
         EXPECT_TRUE(isTemporaryName(name)) << name;
         EXPECT_FALSE(isTemporaryName(asideName(row.name))) << row.what;
     }
-    for (const char* name : { ".~.123456.tmp", "Mix.123456.tmp", ".~Mix.12345.tmp",
-             ".~Mix.12345-.tmp", ".~Mix.123456.tmp2", ".~Mix.wav" })
+    for (const char* name : { ".syncthing.~.123456.tmp", "Mix.123456.tmp",
+             ".syncthing.~Mix.12345.tmp", ".syncthing.~Mix.12345-.tmp",
+             ".syncthing.~Mix.123456.tmp2", ".syncthing.~Mix.wav", ".~Mix.123456.tmp" })
         EXPECT_FALSE(isTemporaryName(name)) << name;
 }
 
