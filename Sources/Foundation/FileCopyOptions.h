@@ -37,6 +37,7 @@ struct SystemCalls {
     std::function<ssize_t(int out, const void* bytes, size_t count, off_t at)> pwrite = ::pwrite;
     std::function<int(int file, int mode, off_t at, off_t count)> fallocate = ::fallocate;
     std::function<int(int file)> fsync = ::fsync;
+    std::function<int(int file, const timespec times[2])> futimens = ::futimens;
     /// The descriptor is closed even when this fails.
     std::function<int(int file)> close = ::close;
 };

@@ -28,7 +28,7 @@ CopyOutcome sync(int item, const CopyOptions& options)
 
 CopyOutcome finish(int in, int out, const FileStatus& source, const CopyOptions& options)
 {
-    copyAttributes(in, out, source);
+    copyAttributes(in, out, source, options);
     if (!isUnchanged(in, source))
         return CopyFault { CopyFault::Kind::Changing };
     return sync(out, options);
@@ -120,8 +120,7 @@ CopyOutcome EntryCopy::copyLink(const std::string& name, const FileStatus& sourc
         return CopyFault { CopyFault::Kind::Changing };
     if (::symlinkat(target.c_str(), out, name.c_str()) != 0)
         return writingFault();
-    const timespec times[] = { { 0, UTIME_OMIT }, source.st_mtim };
-    ::utimensat(out, name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+    ::utimensat(out, name.c_str(), modificationTime(source).data(), AT_SYMLINK_NOFOLLOW);
     return std::nullopt;
 }
 

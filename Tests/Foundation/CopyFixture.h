@@ -52,6 +52,15 @@ inline Refusal failsAtClose(int error)
     };
 }
 
+/// As file systems built on libfuse 2 do: both times are set or neither.
+inline void setsBothTimesOrNone(SystemCalls& calls)
+{
+    calls.futimens = [](int file, const timespec times[2]) {
+        const bool isWhole = times[0].tv_nsec < UTIME_OMIT && times[0].tv_nsec != UTIME_NOW;
+        return isWhole ? ::futimens(file, times) : 0;
+    };
+}
+
 /// Runs `work` at each attempt, before the first bytes are copied.
 inline Refusal meanwhile(const std::function<void()>& work)
 {
