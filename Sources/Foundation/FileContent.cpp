@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <iterator>
 #include <vector>
 
 namespace stemvault {
@@ -11,10 +12,18 @@ namespace {
 constexpr off_t stepSize = 8 << 20;
 constexpr off_t bufferSize = 1 << 20;
 
-// These will not go away by asking in another manner.
-bool isFinal(int error)
+bool isFull(int error)
 {
     return error == ENOSPC || error == EDQUOT || error == EFBIG;
+}
+
+// How the kernel and file systems say that they cannot copy between two files by such a means; CIFS
+// has said ENOENT. Anything else is an error that no other means mends.
+bool isRefusal(int error)
+{
+    constexpr int refusals[] = { EACCES, EBADF, EINVAL, ENOENT, ENOSYS, ENOTTY, EOPNOTSUPP, EPERM,
+        ESPIPE, ETXTBSY, EXDEV };
+    return std::ranges::find(refusals, error) != std::end(refusals);
 }
 
 class ContentCopy {
@@ -35,6 +44,7 @@ private:
     ssize_t step(off_t at, off_t count);
     ssize_t readAndWrite(off_t at, off_t count);
     CopyOutcome fault(ssize_t moved) const;
+    CopyOutcome faultInKernel(off_t at, off_t count);
     void beginWriting(off_t at, off_t count) const;
 
     int in;
@@ -55,7 +65,7 @@ CopyOutcome ContentCopy::copyAll(off_t size)
 // A full disk shows before the first byte, and blocks in one piece are written faster.
 CopyOutcome ContentCopy::reserve(off_t size) const
 {
-    if (options.calls.fallocate(out, FALLOC_FL_KEEP_SIZE, 0, size) != 0 && isFinal(errno))
+    if (options.calls.fallocate(out, FALLOC_FL_KEEP_SIZE, 0, size) != 0 && isFull(errno))
         return writingFault();
     return std::nullopt;
 }
@@ -90,8 +100,10 @@ CopyOutcome ContentCopy::copyRange(off_t at, off_t end)
             at += moved;
         } else if (moved < 0 && errno == EINTR) {
             continue;
-        } else if (means == Means::ReadAndWrite || (moved < 0 && isFinal(errno))) {
+        } else if (means == Means::ReadAndWrite) {
             return fault(moved);
+        } else if (moved < 0 && !isRefusal(errno)) {
+            return faultInKernel(at, std::min(end - at, stepSize));
         } else {
             means = means == Means::CopyFileRange ? Means::SendFile : Means::ReadAndWrite;
         }
@@ -133,6 +145,17 @@ CopyOutcome ContentCopy::fault(ssize_t moved) const
         return CopyFault { isReadingAtFault ? CopyFault::Kind::Changing : CopyFault::Kind::Writing,
             isReadingAtFault ? 0 : EIO };
     return isReadingAtFault ? readingFault() : writingFault();
+}
+
+// The kernel does not say which of the two files failed; reading the same part shows it.
+CopyOutcome ContentCopy::faultInKernel(off_t at, off_t count)
+{
+    const CopyFault written = writingFault();
+    buffer.resize(bufferSize);
+    for (const off_t end = at + count; at < end; at += bufferSize)
+        if (::pread(in, buffer.data(), buffer.size(), at) < 0)
+            return readingFault();
+    return written;
 }
 
 // The disk works while the rest is still being copied; otherwise it would begin at the final fsync.

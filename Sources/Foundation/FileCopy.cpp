@@ -39,6 +39,8 @@ private:
     bool isWithinItem(const FileStatus& item) const;
     bool createDraft(Draft& draft) const;
     CopyOutcome fill(const Draft& draft) const;
+    CopyOutcome publish(Draft& draft) const;
+    CopyFault namingFault(const CopyFault& fault) const;
     bool isReplaced() const;
     bool isFolder() const { return S_ISDIR(status.st_mode); }
 
@@ -73,11 +75,11 @@ CopyOutcome ItemCopy::attempt()
     {
         Draft draft(folder.get(), name, options);
         if (!createDraft(draft))
-            return writingFault();
+            return namingFault(writingFault());
         if (const auto fault = fill(draft))
             return fault;
         if (draft.giveName())
-            return draft.publish();
+            return publish(draft);
     }
     // A file system may know unnamed files and yet refuse to link one; a named file needs no link.
     triesUnnamed = false;
@@ -165,6 +167,25 @@ CopyOutcome ItemCopy::fill(const Draft& draft) const
     if (isReplaced())
         return faultOf(CopyFault::Kind::Changing);
     return std::nullopt;
+}
+
+CopyOutcome ItemCopy::publish(Draft& draft) const
+{
+    const auto fault = draft.publish();
+    // Syncthing clears up what has the name of a draft and, by the source, an old date.
+    if (fault && draft.isGone())
+        return faultOf(CopyFault::Kind::Changing);
+    return fault ? namingFault(*fault) : fault;
+}
+
+// In a folder that is there, these say that it cannot hold such a name.
+CopyFault ItemCopy::namingFault(const CopyFault& fault) const
+{
+    const auto found = statusOf(folder.get());
+    const bool isThere = found && found->st_nlink > 0;
+    if (fault.kind == CopyFault::Kind::Writing && isThere && isAboutName(fault.error))
+        return faultOf(CopyFault::Kind::Name);
+    return fault;
 }
 
 // Another item under the source's name is what the user means by it now. No item at all is no loss:

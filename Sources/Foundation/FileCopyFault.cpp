@@ -32,6 +32,9 @@ std::string readingReason(int error)
         return "you don’t have permission to read it";
     case EIO:
         return "its disk reported an error";
+    case ENOTCONN:
+    case ENODEV:
+        return "its drive was disconnected";
     default:
         return "it couldn’t be read (" + systemText(error) + ")";
     }
@@ -44,6 +47,8 @@ std::string reason(const CopyFault& fault, const std::string& folder)
         return readingReason(fault.error);
     case CopyFault::Kind::Writing:
         return writingReason(fault.error, folder);
+    case CopyFault::Kind::Name:
+        return namingReason(folder);
     case CopyFault::Kind::Changing:
         return "it kept changing while it was being copied";
     case CopyFault::Kind::NotAFile:
@@ -74,6 +79,16 @@ CopyFault writingFault()
     return { CopyFault::Kind::Writing, errno };
 }
 
+bool isAboutName(int error)
+{
+    return error == ENOENT || error == EINVAL || error == EILSEQ;
+}
+
+std::string namingReason(const std::string& folder)
+{
+    return "the disk of the folder " + folder + " doesn’t allow its name";
+}
+
 std::string writingReason(int error, const std::string& folder)
 {
     switch (error) {
@@ -99,6 +114,9 @@ std::string writingReason(int error, const std::string& folder)
         return "its name is too long";
     case EIO:
         return "the disk of the folder " + folder + " reported an error";
+    case ENOTCONN:
+    case ENODEV:
+        return "the drive of the folder " + folder + " was disconnected";
     default:
         return "it couldn’t be written (" + systemText(error) + ")";
     }

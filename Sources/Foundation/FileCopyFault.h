@@ -10,6 +10,7 @@ struct CopyFault {
     enum class Kind {
         Reading, ///< The system refused something at the source.
         Writing, ///< The system refused something at the destination.
+        Name, ///< The destination's disk holds no item of this name.
         Changing, ///< The source changed each time while it was being copied.
         NotAFile, ///< The source is a device, a pipe or a socket.
         FoundLink, ///< The source is a link that the user did not name himself.
@@ -29,6 +30,12 @@ using CopyOutcome = std::optional<CopyFault>;
 /// The fault of the call that has just failed.
 [[nodiscard]] CopyFault readingFault();
 [[nodiscard]] CopyFault writingFault();
+
+/// Whether the system refuses a name with this errno in a folder that exists.
+[[nodiscard]] bool isAboutName(int error);
+
+/// That a folder's disk holds no such name, as the end of a sentence.
+[[nodiscard]] std::string namingReason(const std::string& folder);
 
 /// Why the system refused to make an item in a folder, as the end of a sentence. `error` is as
 /// errno; `folder` names the folder as it is to be shown.

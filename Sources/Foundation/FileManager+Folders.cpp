@@ -41,9 +41,11 @@ Result<void> createDirectory(const FileURL& folder)
     if (mkdir(folder.path().c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0)
         return {};
     const int error = errno;
-    const std::string parent = quotedName(folder.deletingLastPathComponent());
+    const FileURL parent = folder.deletingLastPathComponent();
+    const bool isNamesFault = isAboutName(error) && itemKind(parent.path()) == ItemKind::Directory;
+    const std::string name = quotedName(parent);
     return Failure { "The folder " + quotedName(folder) + " couldn’t be made because "
-        + writingReason(error, parent) + "." };
+        + (isNamesFault ? namingReason(name) : writingReason(error, name)) + "." };
 }
 
 } // namespace stemvault::FileManager

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <thread>
+#include <utility>
 
 namespace stemvault {
 namespace {
@@ -33,6 +34,7 @@ TEST_F(CopyTest, CopiesEverythingByWhateverMeansThereAre)
         { "no unnamed files", { noUnnamed } },
         { "no links", { no(&Calls::linkat, EPERM) } },
         { "no rename that spares", { noRename(RENAME_NOREPLACE, EINVAL) } },
+        { "both times or none", { setsBothTimesOrNone } },
         { "neither", { noRename(RENAME_NOREPLACE, ENOSYS), no(&Calls::linkat, EPERM) } },
     };
     const timespec times[] = { { 5, 0 }, { 1'700'000'000, 123'456'789 } };
@@ -78,6 +80,12 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
             "Mix.wav", "your share of the disk is used up" },
         { source, target, { no(&Calls::fsync, EIO) }, "Mix.wav",
             "the disk of the folder “to” reported an error" },
+        { source, target, { no(&Calls::openat, EINVAL) }, "Mix.wav",
+            "the disk of the folder “to” doesn’t allow its name" },
+        { source, target, { noUnnamed, no(&Calls::renameat2, EILSEQ) }, "Mix.wav",
+            "the disk of the folder “to” doesn’t allow its name" },
+        { source, target, { no(&Calls::copyFileRange, ENOTCONN) }, "Mix.wav",
+            "the drive of the folder “to” was disconnected" },
         { source, target, { failsAtClose(EDQUOT) }, "Mix.wav",
             "your share of the disk is used up" },
         { source, target, { noUnnamed, failsAtClose(ENOSPC) }, "Mix.wav", "the disk is full" },
@@ -231,6 +239,95 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
         std::filesystem::remove(target);
         EXPECT_THAT(names(), IsEmpty());
     }
+}
+
+TEST_F(CopyTest, GivesNoMorePermissionsThanTheSourceAndTheUmaskAllow)
+{
+    // As setfacl writes it: user::rw-, user:1234:rwx, group::r--, mask::rwx, other::---
+    constexpr unsigned char list[] = { 2, 0, 0, 0, // Version.
+        1, 0, 6, 0, 255, 255, 255, 255, 2, 0, 7, 0, 210, 4, 0, 0, 4, 0, 4, 0, 255, 255, 255, 255,
+        16, 0, 7, 0, 255, 255, 255, 255, 32, 0, 0, 0, 255, 255, 255, 255 };
+    const struct {
+        const char* what;
+        mode_t mode, umask, copied;
+        bool hasList;
+    } rows[] = {
+        { "an ordinary file", 0644, 0022, 0644, false },
+        { "anyone may write the source", 0666, 0077, 0600, false },
+        { "a group shares its files", 0664, 0002, 0664, false },
+        { "a private file", 0600, 0000, 0600, false },
+        { "nobody may write the source", 0444, 0022, 0444, false },
+        { "its list gives the group less than the mode shows", 0670, 0002, 0640, true },
+    };
+    for (const auto& row : rows) {
+        std::filesystem::remove(source);
+        files.write("from/Mix.wav", content);
+        ASSERT_EQ(::chmod(source.c_str(), row.mode), 0);
+        if (row.hasList) {
+            const int set =
+                ::setxattr(source.c_str(), "system.posix_acl_access", list, sizeof list, 0);
+            ASSERT_EQ(set, 0) << std::strerror(errno);
+        }
+        const mode_t before = ::umask(row.umask);
+        EXPECT_TRUE(copyItem(source, target)) << row.what;
+        ::umask(before);
+        struct stat status { };
+        ASSERT_EQ(::stat(target.c_str(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777U, row.copied) << row.what;
+        EXPECT_LT(::getxattr(target.c_str(), draftMark, nullptr, 0), 0) << row.what;
+        std::filesystem::remove(target);
+    }
+}
+
+TEST_F(CopyTest, KeepsTheGroupThatAFolderHandsDown)
+{
+    ASSERT_EQ(::chmod(files.path("to").c_str(), 02775), 0);
+    ASSERT_TRUE(copyItem(files.path("from"), files.path("to/Album")));
+    struct stat status { };
+    ASSERT_EQ(::stat(files.path("to/Album").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & S_ISGID, S_ISGID);
+}
+
+TEST_F(CopyTest, IsMadeAgainWhenSomebodyRemovesTheDraft)
+{
+    for (const auto& refusals : { std::vector<Refusal> {}, { noUnnamed } }) {
+        bool isFirst = true;
+        const Refusal removed = [&](Calls& calls) {
+            calls.renameat2 = [&, real = calls.renameat2](int folder, const char* from,
+                                  int toFolder, const char* to, unsigned flags) {
+                if (std::exchange(isFirst, false))
+                    ::unlinkat(folder, from, 0);
+                return real(folder, from, toFolder, to, flags);
+            };
+        };
+        auto all = refusals;
+        all.push_back(removed);
+        EXPECT_TRUE(copyItem(source, target, with(all)));
+        EXPECT_FALSE(isFirst);
+        EXPECT_EQ(files.read("to/Mix.wav"), content);
+        std::filesystem::remove(target);
+    }
+}
+
+TEST_F(CopyTest, LeavesNothingInAFolderWhereNamesStay)
+{
+    const FileDescriptor folder(::open(files.path("to").c_str(), O_RDONLY | O_CLOEXEC));
+    int flags = 0;
+    ASSERT_EQ(::ioctl(folder.get(), FS_IOC_GETFLAGS, &flags), 0);
+    const int appendOnly = flags | FS_APPEND_FL;
+    if (::ioctl(folder.get(), FS_IOC_SETFLAGS, &appendOnly) != 0)
+        GTEST_SKIP() << "only root may make a folder append-only";
+    EXPECT_TRUE(copyItem(source, target));
+    const auto replaced = FileManager::replaceItem(FileURL(source), FileURL(target));
+    const auto named = copyItem(source, files.path("to/B.wav"), with({ noUnnamed }));
+    const auto inner = copyItem(files.path("from"), files.path("to/Folder"));
+    ASSERT_EQ(::ioctl(folder.get(), FS_IOC_SETFLAGS, &flags), 0);
+    for (const auto& refused : { replaced, named, inner }) {
+        ASSERT_FALSE(refused);
+        EXPECT_THAT(refused.error(), HasSubstr("you don’t have permission"));
+    }
+    EXPECT_EQ(files.read("to/Mix.wav"), content);
+    EXPECT_THAT(names(), ElementsAre("Mix.wav"));
 }
 
 TEST_F(CopyTest, LetsExactlyOneOfTwoWin)
