@@ -24,8 +24,10 @@ Draft::Draft(int parent, std::string nameToBear, const CopyOptions& copyOptions)
 {
 }
 
+// Closed first: some drives store a file when it is closed, also one that has been removed.
 Draft::~Draft()
 {
+    descriptor.reset();
     if (!name.empty())
         removeItem(folder, name);
 }

@@ -70,10 +70,11 @@ CopyOutcome ContentCopy::reserve(off_t size) const
     return std::nullopt;
 }
 
+// Drives that take a file from its beginning to its end alone cannot leave holes.
 CopyOutcome ContentCopy::copyWithHoles(off_t size)
 {
-    if (::ftruncate(out, size) != 0)
-        return writingFault();
+    if (options.calls.ftruncate(out, size) != 0)
+        return isRefusal(errno) ? copyAll(size) : writingFault();
     for (off_t at = 0; at < size;) {
         off_t data = ::lseek(in, at, SEEK_DATA);
         if (data < 0 && errno == ENXIO)

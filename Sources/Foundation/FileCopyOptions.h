@@ -35,6 +35,7 @@ struct SystemCalls {
         copyFileRange = ::copy_file_range;
     std::function<ssize_t(int out, int in, off_t* inAt, size_t count)> sendfile = ::sendfile;
     std::function<ssize_t(int out, const void* bytes, size_t count, off_t at)> pwrite = ::pwrite;
+    std::function<int(int file, off_t size)> ftruncate = ::ftruncate;
     std::function<int(int file, int mode, off_t at, off_t count)> fallocate = ::fallocate;
     std::function<int(int file)> fsync = ::fsync;
     std::function<int(int file, const timespec times[2])> futimens = ::futimens;

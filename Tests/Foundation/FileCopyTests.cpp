@@ -407,6 +407,10 @@ TEST_F(CopyTest, KeepsHolesBeyondFourGiB)
     EXPECT_EQ(status.st_size, size);
     EXPECT_LT(status.st_blocks, 16 << 11);
     const FileDescriptor out(::open(target.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::truncate(source.c_str(), 3 << 20), 0);
+    ASSERT_TRUE(copyItem(source, files.path("to/Dense.wav"),
+        with({ no(&Calls::clone, EOPNOTSUPP), no(&Calls::ftruncate, EPERM) })));
+    EXPECT_EQ(files.read("to/Dense.wav"), files.read("from/Mix.wav")) << "a drive without holes";
     for (const auto& [at, text] :
         { std::pair<off_t, std::string> { size - 8192, "tail" }, { (1 << 20) - 1, "mend" } }) {
         std::string bytes(4, ' ');

@@ -104,11 +104,15 @@ TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
 
 // A drive that keeps no cache stores a file when it is closed, and once more, empty, when it is
 // opened for writing and not written.
-TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsName)
+TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsNameOrGoes)
 {
-    const FolderWatch watch(files.path("to"), IN_CREATE | IN_OPEN | IN_MOVED_TO | IN_CLOSE_WRITE);
+    const FolderWatch watch(
+        files.path("to"), IN_CREATE | IN_OPEN | IN_MOVED_TO | IN_CLOSE_WRITE | IN_DELETE);
     ASSERT_TRUE(copyItem(source, target, with({ noUnnamed })));
     EXPECT_THAT(watch.events(), ElementsAre(IN_CREATE, IN_OPEN, IN_CLOSE_WRITE, IN_MOVED_TO));
+    EXPECT_FALSE(copyItem(
+        source, files.path("to/B.wav"), with({ noUnnamed, no(&SystemCalls::fsync, EIO) })));
+    EXPECT_THAT(watch.events(), ElementsAre(IN_CREATE, IN_OPEN, IN_CLOSE_WRITE, IN_DELETE));
 }
 
 TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
