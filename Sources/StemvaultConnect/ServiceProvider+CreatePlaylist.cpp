@@ -26,21 +26,23 @@ AlertAnswer runInFront(const Alert& alert)
     return platform.dialogs.runModal(alert);
 }
 
-void warn(const std::string& messageText, const std::string& informativeText)
+/// Gives whether the user has closed the alert, rather than the end of the program.
+bool warn(const std::string& messageText, const std::string& informativeText)
 {
     Alert alert;
     alert.messageText = messageText;
     alert.informativeText = informativeText;
     alert.style = AlertStyle::Warning;
-    // There is nothing to choose: any answer closes it.
-    static_cast<void>(runInFront(alert));
+    return runInFront(alert).response != ModalResponse::stopped;
 }
 
 void askForProjectsRoot()
 {
-    warn("No Projects Root set",
+    const bool isClosed = warn("No Projects Root set",
         "Set a Stemvault Projects Root in Preferences before using Create Stemvault Playlist. "
         "Opening Preferences now.");
+    if (!isClosed)
+        return;
     NotificationCenter::defaultCenter().post(
         { std::string(BounceAlertController::openPreferences), {} });
 }
