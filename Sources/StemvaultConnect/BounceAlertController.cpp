@@ -103,16 +103,15 @@ void BounceAlertController::showNextIfIdle()
 {
     // Every answer leads to the next prompt, once it has been acted on: what comes in while an
     // alert or the folder panel is open waits for the loop that opened it.
-    if (isShowing || isWorkingThroughQueue)
+    if (isShowing)
         return;
-    isWorkingThroughQueue = true;
+    isShowing = true;
     while (!queue.empty()) {
         const Entry next = std::move(queue.front());
         queue.pop_front();
-        isShowing = true;
         show(next);
     }
-    isWorkingThroughQueue = false;
+    isShowing = false;
 }
 
 void BounceAlertController::show(const Entry& entry)
@@ -128,7 +127,6 @@ void BounceAlertController::show(const Entry& entry)
     alert.accessoryView = destinationPopUp(folders);
     alert.buttons = promptButtons(waiting);
     const AlertAnswer answer = runInFront(alert);
-    isShowing = false;
 
     const std::string title = titleOfAnswer(alert.buttons, answer.response);
     if (title == "Cancel")
@@ -152,7 +150,6 @@ void BounceAlertController::showNoDestination(Alert alert)
 {
     alert.buttons = { "Open Preferences", "Skip" };
     const AlertAnswer answer = runInFront(alert);
-    isShowing = false;
     if (answer.response == ModalResponse::alertFirstButton)
         NotificationCenter::defaultCenter().post({ std::string(openPreferences), {} });
 }

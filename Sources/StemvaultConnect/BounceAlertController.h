@@ -71,8 +71,7 @@ private:
     void willPresent(const UserNotification& notification,
         const std::function<void(std::uint32_t options)>& completionHandler) override;
 
-    bool isShowing = false; ///< A prompt's alert is open.
-    bool isWorkingThroughQueue = false; ///< So is an answer being acted on.
+    bool isShowing = false; ///< A prompt is open, or its answer is being acted on.
     const std::optional<Image> appIcon;
 
     Alive alive;
