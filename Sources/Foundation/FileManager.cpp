@@ -2,11 +2,22 @@
 
 #include "Foundation/FileCopy.h"
 #include "Foundation/Folder.h"
+#include "Foundation/SourceItem.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
 
 namespace stemvault::FileManager {
+
+namespace {
+
+FileDate dateOf(const FileStatus& status)
+{
+    return FileDate(std::chrono::seconds(status.st_mtim.tv_sec)
+        + std::chrono::nanoseconds(status.st_mtim.tv_nsec));
+}
+
+} // namespace
 
 bool fileExists(const std::string& path)
 {
@@ -18,9 +29,7 @@ std::optional<ItemAttributes> attributesOfItem(const std::string& path)
     const auto status = linkStatus(path);
     if (!status)
         return std::nullopt;
-    return ItemAttributes { S_ISREG(status->st_mode), status->st_size,
-        FileDate(std::chrono::seconds(status->st_mtim.tv_sec)
-            + std::chrono::nanoseconds(status->st_mtim.tv_nsec)) };
+    return ItemAttributes { S_ISREG(status->st_mode), status->st_size, dateOf(*status) };
 }
 
 std::optional<FileDate> contentModificationDate(const std::string& path)
@@ -34,6 +43,18 @@ std::optional<FileIdentity> identityOfFolder(const std::string& path)
     const FileDescriptor folder = openPath(path, O_PATH | O_DIRECTORY);
     const auto status = folder ? statusOf(folder.get()) : std::nullopt;
     return status ? std::optional(FileIdentity { status->st_dev, status->st_ino }) : std::nullopt;
+}
+
+std::optional<SourceState> sourceState(
+    const FileURL& from, const std::optional<FileIdentity>& foundIn)
+{
+    FileDescriptor item;
+    if (findSource(from.path(), foundIn, item))
+        return std::nullopt;
+    const auto status = statusOf(item.get());
+    if (!status || !S_ISREG(status->st_mode))
+        return std::nullopt;
+    return SourceState { writersOf(item.get()), status->st_size, dateOf(*status) };
 }
 
 Result<void> copyItem(

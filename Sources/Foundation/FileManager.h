@@ -3,6 +3,7 @@
 #include "Foundation/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Result.h"
+#include "Foundation/WriterCheck.h"
 
 #include <chrono>
 #include <cstdint>
@@ -32,6 +33,17 @@ struct ItemAttributes {
 
 /// Which folder the path leads to, links followed; absent when it leads to none.
 [[nodiscard]] std::optional<FileIdentity> identityOfFolder(const std::string& path);
+
+/// What a file to be copied is like.
+struct SourceState {
+    Writers writers = Writers::Unknown;
+    std::int64_t size = 0; ///< In bytes.
+    FileDate contentModificationDate;
+};
+
+/// Absent for all but an ordinary file that `copyItem` would copy.
+[[nodiscard]] std::optional<SourceState> sourceState(
+    const FileURL& from, const std::optional<FileIdentity>& foundIn);
 
 /// Copies a file, or a folder with everything in it, to a name that is free. Without `foundIn` the
 /// user has named the item, and a link is followed; with it the item must lie in that folder and be

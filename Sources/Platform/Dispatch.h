@@ -27,7 +27,7 @@ class Dispatch {
 public:
     virtual ~Dispatch() = default;
 
-    /// The wall clock, which the user may set forward and back.
+    /// The wall clock, which the user may set forward and back. From any thread.
     [[nodiscard]] virtual WallTime now() const = 0;
 
     /// Runs `work` on the main thread, after all main-queue work asked for earlier, never inside

@@ -3,12 +3,21 @@
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/SourceRest.h"
+
+#include <chrono>
+#include <set>
+#include <utility>
 
 namespace stemvault {
 
 namespace {
 
+using namespace std::chrono_literals;
 using Entry = BounceAlertController::Entry;
+
+constexpr auto lookInterval = 500ms;
+constexpr int looksAtMost = 10min / lookInterval;
 
 FileURL destination(const Entry& entry, const StemvaultFolder& folder)
 {
@@ -39,6 +48,26 @@ void showCopyFailed(const std::string& reason)
     });
 }
 
+std::string neverAtRest(const Entry& entry)
+{
+    return "“" + printable(entry.file.lastPathComponent())
+        + "” couldn’t be copied because another program is still writing it.";
+}
+
+/// What cannot be looked at is left to the copy, which says why.
+bool isAtRestNow(const Entry& entry)
+{
+    const auto state = FileManager::sourceState(entry.file, entry.foundIn);
+    return !state || isAtRest(*state, Platform::current().dispatch.now());
+}
+
+/// Does the work half a second later. No thread waits for it. From any thread.
+void lookLater(const Work& look)
+{
+    Dispatch& dispatch = Platform::current().dispatch;
+    dispatch.mainAsync([&dispatch, look] { dispatch.mainAsyncAfter(lookInterval, look); });
+}
+
 /// A batch never replaces and never asks.
 bool copyIfFree(const Entry& entry, const FileURL& destURL)
 {
@@ -57,6 +86,24 @@ std::string batchBody(std::size_t copied, std::size_t skipped, const std::string
 
 } // namespace
 
+/// A copy that the user has asked for, until it is made.
+struct BounceAlertController::Copy {
+    Entry entry;
+    StemvaultFolder folder;
+    bool isReplacing = false; ///< The user has agreed that what bears the name goes.
+    int looks = 0; ///< At a source that was not at rest.
+};
+
+struct BounceAlertController::Batch {
+    std::vector<Entry> files; ///< Those that are still to be copied.
+    StemvaultFolder folder;
+    std::size_t copied = 0;
+    std::size_t skipped = 0;
+    int looks = 0; ///< At files that were not at rest.
+
+    void copyWhatIsAtRest();
+};
+
 void BounceAlertController::setUpUserNotifications()
 {
     UserNotificationCenter& center = Platform::current().userNotificationCenter;
@@ -73,68 +120,95 @@ void BounceAlertController::willPresent(const UserNotification& /*notification*/
 
 void BounceAlertController::copyFile(const Entry& entry, const StemvaultFolder& folder)
 {
-    const FileURL destURL = destination(entry, folder);
-    const auto proceed = alive.guard([this, entry, destURL, folder](bool exists) {
-        if (exists)
-            askToReplace(entry, destURL, folder);
-        else
-            performCopy(entry, destURL, folder, IfTaken::Ask);
-    });
-    Dispatch& dispatch = Platform::current().dispatch;
-    dispatch.utilityAsync([&dispatch, destURL, proceed] {
-        const bool exists = FileManager::fileExists(destURL.path());
-        dispatch.mainAsync([proceed, exists] { proceed(exists); });
-    });
+    performCopy({ entry, folder });
 }
 
-void BounceAlertController::askToReplace(
-    const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder)
+void BounceAlertController::askToReplace(Copy copy)
 {
     Alert alert;
     alert.messageText = "Replace existing file?";
-    alert.informativeText = printable(entry.file.lastPathComponent()) + " already exists in \""
-        + printable(folder.name) + "\".";
+    alert.informativeText = printable(copy.entry.file.lastPathComponent()) + " already exists in \""
+        + printable(copy.folder.name) + "\".";
     alert.style = AlertStyle::Warning;
     alert.icon = appIcon;
     alert.buttons = { "Replace", "Cancel" };
+    copy.isReplacing = true;
     if (Platform::current().dialogs.runModal(alert).response == ModalResponse::alertFirstButton)
-        performCopy(entry, destURL, folder, IfTaken::Replace);
+        performCopy(copy);
 }
 
-void BounceAlertController::performCopy(
-    const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken)
+// The look whether the name is taken belongs to the copy: at the program's end neither is dropped.
+// A name that was free may be taken by the time of the copy, by an earlier copy still on its way:
+// that file is not replaced without a question either.
+void BounceAlertController::performCopy(const Copy& copy)
 {
-    // A name that was free may be taken by the time of the copy, by an earlier copy still on its
-    // way: that file is not replaced without a question either.
-    const auto ask =
-        alive.guard([this, entry, destURL, folder] { askToReplace(entry, destURL, folder); });
-    const auto copy = [entry, destURL, folder, ifTaken, ask] {
-        const auto copyItem =
-            ifTaken == IfTaken::Replace ? FileManager::replaceItem : FileManager::copyItem;
+    const auto ask = alive.guard([this, copy] { askToReplace(copy); });
+    Copy later = copy;
+    ++later.looks;
+    const auto lookAgain = alive.guard([this, later] { performCopy(later); });
+    const auto work = [copy, ask, lookAgain] {
+        const auto& [entry, folder, isReplacing, looks] = copy;
+        const FileURL destURL = destination(entry, folder);
+        if (!isReplacing && FileManager::fileExists(destURL.path()))
+            return Platform::current().dispatch.mainAsync(ask);
+        if (!isAtRestNow(entry))
+            return looks < looksAtMost ? lookLater(lookAgain) : showCopyFailed(neverAtRest(entry));
+
+        const auto copyItem = isReplacing ? FileManager::replaceItem : FileManager::copyItem;
         const auto copied = copyItem(entry.file, destURL, entry.foundIn);
         if (copied)
             tellCopied(entry.file.lastPathComponent(), folder.name);
-        else if (ifTaken == IfTaken::Ask && FileManager::fileExists(destURL.path()))
+        else if (!isReplacing && FileManager::fileExists(destURL.path()))
             Platform::current().dispatch.mainAsync(ask);
+        else if (!isAtRestNow(entry) && looks < looksAtMost)
+            lookLater(lookAgain);
         else
             showCopyFailed(copied.error());
     };
-    Platform::current().dispatch.utilityAsync(copy, AtEnd::Finished);
+    Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
 }
 
 void BounceAlertController::copyBatch(
     const std::vector<Entry>& files, const StemvaultFolder& folder)
 {
-    const auto copy = [files, folder] {
-        std::size_t copied = 0;
-        for (const Entry& entry : files)
-            if (copyIfFree(entry, destination(entry, folder)))
-                ++copied;
+    continueBatch({ files, folder });
+}
+
+// The rest waits for its files, and is told of together with them.
+void BounceAlertController::continueBatch(const Batch& batch)
+{
+    const auto lookAgain = alive.guard([this](const Batch& rest) { continueBatch(rest); });
+    const auto work = [batch, lookAgain] {
+        Batch rest = batch;
+        rest.copyWhatIsAtRest();
+        if (!rest.files.empty() && rest.looks++ < looksAtMost)
+            return lookLater([lookAgain, rest] { lookAgain(rest); });
+        rest.skipped += rest.files.size();
         NotificationCenter::defaultCenter().post(
-            { std::string(bounceAdded), { { "destination", folder.name } } });
-        notifyUser(batchBody(copied, files.size() - copied, printable(folder.name)));
+            { std::string(bounceAdded), { { "destination", rest.folder.name } } });
+        notifyUser(batchBody(rest.copied, rest.skipped, printable(rest.folder.name)));
     };
-    Platform::current().dispatch.utilityAsync(copy, AtEnd::Finished);
+    Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
+}
+
+// In the order of the files: of two with one name the first is copied, also if it is the later one
+// to come to rest.
+void BounceAlertController::Batch::copyWhatIsAtRest()
+{
+    std::vector<Entry> waiting;
+    std::set<std::string> namesWaitedFor;
+    for (const Entry& entry : std::exchange(files, {})) {
+        const std::string name = entry.file.lastPathComponent();
+        if (namesWaitedFor.contains(name) || !isAtRestNow(entry)) {
+            namesWaitedFor.insert(name);
+            waiting.push_back(entry);
+        } else if (copyIfFree(entry, destination(entry, folder))) {
+            ++copied;
+        } else {
+            ++skipped;
+        }
+    }
+    files = std::move(waiting);
 }
 
 } // namespace stemvault

@@ -58,14 +58,14 @@ private:
     void add(const Entry& current, bool isWholeQueue, std::optional<StemvaultFolder> destination);
     [[nodiscard]] static std::optional<StemvaultFolder> resolveNewFolder();
 
-    /// What becomes of a file that already bears the name of a copy.
-    enum class IfTaken { Ask, Replace };
+    struct Copy;
+    struct Batch;
 
     void copyFile(const Entry& entry, const StemvaultFolder& folder);
-    void askToReplace(const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder);
-    void performCopy(
-        const Entry& entry, const FileURL& destURL, const StemvaultFolder& folder, IfTaken ifTaken);
-    static void copyBatch(const std::vector<Entry>& files, const StemvaultFolder& folder);
+    void askToReplace(Copy copy);
+    void performCopy(const Copy& copy);
+    void copyBatch(const std::vector<Entry>& files, const StemvaultFolder& folder);
+    void continueBatch(const Batch& batch);
 
     void setUpUserNotifications();
     void willPresent(const UserNotification& notification,

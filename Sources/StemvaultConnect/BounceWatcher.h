@@ -46,6 +46,14 @@ public:
     /// The extensions that count as audio, in lower case.
     [[nodiscard]] static const std::set<std::string, std::less<>>& audioExtensions();
 
+    /// So long a file must be left alone before it counts as finished.
+    static constexpr std::chrono::milliseconds stableFor { 1000 };
+
+    /// A file that someone keeps open for writing counts all the same when it has been left
+    /// alone for so long and is more than a header.
+    static constexpr std::chrono::minutes stableForWhileOpen { 5 };
+    static constexpr std::int64_t largestHeader = 4096;
+
 private:
     friend class Shared<BounceWatcher>;
     struct Wait;
@@ -91,12 +99,6 @@ private:
     bool isActive = false;
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };
-    static constexpr std::chrono::milliseconds stableFor { 1000 };
-
-    /// A file that someone keeps open for writing is reported all the same when it has been left
-    /// alone for so long and is more than a header.
-    static constexpr std::chrono::minutes stableForWhileOpen { 5 };
-    static constexpr std::int64_t largestHeader = 4096;
 
     Alive alive;
 };

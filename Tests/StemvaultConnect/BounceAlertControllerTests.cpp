@@ -1,14 +1,21 @@
+#include "Foundation/FileDescriptor.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/SettingsStore.h"
+#include "StemvaultConnect/SourceRest.h"
 #include "Support/FakePlatform.h"
 #include "Support/NoticeRecorder.h"
 #include "Support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace stemvault {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -251,10 +258,7 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
     dialogs.answer("Add");
     dialogs.answer("Skip", 0, [this] {
         platform.dispatch.settleMainQueue();
-        platform.dispatch.runOldestUtilityWork();
-        platform.dispatch.settleMainQueue();
-        EXPECT_EQ(folder.read("Client A/Mix.wav"), "")
-            << "neither the look nor the copy on the main thread";
+        EXPECT_EQ(folder.read("Client A/Mix.wav"), "") << "not on the main thread";
         platform.dispatch.runOldestUtilityWork();
         EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "while a prompt is open";
         EXPECT_THAT(added.notices,
@@ -268,6 +272,135 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
     EXPECT_THAT(notifications.posted,
         ElementsAre(UserNotification { identifier, "Added to Stemvault", "Mix.wav → Client A",
             UserNotificationSound::Default }));
+}
+
+TEST_F(BounceAlertControllerTests, WhatWasAskedForIsCopiedThoughTheProgramEnds)
+{
+    addDestination("Client A");
+    queue({ "Mix.wav", "1.wav", "2.wav" });
+    dialogs.answer("Add");
+    dialogs.answer("Add All (2)");
+    BounceAlertController::shared().showNextIfIdle();
+    EXPECT_THAT(folder.names("Client A"), IsEmpty());
+    platform.dispatch.endProgram();
+    EXPECT_THAT(folder.names("Client A"), ElementsAre("1.wav", "2.wav", "Mix.wav"));
+}
+
+TEST_F(BounceAlertControllerTests, AFileIsAtRestWhenNobodyWritesItAnyMore)
+{
+    const WallTime now = platform.dispatch.now();
+    const struct {
+        const char* what;
+        FileManager::SourceState source;
+        bool expected;
+    } rows[] = {
+        { "closed, written a second ago", { Writers::None, 10, now - 1s }, true },
+        { "closed, written just now", { Writers::None, 10, now - 999ms }, false },
+        { "nobody can tell who writes it", { Writers::Unknown, 10, now - 1s }, true },
+        { "by a clock that is a little ahead", { Writers::None, 10, now + 999ms }, false },
+        { "by a clock that is far ahead", { Writers::None, 10, now + 1h }, true },
+        { "open, written a while ago", { Writers::Some, 5000, now - 299s }, false },
+        { "open, left alone for minutes", { Writers::Some, 5000, now - 5min }, true },
+        { "open, no more than a header", { Writers::Some, 4096, now - 5min }, false },
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(isAtRest(row.source, now), row.expected) << row.what;
+}
+
+/// A file that another program writes, by the stage's clock.
+class WrittenFile {
+public:
+    WrittenFile(Stage& onStage, const std::string& filePath)
+        : stage(onStage), path(filePath), file(::open(path.c_str(), O_WRONLY | O_CLOEXEC))
+    {
+        touch();
+    }
+    void write(const std::string& text)
+    {
+        EXPECT_EQ(::pwrite(file.get(), text.data(), text.size(), 0), text.size());
+        touch();
+    }
+    void close() { file.reset(); }
+
+private:
+    void touch() const
+    {
+        const auto now = stage.platform.dispatch.now().time_since_epoch();
+        const timespec date { std::chrono::floor<std::chrono::seconds>(now).count(),
+            (now % 1s).count() };
+        const timespec times[] = { date, date };
+        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+    }
+
+    Stage& stage;
+    std::string path;
+    FileDescriptor file;
+};
+
+TEST_F(BounceAlertControllerTests, AFileThatIsStillWrittenIsCopiedOnceItIsAtRest)
+{
+    addDestination("Client A");
+    for (const bool isReplacing : { false, true }) {
+        queue({ "Mix.wav" });
+        WrittenFile mix(*this, folder.path("Song/Mix.wav"));
+        dialogs.answer("Add");
+        if (isReplacing)
+            dialogs.answer("Replace");
+        showAll();
+        EXPECT_EQ(dialogs.alerts.back().messageText,
+            isReplacing ? "Replace existing file?" : "Bounce detected")
+            << "the question does not wait";
+        platform.dispatch.advance(1min);
+        mix.write(isReplacing ? "new mix" : "the mix");
+        mix.close();
+        platform.dispatch.advance(999ms);
+        EXPECT_EQ(notifications.posted.size(), isReplacing ? 1U : 0U);
+        platform.dispatch.advance(501ms);
+        EXPECT_EQ(notifications.posted.size(), isReplacing ? 2U : 1U);
+        EXPECT_EQ(folder.read("Client A/Mix.wav"), isReplacing ? "new mix" : "the mix");
+    }
+}
+
+TEST_F(BounceAlertControllerTests, AFileThatNeverComesToRestIsReported)
+{
+    addDestination("Client A");
+    queue({ "Mix\n.wav" });
+    const WrittenFile mix(*this, folder.path("Song/Mix\n.wav"));
+    dialogs.answer("Add");
+    showAll();
+    platform.dispatch.advance(10min - 1s);
+    EXPECT_EQ(dialogs.alerts.size(), 1U);
+    dialogs.answer("OK");
+    platform.dispatch.advance(10min);
+    EXPECT_EQ(dialogs.alerts.back(),
+        (Alert { "Copy failed",
+            "“Mix\uFFFD.wav” couldn’t be copied because another program is still writing it.",
+            AlertStyle::Warning, {}, {}, {} }));
+    EXPECT_EQ(dialogs.alerts.size(), 2U);
+    EXPECT_THAT(folder.names("Client A"), IsEmpty());
+}
+
+TEST_F(BounceAlertControllerTests, ABatchWaitsForItsFilesInTheirOrder)
+{
+    for (const bool comesToRest : { true, false }) {
+        Stage stage;
+        stage.addDestination("Client A");
+        stage.queue({ "1.wav", "2.wav" });
+        stage.queue({ "1.wav" }, "Other Song");
+        stage.folder.write("Other Song/1.wav", "another");
+        WrittenFile first(stage, stage.folder.path("Song/1.wav"));
+        stage.dialogs.answer("Add All (3)");
+        stage.showAll();
+        EXPECT_THAT(stage.folder.names("Client A"), ElementsAre("2.wav"));
+        EXPECT_THAT(stage.notifications.posted, IsEmpty());
+        if (comesToRest)
+            first.close();
+        stage.platform.dispatch.advance(comesToRest ? 2s : 11min);
+        EXPECT_THAT(stage.notifications.bodies(),
+            ElementsAre(comesToRest ? "2 files → Client A (1 skipped — already existed)"
+                                    : "1 file → Client A (2 skipped — already existed)"));
+        EXPECT_EQ(stage.folder.read("Client A/1.wav"), comesToRest ? "1.wav" : "");
+    }
 }
 
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)

@@ -216,6 +216,15 @@ TEST_F(ServiceProviderTests, TheTypedNameBecomesThatOfAFreeFolderAndIsInTheLink)
     }
 }
 
+TEST_F(ServiceProviderTests, TheEndOfTheProgramOpensNoPreferences)
+{
+    const NoticeRecorder preferences { "openPreferences" };
+    platform.dialogs.answerNumber(ModalResponse::stopped);
+    perform("createStemvaultPlaylist", paths({ "Song" }));
+    EXPECT_EQ(platform.dialogs.alerts.at(0).messageText, "No Projects Root set");
+    EXPECT_THAT(preferences.notices, IsEmpty());
+}
+
 TEST_F(ServiceProviderTests, EachFailureIsAnsweredInItsPlace)
 {
     make({ "Song/a.wav", "Copy/a.wav", "notes.txt", "Dangling/" });

@@ -48,7 +48,18 @@ void FakeDispatch::settleMainQueue()
 void FakeDispatch::settle()
 {
     while (!mainQueue.empty() || !utilityQueue.empty())
-        takeFront(mainQueue.empty() ? utilityQueue : mainQueue)();
+        mainQueue.empty() ? runOldestUtilityWork() : takeFront(mainQueue)();
+}
+
+void FakeDispatch::endProgram()
+{
+    while (!utilityQueue.empty()) {
+        const UtilityWork next = takeFront(utilityQueue);
+        if (next.atEnd == AtEnd::Finished)
+            next.work();
+    }
+    mainQueue.clear();
+    delayed.clear();
 }
 
 void FakeDispatch::advance(std::chrono::milliseconds duration)

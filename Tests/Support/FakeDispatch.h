@@ -25,9 +25,9 @@ public:
     {
         delayed.emplace(Key(clock + delay, sequence++), std::move(work));
     }
-    void utilityAsync(Work work, AtEnd /*atEnd*/) override
+    void utilityAsync(Work work, AtEnd atEnd) override
     {
-        utilityQueue.push_back(std::move(work));
+        utilityQueue.push_back({ std::move(work), atEnd });
     }
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds interval, Work work) override;
@@ -47,10 +47,14 @@ public:
     void settleMainQueue();
 
     /// Takes the oldest piece of background work out, to be run when the test likes, or runs it.
-    [[nodiscard]] Work holdOldestUtilityWork() { return takeFront(utilityQueue); }
+    [[nodiscard]] Work holdOldestUtilityWork() { return takeFront(utilityQueue).work; }
     void runOldestUtilityWork() { holdOldestUtilityWork()(); }
 
     [[nodiscard]] std::size_t utilityWorkCount() const { return utilityQueue.size(); }
+
+    /// As at the end of the program: background work that is to be finished is, all else is
+    /// dropped.
+    void endProgram();
 
     [[nodiscard]] std::size_t timerCount() const { return timers; }
 
@@ -58,18 +62,23 @@ private:
     using Key = std::pair<std::chrono::milliseconds, std::uint64_t>;
     class FakeTimer;
 
-    static Work takeFront(std::deque<Work>& queue)
+    struct UtilityWork {
+        Work work;
+        AtEnd atEnd;
+    };
+
+    template <typename Item> static Item takeFront(std::deque<Item>& queue)
     {
-        Work work = std::move(queue.front());
+        Item item = std::move(queue.front());
         queue.pop_front();
-        return work;
+        return item;
     }
 
     std::chrono::milliseconds clock { 0 };
     std::chrono::milliseconds wallOffset { 0 };
     std::uint64_t sequence = 0;
     std::deque<Work> mainQueue;
-    std::deque<Work> utilityQueue;
+    std::deque<UtilityWork> utilityQueue;
     std::map<Key, Work> delayed;
     std::size_t timers = 0;
 };
