@@ -300,6 +300,8 @@ TEST_F(LinuxWorkspaceTests, KnowsTheKindOfSession)
         { "a compositor", "wayland-0", "", true },
         { "a login of that kind", "", "wayland", true },
     };
+    // No bus of the machine's, and none that the library would start.
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     for (const auto& row : rows) {
         qputenv("DISPLAY", ":77");
         qputenv("WAYLAND_DISPLAY", row.waylandDisplay);
@@ -311,8 +313,8 @@ TEST_F(LinuxWorkspaceTests, KnowsTheKindOfSession)
         EXPECT_EQ(found.titlePause, 2s);
         EXPECT_EQ(found.display, ":77");
     }
-    qunsetenv("WAYLAND_DISPLAY");
-    qunsetenv("XDG_SESSION_TYPE");
+    for (const char* name : { "DBUS_SESSION_BUS_ADDRESS", "WAYLAND_DISPLAY", "XDG_SESSION_TYPE" })
+        qunsetenv(name);
 }
 
 TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
