@@ -13,6 +13,7 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sys/prctl.h>
 #include <sys/resource.h>
@@ -158,5 +159,8 @@ int main(int argc, char** argv)
     QCoreApplication::exec();
     if (const QString failure = fetch.failure(); !failure.isEmpty())
         return fail(failure);
-    return write(fetch.page()) ? 0 : 1;
+    const bool isWritten = write(fetch.page());
+    // At an ordinary end the encryption library is taken down while the network's thread may still
+    // be on its way out, and a page that came whole could end in a failure.
+    std::_Exit(isWritten ? 0 : 1);
 }

@@ -166,10 +166,14 @@ TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
         + "/page";
     EXPECT_EQ(fetched(url), "failed") << "nobody vouches for it";
     const bool isAllowed = QProcess::execute("unshare", { "-rm", "true" }) == 0;
-    EXPECT_EQ(isAllowed ? fetched(url, fetcher) : "page", "page");
+    if (isAllowed) {
+        EXPECT_EQ(fetched(url, fetcher), "page");
+    }
     EXPECT_EQ(server.state(), QProcess::Running) << "it was there to be asked";
     server.kill();
     server.waitForFinished();
+    if (!isAllowed)
+        GTEST_SKIP() << "nobody may mount another certificate over the system's own here";
 }
 
 } // namespace
