@@ -106,12 +106,15 @@ private:
     QTimer timer;
 };
 
-std::map<QByteArray, std::unique_ptr<FILE, decltype(&::fclose)>> sessionFiles;
+struct Closer {
+    void operator()(FILE* file) const { ::fclose(file); }
+};
+std::map<QByteArray, std::unique_ptr<FILE, Closer>> sessionFiles;
 
 void openSession(const QByteArray& encodedPath)
 {
     const QByteArray path = QByteArray::fromPercentEncoding(encodedPath);
-    sessionFiles.try_emplace(encodedPath, ::fopen(path.constData(), "r+"), &::fclose);
+    sessionFiles.try_emplace(encodedPath, ::fopen(path.constData(), "r+"));
 }
 
 void obey(const QList<QByteArray>& words)

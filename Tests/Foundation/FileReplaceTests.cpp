@@ -18,7 +18,7 @@ protected:
 
     void makeOld(const std::string& kind) const
     {
-        std::filesystem::remove_all(target);
+        TemporaryFolder::removeAll(target);
         if (kind == "file")
             files.write("to/Mix.wav", "old");
         else if (kind == "link")

@@ -17,16 +17,25 @@ public:
             (std::filesystem::temp_directory_path() / "stemvault-XXXXXX").string();
         folder = mkdtemp(pattern.data());
     }
-    ~TemporaryFolder()
-    {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder, ignored);
-    }
+    ~TemporaryFolder() { removeAll(folder); }
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
     [[nodiscard]] const std::string& path() const { return folder; }
     [[nodiscard]] std::string path(const std::string& name) const { return folder + "/" + name; }
+
+    /// Removes whatever is there; a folder that is closed even to its owner is opened first.
+    static void removeAll(const std::filesystem::path& path)
+    {
+        namespace fs = std::filesystem;
+        std::error_code ignored;
+        if (fs::symlink_status(path, ignored).type() == fs::file_type::directory) {
+            fs::permissions(path, fs::perms::owner_all, fs::perm_options::add, ignored);
+            for (const auto& entry : fs::directory_iterator(path, ignored))
+                removeAll(entry.path());
+        }
+        fs::remove(path, ignored);
+    }
 
     /// Makes a folder, with those above it, and gives its path.
     std::string makeFolder(const std::string& name) const

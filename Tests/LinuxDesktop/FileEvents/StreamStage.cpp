@@ -9,10 +9,14 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <linux/capability.h>
 #include <sched.h>
 #include <sys/inotify.h>
 #include <sys/mount.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace stemvault {
 
@@ -25,9 +29,31 @@ FaultyInotifyCalls* newCalls()
     return all.emplace_back(std::make_unique<FaultyInotifyCalls>()).get();
 }
 
+void writeMap(const char* kind, unsigned id)
+{
+    std::ofstream(std::string("/proc/self/") + kind) << id << ' ' << id << " 1\n";
+}
+
+/// Who is not root may mount within a namespace of users, and so may the tools that are started
+/// there.
+bool enterUserNamespace()
+{
+    const unsigned user = geteuid(), group = getegid();
+    if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+        return false;
+    writeMap("uid_map", user);
+    std::ofstream("/proc/self/setgroups") << "deny";
+    writeMap("gid_map", group);
+    __user_cap_header_struct header { _LINUX_CAPABILITY_VERSION_3, 0 };
+    const std::uint32_t mounting = 1U << CAP_SYS_ADMIN;
+    const __user_cap_data_struct sets[2] = { { mounting, mounting, mounting }, {} };
+    return syscall(SYS_capset, &header, sets) == 0
+        && prctl(PR_CAP_AMBIENT, PR_CAP_AMBIENT_RAISE, CAP_SYS_ADMIN, 0, 0) == 0;
+}
+
 bool enterMountNamespace()
 {
-    if (unshare(CLONE_NEWNS) != 0 && unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+    if (unshare(CLONE_NEWNS) != 0 && !enterUserNamespace())
         return false;
     return mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
@@ -184,7 +210,7 @@ void flood(StreamStage& stage)
     for (const std::string& file : files)
         std::ofstream(file) << "x";
     for (int events = 0; events < 17'000; ++events)
-        (void)truncate(files[events % 2].c_str(), 0);
+        std::filesystem::resize_file(files[events % 2], 0);
 }
 
 void age(const std::string& clock, std::chrono::milliseconds least)

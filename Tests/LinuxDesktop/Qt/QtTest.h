@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QTest>
 #include <gmock/gmock.h>
 
@@ -14,6 +15,16 @@ using testing::ElementsAre;
 template <typename Condition> [[nodiscard]] bool happens(Condition condition)
 {
     return QTest::qWaitFor(condition, 10'000);
+}
+
+/// The children of a class, also of one without an entry of its own among the toolkit's classes.
+template <typename Child> [[nodiscard]] QList<Child*> childrenOf(const QObject& parent)
+{
+    QList<Child*> found;
+    for (auto* child : parent.findChildren<QObject*>())
+        if (auto* wanted = dynamic_cast<Child*>(child))
+            found << wanted;
+    return found;
 }
 
 } // namespace stemvault

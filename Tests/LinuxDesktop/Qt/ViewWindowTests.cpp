@@ -39,7 +39,7 @@ View list(int rows)
 
 ViewButton* find(const ViewWindow& window, const char* title)
 {
-    for (auto* each : window.findChildren<ViewButton*>())
+    for (auto* each : childrenOf<ViewButton>(window))
         if (each->isVisible() && each->text() == QLatin1String(title))
             return each;
     return nullptr;
@@ -94,7 +94,7 @@ TEST(ViewWindowTests, TextsTakeTheLinesTheyNeedOrLoseTheirMiddle)
     window.draw();
     EXPECT_GT(window.height(), 2 * before) << "it wraps within the name";
     EXPECT_EQ(window.width(), 480);
-    const auto texts = window.findChildren<ViewText*>();
+    const auto texts = childrenOf<ViewText>(window);
     EXPECT_EQ(texts.at(0)->text(), texts.at(1)->text());
     EXPECT_TRUE(texts.at(1)->toolTip().contains("&lt;b&gt;&amp;")) << "the whole can be read";
     EXPECT_TRUE(texts.at(0)->toolTip().isEmpty());
