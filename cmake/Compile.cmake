@@ -2,7 +2,7 @@
 add_library(stemvault_compile INTERFACE)
 target_include_directories(stemvault_compile INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 target_compile_options(stemvault_compile INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror)
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${STEMVAULT_STRICT}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # GCC 12 takes "text" + std::string for an overlapping copy when it optimises (bug 105651).
     target_compile_options(stemvault_compile INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
