@@ -49,9 +49,9 @@ void StreamWorker::run(const Deliver& deliver, const Ready& ready)
     roots.start(state.watchedUntil);
     while (!state.mustEnd && !walker.isIdle())
         turn(deliver);
+    earlyWrites.begin();
     if (!state.mustEnd && ready)
         ready();
-    earlyWrites.begin();
     while (!state.mustEnd)
         turn(deliver);
 }

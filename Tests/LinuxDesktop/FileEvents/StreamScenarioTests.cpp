@@ -231,12 +231,12 @@ const std::vector<Scenario> scenarios = {
     // A file that is written in a watched folder and renamed meanwhile is complete when it is
     // closed, under its last name. One that was written elsewhere was moved here.
     { "RenamedWhileWritten", { sh("mkdir root out") },
-        { renamedWhileOpen("root/1.tmp", "root/1", Closed::AtOnce),
+        { longAgo, renamedWhileOpen("root/1.tmp", "root/1", Closed::AtOnce),
             renamedWhileOpen("root/2.tmp", "root/2", Closed::Later) },
-        { { "CmRF", "root/1.tmp" }, { "cRMF", "root/1" }, { "CmRF", "root/2.tmp" },
-            { "cRMF", "root/2" } } },
+        { { "CmRF", "root/1.tmp" }, { "RMF", "root/1" }, { "CmRF", "root/2.tmp" },
+            { "RMF", "root/2" } } },
     { "MovedInWhileWritten", { sh("mkdir root out") },
-        { renamedWhileOpen("out/1", "root/1", Closed::AtOnce),
+        { longAgo, renamedWhileOpen("out/1", "root/1", Closed::AtOnce),
             renamedWhileOpen("out/2", "root/2", Closed::Later) },
         { { "RF", "root/1" }, { "RF", "root/2" } } },
     { "UnnamedFileLinked", { sh("mkdir root") }, { linkUnnamedFile }, { { "CF", "root/f" } } },
