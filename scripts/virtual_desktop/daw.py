@@ -9,7 +9,7 @@ from .waiting import wait_for
 
 
 class StandInDaw:
-    def __init__(self, desktop, program, session_file, name="reaper"):
+    def __init__(self, desktop, program, session_file, name="reaper", environment=None):
         """Starts the program under a DAW's name, with a session."""
         title = f"{session_file.stem} - Stand-in DAW"
         self.name = name
@@ -20,7 +20,7 @@ class StandInDaw:
             self.process = desktop.start(
                 name, [executable, title, encoded(session_file).decode()],
                 stdin=subprocess.PIPE, stdout=answers,
-                environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": None})
+                environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": None} | (environment or {}))
         wait_for("the DAW's window", lambda: desktop.display.window_of(title, self.process.pid))
 
     def open(self, session_file):

@@ -20,6 +20,9 @@ class Display:
     def close(self):
         self.connection.close()
 
+    def has_window_manager(self):
+        return bool(self._property(self.root, "_NET_SUPPORTING_WM_CHECK"))
+
     def active_window(self):
         """The window that the window manager has given the keyboard; 0 when none has it."""
         value = self._property(self.root, "_NET_ACTIVE_WINDOW")
@@ -83,14 +86,16 @@ class Display:
     def move_pointer_into(self, window):
         """Where a menu that is opened by its key comes up."""
         left, top, width, height = self.frame(window)
-        self.root.warp_pointer(left + width // 2, top + height // 3)
-        self.connection.sync()
+        self.move_pointer(left + width // 2, top + height // 3)
 
     def click(self, window, button=1):
         """Presses a button of the mouse in the middle of a window."""
         size = self._window(window).get_geometry()
         corner = self.root.translate_coords(self._window(window), 0, 0)
-        self.root.warp_pointer(corner.x + size.width // 2, corner.y + size.height // 2)
+        self.click_at(corner.x + size.width // 2, corner.y + size.height // 2, button)
+
+    def click_at(self, x, y, button=1):
+        self.move_pointer(x, y)
         for kind in (X.ButtonPress, X.ButtonRelease):
             xtest.fake_input(self.connection, kind, button)
         self.connection.sync()

@@ -6,8 +6,10 @@ import itertools
 from .processes import end_process
 from .waiting import TimedOut, wait_for
 
-COMMANDS = {"caja": ["caja", "--no-desktop"], "nemo": ["nemo"], "pcmanfm-qt": ["pcmanfm-qt"],
+COMMANDS = {"caja": ["caja", "--no-desktop"], "dolphin": ["dolphin", "--new-window"],
+            "nautilus": ["nautilus", "--new-window"], "nemo": ["nemo"], "pcmanfm-qt": ["pcmanfm-qt"],
             "thunar": ["thunar"]}
+OF_QT = ("dolphin", "pcmanfm-qt")
 MENU_ROLES = ("menu", "menu item")
 
 
@@ -18,12 +20,12 @@ class FileManager:
         # More often than not PCManFM-Qt tells nothing of itself, neither at once nor later, until it is
         # started once more.
         wait_for(f"{name} to be accessible", lambda: self._start(folder), 30)
-        desktop.display.activate(self.window)
+        self._activate()
 
     def open_menu(self):
         """The menu of everything in the folder."""
         display = self.desktop.display
-        display.move_pointer_into(self.window)
+        self._point_at_files()
 
         def opened():
             display.press_keys("Control_L", "a")
@@ -47,9 +49,19 @@ class FileManager:
 
     def choose(self, *titles):
         """Opens the menu of everything in the folder, and chooses the last of these entries."""
-        self.desktop.display.activate(self.window)
+        self._activate()
         self.open_menu()
-        self.entry(*titles).do("Press" if self.name == "pcmanfm-qt" else "click")
+        self.entry(*titles).do("Press" if self.name in OF_QT else "click")
+
+    def select_all(self):
+        self._activate()
+        self.desktop.display.press_keys("Control_L", "a")
+
+    def _activate(self):
+        self.desktop.display.activate(self.window)
+
+    def _point_at_files(self):
+        self.desktop.display.move_pointer_into(self.window)
 
     def _start(self, folder):
         self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
@@ -71,7 +83,7 @@ class FileManager:
     def _menu_nodes(self):
         """All that is in the open menus."""
         accessibility = self.desktop.accessibility
-        if self.name == "pcmanfm-qt":
+        if self.name in OF_QT:
             return itertools.chain.from_iterable(map(accessibility.qt_menus, self._owners()))
         windows = accessibility.windows()
         return (node for window in windows if window.node.role() == "window"

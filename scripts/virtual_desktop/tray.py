@@ -42,7 +42,13 @@ class Tray:
                 ("org.kde.StatusNotifierWatcher", "RegisteredStatusNotifierItems"))
         except dbus.DBusException:
             return []
-        return [TrayItem(self.bus, *str(item).split("/", 1)) for item in items]
+        return [TrayItem(self.bus, *owner_and_path(str(item))) for item in items]
+
+
+def owner_and_path(item):
+    """GNOME has an @ between them, and leaves out a path that is the usual one."""
+    owner, _, path = item.partition("/")
+    return owner.rstrip("@"), path or "StatusNotifierItem"
 
 
 class TrayItem:

@@ -1,0 +1,253 @@
+"""The list of what is checked in each desktop, in the order in which a user comes upon it."""
+
+import time
+import traceback
+from pathlib import Path
+
+import dbus
+
+from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, Tray, wait_for
+
+from .screen import islands
+from .session import Impossible
+
+NOTIFICATIONS = "org.freedesktop.Notifications"
+HOTKEY = "F8"
+VISIBLE = 0.3  # The contrast of an icon that can be seen.
+# What a desktop asks of an item that is clicked.
+OPENING = ("Activate", "ContextMenu", "AboutToShow", "Event", "GetLayout")
+NEAR = 80  # Pixels between a click and the menu that it opens.
+PROGRAM = Path("/usr/bin/stemvault-connect")
+COURIER = Path("/usr/libexec/stemvault-connect/courier")
+ROWS = ["Preferences…", "Check for Updates…", "-", "Quit Stemvault Connect"]
+
+
+class Checks:
+    def __init__(self, desktop, place):
+        self.desktop, self.place = desktop, place
+        self.results = place / "results"
+        self.outcomes = []
+        self.version = desktop.version()
+        self.song = desktop.home / "Sessions/Big Song"
+        self.client = desktop.home / "Stemvault/Client A"
+        for folder in (self.song, self.client):
+            folder.mkdir(parents=True)
+
+    def run_all(self):
+        for check in (self.tray_item, self.menu, self.prompt, self.return_adds, self.notification,
+                      self.courier_error, self.entry, self.preferences_light, self.hotkey_page,
+                      self.hotkey, self.preferences_live, self.preferences_dark,
+                      self.tray_item_again):
+            self.run(check)
+
+    def run(self, check):
+        start = time.monotonic()
+        try:
+            result, text = "passed", check() or "yes"
+        except Impossible as reason:
+            result, text = "impossible", str(reason)
+        except Exception as failure:  # Whatever it is, the other checks are made all the same.
+            result, text = "failed", str(failure) or type(failure).__name__
+            self.keep_evidence(check.__name__)
+        seconds = time.monotonic() - start
+        self.outcomes.append({"check": check.__name__, "result": result, "text": text})
+        print(f"  {result:10} {check.__name__.replace('_', ' '):24} {seconds:5.1f} s  {text}", flush=True)
+
+    def keep_evidence(self, name):
+        folder = self.results / f"failed-{name}"
+        folder.mkdir(exist_ok=True)
+        (folder / "error.txt").write_text(traceback.format_exc())
+        try:
+            self.desktop.keep_evidence(folder)
+        except Exception:
+            (folder / "no-evidence.txt").write_text(traceback.format_exc())
+
+    # The tray.
+
+    def tray_item(self):
+        """Something new is in the panel, and a click on it reaches the program."""
+        without = self.desktop.still_picture()
+        self.desktop.display.take_picture(self.results / "without.png")
+        self.connect = StemvaultConnect(self.desktop, PROGRAM, folders=[self.client])
+        self.tray = Tray(self.desktop)
+        self.item = self.tray.item()
+        tried = []
+
+        def found():
+            now = self.desktop.still_picture(1)
+            tried[:] = islands(now.changes(without), gap=1)
+            places = [area for area in tried if max(area[2:]) <= 64]
+            return next((place for place in places if self.click_reaches_program(place)), None)
+        try:
+            self.icon = wait_for("an icon in the panel", found, 30)
+        except TimedOut:
+            raise AssertionError(f"no icon in the panel; what is new there: {tried}") from None
+        contrast = self.desktop.still_picture().contrast(self.icon)
+        assert contrast > VISIBLE, f"the icon cannot be told from the panel ({contrast:.0%} contrast)"
+
+    def click_reaches_program(self, place):
+        before, said = self.desktop.still_picture(), len(self.desktop.record.messages())
+        self.click_in(place)
+        self.menu_area = self.opened_menu(before)
+        if self.menu_area:
+            self.desktop.display.press_key("Escape")
+        self.desktop.put_pointer_aside()
+        asked = [message["member"] for message in self.desktop.record.messages()[said:]
+                 if message["kind"] == "call" and message["member"] in OPENING]
+        if self.menu_area and not asked:  # It is that of something else.
+            self.click_in(place)
+        return bool(asked)
+
+    def click_in(self, place):
+        self.desktop.display.click_at(place[0] + place[2] // 2, place[1] + place[3] // 2)
+
+    def opened_menu(self, before):
+        try:
+            return wait_for("a menu", lambda: next(
+                (area for area in islands(self.desktop.still_picture().changes(before))
+                 if area[2] > 100 and area[3] > 60), None), 5)
+        except TimedOut:
+            return None
+
+    def menu(self):
+        """Opens at the click, with the right rows."""
+        assert self.menu_area, "none opened"
+        click = [self.icon[axis] + self.icon[axis + 2] // 2 for axis in (0, 1)]
+        start, size = self.menu_area[:2], self.menu_area[2:]
+        distance = max(max(start[axis] - click[axis], click[axis] - start[axis] - size[axis], 0)
+                       for axis in (0, 1))
+        assert distance <= NEAR, f"it opened {distance} pixels away from the click"
+        titles = self.item.titles()
+        assert all(row in titles for row in ROWS), titles
+
+    # A bounce.
+
+    def prompt(self):
+        """Comes up in front of a focused window, and has the keyboard."""
+        session = self.song / "Big Song.rpp"
+        session.write_text("<REAPER_PROJECT>\n")
+        self.daw = StandInDaw(self.desktop, self.place / "bin/stand-in-daw", session,
+                              environment={"QT_QPA_PLATFORM": "xcb"})
+        window = self.desktop.display.window_of("Big Song", self.daw.process.pid)
+        self.desktop.display.activate(window)
+        self.connect.wait_until_it_watches(self.song)
+        self.daw.bounce(self.song / "Big Song - Mix 1.wav")
+        self.asked = self.connect.prompt("Big Song - Mix 1.wav")
+        self.asked.focus()
+        self.desktop.still_picture()
+        self.desktop.display.take_picture(self.results / "picture.png")
+
+    def return_adds(self):
+        self.press_return(self.asked)
+        wait_for("the copy", (self.client / "Big Song - Mix 1.wav").exists)
+
+    def press_return(self, prompt):
+        """Presses Return; where that does nothing, the button, so that the next checks can be made."""
+        try:
+            prompt.answer_by_key("Return")
+        except AssertionError:
+            prompt.answer("Add")
+            raise
+
+    def notification(self):
+        return self.wait_for_bubble("Big Song - Mix 1.wav → Client A")
+
+    def courier_error(self):
+        missing = self.desktop.home / "Gone.wav"
+        self.desktop.start("courier", [COURIER, "add", missing], {
+            "DBUS_SESSION_BUS_ADDRESS": self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"]})
+        return self.wait_for_bubble("Add to Stemvault")
+
+    def wait_for_bubble(self, text):
+        """Waits until a notification is taken, and sees it go from the screen when it is closed."""
+        number = wait_for(f'a notification "{text}"', lambda: self.desktop.record.notification(text))
+        shown = self.desktop.still_picture()
+        try:
+            self.desktop.call(NOTIFICATIONS, "/org/freedesktop/Notifications", NOTIFICATIONS,
+                              "CloseNotification", "u", number)
+        except dbus.DBusException:  # Not of one that another program has posted; it goes by itself.
+            pass
+        wait_for("the notification to have been on the screen", lambda: any(
+            area[2] > 100 and area[3] > 30
+            for area in islands(self.desktop.picture().changes(shown))))
+
+    # Light and dark.
+
+    def preferences_light(self):
+        self.open_preferences()
+        self.wait_for_look("light")
+
+    def preferences_live(self):
+        self.open_preferences()
+        for look in ("dark", "light"):
+            self.desktop.be(look)
+            self.wait_for_look(look)
+
+    def preferences_dark(self):
+        self.connect.quit()
+        self.desktop.be("dark")
+        self.connect.process = self.connect.start()
+        self.open_preferences()
+        self.wait_for_look("dark")
+        self.desktop.display.take_picture(self.results / "dark.png")
+
+    def tray_item_again(self):
+        """The item is in the panel after every start, and can be seen on a dark desktop, too."""
+        for _ in range(3):
+            self.connect.quit()
+            gone = self.desktop.still_picture(1)
+            self.connect.process = self.connect.start()
+            self.tray.item()
+            wait_for("the icon", lambda: self.desktop.still_picture().changes(gone, self.icon))
+            contrast = self.desktop.still_picture(1).contrast(self.icon)
+            assert contrast > VISIBLE, f"it cannot be told from the panel ({contrast:.0%} contrast)"
+
+    def open_preferences(self):
+        self.connect.start_again()
+        self.preferences = self.connect.window("Stemvault Connect")
+        self.preferences.focus()
+
+    def wait_for_look(self, look):
+        def seen():
+            picture = self.desktop.picture()
+            brightness = picture.brightness(self.desktop.display.frame(self.preferences.id()))
+            return brightness > 0.6 if look == "light" else brightness < 0.4
+        wait_for(f"{look} preferences", seen)
+
+    # The services.
+
+    def entry(self):
+        """The file manager's entry for what is selected."""
+        selected = self.desktop.made_folder("selected")
+        (selected / "Old Mix.wav").write_bytes(b"RIFF")
+        self.manager = self.desktop.open_file_manager(selected)
+        self.manager.choose(*self.desktop.way_to_entry, "Add to Stemvault")
+        self.press_return(self.connect.prompt("Old Mix.wav"))
+        wait_for("the copy", (self.client / "Old Mix.wav").exists)
+
+    def hotkey_page(self):
+        """The button opens the desktop's own page, where the service waits for a key."""
+        before = self.desktop.still_picture()
+        self.preferences.press("Set Up Hotkey…")
+        wait_for("the desktop's page for shortcuts", lambda: any(
+            area[2] > 300 and area[3] > 200
+            for area in islands(self.desktop.picture().changes(before))))
+        self.desktop.still_picture(1)
+        self.desktop.display.take_picture(self.results / "hotkey.png")
+        try:
+            wait_for('"Add to Stemvault" among the shortcuts', self.desktop.shortcut)
+        finally:
+            self.desktop.close_shortcuts_page()
+
+    def hotkey(self):
+        """A key given as the desktop's page gives it adds what is selected."""
+        if not self.desktop.shortcut():
+            self.desktop.add_shortcut(f"{COURIER} add-selection")
+        self.desktop.bind(self.desktop.shortcut(), HOTKEY)
+        (self.client / "Old Mix.wav").unlink()
+        self.manager.select_all()
+        if self.desktop.session_type == "wayland":  # There only what was copied can be known.
+            self.desktop.display.press_keys("Control_L", "c")
+        self.desktop.display.press_key(HOTKEY)
+        self.press_return(self.connect.prompt("Old Mix.wav"))
+        wait_for("the copy", (self.client / "Old Mix.wav").exists)

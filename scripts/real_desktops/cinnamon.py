@@ -1,0 +1,47 @@
+"""Cinnamon: the desktop is one program, with daemons for the settings and for items in the tray."""
+
+from pathlib import Path
+
+from .session import SERVICE, RealDesktop
+
+KEYS = "org.cinnamon.desktop.keybindings"
+
+
+class Cinnamon(RealDesktop):
+    name = "X-Cinnamon"
+    main_package = "cinnamon"
+    file_manager = "nemo"
+    shortcuts_page = "cinnamon-settings"
+
+    def start_session(self):
+        self.be("light")
+        self.start("settings", ["csd-xsettings"])
+        self.start("keys", ["csd-media-keys"])
+        watcher = Path("/usr/libexec/xapps/sn-watcher/xapp-sn-watcher")
+        self.start("tray", [watcher])
+        self.start("desktop", ["cinnamon"])
+        self.wait_for_window_manager()
+
+    def be(self, look):
+        theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
+        self.set_option("org.cinnamon.desktop.interface", "gtk-theme", theme)
+
+    def shortcut(self):
+        return next((name for name in self.setting(KEYS, "custom-list")
+                     if SERVICE in self.setting(entry_of(name), "command")), None)
+
+    def add_shortcut(self, command):
+        for key, value in (("name", "Add to Stemvault"), ("command", command)):
+            self.set_option(entry_of("custom0"), key, value)
+        self.set_option(KEYS, "custom-list", ["custom0"])
+
+    def bind(self, entry, key):
+        self.set_option(entry_of(entry), "binding", [key])
+        # The list is what it watches: so does its own page.
+        names = self.setting(KEYS, "custom-list")
+        self.set_option(KEYS, "custom-list", [*names, "__dummy__"])
+        self.set_option(KEYS, "custom-list", names)
+
+
+def entry_of(name):
+    return f"{KEYS}.custom-keybinding:/org/cinnamon/desktop/keybindings/custom-keybindings/{name}/"

@@ -1,0 +1,63 @@
+"""GNOME: its shell in a window, with the extension that shows items in the tray."""
+
+import os
+
+from virtual_desktop import wait_for
+
+from .nested import NestedDisplay, WaylandFileManager
+from .session import SERVICE, STARTING, RealDesktop
+
+KEYS = "org.gnome.settings-daemon.plugins.media-keys"
+EXTENSION = "ubuntu-appindicators@ubuntu.com"
+
+
+class Gnome(RealDesktop):
+    name = "GNOME"
+    session_type = "wayland"
+    main_package = "gnome-shell"
+    file_manager = "nautilus"
+    shortcuts_page = "gnome-control-center"
+
+    def start_session(self):
+        for key, value in (("enabled-extensions", [EXTENSION]),
+                           ("welcome-dialog-last-shown-version", "999")):
+            self.set_option("org.gnome.shell", key, value)
+        self.be("light")
+        outer = self.environment.pop("DISPLAY")
+        self.start("shell", ["gnome-shell", "--nested", "--wayland", "--wayland-display", "wayland-0"],
+                   {"DISPLAY": outer, "MUTTER_DEBUG_DUMMY_MODE_SPECS": "1280x800"})
+        wait_for("the shell", lambda: "GNOME Shell started" in self.log("shell"), STARTING)
+        # The shell lets in only those who can show what it wrote there.
+        key, = self.runtime.glob(".mutter-Xwaylandauth.*")
+        self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": ":1", "XAUTHORITY": str(key)}
+        os.environ["XAUTHORITY"] = str(key)
+        self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
+        self.tell_bus()
+        # It begins with the overview of all windows.
+        overview = self.still_picture(2)
+        self.display.press_key("Escape")
+        wait_for("the overview to go", lambda: self.picture().changes(overview))
+        self.start("settings", ["/usr/libexec/gsd-xsettings"])
+        self.start("keys", ["/usr/libexec/gsd-media-keys"])
+
+    def be(self, look):
+        scheme = {"light": "default", "dark": "prefer-dark"}[look]
+        theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
+        self.set_option("org.gnome.desktop.interface", "color-scheme", scheme)
+        self.set_option("org.gnome.desktop.interface", "gtk-theme", theme)
+
+    def shortcut(self):
+        return next((path for path in self.setting(KEYS, "custom-keybindings")
+                     if SERVICE in self.setting(f"{KEYS}.custom-keybinding:{path}", "command")), None)
+
+    def add_shortcut(self, command):
+        path = "/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/custom0/"
+        for key, value in (("name", "Add to Stemvault"), ("command", command), ("binding", "")):
+            self.set_option(f"{KEYS}.custom-keybinding:{path}", key, value)
+        self.set_option(KEYS, "custom-keybindings", [path])
+
+    def bind(self, entry, key):
+        self.set_option(f"{KEYS}.custom-keybinding:{entry}", "binding", key)
+
+    def open_file_manager(self, folder):
+        return WaylandFileManager(self, self.file_manager, folder)

@@ -1,0 +1,92 @@
+"""Plasma on X11 and on Wayland: KWin and the shell, with the daemons that they ask for things."""
+
+from pathlib import Path
+
+import dbus
+
+from virtual_desktop import wait_for
+
+from .nested import NestedDisplay, WaylandFileManager
+from .session import SERVICE, STARTING, RealDesktop
+
+QT_KEYS = {"F8": 0x01000037}
+
+
+class PlasmaX11(RealDesktop):
+    name = "KDE"
+    main_package = "plasma-workspace"
+    file_manager = "dolphin"
+    shortcuts_page = "systemsettings"
+
+    def start_session(self):
+        self.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5",
+                             "DESKTOP_SESSION": "plasma", "XDG_MENU_PREFIX": "plasma-"}
+        self.tell_bus()
+        self.start_window_manager()
+        self.be("light")
+        self.start("daemon", ["kded5"])
+        self.start("shell", ["plasmashell"])
+
+    def start_window_manager(self):
+        self.start("keys", ["kglobalaccel5"])
+        self.start("window-manager", ["kwin_x11"])
+        self.wait_for_window_manager()
+
+    def be(self, look):
+        scheme = {"light": "BreezeLight", "dark": "BreezeDark"}[look]
+        self.run("plasma-apply-colorscheme", scheme)
+
+    def shortcut(self):
+        """An application's shortcut: the name of its entry, in the file that KDE keeps them in."""
+        for entry in self.application_entries():
+            if SERVICE in entry.read_text():
+                return entry.name
+        return None
+
+    def application_entries(self):
+        places = [self.home / ".local/share/kglobalaccel", self.home / ".local/share/applications",
+                  Path("/usr/share/kglobalaccel"), Path("/usr/share/applications")]
+        return [entry for place in places for entry in place.glob("*.desktop")]
+
+    def add_shortcut(self, command):
+        self.write(".local/share/kglobalaccel/add-to-stemvault.desktop",
+                   f"[Desktop Entry]\nType=Application\nName=Add to Stemvault\nExec={command}\n"
+                   "NoDisplay=true\n")
+
+    def bind(self, entry, key):
+        """As the page does it, over the bus."""
+        action = dbus.Array([entry, "_launch", "Add to Stemvault", "Add to Stemvault"], signature="s")
+        code = QT_KEYS[key]
+        self.call("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "doRegister", "as",
+                  action)
+        self.call("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "setForeignShortcut",
+                  "asai", action, dbus.Array([code], signature="i"))
+
+
+class PlasmaWayland(PlasmaX11):
+    session_type = "wayland"
+
+    def start_window_manager(self):
+        """Within a window on the display, with an X server of its own for programs of X11's."""
+        told = self.folder / "told"
+        self.environment |= {"KWIN_COMPOSE": "Q"}  # Its painter: OpenGL wants a graphics card here.
+        outer = self.environment.pop("DISPLAY")
+        self.start("window-manager", [
+            "kwin_wayland", "--x11-display", outer, "--width", 1280, "--height", 800, "--xwayland",
+            "--no-lockscreen", "--socket", "wayland-0", "--exit-with-session",
+            self.teller(told)], {"DISPLAY": outer})
+        wait_for("the compositor", told.exists, STARTING)
+        self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": told.read_text().strip()}
+        self.tell_bus()
+        self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
+
+    def teller(self, told):
+        """A program that says on which display programs of X11's are, and stays."""
+        path = self.made_folder("bin") / "teller"
+        path.write_text(f'#!/bin/sh\necho "$DISPLAY" >{told}.new\nmv {told}.new {told}\n'
+                        "exec sleep infinity\n")
+        path.chmod(0o755)
+        return path
+
+    def open_file_manager(self, folder):
+        return WaylandFileManager(self, self.file_manager, folder)
