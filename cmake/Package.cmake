@@ -34,7 +34,7 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # draw the desktop's own icons in the folder panel; Debian 12 ships them with the library.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, lsof, xdg-utils")
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, qt6-wayland, qt6-svg-plugins | libqt6svg6 (<< 6.5), wl-clipboard")
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, libglib2.0-bin, qt6-wayland, qt6-svg-plugins | libqt6svg6 (<< 6.5), wl-clipboard")
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS
     "gnome-shell-extension-appindicator, python3-caja, python3-nautilus")
 set(CPACK_DEBIAN_PACKAGE_ENHANCES

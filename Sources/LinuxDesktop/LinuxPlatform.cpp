@@ -2,6 +2,7 @@
 
 #include "Foundation/NotificationCenter.h"
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
+#include "LinuxDesktop/Hotkey/HotkeySetup.h"
 #include "LinuxDesktop/Login/AutostartEntry.h"
 #include "LinuxDesktop/Processes/ToolRunner.h"
 #include "LinuxDesktop/Qt/ActivationToken.h"
@@ -80,7 +81,9 @@ struct LinuxPlatform::Parts {
     DBusUserNotificationCenter userNotificationCenter { dispatch, QDBusConnection::sessionBus(),
         notificationIcon(bundle) };
     QtWindows viewWindows { symbolFolder(bundle), [this](QWidget& window) { prepare(window); } };
-    LinuxWorkspace workspace { dispatch };
+    HotkeySetup hotkey { dialogs, HotkeySetup::standardCourier(), QDBusConnection::sessionBus() };
+    LinuxWorkspace workspace { dispatch, WorkspaceSources::ofThisSession(),
+        [this] { return hotkey.show(); } };
     Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem,
         processRunner, statusBar, urlSession, userDefaults, userNotificationCenter, viewWindows,
         workspace };

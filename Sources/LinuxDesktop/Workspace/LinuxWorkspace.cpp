@@ -1,6 +1,5 @@
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
-#include "LinuxDesktop/Workspace/KeyboardSettings.h"
 #include "LinuxDesktop/Workspace/URLOpener.h"
 
 #include <string_view>
@@ -23,9 +22,11 @@ bool isWebAddress(std::string_view url)
 
 } // namespace
 
-LinuxWorkspace::LinuxWorkspace(Dispatch& dispatch, const WorkspaceSources& sources)
-    : watch(std::make_unique<ApplicationWatch>(
-        dispatch, sources, [this](WorkspaceNews news) { announce(news); }))
+LinuxWorkspace::LinuxWorkspace(
+    Dispatch& dispatch, const WorkspaceSources& sources, std::function<bool()> showShortcuts)
+    : showKeyboardShortcuts(std::move(showShortcuts)),
+      watch(std::make_unique<ApplicationWatch>(
+          dispatch, sources, [this](WorkspaceNews news) { announce(news); }))
 {
 }
 
@@ -57,7 +58,7 @@ bool LinuxWorkspace::open(const std::string& url)
 {
     // The place of the keyboard's shortcuts, which every desktop keeps elsewhere.
     if (url.starts_with("x-apple.systempreferences:com.apple.preference.keyboard"))
-        return openKeyboardSettings();
+        return showKeyboardShortcuts();
     return isWebAddress(url) && openURL(url);
 }
 

@@ -14,9 +14,9 @@ namespace stemvault {
 /// application: that is when a DAW has opened its session.
 class LinuxWorkspace : public Workspace {
 public:
-    /// `dispatch` must outlive it.
-    explicit LinuxWorkspace(
-        Dispatch& dispatch, const WorkspaceSources& sources = WorkspaceSources::ofThisSession());
+    /// `dispatch` must outlive it. `showShortcuts` is for the URL of the keyboard's shortcuts.
+    LinuxWorkspace(
+        Dispatch& dispatch, const WorkspaceSources& sources, std::function<bool()> showShortcuts);
 
     [[nodiscard]] std::vector<RunningApplication> runningApplications() const override;
     void addObserver(const void* observer, WorkspaceNotification notification,
@@ -35,6 +35,7 @@ private:
     void announce(WorkspaceNews news);
     void post(WorkspaceNotification notification);
 
+    std::function<bool()> showKeyboardShortcuts;
     std::vector<std::shared_ptr<Observer>> observers;
     std::unique_ptr<ApplicationWatch> watch;
 };

@@ -11,6 +11,6 @@ namespace stemvault {
     const std::string& currentDesktop);
 
 /// Starts the first of them that is installed; whether there was one. Does not wait for it.
-[[nodiscard]] bool openKeyboardSettings();
+[[nodiscard]] bool openKeyboardSettings(const std::string& currentDesktop);
 
 } // namespace stemvault

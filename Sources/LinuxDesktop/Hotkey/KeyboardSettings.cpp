@@ -1,4 +1,4 @@
-#include "LinuxDesktop/Workspace/KeyboardSettings.h"
+#include "LinuxDesktop/Hotkey/KeyboardSettings.h"
 
 #include <QProcess>
 #include <QStandardPaths>
@@ -51,10 +51,9 @@ std::vector<std::vector<std::string>> keyboardSettingsCommands(const std::string
     return commands;
 }
 
-bool openKeyboardSettings()
+bool openKeyboardSettings(const std::string& currentDesktop)
 {
-    for (const auto& command :
-        keyboardSettingsCommands(qgetenv("XDG_CURRENT_DESKTOP").toStdString())) {
+    for (const auto& command : keyboardSettingsCommands(currentDesktop)) {
         const QString program =
             QStandardPaths::findExecutable(QString::fromStdString(command.front()));
         if (program.isEmpty())

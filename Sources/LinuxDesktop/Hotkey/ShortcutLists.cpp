@@ -1,0 +1,221 @@
+#include "LinuxDesktop/Hotkey/ShortcutLists.h"
+
+#include "LinuxDesktop/Hotkey/DesktopTool.h"
+
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QStandardPaths>
+
+#include <sstream>
+
+namespace stemvault {
+
+namespace {
+
+constexpr int patience = 3000; ///< Milliseconds for each answer over the bus.
+
+/// A place of the settings that GNOME and its relatives keep entries in.
+struct Settings {
+    QString list; ///< Schema and key of the entries' list; empty where the place alone decides.
+    QString element; ///< What stands for the entry there.
+    QString entry; ///< Schema and path of the entry.
+    QString commandKey;
+};
+
+std::optional<QString> get(const QString& place, const QString& key)
+{
+    return outputOf(QStringLiteral("gsettings"), { QStringLiteral("get"), place, key });
+}
+
+bool set(const QString& place, const QString& key, const QString& value)
+{
+    return outputOf(QStringLiteral("gsettings"), { QStringLiteral("set"), place, key, value })
+        .has_value();
+}
+
+/// As a text of GVariant's.
+QString quoted(QString text)
+{
+    return u'\'' + text.replace(u'\\', QStringLiteral("\\\\")).replace(u'\'', QStringLiteral("\\'"))
+        + u'\'';
+}
+
+bool isNoKey(const QString& binding)
+{
+    return binding == QLatin1String("''") || binding == QLatin1String("@as []")
+        || binding == QLatin1String("['']");
+}
+
+/// The list with one more element; as it is when that is in it.
+std::optional<QString> appended(const QString& list, const QString& element)
+{
+    if (list.contains(element))
+        return list;
+    if (list == QLatin1String("@as []") || list == QLatin1String("[]"))
+        return u'[' + element + u']';
+    if (!list.endsWith(u']'))
+        return std::nullopt;
+    return list.chopped(1) + QStringLiteral(", ") + element + u']';
+}
+
+bool addToList(const Settings& settings)
+{
+    if (settings.list.isEmpty())
+        return true;
+    const QString schema = settings.list.section(u' ', 0, 0);
+    const QString key = settings.list.section(u' ', 1);
+    const auto before = get(schema, key);
+    const auto after =
+        before ? appended(*before, quoted(settings.element)) : std::optional<QString>();
+    return after && (*after == *before || set(schema, key, *after));
+}
+
+// The list comes last: whoever follows it reads the entry then.
+bool addToSettings(const Settings& settings, const Shortcut& shortcut)
+{
+    const auto binding = get(settings.entry, QStringLiteral("binding"));
+    if (!binding)
+        return false;
+    if (isNoKey(*binding)
+        && (!set(settings.entry, QStringLiteral("name"),
+                quoted(QString::fromStdString(shortcut.name)))
+            || !set(settings.entry, settings.commandKey,
+                quoted(QString::fromStdString(shortcut.command())))))
+        return false;
+    return addToList(settings);
+}
+
+bool addToGnome(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
+{
+    const auto schema = QStringLiteral("org.gnome.settings-daemon.plugins.media-keys");
+    const auto path = QStringLiteral("/org/gnome/settings-daemon/plugins/media-keys/"
+                                     "custom-keybindings/stemvault-connect/");
+    return addToSettings(
+        { schema + QStringLiteral(" custom-keybindings"), path,
+            schema + QStringLiteral(".custom-keybinding:") + path, QStringLiteral("command") },
+        shortcut);
+}
+
+// Its settings take the end of every element for a number.
+bool addToCinnamon(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
+{
+    const auto schema = QStringLiteral("org.cinnamon.desktop.keybindings");
+    return addToSettings(
+        { schema + QStringLiteral(" custom-list"), QStringLiteral("custom7836"),
+            schema
+                + QStringLiteral(".custom-keybinding:/org/cinnamon/desktop/keybindings/"
+                                 "custom-keybindings/custom7836/"),
+            QStringLiteral("command") },
+        shortcut);
+}
+
+bool addToMate(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
+{
+    return addToSettings({ {}, {},
+                             QStringLiteral("org.mate.control-center.keybinding:"
+                                            "/org/mate/desktop/keybindings/stemvault-connect/"),
+                             QStringLiteral("action") },
+        shortcut);
+}
+
+// Commands are kept by their key. This one is on no keyboard, and shown as none.
+bool addToXfce(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
+{
+    const auto tool = QStringLiteral("xfconf-query");
+    const QStringList channel { QStringLiteral("-c"), QStringLiteral("xfce4-keyboard-shortcuts") };
+    const auto place = QStringLiteral("/commands/custom/VoidSymbol");
+    const QString command = QString::fromStdString(shortcut.command());
+    const auto all = outputOf(tool, channel + QStringList { QStringLiteral("-lv") });
+    if (!all)
+        return false;
+    for (const QString& line : all->split(u'\n'))
+        if (line.startsWith(QLatin1String("/commands/custom/")) && line.endsWith(command))
+            return true;
+    if (all->contains(place))
+        return false;
+    return outputOf(tool,
+        channel
+            + QStringList { QStringLiteral("-p"), place, QStringLiteral("-n"), QStringLiteral("-t"),
+                QStringLiteral("string"), QStringLiteral("-s"), command })
+        .has_value();
+}
+
+QDBusMessage lxqtCall(const QString& method)
+{
+    const auto name = QStringLiteral("org.lxqt.global_key_shortcuts");
+    return QDBusMessage::createMethodCall(
+        name, QStringLiteral("/daemon"), name + QStringLiteral(".daemon"), method);
+}
+
+bool isListedInLxqt(const Shortcut& shortcut, const QDBusConnection& bus, qulonglong id)
+{
+    auto question = lxqtCall(QStringLiteral("getActionById"));
+    question << id;
+    const QVariantList answer = bus.call(question, QDBus::BlockWithGui, patience).arguments();
+    return answer.size() == 6 && answer.at(5).toString().toStdString() == shortcut.command();
+}
+
+// It lists nothing without a key, so the entry gets one that hardly any keyboard has.
+bool addToLxqt(const Shortcut& shortcut, const QDBusConnection& bus)
+{
+    const QDBusReply<QList<qulonglong>> ids =
+        bus.call(lxqtCall(QStringLiteral("getAllActionIds")), QDBus::BlockWithGui, patience);
+    if (!ids.isValid())
+        return false;
+    for (const qulonglong id : ids.value())
+        if (isListedInLxqt(shortcut, bus, id))
+            return true;
+    auto call = lxqtCall(QStringLiteral("addCommandAction"));
+    call << QStringLiteral("XF86Launch9") << QString::fromStdString(shortcut.program)
+         << QStringList { QString::fromStdString(shortcut.argument) }
+         << QString::fromStdString(shortcut.name);
+    const QVariantList answer = bus.call(call, QDBus::BlockWithGui, patience).arguments();
+    return answer.size() == 2 && answer.at(1).toULongLong() != 0;
+}
+
+// What is installed for it is read when the session starts, or when it is named.
+bool addToPlasma(const Shortcut& shortcut, const QDBusConnection& bus)
+{
+    const auto entry = QStringLiteral("net.stemvault.Connect.AddSelection.desktop");
+    if (QStandardPaths::locate(
+            QStandardPaths::GenericDataLocation, QStringLiteral("kglobalaccel/") + entry)
+            .isEmpty())
+        return false;
+    const QString name = QString::fromStdString(shortcut.name);
+    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.kde.kglobalaccel"),
+        QStringLiteral("/kglobalaccel"), QStringLiteral("org.kde.KGlobalAccel"),
+        QStringLiteral("doRegister"));
+    call << QStringList { entry, QStringLiteral("_launch"), name, name };
+    return bus.call(call, QDBus::BlockWithGui, patience).type() == QDBusMessage::ReplyMessage;
+}
+
+struct List {
+    const char* desktop;
+    bool (*add)(const Shortcut& shortcut, const QDBusConnection& bus);
+};
+
+constexpr List lists[] = {
+    { "GNOME", &addToGnome },
+    { "Unity", &addToGnome },
+    { "ubuntu", &addToGnome },
+    { "KDE", &addToPlasma },
+    { "XFCE", &addToXfce },
+    { "X-Cinnamon", &addToCinnamon },
+    { "MATE", &addToMate },
+    { "LXQt", &addToLxqt },
+};
+
+} // namespace
+
+bool addToShortcutList(
+    const std::string& currentDesktop, const Shortcut& shortcut, const QDBusConnection& bus)
+{
+    std::istringstream names(currentDesktop);
+    for (std::string name; std::getline(names, name, ':');)
+        for (const List& list : lists)
+            if (list.desktop == name)
+                return list.add(shortcut, bus);
+    return false;
+}
+
+} // namespace stemvault
