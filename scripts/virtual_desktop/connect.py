@@ -1,5 +1,6 @@
 """Stemvault Connect under observation: its settings, its process, its prompts."""
 
+import contextlib
 import json
 import os
 import signal
@@ -72,6 +73,13 @@ class StemvaultConnect:
             since = seen.setdefault(self._wake_ups(), time.monotonic())
             return time.monotonic() - since > 1.2
         wait_for("the program to come to rest", rests)
+
+    @contextlib.contextmanager
+    def wait_until_it_wakes(self):
+        """Until what is done meanwhile has woken it."""
+        before = self._wake_ups()
+        yield
+        wait_for("the program to wake", lambda: self._wake_ups() != before)
 
     def open_files(self):
         """What its descriptors stand for."""

@@ -1,0 +1,37 @@
+"""A drive that works until it stops answering, as that of a network does whose server goes."""
+
+import os
+import shutil
+import signal
+from pathlib import Path
+
+from .waiting import wait_for
+
+
+class HangingDrive:
+    """Appears in a folder at once; end it, or whoever waits for it waits for good."""
+
+    def __init__(self, desktop, folder):
+        content = desktop.made_folder("content-of-drive")
+        self.daemon = desktop.start("drive", ["bindfs", "-f", content, folder], privileged=True)
+        wait_for("the drive", lambda: os.path.ismount(folder))
+
+    @staticmethod
+    def is_allowed(desktop):
+        """Only where no other program of this machine would wait for it too."""
+        return (desktop.lives_alone() and os.access("/dev/fuse", os.W_OK)
+                and shutil.which("bindfs") is not None)
+
+    def stop_answering(self):
+        self.daemon.send_signal(signal.SIGSTOP)
+
+    def wait_until_it_holds_up(self, process):
+        """Until a thread of the process has asked the drive for something."""
+        def asks():
+            return any("request_wait_answer" in (task / "wchan").read_text()
+                       for task in Path(f"/proc/{process.pid}/task").iterdir())
+        wait_for("a question to the drive", asks)
+
+    def end(self):
+        self.daemon.kill()
+        self.daemon.wait()
