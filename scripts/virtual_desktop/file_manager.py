@@ -65,8 +65,10 @@ class FileManager:
 
     def _start(self, folder):
         self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
-        self.window = wait_for(f"{self.name}'s window", lambda: self._window(folder.name))
         try:
+            # One that hands its folder to another that is just ending shows no window.
+            self.window = wait_for(
+                f"{self.name}'s window", lambda: self._window(folder.name), 5)
             return wait_for("its owner", self._owners, 0.5)
         except TimedOut:
             end_process(self.process)
