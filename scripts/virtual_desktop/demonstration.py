@@ -77,7 +77,6 @@ class Demonstration:
             raise AssertionError(f"the program ended with status {status}")
         self.say("Stemvault Connect was asked to end and did.")
 
-
     def show_menu(self, connect, item):
         session, added = (str(row.get("accessible-desc") or row["label"]) for row in item.open_menu()[:2])
         self.say(f'The menu in the tray reads "{session}" and "{added}".')

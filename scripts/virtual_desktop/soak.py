@@ -37,17 +37,21 @@ class Soak:
         self.watches_of_paths = self.start.watches - self.steps.watched_folders()
 
     def run(self):
-        self.use_until(self.seconds / 4)
+        self.use_for(self.seconds / 4)
         self.warm = self.rest()
-        self.use_until(self.seconds)
+        self.use_for(self.seconds * 3 / 4)
         self.end = self.rest()
         self.vitals.end()
 
-    def use_until(self, seconds):
-        while self.vitals.age() < seconds:
+    def use_for(self, seconds):
+        """Takes at least one step; the rests are beside the time of use."""
+        end = time.monotonic() + seconds
+        while True:
             self.steps.take_one()
             self.steps.check_that_nothing_is_left()
             self.check_watches()
+            if time.monotonic() >= end:
+                return
 
     def check_watches(self):
         """One for each folder, and as many as ever for the way that leads to them."""
