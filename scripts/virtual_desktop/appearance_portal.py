@@ -1,4 +1,4 @@
-"""The part of the desktop portal that says that windows are to be dark."""
+"""The part of the desktop portal that says whether windows are to be light or dark."""
 
 import dbus
 import dbus.service
@@ -6,14 +6,27 @@ from dbus.mainloop.glib import DBusGMainLoop
 from gi.repository import GLib
 
 SETTINGS = "org.freedesktop.portal.Settings"
+GROUP, KEY = "org.freedesktop.appearance", "color-scheme"
 
 
 class AppearancePortal(dbus.service.Object):
+    scheme = 1
+
     @dbus.service.method(SETTINGS, in_signature="ss", out_signature="v")
     def Read(self, group, key):
-        if (group, key) != ("org.freedesktop.appearance", "color-scheme"):
+        if (group, key) != (GROUP, KEY):
             raise dbus.DBusException(name="org.freedesktop.portal.Error.NotFound")
-        return dbus.UInt32(1, variant_level=1)
+        return dbus.UInt32(self.scheme, variant_level=1)
+
+    @dbus.service.method("local.VirtualDesktop", in_signature="u")
+    def Choose(self, scheme):
+        """What the user does in the settings: 1 for dark, 2 for light, 0 for neither."""
+        self.scheme = scheme
+        self.SettingChanged(GROUP, KEY, dbus.UInt32(scheme, variant_level=1))
+
+    @dbus.service.signal(SETTINGS, signature="ssv")
+    def SettingChanged(self, group, key, value):
+        pass
 
 
 def main():

@@ -109,6 +109,15 @@ class VirtualDesktop(PrivateSession):
         finally:
             bus.close()
 
+    def choose_scheme(self, scheme):
+        """As the user does in the desktop's settings: 1 is dark, 2 light, 0 neither."""
+        if not self.has_bus_name(PORTAL):
+            self.start_service("appearance_portal", PORTAL)
+        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
+        bus.call_blocking(PORTAL, "/org/freedesktop/portal/desktop", "local.VirtualDesktop", "Choose",
+                          "u", (scheme,))
+        bus.close()
+
     def keep_evidence(self, folder):
         """Leaves a picture, what is in the windows, and every log in a folder."""
         folder.mkdir(parents=True, exist_ok=True)

@@ -1,5 +1,6 @@
 """The X display: which window has the keyboard, keys, and pictures."""
 
+import collections
 import struct
 import zlib
 
@@ -109,6 +110,37 @@ class Display:
             if found := self.embedded_window(child.id):
                 return found
         return None
+
+    def publish_theme(self, name):
+        """What a desktop's settings manager does (XSETTINGS): names the theme of GTK's windows."""
+        manager, selection = self._settings_manager(), self._atom("_XSETTINGS_S0")
+        key, value = b"Net/ThemeName", name.encode()
+
+        def padded(text):
+            return text + bytes(-len(text) % 4)
+        content = struct.pack("<IIIBBH", 0, 1, 1, 1, 0, len(key)) + padded(key) \
+            + struct.pack("<II", 1, len(value)) + padded(value)
+        kind = self._atom("_XSETTINGS_SETTINGS")
+        manager.change_property(kind, kind, 8, content)
+        if self.connection.get_selection_owner(selection) != manager:
+            manager.set_selection_owner(selection, X.CurrentTime)
+            self.root.send_event(
+                event.ClientMessage(window=self.root, client_type=self._atom("MANAGER"),
+                                    data=(32, [X.CurrentTime, selection, manager.id, 0, 0])),
+                event_mask=X.StructureNotifyMask)
+        self.connection.sync()
+
+    def _settings_manager(self):
+        if not hasattr(self, "settings_manager"):
+            self.settings_manager = self.root.create_window(
+                -1, -1, 1, 1, 0, X.CopyFromParent, X.InputOnly)
+        return self.settings_manager
+
+    def brightness(self, window):
+        """That of the most frequent colour in a window, from 0 to 255."""
+        pixels = self.pixels(self.frame(window))
+        colours = collections.Counter(pixels[at:at + 3] for at in range(0, len(pixels), 4))
+        return sum(colours.most_common(1)[0][0]) // 3
 
     def watch_startups(self):
         """From now on listens to what programs tell the desktop about being started. Returns what

@@ -31,6 +31,10 @@ class Tray:
         return wait_for("the program's item", lambda: next(
             (item for item in self._items() if item.has("Id", "net.stemvault.Connect")), None))
 
+    def new_icons(self):
+        """How often the panel was told to read an icon again."""
+        return self.desktop.log("tray_host").count("new icon\n")
+
     def has_item(self):
         return bool(self._items())
 

@@ -1,6 +1,6 @@
 """A panel's side of the tray: the watcher that status items register with, and a host of them.
 
-Says on standard output which items it has, a line for each change.
+Says on standard output which items it has, a line for each change, and when one has a new icon.
 """
 
 import json
@@ -21,6 +21,8 @@ class TrayHost(dbus.service.Object):
     def __init__(self, bus):
         super().__init__(bus, "/StatusNotifierWatcher")
         self.bus, self.items = bus, []
+        bus.add_signal_receiver(
+            lambda: print("new icon", flush=True), "NewIcon", "org.kde.StatusNotifierItem")
 
     @dbus.service.method(WATCHER, in_signature="s", sender_keyword="sender")
     def RegisterStatusNotifierItem(self, service, sender):

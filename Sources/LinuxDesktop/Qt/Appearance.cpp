@@ -20,13 +20,14 @@ const QString settings = QStringLiteral("org.freedesktop.portal.Settings");
 const QString group = QStringLiteral("org.freedesktop.appearance");
 const QString colorScheme = QStringLiteral("color-scheme");
 constexpr uint preferDark = 1;
+constexpr uint preferLight = 2;
 
 // The portal has been known to wrap the value once more than it says.
-bool saysDark(QVariant value)
+uint numberOf(QVariant value)
 {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
-    return value.toUInt() == preferDark;
+    return value.toUInt();
 }
 
 bool isDark(const QPalette& palette)
@@ -35,32 +36,43 @@ bool isDark(const QPalette& palette)
         > palette.color(QPalette::Window).lightness();
 }
 
-QPalette darkPalette()
+struct Shades {
+    QRgb window, base, alternateBase, button, toolTip, text, faint, highlight, link;
+};
+
+constexpr Shades darkShades { 0xFF28282C, 0xFF1E1E21, 0xFF252529, 0xFF3A3A40, 0xFF3A3A40,
+    0xFFECECEE, 0xFF808086, 0xFF4B6EF5, 0xFF8FA8FF };
+constexpr Shades lightShades { 0xFFEFEFEF, 0xFFFFFFFF, 0xFFF7F7F7, 0xFFEFEFEF, 0xFFFFFFDC,
+    0xFF000000, 0xFF8A8A8E, 0xFF308CC6, 0xFF0000FF };
+
+QPalette paletteOf(const Shades& shades)
 {
-    const QColor text(0xEC, 0xEC, 0xEE);
-    const QColor faint(0x80, 0x80, 0x86);
-    QPalette palette(QColor(0x3A, 0x3A, 0x40), QColor(0x28, 0x28, 0x2C));
-    palette.setColor(QPalette::Base, QColor(0x1E, 0x1E, 0x21));
-    palette.setColor(QPalette::AlternateBase, QColor(0x25, 0x25, 0x29));
-    palette.setColor(QPalette::ToolTipBase, QColor(0x3A, 0x3A, 0x40));
-    palette.setColor(QPalette::Highlight, QColor(0x4B, 0x6E, 0xF5));
+    QPalette palette { QColor(shades.button), QColor(shades.window) };
+    palette.setColor(QPalette::Base, shades.base);
+    palette.setColor(QPalette::AlternateBase, shades.alternateBase);
+    palette.setColor(QPalette::ToolTipBase, shades.toolTip);
+    palette.setColor(QPalette::Highlight, shades.highlight);
     palette.setColor(QPalette::HighlightedText, Qt::white);
-    palette.setColor(QPalette::Link, QColor(0x8F, 0xA8, 0xFF));
-    for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
-             QPalette::BrightText, QPalette::ToolTipText })
-        palette.setColor(role, text);
-    palette.setColor(QPalette::PlaceholderText, faint);
+    palette.setColor(QPalette::Link, shades.link);
+    for (const auto role :
+        { QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText })
+        palette.setColor(role, shades.text);
+    palette.setColor(QPalette::BrightText, isDark(palette) ? QColor(shades.text) : Qt::white);
+    palette.setColor(QPalette::PlaceholderText, shades.faint);
     for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
-        palette.setColor(QPalette::Disabled, role, faint);
+        palette.setColor(QPalette::Disabled, role, shades.faint);
     return palette;
 }
 
 } // namespace
 
-// The portal is asked when it is there and again whenever it comes; it is not started for our sake.
-// The match names no service, as the toolkit would wait for that service's owner.
-Appearance::Appearance(QDBusConnection sessionBus) : bus(std::move(sessionBus))
+// The portal is asked when it is there and again whenever it comes; it is not
+// started for our sake. The match names no service, as the toolkit would wait
+// for that service's owner.
+Appearance::Appearance(QDBusConnection sessionBus)
+    : bus(std::move(sessionBus)), toolkitsOwn(QApplication::palette())
 {
+    connect(&theme, &DesktopTheme::changed, this, &Appearance::apply);
     auto* portal =
         new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForRegistration, this);
     connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &Appearance::askPortal);
@@ -68,6 +80,7 @@ Appearance::Appearance(QDBusConnection sessionBus) : bus(std::move(sessionBus))
     bus.connect(QString(), path, settings, QStringLiteral("SettingChanged"), { group }, QString(),
         this, SLOT(settingChanged(QString, QString, QDBusVariant)));
     askPortal();
+    apply();
 }
 
 void Appearance::askPortal()
@@ -79,7 +92,7 @@ void Appearance::askPortal()
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         if (const QDBusPendingReply<QDBusVariant> reply = *watcher; reply.isValid())
-            apply(saysDark(reply.value().variant()));
+            take(reply.value().variant());
     });
 }
 
@@ -87,15 +100,33 @@ void Appearance::settingChanged(
     const QString& /*group*/, const QString& key, const QDBusVariant& value)
 {
     if (key == colorScheme)
-        apply(saysDark(value.variant()));
+        take(value.variant());
 }
 
-void Appearance::apply(bool dark)
+void Appearance::take(const QVariant& value)
 {
-    if (dark == isOurs || (dark && isDark(QApplication::palette())))
-        return;
-    isOurs = dark;
-    QApplication::setPalette(dark ? darkPalette() : QPalette());
+    preference = numberOf(value);
+    apply();
+}
+
+// The portal's word counts most; one that prefers nothing leaves it to the
+// theme. Where neither says dark the toolkit's own palette stands, unless it is
+// from before a change: the toolkit reads Plasma's colours once.
+void Appearance::apply()
+{
+    const bool dark = preference == preferDark || (preference != preferLight && theme.isDark());
+    const bool isOpinion = preference == preferLight || hasBeenDark;
+    hasBeenDark = hasBeenDark || dark;
+    if (dark)
+        use(isDark(toolkitsOwn) ? toolkitsOwn : paletteOf(darkShades));
+    else
+        use(isOpinion && isDark(toolkitsOwn) ? paletteOf(lightShades) : toolkitsOwn);
+}
+
+void Appearance::use(const QPalette& palette)
+{
+    if (isDark(palette) != isDark(QApplication::palette()))
+        QApplication::setPalette(palette);
 }
 
 } // namespace stemvault

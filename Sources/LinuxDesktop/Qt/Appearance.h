@@ -1,14 +1,18 @@
 #pragma once
 
+#include "LinuxDesktop/Qt/DesktopTheme.h"
+
 #include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
+#include <QPalette>
 
 namespace stemvault {
 
-/// Follows the desktop's wish for dark windows where nothing else does: no platform theme gives a
-/// dark palette, and the settings portal says dark. Asks without waiting; windows open or not
-/// change as the answer comes and as it changes.
+/// Has the windows light or dark as the rest of the desktop, and follows its
+/// changes: the settings portal, or else the theme of GTK's windows. What the
+/// toolkit itself finds out at the start stands until one of them says
+/// otherwise. Asks the portal without waiting.
 class Appearance final : public QObject {
     Q_OBJECT
 public:
@@ -17,10 +21,15 @@ public:
 private:
     Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
     void askPortal();
-    void apply(bool dark);
+    void take(const QVariant& value);
+    void apply();
+    static void use(const QPalette& palette);
 
     QDBusConnection bus;
-    bool isOurs = false; ///< The palette in use is our dark one.
+    DesktopTheme theme;
+    const QPalette toolkitsOwn;
+    uint preference = 0; ///< What the portal says; 0 for nothing.
+    bool hasBeenDark = false;
 };
 
 } // namespace stemvault

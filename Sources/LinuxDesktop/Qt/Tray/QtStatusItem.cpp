@@ -8,12 +8,15 @@
 #include "LinuxDesktop/Qt/Tray/TrayHost.h"
 #include "LinuxDesktop/Qt/Views/SymbolImage.h"
 
-#include <QCoreApplication>
 #include <QCursor>
 #include <QDBusConnection>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QShortcut>
 #include <QSystemTrayIcon>
+#include <QTimer>
+
+#include <chrono>
 
 namespace stemvault {
 
@@ -48,7 +51,10 @@ void QtStatusBar::addKeyEquivalents(QWidget& window) const
         latest->addKeyEquivalents(window);
 }
 
-QtStatusItem::QtStatusItem() = default;
+QtStatusItem::QtStatusItem()
+{
+    qApp->installEventFilter(this);
+}
 
 QtStatusItem::~QtStatusItem()
 {
@@ -97,6 +103,26 @@ void QtStatusItem::addKeyEquivalents(QWidget& window)
         auto* shortcut = new QShortcut(commandKey(key), &window);
         connect(shortcut, &QShortcut::activated, this, [this, row] { trayMenu.choose(row); });
     }
+}
+
+// A panel that colours the icon when it reads it has to read it again once the desktop turned light
+// or dark. Nothing tells when the panel has its new colours: it is told at once and a little later.
+bool QtStatusItem::eventFilter(QObject* watched, QEvent* event)
+{
+    constexpr std::chrono::seconds timeForPanel { 2 };
+    if (watched == qApp && event->type() == QEvent::ApplicationPaletteChange) {
+        refreshIcon();
+        QTimer::singleShot(timeForPanel, this, &QtStatusItem::refreshIcon);
+    }
+    return false;
+}
+
+void QtStatusItem::refreshIcon()
+{
+    if (notifierItem)
+        notifierItem->setImage(icon);
+    if (olderTray && icon)
+        olderTray->setIcon(symbolIcon(icon->source));
 }
 
 void QtStatusItem::offerOnBus()

@@ -28,7 +28,11 @@ public:
 
     void addKeyEquivalents(QWidget& window);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    void refreshIcon();
     void offerOnBus();
     void setHostIsThere(bool there);
     void showInOlderTray();
