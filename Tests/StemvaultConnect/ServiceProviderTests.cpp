@@ -150,7 +150,7 @@ TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
         ElementsAre(Alert { "Create Stemvault playlist",
             "This will be the new project's folder name.", AlertStyle::Informational, {},
             TextField { { 0, 0, 280, 24 }, "Song Demos", true }, { "Create", "Cancel" } }));
-    EXPECT_EQ(platform.application.activations, 1);
+    EXPECT_THAT(platform.dialogs.activationsBefore, ElementsAre(1));
     EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav");
     EXPECT_EQ(folder.read("Projects/Song Demos 2/b.wav"), "Song Demos/b.wav");
     EXPECT_THAT(platform.workspace.opened,
@@ -162,6 +162,19 @@ TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
         ElementsAre(UserNotification { identifier, "Stemvault playlist ready",
             "Song Demos — 2 files copied, opening browser…", UserNotificationSound::Default }));
     EXPECT_FALSE(BounceAlertController::isMade()) << "it asks for no permission";
+}
+
+TEST_F(ServiceProviderTests, ANamePromptThatIsCancelledOrClosedMakesNothing)
+{
+    make({ "Song/a.wav" });
+    SettingsStore::shared().setProjectsRootPath(root);
+    for (const int response : { ModalResponse::alertFirstButton + 1, ModalResponse::stopped, 0 }) {
+        platform.dialogs.answerNumber(response);
+        EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song" })), "");
+        EXPECT_TRUE(std::filesystem::is_empty(root)) << response;
+    }
+    EXPECT_TRUE(platform.workspace.opened.empty());
+    EXPECT_TRUE(platform.userNotificationCenter.posted.empty());
 }
 
 TEST_F(ServiceProviderTests, TheDefaultNameIsThatOfTheFirstFolderOrOfTheFirstFilesFolder)
@@ -273,6 +286,8 @@ TEST_F(ServiceProviderTests, EachFailureIsAnsweredInItsPlace)
         EXPECT_EQ(desktop.dialogs.alerts.back(),
             (Alert { row.message, row.informativeText, AlertStyle::Warning, {}, {}, {} }));
         EXPECT_EQ(desktop.application.activations, desktop.dialogs.alerts.size());
+        EXPECT_EQ(desktop.dialogs.activationsBefore.back(), desktop.application.activations)
+            << "to the front first";
         EXPECT_EQ(desktop.userNotificationCenter.bodies(), row.bodies);
     }
     EXPECT_THAT(preferences.notices, ElementsAre(Notification { "openPreferences", {} }));

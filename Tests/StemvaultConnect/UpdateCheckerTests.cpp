@@ -129,6 +129,35 @@ TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
     EXPECT_THAT(platform.urlSession.urls, testing::Each("https://www.stemvault.example/updates"));
 }
 
+TEST_F(UpdateCheckerTests, EachOutcomeIsAnAlertOfItsOwnKindInFront)
+{
+    const struct {
+        Result<std::string> body;
+        const char* answer;
+        Alert expected;
+    } rows[] = {
+        { feed(entry("2")), "Later",
+            { "Update Available", "Stemvault Connect 2 is available.", AlertStyle::Informational,
+                {}, {}, { "Download", "Later" } } },
+        { feed(entry("1")), "OK",
+            { "You're Up to Date", "Stemvault Connect 1.4 is the latest version.",
+                AlertStyle::Informational, {}, {}, { "OK" } } },
+        { Failure { "unreachable" }, "OK",
+            { "Couldn't Check for Updates", "Please check your internet connection and try again.",
+                AlertStyle::Warning, {}, {}, { "OK" } } },
+    };
+    for (const auto& row : rows) {
+        FakePlatform fresh;
+        UpdateChecker::shared().checkForUpdates();
+        fresh.dialogs.answer(row.answer);
+        fresh.urlSession.finish(row.body);
+        fresh.dispatch.settle();
+        EXPECT_THAT(fresh.dialogs.alerts, ElementsAre(row.expected));
+        EXPECT_THAT(fresh.dialogs.activationsBefore, ElementsAre(1)) << row.expected.messageText;
+        EXPECT_TRUE(fresh.workspace.opened.empty());
+    }
+}
+
 TEST_F(UpdateCheckerTests, DownloadOpensWhatIsAURL)
 {
     const std::pair<std::string, bool> rows[] = { { "https://dl.example/a%20b?c#d", true },

@@ -42,6 +42,7 @@ int responseOf(const Alert& alert, const std::string& title)
 AlertAnswer FakeDialogs::runModal(const Alert& alert)
 {
     alerts.push_back(alert);
+    activationsBefore.push_back(application->activations);
     return takeStep(answers, alert, alert.messageText);
 }
 
@@ -200,6 +201,7 @@ std::unique_ptr<Window> FakeWindows::window(std::function<View()> body)
 FakePlatform::FakePlatform()
 {
     SharedInstances::destroyAll();
+    dialogs.application = &application;
     Platform::install(&platform);
 }
 

@@ -91,6 +91,8 @@ struct FakeDialogs : Dialogs {
 
     std::vector<Alert> alerts; ///< As they were asked.
     std::vector<OpenPanel> panels;
+    const FakeApplication* application = nullptr;
+    std::vector<int> activationsBefore; ///< How often the program had come to the front by then.
 
 private:
     std::deque<std::function<AlertAnswer(const Alert&)>> answers;

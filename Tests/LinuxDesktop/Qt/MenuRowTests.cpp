@@ -78,6 +78,15 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     EXPECT_EQ(updates.size(), 2);
     EXPECT_EQ(bus.GetProperty(1, "label").variant().toString(), "third");
     EXPECT_EQ(bus.GetProperty(2, "label").variant().toString(), "a__b & c␊");
+    for (const auto& [key, name] : { std::pair(",", "comma"), std::pair("q", "q") }) {
+        MenuItem row = titled("row");
+        row.keyEquivalent = key;
+        TrayMenu keys;
+        keys.setMenu({ { row } }, &delegate);
+        const QVariant shortcut = DBusMenu(&node, keys).GetProperty(1, "shortcut").variant();
+        EXPECT_EQ(
+            shortcut.value<QList<QStringList>>(), QList({ QStringList({ "Control", name }) }));
+    }
     EXPECT_FALSE(bus.GetProperty(9, "label").variant().toString().size());
 
     EXPECT_THAT(bus.EventGroup({ { 2, "clicked", QDBusVariant(""), 0 },

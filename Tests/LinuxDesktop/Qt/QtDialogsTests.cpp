@@ -1,3 +1,4 @@
+#include "LinuxDesktop/Qt/AlertIcon.h"
 #include "LinuxDesktop/Qt/AlertWindow.h"
 #include "LinuxDesktop/Qt/AnswerGuard.h"
 #include "LinuxDesktop/Qt/OpenPanelWindow.h"
@@ -11,12 +12,15 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QHelpEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QToolTip>
+
+#include <algorithm>
 
 namespace stemvault {
 namespace {
@@ -135,6 +139,20 @@ TEST_F(QtDialogsTest, AnAlertAnswersWithTheButtonPressed)
     }
 }
 
+TEST_F(QtDialogsTest, AnAlertThatWarnsBearsABadge)
+{
+    QPixmap plain(64, 64);
+    plain.fill(Qt::gray);
+    const auto picture = [&](AlertStyle style) {
+        AlertIcon shown(QIcon(plain), style, 64);
+        return shown.grab().toImage();
+    };
+    const QImage informational = picture(AlertStyle::Informational);
+    EXPECT_EQ(informational.pixelColor(48, 58), QColor(Qt::gray));
+    EXPECT_NE(picture(AlertStyle::Warning), informational);
+    EXPECT_NE(picture(AlertStyle::Critical), picture(AlertStyle::Warning));
+}
+
 TEST_F(QtDialogsTest, KeysMeantForAnotherProgramDoNotAnswer)
 {
     ModalWindows patientWindows { 1h };
@@ -220,6 +238,35 @@ TEST_F(QtDialogsTest, APanelGivesTheFolderChosen)
 
     meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) { press(window, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.runModal(panel).response, ModalResponse::cancel);
+}
+
+TEST_F(QtDialogsTest, APanelGivesAllTheFoldersChosenAndShowsItsMessage)
+{
+    const TemporaryFolder folder;
+    const std::string one = folder.makeFolder("One");
+    const std::string two = folder.makeFolder("Two");
+    OpenPanel panel { false, true, true, "Use", "Choose some.", FileURL(folder.path()) };
+    for (const bool isForSeveral : { true, false }) {
+        panel.allowsMultipleSelection = isForSeveral;
+        meanwhile<OpenPanelWindow>([&](OpenPanelWindow& window) {
+            const auto labels = window.findChildren<QLabel*>();
+            EXPECT_TRUE(std::ranges::any_of(
+                labels, [](const QLabel* label) { return label->text() == "Choose some."; }));
+            auto* list = window.findChild<QAbstractItemView*>("treeView");
+            const auto isRead = [list] { return list->model()->rowCount(list->rootIndex()) == 2; };
+            ASSERT_TRUE(happens(isRead));
+            for (int row = 0; row < 2; ++row)
+                QTest::mouseClick(list->viewport(), Qt::LeftButton, Qt::ControlModifier,
+                    list->visualRect(list->model()->index(row, 0, list->rootIndex())).center());
+            button(window, "Use").click();
+        });
+        const OpenPanelAnswer chosen = dialogs.runModal(panel);
+        EXPECT_EQ(chosen.response, ModalResponse::ok);
+        if (isForSeveral)
+            EXPECT_THAT(chosen.urls, ElementsAre(FileURL(one), FileURL(two)));
+        else
+            EXPECT_THAT(chosen.urls, ElementsAre(FileURL(two)));
+    }
 }
 
 TEST_F(QtDialogsTest, NoNameInAPanelIsTakenForMarkup)
