@@ -23,4 +23,5 @@ from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
 __all__ = ["Accessibility", "DeadMount", "HangingDrive", "OlderTray", "StandInDaw",
-           "StemvaultConnect", "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window", "live_alone", "wait_for"]
+           "StemvaultConnect", "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window",
+           "live_alone", "wait_for"]
