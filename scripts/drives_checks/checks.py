@@ -1,0 +1,225 @@
+"""What is tried on every drive. Each check gives what to write into the table; a fault raises Fault."""
+
+import contextlib
+import hashlib
+import os
+import random
+import re
+import subprocess
+import time
+
+from mounts import wait_until
+
+MIB = 1 << 20
+TAKES_PATIENCE = 60  # Seconds that anything may take before it counts as hung.
+OLD = 1_600_000_000
+NAMES = [b"que?y.wav", b"co:lon.wav", b'quo"te.wav', b"back\\slash.wav", b"<a|b>*.wav", b"dot..wav.", b" blank .wav ",
+         b"new\nline.wav", b"latin\xe4.wav", "ünïcödé 混音 🎚.wav".encode(), b"-dash.wav", b"x" * 140 + b".wav",
+         b"x" * 251 + b".wav", "ä".encode() * 125 + b".wav"]
+
+
+class Fault(Exception):
+    pass
+
+
+def expect(is_true, what):
+    if not is_true:
+        raise Fault(what)
+
+
+def digest(path):
+    with open(path, "rb") as file:
+        return hashlib.file_digest(file, "sha256").hexdigest() if hasattr(hashlib, "file_digest") \
+            else hashlib.sha256(file.read()).hexdigest()
+
+
+def write(path, size, date=OLD):
+    with open(path, "wb") as file:
+        file.write(os.urandom(size))
+    os.utime(path, (date, date))
+    return digest(path)
+
+
+def reason(text):
+    """The part of our sentence that says why."""
+    found = re.search(r"because (.*)\.\n?$", text, re.DOTALL)
+    return found.group(1) if found else text.strip()
+
+
+class Checks:
+    def __init__(self, programs, drive, home):
+        self.copy_tool = os.path.join(programs, "stemvault-copy")
+        self.drive = drive
+        self.home = home
+        self.here = os.path.join(drive.path, "here")
+        os.makedirs(home, exist_ok=True)
+        os.makedirs(self.here)
+
+    def spawn(self, source, to, *options):
+        return subprocess.Popen([self.copy_tool, *options, source, to], stderr=subprocess.PIPE)
+
+    def copy(self, source, to, *options):
+        """Gives why it failed, or nothing."""
+        process = self.spawn(source, to, *options)
+        try:
+            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise Fault("a copy hangs") from None
+        return reason(text) if process.returncode else ""
+
+    def leftovers(self, folder=None):
+        return [name for name in os.listdir(os.fsencode(folder or self.here)) if name.startswith(b".")]
+
+    def both_ways(self):
+        """Six files there and back, small and large, one with holes, and a replacement."""
+        for size in (0, 1, 4097, 3 * MIB + 1, 24 * MIB, -5 * MIB):
+            source, there, back = self.home + "/a.wav", self.here + "/a.wav", self.home + "/back.wav"
+            write(source, max(size, 0))
+            if size < 0:  # Holes, with some data near the end.
+                with open(source, "wb") as file:
+                    file.truncate(-size)
+                    file.seek(-size - 5000)
+                    file.write(b"data")
+                os.utime(source, (OLD, OLD))
+            for one, other in ((source, there), (there, back)):
+                why = self.copy(one, other)
+                expect(not why, f"{size} bytes: {why}")
+                expect(digest(one) == digest(other), f"{size} bytes: the copy differs")
+            for path in (there, back):
+                os.unlink(path)
+        write(self.here + "/a.wav", 3 * MIB)
+        new = write(self.home + "/a.wav", 5 * MIB)
+        why = self.copy(self.home + "/a.wav", self.here + "/a.wav", "--replace")
+        expect(not why and digest(self.here + "/a.wav") == new, f"a replacement: {why}")
+        expect(not self.leftovers(), "something was left behind")
+        os.unlink(self.here + "/a.wav")
+        return "identical"
+
+    def dates(self):
+        source, there, back = self.home + "/date.wav", self.here + "/date.wav", self.home + "/dateback.wav"
+        write(source, 100_000)
+        expect(not self.copy(source, there) and self.has_date(there), "the date was lost on the way there")
+        if self.drive.has_cache:  # Such a file has the date at which it was opened until it is stored.
+            stored = there.replace(self.drive.path, self.drive.store)
+            wait_until(lambda: os.path.exists(stored) and self.has_date(stored), 20, "storing")
+            time.sleep(1)
+        expect(not self.copy(there, back) and self.has_date(back), "the date was lost on the way back")
+        return "kept"
+
+    @staticmethod
+    def has_date(path):
+        return abs(os.stat(path).st_mtime - OLD) < 2.1  # FAT counts in steps of two seconds.
+
+    def odd_names(self):
+        copied, refusals = 0, set()
+        for name in NAMES:
+            source, target = (os.path.join(os.fsencode(folder), name) for folder in (self.home, self.here))
+            expected = write(source, 5000)
+            why = self.copy(source, target)
+            if not why:
+                expect(digest(target) == expected and name in os.listdir(os.fsencode(self.here)), f"{name} differs")
+                copied += 1
+                os.unlink(target)
+            else:
+                refusals.add("too long" if "too long" in why else "not allowed" if "allow its name" in why else why)
+            expect(not self.leftovers(), f"{name} left something behind")
+        return f"all {copied}" if not refusals else f"{copied} of {len(NAMES)}, else “{'”, “'.join(sorted(refusals))}”"
+
+    def full_disk(self):
+        old = write(self.here + "/Mix.wav", 2 * MIB)
+        # Behind drives that pass things on, as some of them remember how much room there was.
+        room = self.drive.store if os.path.ismount(self.drive.store) else self.here
+        filler = room + "/filler"
+        with contextlib.suppress(OSError), open(filler, "wb", buffering=0) as file:
+            while os.statvfs(room).f_bavail * os.statvfs(room).f_frsize > 12 * MIB:
+                file.write(os.urandom(2 * MIB))
+        write(self.home + "/big.wav", 40 * MIB)
+        why = self.copy(self.home + "/big.wav", self.here + "/Mix.wav", "--replace")
+        if self.drive.has_cache:
+            os.unlink(filler)
+            expect(not why, why)
+            return "reported as copied: it is in the drive's cache on this machine"
+        expect(why, "40 MiB went onto a full disk")
+        expect(digest(self.here + "/Mix.wav") == old, "the old file was lost")
+        expect(not self.leftovers(), "something was left behind")
+        for path in (filler, self.here + "/Mix.wav"):
+            os.unlink(path)
+        return f"“{why}”, the old file stays"
+
+    def kills(self):
+        """Replacements and new files, each killed at a random moment of its usual time."""
+        source, target = self.home + "/kill.wav", self.here + "/kill.wav"
+        versions = {write(source, 12 * MIB)}
+        usual = min(self.time_of_copy(source, target) for _ in range(3))
+        finished = 0
+        for kill in range(40):
+            new = kill % 2 == 1
+            path = f"{self.here}/new{kill}.wav" if new else target
+            versions.add(write(source, 12 * MIB))
+            process = self.spawn(source, path, "--replace")
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                process.wait(random.uniform(0, 1.3 * usual))
+            process.kill()
+            process.wait()
+            if new and not os.path.exists(path):
+                continue
+            expect(os.path.exists(path), f"kill {kill}: the old file is gone")
+            expect(digest(path) in versions, f"kill {kill}: a part of a file")
+            finished += new
+            if new:
+                os.unlink(path)
+            for name in self.leftovers():
+                os.unlink(os.path.join(os.fsencode(self.here), name))
+        os.unlink(target)
+        return f"40 times whole or absent ({finished} of 20 new ones came through)"
+
+    def time_of_copy(self, source, target):
+        start = time.monotonic()
+        expect(not self.copy(source, target, "--replace"), "a copy failed")
+        return time.monotonic() - start
+
+    def begin_long_copy(self):
+        """Gives a copy onto the drive that has begun to write, and what was copied."""
+        size = 60 * MIB
+        expected = write(self.home + "/long.wav", size)
+        process = self.spawn(self.home + "/long.wav", self.here + "/long.wav")
+        time.sleep(0.01)
+        return process, expected
+
+    def hanging(self):
+        if not self.drive.can_hang:
+            return "not tried: it has no daemon to stop"
+        process, expected = self.begin_long_copy()
+        self.drive.stop()
+        time.sleep(2)
+        waited = process.poll() is None
+        self.drive.go_on()
+        try:
+            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise Fault("never ends once the drive goes on") from None
+        expect(process.returncode == 0, reason(text))
+        expect(digest(self.here + "/long.wav") == expected, "the copy differs")
+        os.unlink(self.here + "/long.wav")
+        return "waits, then whole" if waited else "was faster than the stop, whole"
+
+    def going(self):
+        if not self.drive.go:
+            return "not tried: it lies in memory"
+        process, _ = self.begin_long_copy()
+        try:
+            self.drive.go()
+        except OSError as error:
+            process.kill()
+            process.wait()
+            return f"not tried: it cannot be shut down ({error.strerror})"
+        start = time.monotonic()
+        try:
+            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise Fault("a copy hangs when the drive goes") from None
+        expect(process.returncode != 0, "a copy to a drive that went was told as done")
+        return f"“{reason(text)}” after {time.monotonic() - start:.1f} s"
