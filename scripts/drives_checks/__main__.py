@@ -32,7 +32,8 @@ def row(name, programs, folder):
         return [name] + [f"not tried: {error}"] * len(COLUMNS)
     except Exception as error:  # The message of a command that failed is all that tells why.
         text = getattr(error, "stderr", b"") or str(error).encode()
-        return [name] + ["not tried: " + text.decode(errors="replace").strip().splitlines()[-1]] * len(COLUMNS)
+        why = text.decode(errors="replace").strip().splitlines()[-1]
+        return [name] + ["not tried: " + why] * len(COLUMNS)
     try:
         checks = Checks(programs, drive, home)
         return [name] + [attempt(name, column, getattr(checks, column)) for column in COLUMNS]

@@ -13,9 +13,9 @@ from mounts import wait_until
 MIB = 1 << 20
 TAKES_PATIENCE = 60  # Seconds that anything may take before it counts as hung.
 OLD = 1_600_000_000
-NAMES = [b"que?y.wav", b"co:lon.wav", b'quo"te.wav', b"back\\slash.wav", b"<a|b>*.wav", b"dot..wav.", b" blank .wav ",
-         b"new\nline.wav", b"latin\xe4.wav", "ünïcödé 混音 🎚.wav".encode(), b"-dash.wav", b"x" * 140 + b".wav",
-         b"x" * 251 + b".wav", "ä".encode() * 125 + b".wav"]
+NAMES = [b"que?y.wav", b"co:lon.wav", b'quo"te.wav', b"back\\slash.wav", b"<a|b>*.wav", b"dot..wav.",
+         b" blank .wav ", b"new\nline.wav", b"latin\xe4.wav", "ünïcödé 混音 🎚.wav".encode(),
+         b"-dash.wav", b"x" * 140 + b".wav", b"x" * 251 + b".wav", "ä".encode() * 125 + b".wav"]
 
 
 class Fault(Exception):
@@ -118,13 +118,17 @@ class Checks:
             expected = write(source, 5000)
             why = self.copy(source, target)
             if not why:
-                expect(digest(target) == expected and name in os.listdir(os.fsencode(self.here)), f"{name} differs")
+                listed = os.listdir(os.fsencode(self.here))
+                expect(digest(target) == expected and name in listed, f"{name} differs")
                 copied += 1
                 os.unlink(target)
             else:
-                refusals.add("too long" if "too long" in why else "not allowed" if "allow its name" in why else why)
+                known = {"too long": "too long", "allow its name": "not allowed"}
+                refusals.add(next((short for text, short in known.items() if text in why), why))
             expect(not self.leftovers(), f"{name} left something behind")
-        return f"all {copied}" if not refusals else f"{copied} of {len(NAMES)}, else “{'”, “'.join(sorted(refusals))}”"
+        if not refusals:
+            return f"all {copied}"
+        return f"{copied} of {len(NAMES)}, else “{'”, “'.join(sorted(refusals))}”"
 
     def full_disk(self):
         old = write(self.here + "/Mix.wav", 2 * MIB)

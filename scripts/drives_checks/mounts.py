@@ -14,7 +14,8 @@ SFTP_SERVER = "/usr/lib/openssh/sftp-server"
 
 
 def run(*command):
-    subprocess.run(command, check=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+    subprocess.run(command, check=True, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                   stderr=subprocess.PIPE)
 
 
 def wait_until(is_true, seconds, what):
@@ -43,7 +44,8 @@ class Drive:
         run("mount", "-t", "tmpfs", "-o", f"size={CAPACITY}", "tmpfs", self.store)
 
     def start(self, *command, **options):
-        self.daemon = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, **options)
+        self.daemon = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                                       **options)
         wait_until(lambda: os.path.ismount(self.path) or self.daemon.poll() is not None, 20, "mounting")
         if self.daemon.poll() is not None:
             raise OSError(f"{command[0]} ended with status {self.daemon.returncode}")
@@ -180,7 +182,7 @@ class Sshfs(Drive):
         self.mount_store()
         ours, theirs = socket.socketpair()
         self.server = subprocess.Popen([SFTP_SERVER], stdin=theirs, stdout=theirs, stderr=subprocess.DEVNULL)
-        self.start("sshfs", "-f", "-o", "passive", f"server:{self.store}", self.path, stdin=ours, pass_fds=[1])
+        self.start("sshfs", "-f", "-o", "passive", f"server:{self.store}", self.path, stdin=ours)
 
     def start(self, *command, stdin, **_):
         self.daemon = subprocess.Popen(command, stdin=stdin, stdout=stdin, stderr=subprocess.DEVNULL)
