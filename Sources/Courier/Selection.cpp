@@ -38,10 +38,12 @@ Deadline in(std::chrono::milliseconds time)
     return std::chrono::steady_clock::now() + time;
 }
 
-bool isSet(const char* variable)
+/// Empty when it is not set.
+std::string_view environment(const char* variable)
 {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread.
     const char* const value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
+    return value != nullptr ? value : "";
 }
 
 Files filesOn(const X11Clipboard& clipboard)
@@ -72,13 +74,12 @@ Files filesOnWayland(const std::vector<std::string>& offered)
 // window only the former. Others keep them apart until an X window has the keyboard.
 bool hasCommonClipboard()
 {
-    const char* const desktop = std::getenv("XDG_CURRENT_DESKTOP");
-    return desktop != nullptr && std::string_view(desktop).find("GNOME") != std::string_view::npos;
+    return environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string_view::npos;
 }
 
 Result<Files> copiedBefore(const X11Display* display)
 {
-    const bool isWayland = isSet("WAYLAND_DISPLAY");
+    const bool isWayland = !environment("WAYLAND_DISPLAY").empty();
     if (isWayland && !(display != nullptr && hasCommonClipboard())) {
         const auto offered = WaylandClipboard::formats(in(timeToRead));
         if (!offered)

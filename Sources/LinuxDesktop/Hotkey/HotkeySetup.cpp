@@ -38,7 +38,7 @@ bool HotkeySetup::show()
             "In its settings, bind a key of your choice to:\n\n"
             + shortcut.command();
         alert.style = AlertStyle::Informational;
-        dialogs.runModal(alert);
+        static_cast<void>(dialogs.runModal(alert));
     }
     return openKeyboardSettings(desktop);
 }
