@@ -183,11 +183,20 @@ CopyOutcome Draft::moveOverOld()
 
 CopyOutcome Draft::exchangeWithOld()
 {
+    // Marked before it gets the draft's name: a copy that is killed right after the exchange leaves
+    // the old item under that name, and only what is marked is ever removed.
+    const FileDescriptor old(
+        ::openat(folder, finalName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (old)
+        markDraft(old.get());
     if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), RENAME_EXCHANGE)
         == 0) {
         displaced = name;
         return std::nullopt;
     }
+    const int fault = errno;
+    unmarkDraft(folder, finalName);
+    errno = fault;
     return isUnknownRename(errno) ? moveOldAside() : writingFault();
 }
 
