@@ -66,7 +66,8 @@ public:
             piece.type = following;
         }
         xcb_destroy_window(connection.get(), piece.window);
-        xcb_flush(connection.get());
+        // The server may drop what it has not read yet when the connection ends: it answers first.
+        static_cast<void>(atom("_NET_STARTUP_INFO"));
     }
 
 private:
