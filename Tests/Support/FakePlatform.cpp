@@ -42,7 +42,7 @@ int responseOf(const Alert& alert, const std::string& title)
 AlertAnswer FakeDialogs::runModal(const Alert& alert)
 {
     alerts.push_back(alert);
-    activationsBefore.push_back(application->activations);
+    activationsBefore.push_back(application ? application->activations : 0);
     return takeStep(answers, alert, alert.messageText);
 }
 
