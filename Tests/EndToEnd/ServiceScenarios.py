@@ -61,6 +61,7 @@ class ServiceScenarios(Scenario):
         prompt = self.connect.prompt("2.WAV\nfrom Song Demos\n\n+ 1 more waiting")
         self.assertIsNone(courier.poll())
         prompt.answer("Add All (2)")
+        self.desktop.wait_for_notification("1.wav → Client A")
         self.desktop.wait_for_notification("2 files → Client A")
         self.expect(courier, 0)
         for mix in self.mixes:
