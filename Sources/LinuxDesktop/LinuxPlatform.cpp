@@ -103,7 +103,7 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
         session.reset();
         std::cerr << "stemvault-connect: another program has the name "
                   << identity::applicationId.toStdString() << " on the session bus\n";
-        std::exit(EXIT_FAILURE);
+        std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe): no thread has been started.
     }
     if (claim == SingleInstance::Claim::OtherInstance)
         return nullptr;
