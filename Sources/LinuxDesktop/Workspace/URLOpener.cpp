@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QTimer>
 
+#include <set>
 #include <unistd.h>
 
 namespace stemvault {
@@ -12,10 +13,24 @@ namespace {
 
 enum Outcome { Opened, Failed };
 
-/// Belongs to nobody: it goes when the tool has ended, and what it started outlives us.
+/// The tools that still run. They are never destroyed before they have ended, not even with us:
+/// that would kill the browser that a tool may have become.
+std::set<QProcess*>& runningTools()
+{
+    static auto* const tools = new std::set<QProcess*>;
+    return *tools;
+}
+
+void forget(QProcess* tool)
+{
+    runningTools().erase(tool);
+    tool->deleteLater();
+}
+
 QProcess* makeTool(const std::string& url)
 {
     auto* tool = new QProcess;
+    runningTools().insert(tool);
     tool->setProgram(QStringLiteral("xdg-open"));
     tool->setArguments({ QString::fromStdString(url) });
     tool->setStandardInputFile(QProcess::nullDevice());
@@ -42,10 +57,10 @@ bool openURL(const std::string& url, std::chrono::milliseconds patience)
         if (error == QProcess::FailedToStart)
             loop.exit(Failed);
     });
-    QObject::connect(tool, &QProcess::finished, tool, &QObject::deleteLater);
+    QObject::connect(tool, &QProcess::finished, tool, [tool] { forget(tool); });
     QObject::connect(tool, &QProcess::errorOccurred, tool, [tool](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
-            tool->deleteLater();
+            forget(tool);
     });
     QTimer::singleShot(patience, &loop, [&loop] { loop.exit(Opened); });
     // Queued, as a failure to start is told from within.

@@ -9,7 +9,7 @@
 namespace stemvault {
 namespace {
 
-std::string number(std::uint32_t value, std::size_t size)
+std::string number(std::uint64_t value, std::size_t size)
 {
     std::string bytes;
     for (std::size_t i = 0; i < size; ++i)
@@ -25,19 +25,18 @@ std::string padded(std::string text)
 
 std::string setting(char type, const std::string& name, const std::string& value)
 {
-    return std::string { type, '\0' } + number(static_cast<std::uint32_t>(name.size()), 2)
-        + padded(name) + number(1, 4) + value;
+    return std::string { type, '\0' } + number(name.size(), 2) + padded(name) + number(1, 4)
+        + value;
 }
 
 std::string textSetting(const std::string& name, const std::string& value)
 {
-    return setting(1, name, number(static_cast<std::uint32_t>(value.size()), 4) + padded(value));
+    return setting(1, name, number(value.size(), 4) + padded(value));
 }
 
 std::string settings(const std::vector<std::string>& all)
 {
-    std::string whole =
-        number(0, 4) + number(7, 4) + number(static_cast<std::uint32_t>(all.size()), 4);
+    std::string whole = number(0, 4) + number(7, 4) + number(all.size(), 4);
     for (const std::string& one : all)
         whole += one;
     return whole;
