@@ -19,7 +19,7 @@ class FileManager:
         self._choose_icons()
         # More often than not PCManFM-Qt tells nothing of itself, neither at once nor later, until it is
         # started once more.
-        wait_for(f"{name} to be accessible", lambda: self._start(folder), 30)
+        wait_for(f"{name} to be accessible", lambda: self._start(folder), 60)
         self._activate()
 
     def open_menu(self):
@@ -69,7 +69,7 @@ class FileManager:
             # One that hands its folder to another that is just ending shows no window.
             self.window = wait_for(
                 f"{self.name}'s window", lambda: self._window(folder.name), 5)
-            return wait_for("its owner", self._owners, 0.5)
+            return wait_for("its owner", self._owners, 2)
         except TimedOut:
             end_process(self.process)
             return None
