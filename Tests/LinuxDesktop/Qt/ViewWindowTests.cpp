@@ -150,7 +150,7 @@ TEST(ViewWindowTests, EveryPathCanBeReadInFullSomewhere)
         text.lines = lines;
         ViewWindow window([&] { return page({ text }); });
         window.show();
-        const auto* shown = window.findChild<ViewText*>();
+        const auto* shown = childrenOf<ViewText>(window).front();
         EXPECT_LT(shown->text().size(), 300) << "the window itself stays small";
         QString tip = shown->toolTip();
         EXPECT_EQ(tip.remove(QChar(0x200B)), QStringLiteral("<qt>%1</qt>").arg(path.c_str()));
@@ -211,7 +211,7 @@ TEST(ViewWindowTests, ASwitchShowsWhatBecameOfAChange)
         return page({ Toggle { "Launch", false, [&](bool isOn) { asked.push_back(isOn); }, {} } });
     });
     window.show();
-    auto* toggle = window.findChild<ViewToggle*>();
+    auto* toggle = childrenOf<ViewToggle>(window).front();
     toggle->click();
     EXPECT_TRUE(toggle->isChecked());
     window.draw();
