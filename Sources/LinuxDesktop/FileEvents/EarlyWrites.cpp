@@ -40,6 +40,9 @@ bool EarlyWrites::runSlice()
 
 void EarlyWrites::lookAt(NodeId folder)
 {
+    // A folder that is mounted within itself has neither watch nor turn here.
+    if (state.tree.watch(folder) < 0 && !polled.contains(folder))
+        return;
     // Where others write as well, the times are those of another clock.
     if (polled.isSharedWithOthers(folder)
         || !state.tree.path(folder, WatchTree::Spelling::Resolved, path))

@@ -22,8 +22,7 @@ class TreeWalker;
 ///   unless it was touched or dated back. Its mode and its inode number do not matter; some file
 ///   systems make the latter up.
 /// - A file that was not there, or was another one, counts as written when its content is newer
-/// than
-///   the last look. Otherwise it was moved here, or copied with its date.
+///   than the last look. Otherwise it was moved here, or copied with its date.
 class PolledFolders {
 public:
     enum class Reason : std::uint8_t { NoWatch, SharedWithOthers };
@@ -33,6 +32,7 @@ public:
     /// From now on; what is there already is not reported.
     void add(NodeId node, Reason reason);
 
+    [[nodiscard]] bool contains(NodeId node) const { return folders.contains(node); }
     [[nodiscard]] bool isSharedWithOthers(NodeId node) const;
 
     /// When to look again; absent while every folder is watched.
