@@ -44,9 +44,9 @@ WorkspaceSources WorkspaceSources::ofThisSession()
     return sources;
 }
 
-ApplicationWatch::ApplicationWatch(Dispatch& queues, const WorkspaceSources& lookedAtHere,
-    std::function<void(WorkspaceNews)> onNews)
-    : dispatch(queues), announced(std::move(onNews)), sources(lookedAtHere),
+ApplicationWatch::ApplicationWatch(
+    Dispatch& queues, WorkspaceSources lookedAtHere, std::function<void(WorkspaceNews)> onNews)
+    : dispatch(queues), announced(std::move(onNews)), sources(std::move(lookedAtHere)),
       menu(std::make_shared<const DesktopEntries>()), processes(sources.processRoot),
       endings(sources.processRoot, [this] { update(); })
 {

@@ -61,8 +61,8 @@ class ApplicationWatch {
 public:
     /// `onNews` is called from the event loop, once for all that is found at once. `dispatch` must
     /// outlive the watch.
-    ApplicationWatch(Dispatch& queues, const WorkspaceSources& lookedAtHere,
-        std::function<void(WorkspaceNews)> onNews);
+    ApplicationWatch(
+        Dispatch& queues, WorkspaceSources lookedAtHere, std::function<void(WorkspaceNews)> onNews);
 
     /// As they are now, in the order in which they were started.
     [[nodiscard]] const std::vector<ListedApplication>& applications();
