@@ -12,6 +12,7 @@ class Cinnamon(RealDesktop):
     main_package = "cinnamon"
     file_manager = "nemo"
     shortcuts_page = "cinnamon-settings"
+    shortcuts_title = "Keyboard"
 
     def start_session(self):
         self.be("light")
@@ -30,13 +31,8 @@ class Cinnamon(RealDesktop):
         return next((name for name in self.setting(KEYS, "custom-list")
                      if SERVICE in self.setting(entry_of(name), "command")), None)
 
-    def add_shortcut(self, command):
-        for key, value in (("name", "Add to Stemvault"), ("command", command)):
-            self.set_option(entry_of("custom0"), key, value)
-        self.set_option(KEYS, "custom-list", ["custom0"])
-
-    def bind(self, entry, key):
-        self.set_option(entry_of(entry), "binding", [key])
+    def bind(self, entry):
+        self.set_option(entry_of(entry), "binding", ["<Primary><Super>y"])
         # The list is what it watches: so does its own page.
         names = self.setting(KEYS, "custom-list")
         self.set_option(KEYS, "custom-list", [*names, "__dummy__"])

@@ -17,6 +17,7 @@ class Gnome(RealDesktop):
     main_package = "gnome-shell"
     file_manager = "nautilus"
     shortcuts_page = "gnome-control-center"
+    shortcuts_title = "Keyboard"
 
     def start_session(self):
         for key, value in (("enabled-extensions", [EXTENSION]),
@@ -50,14 +51,8 @@ class Gnome(RealDesktop):
         return next((path for path in self.setting(KEYS, "custom-keybindings")
                      if SERVICE in self.setting(f"{KEYS}.custom-keybinding:{path}", "command")), None)
 
-    def add_shortcut(self, command):
-        path = "/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/custom0/"
-        for key, value in (("name", "Add to Stemvault"), ("command", command), ("binding", "")):
-            self.set_option(f"{KEYS}.custom-keybinding:{path}", key, value)
-        self.set_option(KEYS, "custom-keybindings", [path])
-
-    def bind(self, entry, key):
-        self.set_option(f"{KEYS}.custom-keybinding:{entry}", "binding", key)
+    def bind(self, entry):
+        self.set_option(f"{KEYS}.custom-keybinding:{entry}", "binding", "<Control><Super>y")
 
     def open_file_manager(self, folder):
         return WaylandFileManager(self, self.file_manager, folder)

@@ -26,6 +26,7 @@ class Lxqt(RealDesktop):
     main_package = "lxqt-panel"
     file_manager = "pcmanfm-qt"
     shortcuts_page = "lxqt-config-globalkeyshortcuts"
+    shortcuts_title = "Global Actions"
 
     def start_session(self):
         # What the session's own starter sets.
@@ -50,13 +51,8 @@ class Lxqt(RealDesktop):
         actions = self.call(*DAEMON, "getAllActions")
         return next((number for number, action in actions.items() if SERVICE in str(action)), None)
 
-    def add_shortcut(self, command):
-        program, argument = command.split()
-        self.call(*DAEMON, "addCommandAction", "ssass", "Meta+F12", program, dbus.Array([argument], "s"),
-                  "Add to Stemvault")
-
-    def bind(self, entry, key):
-        self.call(*DAEMON, "changeShortcut", "ts", dbus.UInt64(entry), key)
+    def bind(self, entry):
+        self.call(*DAEMON, "changeShortcut", "ts", dbus.UInt64(entry), "Control+Meta+Y")
 
     def configure(self, look):
         base, window, text = {"light": ("#ffffff", "#efefef", "#000000"),

@@ -9,7 +9,8 @@ from virtual_desktop import wait_for
 from .nested import NestedDisplay, WaylandFileManager
 from .session import SERVICE, STARTING, RealDesktop
 
-QT_KEYS = {"F8": 0x01000037}
+KEYS = ("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel")
+CONTROL_SUPER_Y = 0x14000059  # As Qt numbers it.
 
 
 class PlasmaX11(RealDesktop):
@@ -17,6 +18,7 @@ class PlasmaX11(RealDesktop):
     main_package = "plasma-workspace"
     file_manager = "dolphin"
     shortcuts_page = "systemsettings"
+    shortcuts_title = "Shortcuts"
 
     def start_session(self):
         self.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5",
@@ -37,30 +39,15 @@ class PlasmaX11(RealDesktop):
         self.run("plasma-apply-colorscheme", scheme)
 
     def shortcut(self):
-        """An application's shortcut: the name of its entry, in the file that KDE keeps them in."""
-        for entry in self.application_entries():
-            if SERVICE in entry.read_text():
-                return entry.name
-        return None
+        """The name of an entry with the command that the daemon knows."""
+        components = {str(component[0]) for component in self.call(*KEYS, "allMainComponents")}
+        return next((entry.name for entry in Path("/usr/share/kglobalaccel").glob("*.desktop")
+                     if SERVICE in entry.read_text() and entry.name in components), None)
 
-    def application_entries(self):
-        places = [self.home / ".local/share/kglobalaccel", self.home / ".local/share/applications",
-                  Path("/usr/share/kglobalaccel"), Path("/usr/share/applications")]
-        return [entry for place in places for entry in place.glob("*.desktop")]
-
-    def add_shortcut(self, command):
-        self.write(".local/share/kglobalaccel/add-to-stemvault.desktop",
-                   f"[Desktop Entry]\nType=Application\nName=Add to Stemvault\nExec={command}\n"
-                   "NoDisplay=true\n")
-
-    def bind(self, entry, key):
-        """As the page does it, over the bus."""
+    def bind(self, entry):
         action = dbus.Array([entry, "_launch", "Add to Stemvault", "Add to Stemvault"], signature="s")
-        code = QT_KEYS[key]
-        self.call("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "doRegister", "as",
-                  action)
-        self.call("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel", "setForeignShortcut",
-                  "asai", action, dbus.Array([code], signature="i"))
+        self.call(*KEYS, "setForeignShortcut", "asai", action,
+                  dbus.Array([CONTROL_SUPER_Y], signature="i"))
 
 
 class PlasmaWayland(PlasmaX11):

@@ -33,6 +33,7 @@ class RealDesktop(VirtualDesktop):
     session_type = "x11"
     file_manager = ""
     shortcuts_page = ""  # The program that shows the desktop's shortcuts.
+    shortcuts_title = ""  # In the name of its window.
     way_to_entry = ()  # The menus that lead to the program's entries there.
 
     def __init__(self, results):
@@ -66,11 +67,8 @@ class RealDesktop(VirtualDesktop):
         """The entry of the program's command, or None."""
         raise NotImplementedError
 
-    def add_shortcut(self, command):
-        """Adds an entry without a key."""
-        raise NotImplementedError
-
-    def bind(self, entry, key):
+    def bind(self, entry):
+        """Gives it Control, Super and Y, as the desktop's page does."""
         raise NotImplementedError
 
     def close_shortcuts_page(self):
@@ -146,13 +144,13 @@ class RealDesktop(VirtualDesktop):
     def picture(self):
         return Picture(self.display)
 
-    def still_picture(self, seconds=0.0):
-        """A picture, once the screen has not changed for so long."""
+    def still_picture(self, seconds=0.0, but=0):
+        """A picture, once the screen has not changed for so long, but for so many squares."""
         last, since = [self.picture()], [time.monotonic()]
 
         def rests():
             before, last[0] = last[0], self.picture()
-            if last[0].changes(before):
+            if len(last[0].changes(before)) > but:
                 since[0] = time.monotonic()
                 return False
             return time.monotonic() - since[0] >= seconds

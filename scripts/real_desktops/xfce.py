@@ -10,6 +10,7 @@ class Xfce(RealDesktop):
     main_package = "xfce4-panel"
     file_manager = "thunar"
     shortcuts_page = "xfce4-keyboard-settings"
+    shortcuts_title = "Keyboard"
     way_to_entry = ("Send To",)
 
     def start_session(self):
@@ -30,13 +31,10 @@ class Xfce(RealDesktop):
         listed = self.run("xfconf-query", "--channel", KEYS, "--list", "--verbose")
         return next((line.split()[0] for line in listed.splitlines() if SERVICE in line), None)
 
-    def add_shortcut(self, command):
-        self.set_option(KEYS, "/commands/custom/<Super>F12", command)
-
-    def bind(self, entry, key):
+    def bind(self, entry):
         command = self.run("xfconf-query", "--channel", KEYS, "--property", entry)
         self.run("xfconf-query", "--channel", KEYS, "--property", entry, "--reset")
-        self.set_option(KEYS, f"/commands/custom/{key}", command)
+        self.set_option(KEYS, "/commands/custom/<Primary><Super>y", command)
 
     def set_option(self, channel, name, text):
         self.run("xfconf-query", "--channel", channel, "--property", name, "--create",
