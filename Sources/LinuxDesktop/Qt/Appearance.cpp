@@ -7,7 +7,10 @@
 #include <QDBusPendingReply>
 #include <QDBusServiceWatcher>
 #include <QPalette>
+#include <QSettings>
+#include <QStandardPaths>
 
+#include <optional>
 #include <utility>
 
 namespace stemvault {
@@ -28,6 +31,20 @@ uint numberOf(QVariant value)
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
     return value.toUInt();
+}
+
+/// That of the windows in Plasma's settings, which has none there until one was chosen.
+std::optional<QColor> colorOfPlasma(const QString& role)
+{
+    const QString file =
+        QStandardPaths::locate(QStandardPaths::GenericConfigLocation, QStringLiteral("kdeglobals"));
+    const QStringList parts = QSettings(file, QSettings::IniFormat)
+                                  .value(QStringLiteral("Colors:Window/") + role)
+                                  .toStringList();
+    if (parts.size() < 3)
+        return std::nullopt;
+    const QColor color(parts[0].toInt(), parts[1].toInt(), parts[2].toInt());
+    return color.isValid() ? std::optional(color) : std::nullopt;
 }
 
 bool isDark(const QPalette& palette)
@@ -79,6 +96,9 @@ Appearance::Appearance(QDBusConnection sessionBus)
     qDBusRegisterMetaType<QDBusVariant>(); // Without it the slot is not found.
     bus.connect(QString(), path, settings, QStringLiteral("SettingChanged"), { group }, QString(),
         this, SLOT(settingChanged(QString, QString, QDBusVariant)));
+    bus.connect(QString(), QStringLiteral("/KGlobalSettings"),
+        QStringLiteral("org.kde.KGlobalSettings"), QStringLiteral("notifyChange"), this,
+        SLOT(plasmaChanged(int, int)));
     askPortal();
     apply();
 }
@@ -101,6 +121,18 @@ void Appearance::settingChanged(
 {
     if (key == colorScheme)
         take(value.variant());
+}
+
+// Plasma's own programs hear of new colours this way, also while no portal runs.
+void Appearance::plasmaChanged(int what, int /*detail*/)
+{
+    constexpr int colors = 0;
+    if (what != colors)
+        return;
+    const auto text = colorOfPlasma(QStringLiteral("ForegroundNormal"));
+    const auto window = colorOfPlasma(QStringLiteral("BackgroundNormal"));
+    if (text && window)
+        take(text->lightness() > window->lightness() ? preferDark : preferLight);
 }
 
 void Appearance::take(const QVariant& value)

@@ -10,9 +10,9 @@
 namespace stemvault {
 
 /// Has the windows light or dark as the rest of the desktop, and follows its
-/// changes: the settings portal, or else the theme of GTK's windows. What the
-/// toolkit itself finds out at the start stands until one of them says
-/// otherwise. Asks the portal without waiting.
+/// changes: the settings portal, Plasma's colours, or else the theme of GTK's
+/// windows. What the toolkit itself finds out at the start stands until one of
+/// them says otherwise. Asks the portal without waiting.
 class Appearance final : public QObject {
     Q_OBJECT
 public:
@@ -20,6 +20,7 @@ public:
 
 private:
     Q_SLOT void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
+    Q_SLOT void plasmaChanged(int what, int detail);
     void askPortal();
     void take(const QVariant& value);
     void apply();
@@ -28,7 +29,7 @@ private:
     QDBusConnection bus;
     DesktopTheme theme;
     const QPalette toolkitsOwn;
-    uint preference = 0; ///< What the portal says; 0 for nothing.
+    uint preference = 0; ///< What the portal or Plasma says; 0 for nothing.
     bool hasBeenDark = false;
 };
 
