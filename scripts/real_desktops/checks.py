@@ -166,7 +166,7 @@ class Checks:
     def wait_for_bubble(self, text):
         """Waits until a notification is taken, and sees it go from the screen when it is closed."""
         number = wait_for(f'a notification "{text}"', lambda: self.desktop.record.notification(text))
-        shown = self.desktop.still_picture()
+        shown = self.desktop.still_picture(1)  # It may be answered before it is shown.
         try:
             self.desktop.call(NOTIFICATIONS, "/org/freedesktop/Notifications", NOTIFICATIONS,
                               "CloseNotification", "u", number)
@@ -235,9 +235,7 @@ class Checks:
             area[2] > 300 and area[3] > 200
             for area in islands(self.desktop.picture().changes(before))))
         try:
-            title = self.desktop.shortcuts_title
-            wait_for(f'a page "{title}"', lambda: any(
-                title in window.name for window in self.desktop.accessibility.windows()))
+            wait_for("its right part", self.desktop.shows_shortcuts)
             wait_for('"Add to Stemvault" among the shortcuts', self.desktop.shortcut)
         finally:
             self.desktop.still_picture(2, but=CURSOR)

@@ -4,7 +4,7 @@ import os
 
 from virtual_desktop import wait_for
 
-from .nested import NestedDisplay, WaylandFileManager
+from .nested import NestedDisplay, WaylandFileManager, all_below
 from .session import SERVICE, STARTING, RealDesktop
 
 KEYS = "org.gnome.settings-daemon.plugins.media-keys"
@@ -17,7 +17,6 @@ class Gnome(RealDesktop):
     main_package = "gnome-shell"
     file_manager = "nautilus"
     shortcuts_page = "gnome-control-center"
-    shortcuts_title = "Keyboard"
 
     def start_session(self):
         for key, value in (("enabled-extensions", [EXTENSION]),
@@ -50,6 +49,12 @@ class Gnome(RealDesktop):
     def shortcut(self):
         return next((path for path in self.setting(KEYS, "custom-keybindings")
                      if SERVICE in self.setting(f"{KEYS}.custom-keybinding:{path}", "command")), None)
+
+    def shows_shortcuts(self):
+        """All parts have the same window; the list is behind a row of the part for the keyboard."""
+        window = self.accessibility.find_window("Settings")
+        return window and any(
+            node.name() == "View and Customize Shortcuts" for node in all_below(window.node))
 
     def bind(self, entry):
         self.set_option(f"{KEYS}.custom-keybinding:{entry}", "binding", "<Control><Super>y")

@@ -12,7 +12,7 @@ CHECKS = {
     "courier_error": "So is an error of the file manager's entry",
     "entry": "The entry in the file manager adds",
     "preferences_light": "The preferences on a light desktop",
-    "hotkey_page": "*Set Up Hotkey…* opens the list of shortcuts, with the service in it",
+    "hotkey_page": "*Set Up Hotkey…* opens the desktop's page for shortcuts, and the service is listed there",
     "hotkey": "A key bound there adds what is selected",
     "preferences_live": "The preferences, when the desktop turns dark and light again",
     "preferences_dark": "The preferences on a dark desktop",

@@ -67,6 +67,10 @@ class RealDesktop(VirtualDesktop):
         """The entry of the program's command, or None."""
         raise NotImplementedError
 
+    def shows_shortcuts(self):
+        """Whether the page with the list is on the screen."""
+        return any(self.shortcuts_title in window.name for window in self.accessibility.windows())
+
     def bind(self, entry):
         """Gives it Control, Super and Y, as the desktop's page does."""
         raise NotImplementedError
