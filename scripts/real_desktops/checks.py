@@ -13,7 +13,7 @@ from .session import Impossible
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
 HOTKEY = ("Control_L", "Super_L", "y")
-CURSOR = 20  # Squares at most, of one that blinks.
+CURSOR = 20  # Squares at most, of one that blinks, or of something as small.
 VISIBLE = 0.3  # The contrast of an icon that can be seen.
 # What a desktop asks of an item that is clicked.
 OPENING = ("Activate", "ContextMenu", "AboutToShow", "Event", "GetLayout")
@@ -81,7 +81,7 @@ class Checks:
         def found():
             now = self.desktop.still_picture(1)
             tried[:] = islands(now.changes(without), gap=1)
-            places = [area for area in tried if max(area[2:]) <= 64]
+            places = [place for area in tried for place in places_of_icons(area)]
             return next((place for place in places if self.click_reaches_program(place)), None)
         try:
             self.icon = wait_for("an icon in the panel", found, 30)
@@ -166,7 +166,8 @@ class Checks:
     def wait_for_bubble(self, text):
         """Waits until a notification is taken, and sees it go from the screen when it is closed."""
         number = wait_for(f'a notification "{text}"', lambda: self.desktop.record.notification(text))
-        shown = self.desktop.still_picture(1)  # It may be answered before it is shown.
+        # It may be answered before it is shown, and the time that it stays may run within.
+        shown = self.desktop.still_picture(1, but=CURSOR)
         try:
             self.desktop.call(NOTIFICATIONS, "/org/freedesktop/Notifications", NOTIFICATIONS,
                               "CloseNotification", "u", number)
@@ -266,3 +267,13 @@ class Checks:
                 "Bounce detected"), 10)
         except TimedOut:
             return None
+
+
+def places_of_icons(area):
+    """Where in a changed area of the panel an icon may be: at its end where others moved to its left."""
+    left, top, width, height = area
+    if min(width, height) < 12 or height > 64:  # A digit of the clock, or a window.
+        return []
+    if width <= 64:
+        return [area]
+    return [(end - height, top, height, height) for end in range(left + width, left, -height)]
