@@ -8,7 +8,7 @@ import dbus
 
 from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, Tray, wait_for
 
-from .screen import islands
+from .screen import SQUARE, islands
 from .session import Impossible
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
@@ -136,10 +136,14 @@ class Checks:
         window = self.desktop.display.window_of("Big Song", self.daw.process.pid)
         self.desktop.display.activate(window)
         self.connect.wait_until_it_watches(self.song)
+        without = self.desktop.still_picture(1, but=CURSOR)
         self.daw.bounce(self.song / "Big Song - Mix 1.wav")
         self.asked = self.connect.prompt("Big Song - Mix 1.wav")
         self.asked.focus()
-        self.desktop.still_picture()
+        area = self.desktop.display.frame(self.asked.id())
+        squares = area[2] * area[3] // SQUARE ** 2
+        wait_for("the prompt on the screen", lambda:
+                 len(self.desktop.still_picture(0.5, but=CURSOR).changes(without, area)) > squares // 2)
         self.desktop.display.take_picture(self.results / "picture.png")
 
     def return_adds(self):
