@@ -253,6 +253,8 @@ class Checks:
         entry = self.desktop.shortcut()
         assert entry is not None, "it is not among the desktop's shortcuts"
         self.desktop.bind(entry)
+        self.desktop.display.close_window(self.preferences.id())  # It may hide the file manager.
+        self.preferences.wait_until_closed()
         (self.client / "Old Mix.wav").unlink(missing_ok=True)
         wait_for("a prompt after the hotkey", self.hotkey_asks, 60)
         self.press_return(self.connect.prompt("Old Mix.wav"))

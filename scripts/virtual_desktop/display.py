@@ -168,6 +168,11 @@ class Display:
         wait_for(f"workspace {number}",
                  lambda: self._property(self.root, "_NET_CURRENT_DESKTOP") == [number])
 
+    def close_window(self, window):
+        """Does what the button in its frame does."""
+        source_is_user = 2
+        self._tell_root(self._window(window), "_NET_CLOSE_WINDOW", X.CurrentTime, source_is_user)
+
     def minimise(self, window):
         iconic = 3
         self._tell_root(self._window(window), "WM_CHANGE_STATE", iconic)
