@@ -16,7 +16,8 @@ HOTKEY = ("Control_L", "Super_L", "y")
 CURSOR = 20  # Squares at most, of one that blinks, or of something as small.
 VISIBLE = 0.3  # The contrast of an icon that can be seen.
 # What a desktop asks of an item that is clicked.
-OPENING = ("Activate", "ContextMenu", "AboutToShow", "Event", "GetLayout")
+OPENING = ("Activate", "ContextMenu", "AboutToShow", "AboutToShowGroup", "Event", "EventGroup",
+           "GetLayout")
 NEAR = 80  # Pixels between a click and the menu that it opens.
 PROGRAM = Path("/usr/bin/stemvault-connect")
 COURIER = Path("/usr/libexec/stemvault-connect/courier")

@@ -11,10 +11,10 @@ PACKAGES = {
     "plasma-x11": f"{PLASMA} kwin-x11",
     "plasma-wayland": f"{PLASMA} kwin-wayland plasma-workspace-wayland wl-clipboard",
     "cinnamon": "cinnamon librsvg2-common nemo xapp-sn-watcher xdg-desktop-portal-gtk",
-    "mate": """caja marco mate-applets mate-control-center mate-notification-daemon mate-panel
-        mate-settings-daemon python3-caja mate-themes xdg-desktop-portal-gtk""",
-    "xfce": """librsvg2-common thunar xdg-desktop-portal-gtk xfce4-notifyd xfce4-panel xfce4-settings xfconf
-        xfdesktop4 xfwm4""",
+    "mate": """caja gnome-themes-extra marco mate-applets mate-control-center mate-notification-daemon
+        mate-panel mate-settings-daemon python3-caja mate-themes xdg-desktop-portal-gtk""",
+    "xfce": """gnome-themes-extra librsvg2-common thunar xdg-desktop-portal-gtk xfce4-notifyd xfce4-panel
+        xfce4-settings xfconf xfdesktop4 xfwm4""",
     "lxqt": """lxqt-config lxqt-globalkeys lxqt-notificationd lxqt-panel lxqt-qtplugin lxqt-themes
         openbox papirus-icon-theme pcmanfm-qt""",
 }
