@@ -74,14 +74,14 @@ class Checks:
         self.tray = Tray(self.desktop)
         self.find_icon(without)
 
-    def find_icon(self, without):
+    def find_icon(self, without, panel=None):
         """In what is new since a picture without it. A panel may move others to make room."""
         self.item = self.tray.item()
         tried = []
 
         def found():
             now = self.desktop.still_picture(1)
-            tried[:] = islands(now.changes(without), gap=1)
+            tried[:] = islands(now.changes(without, panel), gap=1)
             places = [place for area in tried for place in places_of_icons(area)]
             return next((place for place in places if self.click_reaches_program(place)), None)
         try:
@@ -132,20 +132,26 @@ class Checks:
         """Comes up in front of a focused window, and has the keyboard."""
         session = self.song / "Big Song.rpp"
         session.write_text("<REAPER_PROJECT>\n")
+        empty = self.desktop.still_picture(1, but=CURSOR)
         self.daw = StandInDaw(self.desktop, self.place / "bin/stand-in-daw", session,
                               environment={"QT_QPA_PLATFORM": "xcb"})
         window = self.desktop.display.window_of("Big Song", self.daw.process.pid)
         self.desktop.display.activate(window)
+        self.wait_until_seen(window, empty)
         self.connect.wait_until_it_watches(self.song)
         without = self.desktop.still_picture(1, but=CURSOR)
         self.daw.bounce(self.song / "Big Song - Mix 1.wav")
         self.asked = self.connect.prompt("Big Song - Mix 1.wav")
         self.asked.focus()
-        area = self.desktop.display.frame(self.asked.id())
-        squares = area[2] * area[3] // SQUARE ** 2
-        wait_for("the prompt on the screen", lambda:
-                 len(self.desktop.still_picture(0.5, but=CURSOR).changes(without, area)) > squares // 2)
+        self.wait_until_seen(self.asked.id(), without)
         self.desktop.display.take_picture(self.results / "picture.png")
+
+    def wait_until_seen(self, window, without):
+        """Until what is in its place is not what was there before."""
+        area = self.desktop.display.frame(window)
+        squares = area[2] * area[3] // SQUARE ** 2
+        wait_for("the window on the screen", lambda:
+                 len(self.desktop.still_picture(0.5, but=CURSOR).changes(without, area)) > squares // 2)
 
     def return_adds(self):
         self.press_return(self.asked)
@@ -203,12 +209,12 @@ class Checks:
         self.desktop.display.take_picture(self.results / "dark.png")
 
     def tray_item_again(self):
-        """The item is in the panel after every start, and can be seen on a dark desktop, too."""
+        """The item is in the panel after every start, and can be seen where the desktop is dark now."""
         for _ in range(3):
             self.connect.quit()
             without = self.desktop.still_picture(1)
             self.connect.process = self.connect.start()
-            self.find_icon(without)
+            self.find_icon(without, (0, self.icon[1], without.width, self.icon[3]))
 
     def open_preferences(self):
         self.connect.start_again()

@@ -16,5 +16,5 @@ CHECKS = {
     "hotkey": "A key bound there adds what is selected",
     "preferences_live": "The preferences, when the desktop turns dark and light again",
     "preferences_dark": "The preferences on a dark desktop",
-    "tray_item_again": "The icon after three more starts, on a dark desktop",
+    "tray_item_again": "The icon after three more starts, in the dark where it can be set",
 }
