@@ -113,6 +113,7 @@ std::string writingReason(int error, const std::string& folder)
     case ENAMETOOLONG:
         return "its name is too long";
     case EIO:
+    case ESPIPE: // From drives that take a file in one go, once they have lost a part of it.
         return "the disk of the folder " + folder + " reported an error";
     case ENOTCONN:
     case ENODEV:
