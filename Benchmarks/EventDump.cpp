@@ -1,21 +1,32 @@
 // Prints the path of everything that happens below some folders, a line each, until it is told to
-// end. What a script or a comparison with other watchers needs, and nothing else.
+// end; or, with --written, only of the files that were made or written, among which the program
+// looks for bounces. What a script or a comparison with other watchers needs, and nothing else.
 
 #include "LinuxDesktop/FileEvents/InotifyStream.h"
 #include "Platform/FileEvents.h"
 
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
 
+bool isWrittenFile(std::uint32_t flags)
+{
+    using namespace stemvault::FileEventFlag;
+    return (flags & ItemIsFile) != 0 && (flags & (ItemCreated | ItemModified)) != 0;
+}
+
 /// Only the watched folders themselves bear a slash at the end, as other watchers print them.
-void print(const stemvault::EventBatch& batch)
+void print(const stemvault::EventBatch& batch, bool isWrittenAlone)
 {
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
+        if (isWrittenAlone && !isWrittenFile(batch.flags[index]))
+            continue;
         const std::string& path = batch.paths[index];
         std::fwrite(path.data(), 1, path.size(), stdout);
         if ((batch.flags[index] & stemvault::FileEventFlag::RootChanged) != 0)
@@ -39,15 +50,17 @@ sigset_t endingSignals()
 int main(int count, char** arguments)
 {
     stemvault::StreamOptions options;
-    options.paths.assign(arguments + 1, arguments + count);
+    const bool isWrittenAlone = count > 1 && std::string_view(arguments[1]) == "--written";
+    options.paths.assign(arguments + (isWrittenAlone ? 2 : 1), arguments + count);
     if (options.paths.empty()) {
-        std::fputs("Usage: stemvault-eventdump FOLDER...\n", stderr);
+        std::fputs("Usage: stemvault-eventdump [--written] FOLDER...\n", stderr);
         return 2;
     }
     const sigset_t signals = endingSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     const auto stream = stemvault::InotifyStream::create(
-        options, print, [] { std::fputs("Watches established.\n", stderr); });
+        options, [=](const auto& batch) { print(batch, isWrittenAlone); },
+        [] { std::fputs("Watches established.\n", stderr); });
     if (!stream) {
         std::fputs("stemvault-eventdump: no thread or descriptor to spare\n", stderr);
         return 1;

@@ -10,8 +10,9 @@ import time
 from checks import Checks, Fault
 from mounts import DRIVES
 
-COLUMNS = ["both_ways", "dates", "odd_names", "full_disk", "kills", "hanging", "going"]
-HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", "killed", "hangs", "goes"]
+COLUMNS = ["both_ways", "dates", "odd_names", "full_disk", "kills", "watching", "hanging", "going"]
+HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", "killed", "watched", "hangs",
+            "goes"]
 
 
 def attempt(name, column, check):

@@ -49,6 +49,7 @@ def reason(text):
 class Checks:
     def __init__(self, programs, drive, home):
         self.copy_tool = os.path.join(programs, "stemvault-copy")
+        self.watch_tool = os.path.join(programs, "stemvault-eventdump")
         self.drive = drive
         self.home = home
         self.here = os.path.join(drive.path, "here")
@@ -182,6 +183,56 @@ class Checks:
         start = time.monotonic()
         expect(not self.copy(source, target, "--replace"), "a copy failed")
         return time.monotonic() - start
+
+    def watching(self):
+        """What is written is told of; what is moved, renamed, played or dated back is not."""
+        watched = os.path.join(self.here, "watched")
+        os.makedirs(watched)
+        for name in ("written again", "renamed", "played", "with another mode", "dated"):
+            write(f"{watched}/{name}.wav", 5000)
+        for path in (self.here + "/moved in.wav", self.home + "/copied.wav"):
+            write(path, 5000)
+        told = os.path.join(self.home, "told")
+        with open(told, "wb") as output:
+            watcher = subprocess.Popen([self.watch_tool, "--written", watched], stdout=output,
+                                       stderr=subprocess.PIPE)
+        try:
+            expect(watcher.stderr.readline() == b"Watches established.\n", "cannot be watched")
+            self.disturb(watched)
+            start = time.monotonic()
+            written = {"written again", "new", "in a new folder"}
+            for name in ("written again", "new"):
+                write(f"{watched}/{name}.wav", 7000, time.time())
+            os.makedirs(watched + "/folder")
+            write(watched + "/folder/in a new folder.wav", 7000, time.time())
+            wait_until(lambda: written <= self.names_in(told), 20, "what was written is not told of")
+            took = time.monotonic() - start
+            time.sleep(7)  # Two looks by the clock, in which nothing else may be told of.
+        finally:
+            watcher.terminate()
+            watcher.wait()
+        others = self.names_in(told) - written
+        expect(others <= {"copied"}, f"told of as written: {', '.join(sorted(others))}")
+        # Where a name can be given without replacing only by a link, a copy looks like a new file.
+        return f"told within {took:.1f} s, " + ("and our own copy" if others else "nothing else")
+
+    def disturb(self, watched):
+        """All that is no recording."""
+        os.rename(watched + "/renamed.wav", watched + "/renamed otherwise.wav")
+        os.rename(self.here + "/moved in.wav", watched + "/moved in.wav")
+        digest(watched + "/played.wav")
+        for change in (lambda: os.chmod(watched + "/with another mode.wav", 0o600),
+                       lambda: os.utime(watched + "/dated.wav", (OLD - 1000, OLD - 1000))):
+            with contextlib.suppress(OSError):  # Not every drive knows modes.
+                change()
+        why = self.copy(self.home + "/copied.wav", watched + "/copied.wav")
+        expect(not why, f"our own copy: {why}")
+
+    @staticmethod
+    def names_in(told):
+        """Of audio files alone: drafts of ours have other names."""
+        with open(told, encoding="utf-8", errors="replace") as lines:
+            return set(re.findall(r"([^/\n]*)\.wav$", lines.read(), re.MULTILINE))
 
     def begin_long_copy(self):
         """Gives a copy onto the drive that has begun to write, and what was copied."""
