@@ -68,13 +68,6 @@ void lookLater(const Work& look)
     dispatch.mainAsync([&dispatch, look] { dispatch.mainAsyncAfter(lookInterval, look); });
 }
 
-/// A batch never replaces and never asks.
-bool copyIfFree(const Entry& entry, const FileURL& destURL)
-{
-    return !FileManager::fileExists(destURL.path())
-        && FileManager::copyItem(entry.file, destURL, entry.foundIn).has_value();
-}
-
 std::string batchBody(std::size_t copied, std::size_t skipped, const std::string& folderName)
 {
     std::string body =
@@ -156,14 +149,15 @@ void BounceAlertController::performCopy(const Copy& copy)
 
         const auto copyItem = isReplacing ? FileManager::replaceItem : FileManager::copyItem;
         const auto copied = copyItem(entry.file, destURL, entry.foundIn);
-        if (copied)
+        if (copied) {
             tellCopied(entry.file.lastPathComponent(), folder.name);
-        else if (!isReplacing && FileManager::fileExists(destURL.path()))
+        } else if (!isReplacing && FileManager::fileExists(destURL.path())) {
             Platform::current().dispatch.mainAsync(ask);
-        else if (!isAtRestNow(entry) && looks < looksAtMost)
+        } else if (!isAtRestNow(entry) && looks < looksAtMost) {
             lookLater(lookAgain);
-        else
+        } else {
             showCopyFailed(copied.error());
+        }
     };
     Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
 }
@@ -191,19 +185,26 @@ void BounceAlertController::continueBatch(const Batch& batch)
     Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
 }
 
-// In the order of the files: of two with one name the first is copied, also if it is the later one
-// to come to rest.
+// A batch never replaces and never asks. Of two files with one name the first is copied, also if it
+// is the later one to come to rest.
 void BounceAlertController::Batch::copyWhatIsAtRest()
 {
     std::vector<Entry> waiting;
     std::set<std::string> namesWaitedFor;
-    for (const Entry& entry : std::exchange(files, {})) {
-        const std::string name = entry.file.lastPathComponent();
-        if (namesWaitedFor.contains(name) || !isAtRestNow(entry)) {
-            namesWaitedFor.insert(name);
+    for (const Entry& entry : files) {
+        const FileURL destURL = destination(entry, folder);
+        const auto wait = [&] {
+            namesWaitedFor.insert(destURL.path());
             waiting.push_back(entry);
-        } else if (copyIfFree(entry, destination(entry, folder))) {
+        };
+        if (FileManager::fileExists(destURL.path())) {
+            ++skipped;
+        } else if (namesWaitedFor.contains(destURL.path()) || !isAtRestNow(entry)) {
+            wait();
+        } else if (FileManager::copyItem(entry.file, destURL, entry.foundIn)) {
             ++copied;
+        } else if (!isAtRestNow(entry)) {
+            wait();
         } else {
             ++skipped;
         }

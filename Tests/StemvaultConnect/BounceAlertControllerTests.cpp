@@ -403,6 +403,19 @@ TEST_F(BounceAlertControllerTests, ABatchWaitsForItsFilesInTheirOrder)
     }
 }
 
+TEST_F(BounceAlertControllerTests, ABatchDoesNotWaitForAFileWhoseNameIsTaken)
+{
+    addDestination("Client A");
+    folder.write("Client A/1.wav", "old");
+    queue({ "1.wav", "2.wav" });
+    const WrittenFile first(*this, folder.path("Song/1.wav"));
+    dialogs.answer("Add All (2)");
+    showAll();
+    EXPECT_THAT(
+        notifications.bodies(), ElementsAre("1 file → Client A (1 skipped — already existed)"));
+    EXPECT_EQ(folder.read("Client A/1.wav"), "old");
+}
+
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
 {
     addDestination("Client A");
