@@ -3,6 +3,7 @@
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/SourceRest.h"
 
 #include <chrono>
@@ -150,6 +151,7 @@ void BounceAlertController::performCopy(const Copy& copy)
         const auto copyItem = isReplacing ? FileManager::replaceItem : FileManager::copyItem;
         const auto copied = copyItem(entry.file, destURL, entry.foundIn);
         if (copied) {
+            BounceWatcher::noteCopy(destURL);
             tellCopied(entry.file.lastPathComponent(), folder.name);
         } else if (!isReplacing && FileManager::fileExists(destURL.path())) {
             Platform::current().dispatch.mainAsync(ask);
@@ -202,6 +204,7 @@ void BounceAlertController::Batch::copyWhatIsAtRest()
         } else if (namesWaitedFor.contains(destURL.path()) || !isAtRestNow(entry)) {
             wait();
         } else if (FileManager::copyItem(entry.file, destURL, entry.foundIn)) {
+            BounceWatcher::noteCopy(destURL);
             ++copied;
         } else if (!isAtRestNow(entry)) {
             wait();

@@ -224,6 +224,14 @@ void BounceWatcher::report(const std::string& path, const Look& look)
         onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent(), look.folder);
 }
 
+// The copy settles for a second before it could be reported, so this comes in time.
+void BounceWatcher::noteCopy(const FileURL& file)
+{
+    const std::string path = file.path();
+    Platform::current().dispatch.mainAsync(
+        [path, look = lookAt(path, false)] { (void)shared().noteVersion(path, look); });
+}
+
 // False when this version was noted before, under whatever path.
 bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
 {

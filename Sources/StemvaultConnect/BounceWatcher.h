@@ -26,8 +26,8 @@ namespace stemvault {
 class FileEventStream;
 
 /// Finds newly bounced audio files in the folders it is given, and reports each once, when its size
-/// has settled and nobody has it open for writing any more. Main thread only; the disk is asked in
-/// the background.
+/// has settled and nobody has it open for writing any more. Main thread only, unless it says
+/// otherwise; the disk is asked in the background.
 class BounceWatcher : public Shared<BounceWatcher> {
 public:
     /// Receives each finished bounce with the name of the folder that holds it, and which folder
@@ -42,6 +42,10 @@ public:
 
     /// Ends watching.
     void stop();
+
+    /// A copy of ours has just got this name. What it is now is no bounce, also where the drive
+    /// cannot tell a copy from a recording. From any thread; looks at the disk.
+    static void noteCopy(const FileURL& file);
 
     /// The extensions that count as audio, in lower case.
     [[nodiscard]] static const std::set<std::string, std::less<>>& audioExtensions();
@@ -90,8 +94,8 @@ private:
     std::unordered_set<std::string> watchingPaths; ///< Files that are being waited for.
     std::unordered_map<std::string, std::int64_t> alertedFileSizes; ///< In bytes, when reported.
 
-    /// What was reported, by folder and name instead of by path: the session's folder and the other
-    /// one may lead to the same files under two spellings.
+    /// What was reported or is a copy of ours, by folder and name instead of by path: the session's
+    /// folder and the other one may lead to the same files under two spellings.
     using Place = std::pair<FileIdentity, std::string>;
     using Version =
         std::pair<std::int64_t, std::optional<FileManager::FileDate>>; ///< Size and date.

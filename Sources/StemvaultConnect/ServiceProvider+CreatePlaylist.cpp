@@ -6,6 +6,7 @@
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/ServiceProvider.h"
 #include "StemvaultConnect/SettingsStore.h"
 
@@ -117,8 +118,10 @@ std::size_t ServiceProvider::copyInto(const FileURL& folder, const std::vector<A
     std::size_t copyCount = 0;
     for (const AudioFile& file : files) {
         const FileURL copy = folder.appendingPathComponent(file.url.lastPathComponent());
-        if (FileManager::copyItem(file.url, copy, file.foundIn))
-            ++copyCount;
+        if (!FileManager::copyItem(file.url, copy, file.foundIn))
+            continue;
+        BounceWatcher::noteCopy(copy);
+        ++copyCount;
     }
     return copyCount;
 }

@@ -1,5 +1,7 @@
 #include "Foundation/FileDescriptor.h"
+#include "Platform/FileEvents.h"
 #include "StemvaultConnect/BounceAlertController.h"
+#include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/SettingsStore.h"
 #include "StemvaultConnect/SourceRest.h"
 #include "Support/FakePlatform.h"
@@ -414,6 +416,32 @@ TEST_F(BounceAlertControllerTests, ABatchDoesNotWaitForAFileWhoseNameIsTaken)
     EXPECT_THAT(
         notifications.bodies(), ElementsAre("1 file → Client A (1 skipped — already existed)"));
     EXPECT_EQ(folder.read("Client A/1.wav"), "old");
+}
+
+TEST_F(BounceAlertControllerTests, ACopyIntoAWatchedFolderIsNoBounce)
+{
+    const std::string watched = addDestination("Client A").path;
+    BounceWatcher& watcher = BounceWatcher::shared();
+    Texts reported;
+    watcher.onBounceDetected = [&](const FileURL& file, const auto&, const auto&) {
+        reported.push_back(file.lastPathComponent());
+    };
+    watcher.update(FileURL(watched), std::nullopt);
+    const auto deliver = [&](const std::string& name) {
+        platform.fileEvents.deliver(
+            { watched + "/" + name }, { FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated });
+        platform.dispatch.advance(3s);
+        return std::exchange(reported, {});
+    };
+    queue({ "1.wav", "2.wav", "3.wav" });
+    dialogs.answer("Add");
+    dialogs.answer("Add All (2)");
+    showAll();
+    for (const char* name : { "1.wav", "2.wav", "3.wav" }) {
+        EXPECT_THAT(deliver(name), IsEmpty()) << "as a drive tells that cannot say more";
+        folder.write(std::string("Client A/") + name, "recorded anew");
+        EXPECT_THAT(deliver(name), ElementsAre(name));
+    }
 }
 
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
