@@ -1,0 +1,94 @@
+"""Ardour: its own Lua interpreter records the sessions, and its command for exporting exports them."""
+
+import shutil
+
+from virtual_desktop import wait_for
+
+from .trial import STARTING, Trial
+
+PACKAGES = ("ardour",)
+# Sound comes from the engine that needs no sound card.
+RECORDING = """
+local backend = AudioEngine:set_backend("None (Dummy)", "", "")
+backend:set_device_name("Uniform White Noise")
+local session = create_session("{folder}", "{name}", 48000)
+local tracks = session:new_audio_track(
+    1, 2, nil, 1, "Voice", ARDOUR.PresentationInfo.max_order, ARDOUR.TrackMode.Normal, true)
+for track in tracks:iter() do
+    track:to_track():rec_enable_control():set_value(1, PBD.GroupControlDisposition.NoGroup)
+end
+session:maybe_enable_record(false)
+session:request_roll(ARDOUR.TransportRequestSource.TRS_UI)
+sleep(5)
+session:request_stop(false, false, ARDOUR.TransportRequestSource.TRS_UI)
+sleep(1)
+session:save_state("")
+close_session()
+"""
+
+
+def ardour(desktop, rows):
+    songs = [record(desktop, name) for name in ("First Song", "Next Song")]
+    trial = Trial(desktop)
+    program = start(desktop, songs[0])
+    rows["sessions"].append(trial.session("Ardour", "started", songs[0], program.pid))
+    for title, options in (("plain", []), ("normalised", ["-n"])):
+        path, exporter = songs[0].parent / f"export/{title}.wav", []
+        rows["exports"].append(trial.export(
+            "Ardour", f"ardour7-export, {title}", path,
+            lambda: exporter.append(desktop.start_audio("export", [
+                "ardour7-export", *options, "-o", path, songs[0].parent, songs[0].stem])),
+            lambda: exporter[0].poll() is not None))
+    open_another(desktop, songs[1])
+    rows["sessions"].append(trial.session("Ardour", "another one opened", songs[1], program.pid))
+
+
+def open_another(desktop, song):
+    """In the dialog for opening, by typing the path."""
+    main_window = window_with(desktop, " - Ardour")
+    desktop.display.activate(main_window)
+    desktop.display.press_keys("Control_L", "o")
+    dialog = wait_for("the dialog", lambda: window_with(desktop, "Open Session"))
+    desktop.display.activate(dialog)
+    desktop.type_text(str(song))
+    desktop.display.press_key("Return")
+
+
+def record(desktop, name):
+    """A session with one take of noise."""
+    folder = desktop.home / "Sessions" / name
+    folder.parent.mkdir(parents=True, exist_ok=True)
+    script = desktop.folder / "record.lua"
+    script.write_text(RECORDING.format(folder=folder, name=name))
+    recorder = desktop.start_audio("recorder", ["ardour7-lua", script])
+    wait_for("the recording", lambda: recorder.poll() is not None, STARTING)
+    return folder / f"{name}.ardour"
+
+
+def start(desktop, song):
+    """Only the engine without a sound card is there to choose from; that its device is another one is
+    told at the start."""
+    engines = desktop.made_folder("engines")
+    shutil.copy("/usr/lib/ardour7/backends/libdummy_audiobackend.so", engines)
+    configuration = desktop.home / ".config/ardour7"
+    configuration.mkdir(parents=True, exist_ok=True)
+    (configuration / ".a7").touch()  # Without the assistant for the first start.
+    program = desktop.start_audio("ardour", ["ardour", song], {
+        "TRY_AUTOSTART_ENGINE": "1", "ARDOUR_BACKEND_PATH": str(engines)})
+
+    def is_open():
+        if message := window_with(desktop, ""):
+            desktop.display.activate(message)
+            desktop.display.press_key("Return")
+        return window_with(desktop, song.stem)
+    wait_for("Ardour's window", is_open, STARTING)
+    return program
+
+
+def window_with(desktop, text):
+    """A window by what its title holds; by nothing, one that has no title."""
+    return next((window for window, title in desktop.display.windows().items()
+                 if (text in title if text else not title)), None)
+
+
+TRIALS = (ardour,)

@@ -1,0 +1,59 @@
+"""Tries one of the audio programs, or a group of them: check.py NAME PLACE
+
+Writes what came of it to PLACE/results, as JSON, with logs, and evidence of failures.
+"""
+
+import importlib
+import json
+import subprocess
+import sys
+import traceback
+from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parents[1]))
+from real_daws.desktop import AudioDesktop  # noqa: E402
+from virtual_desktop import waiting  # noqa: E402
+
+waiting.DEADLINE = 20.0  # Whole programs are slow to start on a busy machine.
+
+
+def version_of(package):
+    text = subprocess.run(["dpkg-query", "-W", "-f=${Version}", package], capture_output=True,
+                          text=True, check=True).stdout
+    return text.split(":")[-1].split("-")[0].split("+")[0].split("~")[0]
+
+
+def is_wrong(row):
+    """Where a row expects no number of questions, what is seen is documented."""
+    if row["expected"] is None:
+        return False
+    return row["asked"] != row["expected"] or row["early"] or (
+        row["asked"] and row["copy"] != "identical")
+
+
+def main():
+    name, place = sys.argv[1], Path(sys.argv[2])
+    module = importlib.import_module(f"real_daws.{name}")
+    rows = {"sessions": [], "exports": [], "failures": []}
+    for trial in module.TRIALS:
+        results = place / "results" / trial.__name__
+        results.mkdir()
+        with AudioDesktop(results) as desktop:
+            try:
+                trial(desktop, rows)
+            except Exception as failure:  # Whatever it is, the others are tried all the same.
+                desktop.keep_evidence(results / "failed")
+                (results / "failed/error.txt").write_text(traceback.format_exc())
+                rows["failures"].append(f"{trial.__name__.replace('_', ' ')}: {failure}")
+                print(f"  FAILED {trial.__name__}: {failure}", flush=True)
+    rows["failures"] += [f"{row['program']}, {row['export']}: {row}" for row in rows["exports"]
+                         if is_wrong(row)]
+    versions = {package: version_of(package) for package in module.PACKAGES}
+    (place / "results/outcomes.json").write_text(
+        json.dumps({"versions": versions} | rows, indent=1, ensure_ascii=False))
+    for row in rows["sessions"] + rows["exports"]:
+        print(" ", row, flush=True)
+    return 1 if rows["failures"] else 0
+
+
+sys.exit(main())

@@ -1,0 +1,38 @@
+"""The virtual desktop with all applications that are installed, and a home on a disk."""
+
+import shutil
+
+from virtual_desktop import VirtualDesktop
+
+
+KEYS = {"/": "slash", ".": "period", " ": "space", "-": "minus"}
+
+
+class AudioDesktop(VirtualDesktop):
+    """Audio programs stay off the accessibility bus: a busy one would hold up who asks for windows."""
+
+    QUIET = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": None, "NO_AT_BRIDGE": "1", "QT_ACCESSIBILITY": "0",
+             "AT_SPI_BUS_ADDRESS": "unix:path=/nowhere"}
+
+    def __init__(self, results):
+        self.results = results
+        super().__init__()
+        (results / "home").mkdir()
+        self.live_in(results / "home")
+
+    def _shared_data(self):
+        return "/usr/local/share:/usr/share"
+
+    def start_audio(self, name, command, environment=None, **options):
+        """Starts an audio program. Its output goes to the log of that name."""
+        return self.start(name, command, self.QUIET | (environment or {}), **options)
+
+    def type_text(self, text):
+        for letter in text:
+            name = KEYS.get(letter, letter)
+            self.display.press_keys(*(["Shift_L", name] if letter.isupper() else [name]))
+
+    def __exit__(self, *_):
+        shutil.copytree(self.logs, self.results / "logs", dirs_exist_ok=True)
+        super().__exit__()
+        shutil.rmtree(self.home, ignore_errors=True)

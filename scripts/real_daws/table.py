@@ -1,0 +1,66 @@
+"""Puts the outcomes of scripts/daws into the documentation: table.py RESULTS DOCUMENT
+
+RESULTS holds a folder for each program or group that was tried. The tables are written between two
+marks of the document.
+"""
+
+import json
+import sys
+from pathlib import Path
+
+NAMES = ("ardour", "audacity", "lmms", "qtractor", "rosegarden", "wine", "exporters")
+START, END = "<!-- daws -->\n", "<!-- end -->"
+
+
+def main():
+    results, document = Path(sys.argv[1]), Path(sys.argv[2])
+    outcomes = {name: json.loads(path.read_text()) for name in NAMES
+                if (path := results / name / "outcomes.json").exists()}
+    before, marked, rest = document.read_text().partition(START)
+    if not marked:
+        sys.exit(f"{document} has no place for the tables")
+    document.write_text(before + START + text(outcomes) + END + rest.partition(END)[2])
+
+
+def text(outcomes):
+    lines = [f"Tried: {versions(outcomes)}.", "",
+             "| DAW | session | holds open | found after |", "|---|---|---|---|"]
+    for outcome in outcomes.values():
+        lines += [session(each) for each in outcome["sessions"]]
+    lines += ["", "| program | export | on disk | lasted | asked | after its end | copy |",
+              "|---|---|---|---:|---|---:|---|"]
+    for outcome in outcomes.values():
+        lines += [export(each) for each in outcome["exports"]]
+    failures = [failure for outcome in outcomes.values() for failure in outcome["failures"]]
+    if failures:
+        lines += ["", "Could not be tried to the end:", "", *(f"- {failure}" for failure in failures)]
+    return "\n".join(lines) + "\n"
+
+
+def versions(outcomes):
+    named = {package: version for outcome in outcomes.values()
+             for package, version in outcome["versions"].items()}
+    return ", ".join(f"{package} {version}" for package, version in named.items())
+
+
+def session(found):
+    holds = ", ".join(f"`{name}`" for name in found["holds"]) or "nothing"
+    seconds = "not found" if found["seconds"] is None else f"{found['seconds']:.1f} s"
+    return row(found["program"], found["how"], holds, seconds)
+
+
+def export(seen):
+    asked = {0: "not asked", 1: "once"}.get(seen["asked"], f"{seen['asked']} times")
+    if seen["early"]:
+        asked += f", {seen['early']} too early"
+    after = "–" if seen["after"] is None else f"{seen['after']:.1f} s"
+    return row(seen["program"], seen["export"], seen["on_disk"], f"{seen['took']:.1f} s", asked, after,
+               "–" if seen["copy"] == "none" else seen["copy"])
+
+
+def row(*cells):
+    return "| " + " | ".join(cells) + " |"
+
+
+if __name__ == "__main__":
+    main()

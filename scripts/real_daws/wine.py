@@ -1,0 +1,148 @@
+"""Windows DAWs, stood in for by a small program of their names (stand_in.c) under Debian's Wine.
+
+It holds open what the DAW is known to hold open, and writes as DAWs do. That the real ones do just so is
+read, not seen.
+"""
+
+import shutil
+import subprocess
+from pathlib import Path
+
+from virtual_desktop import wait_for
+
+from .trial import STARTING, Trial
+
+PACKAGES = ("wine",)
+COMPILER = "x86_64-w64-mingw32-gcc"
+# The program's name, its session file, and what else it has open, if anything.
+DAWS = (
+    ("Pro Tools", "ProTools.exe", "ptx", "Audio Files/Take 1.wav"),
+    ("Ableton Live 12", "Ableton Live 12 Suite.exe", "als", "Samples/Recorded/Take 1.wav"),
+    ("Ableton Live 11", "Ableton Live 11 Suite.exe", "als", "Samples/Recorded/Take 1.wav"),
+    ("Studio One", "Studio One.exe", "song", "Media/Take 1.wav"),
+    ("Cubase 13", "Cubase13.exe", "cpr", "Audio/Take 1.wav"),
+    ("Nuendo 13", "Nuendo13.exe", "npr", "Audio/Take 1.wav"),
+    ("REAPER", "reaper.exe", "rpp", "Media/Take 1.wav"),
+    ("FL Studio", "FL64.exe", "flp", "Recorded/Take 1.wav"),
+)
+# The manners that stand_in.c knows, what is seen on the disk, how often a question is right.
+MANNERS = (
+    ("at-once", "written in one go, closed", 1),
+    ("paused", "written every 3 s, open all along", 1),
+    ("held", "written in one go, closed 6 s later", 1),
+    ("reserved", "given its full length first, filled 6 s later, open all along", 1),
+    ("header-last", "written in one go, its header 6 s later, open all along", 1),
+    ("reopened-fast", "closed and opened again every 0.3 s", 1),
+    ("reopened", "closed and opened again every 3 s", None),
+    ("renamed", "written as `.wav.tmp`, then renamed", 0),
+    ("renamed-audio", "written as another `.wav`, then renamed", None),
+)
+
+
+def windows_daws(desktop, rows):
+    prepare(desktop)
+    trial = Trial(desktop)
+    for daw in DAWS:
+        try_daw(desktop, trial, rows, *daw)
+
+
+def exports(desktop, rows):
+    """The same whatever the DAW is called."""
+    prepare(desktop)
+    song = make_session(desktop, "Big Song", "rpp", "Media/Take 1.wav")
+    trial = Trial(desktop)
+    program = StandIn(desktop, "reaper.exe", song, song.parent / "Media/Take 1.wav")
+    wait_for("the session", lambda: trial.connect.watches(song.parent), STARTING)
+    for manner, on_disk, expected in MANNERS:
+        path = song.parent / f"{manner}.wav"
+        rows["exports"].append(trial.export(
+            "stand-in for a Windows DAW", manner.replace("-", " "), path,
+            lambda: program.tell(f"export {manner} {windows(path)}"), program.is_done,
+            on_disk, expected))
+    path = song.parent / "at-once.wav"
+    rows["exports"].append(trial.export(
+        "stand-in for a Windows DAW", "again, the same length", path,
+        lambda: program.tell(f"export at-once {windows(path)}"), program.is_done,
+        "written in one go, closed", 0))
+
+
+def try_daw(desktop, trial, rows, name, executable, ending, media):
+    """With the session file open, then with its audio alone, as most DAWs have it, then another one."""
+    songs = [make_session(desktop, f"{name} {number}", ending, media) for number in ("One", "Two", "Six")]
+    program = StandIn(desktop, executable, songs[0], songs[0])
+    rows["sessions"].append(trial.session(f"{name}, stand-in", "its session file", songs[0], program.pid()))
+    for song, how in zip(songs[1:], ("another one opened: its audio alone", "again another one")):
+        program.show(song, song.parent / media)
+        rows["sessions"].append(trial.session(f"{name}, stand-in", how, song, program.pid()))
+    program.quit()
+
+
+def prepare(desktop):
+    """Makes the stand-in, and Wine's drive for a user's programs."""
+    source = Path(__file__).with_name("stand_in.c")
+    subprocess.run([COMPILER, "-O1", "-mwindows", "-o", desktop.folder / "stand_in.exe", source], check=True)
+    desktop.environment |= {"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml=",
+                            "WINEPREFIX": str(desktop.home / ".wine"), "WINEARCH": "win64"}
+    boot = desktop.start_audio("wineboot", ["wineboot", "--init"])
+    wait_for("Wine's drive", lambda: boot.poll() is not None, STARTING)
+
+
+def make_session(desktop, name, ending, media):
+    folder = desktop.home / "Sessions" / name
+    (folder / media).parent.mkdir(parents=True)
+    (folder / media).write_bytes(b"RIFF" + bytes(10_000))
+    session = folder / f"{name}.{ending}"
+    session.write_text("session")
+    return session
+
+
+def windows(path):
+    return "Z:" + str(path).replace("/", "\\")
+
+
+class StandIn:
+    def __init__(self, desktop, executable, song, *files):
+        folder = desktop.home / ".wine/drive_c/Program Files" / Path(executable).stem
+        folder.mkdir(parents=True, exist_ok=True)
+        self.executable = folder / executable
+        shutil.copy(desktop.folder / "stand_in.exe", self.executable)
+        self.answers = desktop.logs / f"{executable}-answers.log"
+        self.asked = 0
+        with open(self.answers, "wb") as answers:
+            self.process = desktop.start_audio(
+                executable, ["wine", self.executable], stdin=subprocess.PIPE, stdout=answers)
+        self.show(song, *files)
+
+    def show(self, song, *files):
+        """Opens other files, and a session's name appears in the title."""
+        self.do("close")
+        for file in files:
+            self.do(f"open {windows(file)}")
+        self.do(f"title {song.stem} - {self.executable.stem}")
+
+    def do(self, line):
+        self.tell(line)
+        wait_for(f"the stand-in's answer to {line}", self.is_done, STARTING)
+
+    def tell(self, line):
+        self.process.stdin.write(line.encode() + b"\r\n")
+        self.process.stdin.flush()
+        self.asked += 1
+
+    def is_done(self):
+        return self.answers.read_bytes().count(b"\n") >= self.asked
+
+    def pid(self):
+        """Wine's own loader may have started another process for it."""
+        return next(int(entry.name) for entry in Path("/proc").iterdir() if entry.name.isdigit()
+                    and self.executable.name.encode() in (entry / "cmdline").read_bytes()
+                    and b"start.exe" not in (entry / "cmdline").read_bytes()
+                    and any("stand_in" in line or self.executable.name in line
+                            for line in (entry / "maps").read_text(errors="replace").splitlines()))
+
+    def quit(self):
+        self.process.stdin.close()
+        self.process.wait(timeout=30)
+
+
+TRIALS = (windows_daws, exports)
