@@ -1,12 +1,14 @@
 """Ardour: its own Lua interpreter records the sessions, and its command for exporting exports them."""
 
 import shutil
+from pathlib import Path
 
 from virtual_desktop import wait_for
 
 from .trial import STARTING, Trial
 
 PACKAGES = ("ardour",)
+INSTALLED = Path("/usr/lib/ardour7")
 # Sound comes from the engine that needs no sound card.
 RECORDING = """
 local backend = AudioEngine:set_backend("None (Dummy)", "", "")
@@ -39,19 +41,8 @@ def ardour(desktop, rows):
             lambda: exporter.append(desktop.start_audio("export", [
                 "ardour7-export", *options, "-o", path, songs[0].parent, songs[0].stem])),
             lambda: exporter[0].poll() is not None))
-    open_another(desktop, songs[1])
+    desktop.open_by_dialog(" - Ardour", "Open Session", songs[1])
     rows["sessions"].append(trial.session("Ardour", "another one opened", songs[1], program.pid))
-
-
-def open_another(desktop, song):
-    """In the dialog for opening, by typing the path."""
-    main_window = window_with(desktop, " - Ardour")
-    desktop.display.activate(main_window)
-    desktop.display.press_keys("Control_L", "o")
-    dialog = wait_for("the dialog", lambda: window_with(desktop, "Open Session"))
-    desktop.display.activate(dialog)
-    desktop.type_text(str(song))
-    desktop.display.press_key("Return")
 
 
 def record(desktop, name):
@@ -66,29 +57,27 @@ def record(desktop, name):
 
 
 def start(desktop, song):
-    """Only the engine without a sound card is there to choose from; that its device is another one is
-    told at the start."""
-    engines = desktop.made_folder("engines")
-    shutil.copy("/usr/lib/ardour7/backends/libdummy_audiobackend.so", engines)
+    """Started as its script does, but only the engine without a sound card is there to choose from. That
+    its device is not the session's is told at the start."""
+    parts = desktop.made_folder("ardour")
+    for part in INSTALLED.iterdir():
+        if part.name != "backends":
+            (parts / part.name).symlink_to(part)
+    shutil.copy(INSTALLED / "backends/libdummy_audiobackend.so", desktop.made_folder("ardour/backends"))
     configuration = desktop.home / ".config/ardour7"
     configuration.mkdir(parents=True, exist_ok=True)
     (configuration / ".a7").touch()  # Without the assistant for the first start.
-    program = desktop.start_audio("ardour", ["ardour", song], {
-        "TRY_AUTOSTART_ENGINE": "1", "ARDOUR_BACKEND_PATH": str(engines)})
+    program = desktop.start_audio("ardour", [next(INSTALLED.glob("ardour-7*")), song], {
+        "ARDOUR_DATA_PATH": "/usr/share/ardour7", "ARDOUR_CONFIG_PATH": "/etc/ardour7",
+        "ARDOUR_DLL_PATH": str(parts), "TRY_AUTOSTART_ENGINE": "1"})
 
     def is_open():
-        if message := window_with(desktop, ""):
+        if message := desktop.window_with(""):
             desktop.display.activate(message)
             desktop.display.press_key("Return")
-        return window_with(desktop, song.stem)
+        return desktop.window_with(song.stem)
     wait_for("Ardour's window", is_open, STARTING)
     return program
-
-
-def window_with(desktop, text):
-    """A window by what its title holds; by nothing, one that has no title."""
-    return next((window for window, title in desktop.display.windows().items()
-                 if (text in title if text else not title)), None)
 
 
 TRIALS = (ardour,)

@@ -43,7 +43,7 @@ def audacity(desktop, rows):
         rows["exports"].append(trial.export(
             "Audacity", f"Export2 to {ending}", path,
             lambda path=path: program.do(f'Export2: Filename="{path}" NumChannels=1'), lambda: True))
-    program.do(f'OpenProject2: Filename="{songs[1]}"')
+    desktop.open_by_dialog(songs[0].stem, "Select", songs[1])
     rows["sessions"].append(trial.session("Audacity", "another one opened", songs[1], program.pid))
 
 

@@ -2,7 +2,7 @@
 
 import shutil
 
-from virtual_desktop import VirtualDesktop
+from virtual_desktop import VirtualDesktop, wait_for
 
 
 KEYS = {"/": "slash", ".": "period", " ": "space", "-": "minus"}
@@ -26,6 +26,20 @@ class AudioDesktop(VirtualDesktop):
     def start_audio(self, name, command, environment=None, **options):
         """Starts an audio program. Its output goes to the log of that name."""
         return self.start(name, command, self.QUIET | (environment or {}), **options)
+
+    def window_with(self, text):
+        """A window by what its title holds; by nothing, one that has no title."""
+        return next((window for window, title in self.display.windows().items()
+                     if (text in title if text else not title)), None)
+
+    def open_by_dialog(self, window, dialog_title, path):
+        """As a user does by Ctrl+O and typing the path."""
+        self.display.activate(wait_for(f"the window of {window}", lambda: self.window_with(window)))
+        self.display.press_keys("Control_L", "o")
+        dialog = wait_for("the dialog for opening", lambda: self.window_with(dialog_title))
+        self.display.activate(dialog)
+        self.type_text(str(path))
+        self.display.press_key("Return")
 
     def type_text(self, text):
         for letter in text:
