@@ -57,8 +57,8 @@ def record(desktop, name):
 
 
 def start(desktop, song):
-    """Started as its script does, but only the engine without a sound card is there to choose from. That
-    its device is not the session's is told at the start."""
+    """Started as its script does, but only the engine without a sound card is there to choose from. It
+    asks at the start whether that is right, and tells that its device is not the session's."""
     parts = desktop.made_folder("ardour")
     for part in INSTALLED.iterdir():
         if part.name != "backends":
@@ -69,11 +69,12 @@ def start(desktop, song):
     (configuration / ".a7").touch()  # Without the assistant for the first start.
     program = desktop.start_audio("ardour", [next(INSTALLED.glob("ardour-7*")), song], {
         "ARDOUR_DATA_PATH": "/usr/share/ardour7", "ARDOUR_CONFIG_PATH": "/etc/ardour7",
-        "ARDOUR_DLL_PATH": str(parts), "TRY_AUTOSTART_ENGINE": "1"})
+        "ARDOUR_DLL_PATH": str(parts), "LD_LIBRARY_PATH": str(INSTALLED), "GTK_PATH": str(INSTALLED)})
 
     def is_open():
-        if message := desktop.window_with(""):
-            desktop.display.activate(message)
+        assert program.poll() is None, "Ardour has ended: " + desktop.log("ardour")[-200:]
+        question = desktop.window_with("Audio/MIDI Setup") or desktop.window_with("")
+        if question and desktop.display.active_window() == question:
             desktop.display.press_key("Return")
         return desktop.window_with(song.stem)
     wait_for("Ardour's window", is_open, STARTING)

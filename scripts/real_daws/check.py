@@ -44,8 +44,9 @@ def main():
             except Exception as failure:  # Whatever it is, the others are tried all the same.
                 desktop.keep_evidence(results / "failed")
                 (results / "failed/error.txt").write_text(traceback.format_exc())
-                rows["failures"].append(f"{trial.__name__.replace('_', ' ')}: {failure}")
-                print(f"  FAILED {trial.__name__}: {failure}", flush=True)
+                what = (str(failure) or type(failure).__name__).splitlines()[0]
+                rows["failures"].append(f"{trial.__name__.replace('_', ' ')}: {what}")
+                print(f"  FAILED {trial.__name__}: {what}", flush=True)
     rows["failures"] += [f"{row['program']}, {row['export']}: {row}" for row in rows["exports"]
                          if is_wrong(row)]
     versions = {package: version_of(package) for package in module.PACKAGES}

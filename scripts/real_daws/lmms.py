@@ -9,7 +9,7 @@ CONFIGURATION = """<?xml version="1.0"?>
 <!DOCTYPE lmms-config-file>
 <lmms version="1.2.2" configversion="2">
   <app configured="1" openlastproject="0"/>
-  <audioengine audiodev="Dummy (no sound output)" mididev="Dummy (no MIDI support)"/>
+  <mixer audiodev="Dummy (no sound output)" mididev="Dummy (no MIDI support)"/>
 </lmms>
 """
 PROJECT = """<?xml version="1.0"?>

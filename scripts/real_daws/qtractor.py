@@ -35,7 +35,7 @@ SESSION = """<!DOCTYPE qtractorSession>
 def qtractor(desktop, rows):
     songs = [make_session(desktop.home / "Sessions" / name) for name in ("First Song", "Next Song")]
     desktop.start_audio("jack", ["jackd", "--no-realtime", "-d", "dummy", "-r", "48000"])
-    wait_for("JACK", lambda: "creating dummy driver" in desktop.log("jack"))
+    wait_for("JACK", lambda: "JACK server starting" in desktop.log("jack"))
     trial = Trial(desktop)
     program = desktop.start_audio("qtractor", ["qtractor", songs[0]])
     rows["sessions"].append(trial.session("Qtractor", "started", songs[0], program.pid))

@@ -24,9 +24,12 @@ def main():
 
 def text(outcomes):
     lines = [f"Tried: {versions(outcomes)}.", "",
-             "| DAW | session | holds open | found after |", "|---|---|---|---|"]
-    for outcome in outcomes.values():
-        lines += [session(each) for each in outcome["sessions"]]
+             "| DAW | what it holds open of its session, and how soon the session is found | another session "
+             "in the same program |", "|---|---|---|"]
+    sessions = [each for outcome in outcomes.values() for each in outcome["sessions"]]
+    for program in dict.fromkeys(each["program"] for each in sessions):
+        first, *others = [found(each) for each in sessions if each["program"] == program]
+        lines.append(row(program, first, "; ".join(others) or "not tried"))
     lines += ["", "| program | export | on disk | lasted | asked | after its end | copy |",
               "|---|---|---|---:|---|---:|---|"]
     for outcome in outcomes.values():
@@ -43,10 +46,10 @@ def versions(outcomes):
     return ", ".join(f"{package} {version}" for package, version in named.items())
 
 
-def session(found):
-    holds = ", ".join(f"`{name}`" for name in found["holds"]) or "nothing"
-    seconds = "not found" if found["seconds"] is None else f"{found['seconds']:.1f} s"
-    return row(found["program"], found["how"], holds, seconds)
+def found(session):
+    holds = ", ".join(f"`{name}`" for name in session["holds"]) or "nothing"
+    seconds = session["seconds"]
+    return f"{holds}: not found" if seconds is None else f"{holds}: {seconds:.1f} s"
 
 
 def export(seen):
