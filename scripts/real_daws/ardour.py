@@ -9,6 +9,9 @@ from .trial import STARTING, Trial
 
 PACKAGES = ("ardour",)
 INSTALLED = Path("/usr/lib/ardour7")
+CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
+<Ardour><Config><Option name="hide-dummy-backend" value="0"/></Config></Ardour>
+"""
 # Sound comes from the engine that needs no sound card.
 RECORDING = """
 local backend = AudioEngine:set_backend("None (Dummy)", "", "")
@@ -58,7 +61,7 @@ def record(desktop, name):
 
 def start(desktop, song):
     """Started as its script does, but only the engine without a sound card is there to choose from. It
-    asks at the start whether that is right, and tells that its device is not the session's."""
+    tells at the start that its device is not the session's."""
     parts = desktop.made_folder("ardour")
     for part in INSTALLED.iterdir():
         if part.name != "backends":
@@ -67,13 +70,15 @@ def start(desktop, song):
     configuration = desktop.home / ".config/ardour7"
     configuration.mkdir(parents=True, exist_ok=True)
     (configuration / ".a7").touch()  # Without the assistant for the first start.
+    (configuration / "config").write_text(CONFIGURATION)
     program = desktop.start_audio("ardour", [next(INSTALLED.glob("ardour-7*")), song], {
         "ARDOUR_DATA_PATH": "/usr/share/ardour7", "ARDOUR_CONFIG_PATH": "/etc/ardour7",
-        "ARDOUR_DLL_PATH": str(parts), "LD_LIBRARY_PATH": str(INSTALLED), "GTK_PATH": str(INSTALLED)})
+        "ARDOUR_DLL_PATH": str(parts), "LD_LIBRARY_PATH": str(INSTALLED), "GTK_PATH": str(INSTALLED),
+        "TRY_AUTOSTART_ENGINE": "1"})
 
     def is_open():
         assert program.poll() is None, "Ardour has ended: " + desktop.log("ardour")[-200:]
-        question = desktop.window_with("Audio/MIDI Setup") or desktop.window_with("")
+        question = desktop.window_with("")
         if question and desktop.display.active_window() == question:
             desktop.display.press_key("Return")
         return desktop.window_with(song.stem)

@@ -34,7 +34,7 @@ def is_wrong(row):
 def main():
     name, place = sys.argv[1], Path(sys.argv[2])
     module = importlib.import_module(f"real_daws.{name}")
-    rows = {"sessions": [], "exports": [], "failures": []}
+    rows = {"sessions": [], "exports": [], "failures": [], "untried": []}
     for trial in module.TRIALS:
         results = place / "results" / trial.__name__
         results.mkdir()

@@ -18,13 +18,13 @@ DOCUMENT = """<?xml version="1.0" encoding="UTF-8"?>
 
 
 def rosegarden(desktop, rows):
-    """It reads its documents whole, and closes them."""
+    """It reads its documents whole and closes them: only a look at that moment finds the session."""
     song = desktop.home / "Sessions/First Song/First Song.rg"
     song.parent.mkdir(parents=True)
     song.write_bytes(gzip.compress(DOCUMENT.encode()))
     trial = Trial(desktop)
     program = desktop.start_audio("rosegarden", ["rosegarden", "--nosplash", "--nosound", song])
-    rows["sessions"].append(trial.session("Rosegarden", "started", song, program.pid, expected=False))
+    rows["sessions"].append(trial.session("Rosegarden", "started", song, program.pid, expected=None))
 
 
 TRIALS = (rosegarden,)

@@ -34,7 +34,8 @@ def text(outcomes):
               "|---|---|---|---:|---|---:|---|"]
     for outcome in outcomes.values():
         lines += [export(each) for each in outcome["exports"]]
-    failures = [failure for outcome in outcomes.values() for failure in outcome["failures"]]
+    failures = [failure for outcome in outcomes.values()
+                for failure in outcome.get("untried", []) + outcome["failures"]]
     if failures:
         lines += ["", "Could not be tried to the end:", "", *(f"- {failure}" for failure in failures)]
     return "\n".join(lines) + "\n"
