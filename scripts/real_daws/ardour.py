@@ -56,12 +56,15 @@ def record(desktop, name):
     script.write_text(RECORDING.format(folder=folder, name=name))
     recorder = desktop.start_audio("recorder", ["ardour7-lua", script])
     wait_for("the recording", lambda: recorder.poll() is not None, STARTING)
-    return folder / f"{name}.ardour"
+    session = folder / f"{name}.ardour"
+    # With the device that Ardour chooses by itself, or it wants its set-up answered first.
+    session.write_text(session.read_text().replace("Uniform White Noise", "Silence"))
+    return session
 
 
 def start(desktop, song):
-    """Started as its script does, but only the engine without a sound card is there to choose from. It
-    tells at the start that its device is not the session's."""
+    """Started as its script does, but only the engine without a sound card is there to choose from. What
+    it tells at the start is answered."""
     parts = desktop.made_folder("ardour")
     for part in INSTALLED.iterdir():
         if part.name != "backends":
