@@ -45,8 +45,9 @@ std::optional<FileIdentity> identityOfFolder(const std::string& path)
     return status ? std::optional(FileIdentity { status->st_dev, status->st_ino }) : std::nullopt;
 }
 
-std::optional<SourceState> sourceState(
-    const FileURL& from, const std::optional<FileIdentity>& foundIn)
+std::optional<SourceState> sourceState(const FileURL& from,
+    const std::optional<FileIdentity>& foundIn,
+    const std::function<bool(const SourceState&)>& mattersWhoWrites)
 {
     FileDescriptor item;
     if (findSource(from.path(), foundIn, item))
@@ -54,7 +55,10 @@ std::optional<SourceState> sourceState(
     const auto status = statusOf(item.get());
     if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
-    return SourceState { writersOf(item.get()), status->st_size, dateOf(*status) };
+    SourceState state { Writers::Unknown, status->st_size, dateOf(*status) };
+    if (mattersWhoWrites(state))
+        state.writers = writersOf(item.get());
+    return state;
 }
 
 Result<void> copyItem(

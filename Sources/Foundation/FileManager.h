@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -41,9 +42,12 @@ struct SourceState {
     FileDate contentModificationDate;
 };
 
-/// Absent for all but an ordinary file that `copyItem` would copy.
-[[nodiscard]] std::optional<SourceState> sourceState(
-    const FileURL& from, const std::optional<FileIdentity>& foundIn);
+/// Absent for all but an ordinary file that `copyItem` would copy. Its writers are asked for only
+/// if they matter to a file with that size and date: to ask opens the file, which gives it a new
+/// date on some drives.
+[[nodiscard]] std::optional<SourceState> sourceState(const FileURL& from,
+    const std::optional<FileIdentity>& foundIn,
+    const std::function<bool(const SourceState&)>& mattersWhoWrites);
 
 /// Copies a file, or a folder with everything in it, to a name that is free. Without `foundIn` the
 /// user has named the item, and a link is followed; with it the item must lie in that folder and be

@@ -58,8 +58,12 @@ std::string neverAtRest(const Entry& entry)
 /// What cannot be looked at is left to the copy, which says why.
 bool isAtRestNow(const Entry& entry)
 {
-    const auto state = FileManager::sourceState(entry.file, entry.foundIn);
-    return !state || isAtRest(*state, Platform::current().dispatch.now());
+    const auto isLeftAlone = [now = Platform::current().dispatch.now()](
+                                 const FileManager::SourceState& source) {
+        return isAtRest(source, now);
+    };
+    const auto state = FileManager::sourceState(entry.file, entry.foundIn, isLeftAlone);
+    return !state || isLeftAlone(*state);
 }
 
 /// Does the work half a second later. No thread waits for it. From any thread.
