@@ -88,6 +88,7 @@ void BounceWatcher::stop()
     watchingPaths.clear();
     alertedFileSizes.clear();
     alertedVersions.clear();
+    copies.clear();
     looks.dropWaiting();
     if (!streamRef)
         return;
@@ -216,6 +217,9 @@ void BounceWatcher::report(const std::string& path, const Look& look)
     // was never written here.
     if (look.item && !look.item->isRegularFile)
         return;
+    // Not recorded: a bounce over our copy is one, also if it has the same size.
+    if (isCopy(path, look))
+        return;
     const bool isKnown = isReported(path, look.size());
     alertedFileSizes.insert_or_assign(path, look.size());
     const bool isNewVersion = noteVersion(path, look);
@@ -224,12 +228,28 @@ void BounceWatcher::report(const std::string& path, const Look& look)
         onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent(), look.folder);
 }
 
-// The copy settles for a second before it could be reported, so this comes in time.
+// The copy settles for more than a second before it could be reported, so as a rule this comes in
+// time.
 void BounceWatcher::noteCopy(const FileURL& file)
 {
     const std::string path = file.path();
     Platform::current().dispatch.mainAsync(
-        [path, look = lookAt(path, false)] { (void)shared().noteVersion(path, look); });
+        [path, look = lookAt(path, false)] { shared().keepCopy(path, look); });
+}
+
+void BounceWatcher::keepCopy(const std::string& path, const Look& look)
+{
+    if (look.folder)
+        copies.insert_or_assign(
+            { *look.folder, lastPathComponent(path) }, Version { look.size(), look.date() });
+}
+
+bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
+{
+    if (!look.folder)
+        return false;
+    const auto copy = copies.find({ *look.folder, lastPathComponent(path) });
+    return copy != copies.end() && copy->second == Version { look.size(), look.date() };
 }
 
 // False when this version was noted before, under whatever path.

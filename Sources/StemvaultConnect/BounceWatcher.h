@@ -76,6 +76,8 @@ private:
     void apply(Wait wait, const Look& look);
     void report(const std::string& path, const Look& look);
     [[nodiscard]] bool noteVersion(const std::string& path, const Look& look);
+    void keepCopy(const std::string& path, const Look& look);
+    [[nodiscard]] bool isCopy(const std::string& path, const Look& look) const;
 
     /// Folders in which DAWs keep their own working files, in lower case.
     const std::set<std::string, std::less<>> internalSessionFolderNames = {
@@ -94,12 +96,13 @@ private:
     std::unordered_set<std::string> watchingPaths; ///< Files that are being waited for.
     std::unordered_map<std::string, std::int64_t> alertedFileSizes; ///< In bytes, when reported.
 
-    /// What was reported or is a copy of ours, by folder and name instead of by path: the session's
-    /// folder and the other one may lead to the same files under two spellings.
+    /// What was reported, by folder and name instead of by path: the session's folder and the other
+    /// one may lead to the same files under two spellings.
     using Place = std::pair<FileIdentity, std::string>;
     using Version =
         std::pair<std::int64_t, std::optional<FileManager::FileDate>>; ///< Size and date.
     std::map<Place, Version> alertedVersions;
+    std::map<Place, Version> copies; ///< Of ours, as they were when they got their names.
     bool isActive = false;
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };
