@@ -47,7 +47,7 @@ class LifecycleScenarios(Scenario):
         self.connect.wait_until_it_rests()
         with self.connect.wait_until_it_wakes():
             (drive / "Mix.wav").write_bytes(b"RIFF")
-        hanging.stop_answering()
+        hanging.stop_answering(self.connect.process)
         hanging.wait_until_it_holds_up(self.connect.process)
         self.bounce_and_ask("Other.wav").answer("Skip")
         asked_to_end = time.monotonic()
