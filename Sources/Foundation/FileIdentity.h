@@ -11,7 +11,8 @@ struct FileIdentity {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
 
-    auto operator<=>(const FileIdentity&) const = default;
+    // The linter takes the result of the comparison for a pointer.
+    auto operator<=>(const FileIdentity&) const = default; // NOLINT(modernize-use-nullptr)
 };
 
 } // namespace stemvault

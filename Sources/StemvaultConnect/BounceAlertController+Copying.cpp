@@ -199,21 +199,19 @@ void BounceAlertController::Batch::copyWhatIsAtRest()
     std::set<std::string> namesWaitedFor;
     for (const Entry& entry : files) {
         const FileURL destURL = destination(entry, folder);
-        const auto wait = [&] {
-            namesWaitedFor.insert(destURL.path());
-            waiting.push_back(entry);
-        };
         if (FileManager::fileExists(destURL.path())) {
             ++skipped;
-        } else if (namesWaitedFor.contains(destURL.path()) || !isAtRestNow(entry)) {
-            wait();
-        } else if (FileManager::copyItem(entry.file, destURL, entry.foundIn)) {
+            continue;
+        }
+        const bool mayBeCopied = !namesWaitedFor.contains(destURL.path()) && isAtRestNow(entry);
+        if (mayBeCopied && FileManager::copyItem(entry.file, destURL, entry.foundIn)) {
             BounceWatcher::noteCopy(destURL);
             ++copied;
-        } else if (!isAtRestNow(entry)) {
-            wait();
-        } else {
+        } else if (mayBeCopied && isAtRestNow(entry)) {
             ++skipped;
+        } else {
+            namesWaitedFor.insert(destURL.path());
+            waiting.push_back(entry);
         }
     }
     files = std::move(waiting);

@@ -232,9 +232,8 @@ void BounceWatcher::report(const std::string& path, const Look& look)
 // time.
 void BounceWatcher::noteCopy(const FileURL& file)
 {
-    const std::string path = file.path();
     Platform::current().dispatch.mainAsync(
-        [path, look = lookAt(path, false)] { shared().keepCopy(path, look); });
+        [path = file.path(), look = lookAt(file.path(), false)] { shared().keepCopy(path, look); });
 }
 
 void BounceWatcher::keepCopy(const std::string& path, const Look& look)
