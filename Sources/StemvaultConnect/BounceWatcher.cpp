@@ -70,6 +70,7 @@ struct BounceWatcher::Look {
     {
         return item ? std::optional(item->contentModificationDate) : std::nullopt;
     }
+    [[nodiscard]] Version version() const { return { size(), date() }; }
 };
 
 BounceWatcher::BounceWatcher() = default;
@@ -239,8 +240,7 @@ void BounceWatcher::noteCopy(const FileURL& file)
 void BounceWatcher::keepCopy(const std::string& path, const Look& look)
 {
     if (look.folder)
-        copies.insert_or_assign(
-            { *look.folder, lastPathComponent(path) }, Version { look.size(), look.date() });
+        copies.insert_or_assign({ *look.folder, lastPathComponent(path) }, look.version());
 }
 
 bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
@@ -248,7 +248,7 @@ bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
     if (!look.folder)
         return false;
     const auto copy = copies.find({ *look.folder, lastPathComponent(path) });
-    return copy != copies.end() && copy->second == Version { look.size(), look.date() };
+    return copy != copies.end() && copy->second == look.version();
 }
 
 // False when this version was noted before, under whatever path.
@@ -256,7 +256,7 @@ bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
 {
     if (!look.folder)
         return true;
-    const Version version { look.size(), look.date() };
+    const Version version = look.version();
     const auto [known, isNew] =
         alertedVersions.try_emplace({ *look.folder, lastPathComponent(path) }, version);
     return isNew || std::exchange(known->second, version) != version;

@@ -47,10 +47,14 @@ std::optional<QColor> colorOfPlasma(const QString& role)
     return color.isValid() ? std::optional(color) : std::nullopt;
 }
 
+bool isDark(const QColor& text, const QColor& window)
+{
+    return text.lightness() > window.lightness();
+}
+
 bool isDark(const QPalette& palette)
 {
-    return palette.color(QPalette::WindowText).lightness()
-        > palette.color(QPalette::Window).lightness();
+    return isDark(palette.color(QPalette::WindowText), palette.color(QPalette::Window));
 }
 
 struct Shades {
@@ -132,7 +136,7 @@ void Appearance::plasmaChanged(int what, int /*detail*/)
     const auto text = colorOfPlasma(QStringLiteral("ForegroundNormal"));
     const auto window = colorOfPlasma(QStringLiteral("BackgroundNormal"));
     if (text && window)
-        take(text->lightness() > window->lightness() ? preferDark : preferLight);
+        take(isDark(*text, *window) ? preferDark : preferLight);
 }
 
 void Appearance::take(const QVariant& value)
