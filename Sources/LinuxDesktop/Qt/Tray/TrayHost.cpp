@@ -27,7 +27,7 @@ TrayHost::TrayHost(QDBusConnection connection, QString itemPath)
     connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString&, const QString&, const QString& owner) {
             if (owner.isEmpty())
-                lose();
+                ask();
             else
                 registerItem();
         });
@@ -54,19 +54,26 @@ void TrayHost::registerItem()
 
 void TrayHost::ask()
 {
+    ask(Answer::Tentative);
+}
+
+// While the program starts, a "no" may be old by the time that it is read, and a panel may have
+// come meanwhile. The older kind of icon must not be made then: the toolkit, which asks for a panel
+// itself, would make a second item.
+void TrayHost::ask(Answer whenAbsent)
+{
     auto message = call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     message << service << QStringLiteral("IsStatusNotifierHostRegistered");
     auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(message), this);
-    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending] {
+    connect(pending, &QDBusPendingCallWatcher::finished, this, [this, pending, whenAbsent] {
         pending->deleteLater();
         const QDBusPendingReply<QDBusVariant> reply = *pending;
-        set(reply.isValid() && reply.value().variant().toBool());
+        const bool there = reply.isValid() && reply.value().variant().toBool();
+        if (there || whenAbsent == Answer::Final)
+            set(there);
+        else
+            ask(Answer::Final);
     });
-}
-
-void TrayHost::lose()
-{
-    set(false);
 }
 
 void TrayHost::set(bool there)

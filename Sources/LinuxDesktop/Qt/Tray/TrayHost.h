@@ -25,8 +25,11 @@ private Q_SLOTS:
     void ask();
 
 private:
+    /// What a "no" is taken for: a tentative one is asked about once more.
+    enum class Answer { Tentative, Final };
+
     void registerItem();
-    void lose();
+    void ask(Answer whenAbsent);
     void set(bool there);
     [[nodiscard]] static QDBusMessage call(const QString& interface, const QString& method);
 
