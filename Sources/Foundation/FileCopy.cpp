@@ -20,6 +20,11 @@ CopyFault faultOf(CopyFault::Kind kind)
     return { kind };
 }
 
+bool isWorthAnotherAttempt(const CopyFault& fault)
+{
+    return fault.kind == CopyFault::Kind::Changing || fault.kind == CopyFault::Kind::Removed;
+}
+
 /// One copy, from the first look at the source to the published name.
 class ItemCopy {
 public:
@@ -60,7 +65,7 @@ CopyOutcome ItemCopy::run()
     CopyOutcome fault;
     for (int i = 0; i < attempts; ++i) {
         fault = attempt();
-        if (!fault || fault->kind != CopyFault::Kind::Changing)
+        if (!fault || !isWorthAnotherAttempt(*fault))
             break;
     }
     return fault;
@@ -174,7 +179,7 @@ CopyOutcome ItemCopy::publish(Draft& draft) const
     const auto fault = draft.publish();
     // Syncthing clears up what has the name of a draft and, by the source, an old date.
     if (fault && draft.isGone())
-        return faultOf(CopyFault::Kind::Changing);
+        return faultOf(CopyFault::Kind::Removed);
     return fault ? namingFault(*fault) : fault;
 }
 
@@ -201,7 +206,7 @@ bool ItemCopy::isReplaced() const
 Result<void> copyItem(const std::string& from, const std::string& to, const CopyOptions& options)
 {
     if (const auto fault = ItemCopy(from, to, options).run())
-        return Failure { describe(*fault, from, to) };
+        return Failure { describe(*fault, from, to), fault->kind == CopyFault::Kind::Changing };
     return {};
 }
 

@@ -51,6 +51,8 @@ std::string reason(const CopyFault& fault, const std::string& folder)
         return namingReason(folder);
     case CopyFault::Kind::Changing:
         return "it kept changing while it was being copied";
+    case CopyFault::Kind::Removed:
+        return "another program kept removing the unfinished copy";
     case CopyFault::Kind::NotAFile:
         return "it is neither a file nor a folder";
     case CopyFault::Kind::FoundLink:

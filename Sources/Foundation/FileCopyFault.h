@@ -12,6 +12,7 @@ struct CopyFault {
         Writing, ///< The system refused something at the destination.
         Name, ///< The destination's disk holds no item of this name.
         Changing, ///< The source changed each time while it was being copied.
+        Removed, ///< Another program removed the unfinished copy each time.
         NotAFile, ///< The source is a device, a pipe or a socket.
         FoundLink, ///< The source is a link that the user did not name himself.
         OtherFolder, ///< The path leads to another folder than when the source was found.

@@ -54,7 +54,8 @@ struct SourceState {
 /// no link. Data, permissions as far as the umask allows them, modification time and user
 /// attributes come along. The copy appears under its final
 /// name only when it is whole and on disk. When `to` is taken this fails and nothing is touched;
-/// after any failure nothing is left behind.
+/// after any failure nothing is left behind. A failure may pass if it is that the source kept
+/// changing meanwhile.
 Result<void> copyItem(const FileURL& from, const FileURL& to,
     const std::optional<FileIdentity>& foundIn = std::nullopt);
 

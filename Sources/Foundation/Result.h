@@ -10,6 +10,7 @@ namespace stemvault {
 /// Why something could not be done, in words a user can read.
 struct Failure {
     std::string description;
+    bool mayPass = false; ///< What was asked for is still changing; it may work once that ends.
 };
 
 /// A value, or the reason why there is none. Shaped like std::expected, so that it can become one.
@@ -39,6 +40,7 @@ public:
     [[nodiscard]] bool has_value() const { return !failure; }
     explicit operator bool() const { return has_value(); }
     [[nodiscard]] const std::string& error() const { return failure->description; }
+    [[nodiscard]] bool mayPass() const { return failure && failure->mayPass; }
 
 private:
     std::optional<Failure> failure;

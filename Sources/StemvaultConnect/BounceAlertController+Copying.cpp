@@ -49,10 +49,11 @@ void showCopyFailed(const std::string& reason)
     });
 }
 
-std::string neverAtRest(const Entry& entry)
+Failure notAtRest(const Entry& entry)
 {
-    return "“" + printable(entry.file.lastPathComponent())
-        + "” couldn’t be copied because another program is still writing it.";
+    return { "“" + printable(entry.file.lastPathComponent())
+            + "” couldn’t be copied because another program is still writing it.",
+        true };
 }
 
 /// What cannot be looked at is left to the copy, which says why.
@@ -64,6 +65,15 @@ bool isAtRestNow(const Entry& entry)
     };
     const auto state = FileManager::sourceState(entry.file, entry.foundIn, isLeftAlone);
     return !state || isLeftAlone(*state);
+}
+
+/// Fails with what may pass while the file is not at rest, also when that shows during the copy.
+Result<void> copyAtRest(
+    const Entry& entry, const FileURL& destURL, decltype(FileManager::copyItem)& copyItem)
+{
+    if (!isAtRestNow(entry))
+        return notAtRest(entry);
+    return copyItem(entry.file, destURL, entry.foundIn);
 }
 
 /// Does the work half a second later. No thread waits for it. From any thread.
@@ -149,17 +159,14 @@ void BounceAlertController::performCopy(const Copy& copy)
         const FileURL destURL = destination(entry, folder);
         if (!isReplacing && FileManager::fileExists(destURL.path()))
             return Platform::current().dispatch.mainAsync(ask);
-        if (!isAtRestNow(entry))
-            return looks < looksAtMost ? lookLater(lookAgain) : showCopyFailed(neverAtRest(entry));
-
-        const auto copyItem = isReplacing ? FileManager::replaceItem : FileManager::copyItem;
-        const auto copied = copyItem(entry.file, destURL, entry.foundIn);
+        const auto copied = copyAtRest(
+            entry, destURL, isReplacing ? FileManager::replaceItem : FileManager::copyItem);
         if (copied) {
             BounceWatcher::noteCopy(destURL);
             tellCopied(entry.file.lastPathComponent(), folder.name);
         } else if (!isReplacing && FileManager::fileExists(destURL.path())) {
             Platform::current().dispatch.mainAsync(ask);
-        } else if (!isAtRestNow(entry) && looks < looksAtMost) {
+        } else if (copied.mayPass() && looks < looksAtMost) {
             lookLater(lookAgain);
         } else {
             showCopyFailed(copied.error());
@@ -203,15 +210,16 @@ void BounceAlertController::Batch::copyWhatIsAtRest()
             ++skipped;
             continue;
         }
-        const bool mayBeCopied = !namesWaitedFor.contains(destURL.path()) && isAtRestNow(entry);
-        if (mayBeCopied && FileManager::copyItem(entry.file, destURL, entry.foundIn)) {
+        if (namesWaitedFor.contains(destURL.path())) {
+            waiting.push_back(entry);
+        } else if (const auto copying = copyAtRest(entry, destURL, FileManager::copyItem)) {
             BounceWatcher::noteCopy(destURL);
             ++copied;
-        } else if (mayBeCopied && isAtRestNow(entry)) {
-            ++skipped;
-        } else {
+        } else if (copying.mayPass()) {
             namesWaitedFor.insert(destURL.path());
             waiting.push_back(entry);
+        } else {
+            ++skipped;
         }
     }
     files = std::move(waiting);

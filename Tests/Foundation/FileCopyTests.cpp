@@ -112,6 +112,7 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
         const auto copied = copyItem(row.from, row.to, with(row.refusals));
         ASSERT_FALSE(copied) << text;
         EXPECT_EQ(copied.error(), text);
+        EXPECT_FALSE(copied.mayPass()) << text;
         EXPECT_THAT(names(), IsEmpty()) << text;
         EXPECT_THAT(names("album"), ElementsAre("Mix.wav")) << text;
         EXPECT_EQ(files.read("album/Mix.wav"), "taken") << text;
@@ -240,6 +241,7 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
             EXPECT_EQ(files.read("to/Mix.wav"), content);
         else
             EXPECT_THAT(copied.error(), HasSubstr("it kept changing"));
+        EXPECT_EQ(copied.mayPass(), !row.succeeds);
         std::filesystem::remove(target);
         EXPECT_THAT(names(), IsEmpty());
     }
@@ -295,21 +297,28 @@ TEST_F(CopyTest, KeepsTheGroupThatAFolderHandsDown)
 TEST_F(CopyTest, IsMadeAgainWhenSomebodyRemovesTheDraft)
 {
     for (const auto& refusals : { std::vector<Refusal> {}, { noUnnamed } }) {
-        bool isFirst = true;
-        const Refusal removed = [&](Calls& calls) {
-            calls.renameat2 = [&, real = calls.renameat2](int folder, const char* from,
-                                  int toFolder, const char* to, unsigned flags) {
-                if (std::exchange(isFirst, false))
-                    ::unlinkat(folder, from, 0);
-                return real(folder, from, toFolder, to, flags);
+        for (const int mostRemovals : { 1, 3 }) {
+            int removals = 0;
+            const Refusal removed = [&](Calls& calls) {
+                calls.renameat2 = [&, real = calls.renameat2](int folder, const char* from,
+                                      int toFolder, const char* to, unsigned flags) {
+                    if (removals < mostRemovals && ++removals > 0)
+                        ::unlinkat(folder, from, 0);
+                    return real(folder, from, toFolder, to, flags);
+                };
             };
-        };
-        auto all = refusals;
-        all.push_back(removed);
-        EXPECT_TRUE(copyItem(source, target, with(all)));
-        EXPECT_FALSE(isFirst);
-        EXPECT_EQ(files.read("to/Mix.wav"), content);
-        std::filesystem::remove(target);
+            auto all = refusals;
+            all.push_back(removed);
+            const auto copied = copyItem(source, target, with(all));
+            EXPECT_EQ(removals, mostRemovals);
+            EXPECT_EQ(copied.has_value(), mostRemovals == 1);
+            EXPECT_FALSE(copied.mayPass()) << "the source is at rest";
+            if (!copied)
+                EXPECT_THAT(copied.error(), HasSubstr("kept removing the unfinished copy"));
+            else
+                EXPECT_EQ(files.read("to/Mix.wav"), content);
+            std::filesystem::remove(target);
+        }
     }
 }
 

@@ -10,8 +10,11 @@
 
 #include <gmock/gmock.h>
 
+#include <csignal>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 namespace stemvault {
@@ -380,6 +383,125 @@ TEST_F(BounceAlertControllerTests, AFileThatNeverComesToRestIsReported)
             AlertStyle::Warning, {}, {}, {} }));
     EXPECT_EQ(dialogs.alerts.size(), 2U);
     EXPECT_THAT(folder.names("Client A"), IsEmpty());
+}
+
+/// Gives a file another date ten thousand times a second, or whenever a file gets too large, in
+/// signals to the thread that copies. Dates in the future tell nothing of rest.
+class Redating {
+public:
+    explicit Redating(const std::string& file)
+    {
+        path = file;
+        seconds = inTheFuture;
+        struct sigaction action { };
+        action.sa_handler = [](int) { redate(); };
+        action.sa_flags = SA_RESTART;
+        EXPECT_EQ(::sigaction(SIGALRM, &action, nullptr), 0);
+        EXPECT_EQ(::sigaction(SIGXFSZ, &action, nullptr), 0);
+        redate();
+    }
+    ~Redating()
+    {
+        keepOn(0);
+        limitFiles(RLIM_INFINITY);
+        ::signal(SIGALRM, SIG_DFL);
+        ::signal(SIGXFSZ, SIG_DFL);
+    }
+    static void keepOn(suseconds_t interval)
+    {
+        const itimerval times { { 0, interval }, { 0, interval } };
+        EXPECT_EQ(::setitimer(ITIMER_REAL, &times, nullptr), 0);
+    }
+    static void limitFiles(rlim_t size)
+    {
+        const rlimit limit { size, RLIM_INFINITY };
+        EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    }
+    /// From now on as what is written at this time.
+    static void dateAs(WallTime now)
+    {
+        seconds = std::chrono::floor<std::chrono::seconds>(now.time_since_epoch()).count();
+    }
+
+private:
+    static void redate()
+    {
+        const timespec date { seconds, ++changes };
+        const timespec times[] = { date, date };
+        ::utimensat(AT_FDCWD, path.c_str(), times, 0);
+    }
+
+    static inline std::string path;
+    static constexpr time_t inTheFuture = 4'000'000'000;
+    static inline time_t seconds = inTheFuture;
+    static inline long changes = 0;
+};
+
+const std::string longContent(4 << 20, 'm');
+
+TEST_F(BounceAlertControllerTests, ACopyThatItsSourceSpoiltByChangingIsMadeOnceThatEnds)
+{
+    for (const bool isBatch : { false, true }) {
+        Stage stage;
+        stage.addDestination("Client A");
+        stage.queue({ "1.wav", "2.wav" });
+        const Redating mix(stage.folder.write("Song/1.wav", longContent));
+        stage.dialogs.answer(isBatch ? "Add All (2)" : "Add");
+        if (!isBatch)
+            stage.dialogs.answer("Skip");
+        Redating::keepOn(100);
+        stage.showAll();
+        stage.platform.dispatch.advance(1s);
+        EXPECT_FALSE(stage.folder.names("Client A").contains("1.wav"));
+        EXPECT_THAT(stage.notifications.posted, IsEmpty());
+        Redating::keepOn(0);
+        stage.platform.dispatch.advance(1s);
+        EXPECT_EQ(stage.folder.read("Client A/1.wav"), longContent);
+        EXPECT_THAT(stage.notifications.bodies(),
+            ElementsAre(isBatch ? "2 files → Client A" : "1.wav → Client A"));
+    }
+}
+
+TEST_F(BounceAlertControllerTests, ASourceThatSpoilsEveryCopyIsReported)
+{
+    addDestination("Client A");
+    queue({ "Mix.wav" });
+    dialogs.answer("Add");
+    {
+        const WrittenFile mix(*this, folder.path("Song/Mix.wav"));
+        showAll();
+        platform.dispatch.advance(10min - 1s);
+    }
+    const Redating mix(folder.write("Song/Mix.wav", longContent));
+    Redating::keepOn(100);
+    dialogs.answer("OK");
+    platform.dispatch.advance(3s);
+    EXPECT_EQ(texts().back(),
+        "“Mix.wav” couldn’t be copied because it kept changing while it was being copied.");
+}
+
+TEST_F(BounceAlertControllerTests, ACopyThatFailedOtherwiseIsNotMadeAgainThoughItsSourceChanged)
+{
+    for (const bool isBatch : { false, true }) {
+        Stage stage;
+        stage.addDestination("Client A");
+        stage.queue({ "1.wav", "2.wav" });
+        const Redating mix(stage.folder.write("Song/1.wav", longContent));
+        Redating::dateAs(stage.platform.dispatch.now());
+        stage.dialogs.answer(isBatch ? "Add All (2)" : "Add");
+        if (!isBatch) {
+            stage.dialogs.answer("Skip");
+            stage.dialogs.answer("OK");
+        }
+        Redating::limitFiles(1 << 20);
+        stage.showAll();
+        EXPECT_FALSE(stage.folder.names("Client A").contains("1.wav"));
+        if (isBatch)
+            EXPECT_THAT(stage.notifications.bodies(),
+                ElementsAre("1 file → Client A (1 skipped — already existed)"));
+        else
+            EXPECT_THAT(stage.texts().back(), testing::HasSubstr("too large"));
+    }
 }
 
 TEST_F(BounceAlertControllerTests, ABatchWaitsForItsFilesInTheirOrder)
