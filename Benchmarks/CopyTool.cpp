@@ -1,6 +1,6 @@
 // stemvault-copy: one copy as the program makes it, for measuring it and for trying it by hand.
 
-#include "Foundation/FileCopy.h"
+#include "FileManager/FileCopy.h"
 #include "Foundation/PathText.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-#include "Foundation/FileManager.h"
+#include "FileManager/FileManager.h"
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "FileManager/FileIdentity.h"
 #include "Foundation/Alive.h"
-#include "Foundation/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
 #include "Platform/Image.h"

@@ -1,8 +1,8 @@
 #include "StemvaultConnect/BounceWatcher.h"
 
+#include "FileManager/WriterCheck.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
-#include "Foundation/WriterCheck.h"
 #include "Platform/FileEvents.h"
 #include "Platform/Platform.h"
 #include "StemvaultConnect/SessionTracker.h"

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "FileManager/FileIdentity.h"
+#include "FileManager/FileManager.h"
 #include "Foundation/Alive.h"
-#include "Foundation/FileIdentity.h"
-#include "Foundation/FileManager.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
 #include "Platform/Dispatch.h"

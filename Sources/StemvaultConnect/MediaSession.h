@@ -1,7 +1,7 @@
 #pragma once
 
+#include "FileManager/FileManager.h"
 #include "Foundation/DAWTable.h"
-#include "Foundation/FileManager.h"
 #include "Foundation/FileURL.h"
 
 #include <functional>

@@ -1,5 +1,5 @@
-#include "Foundation/FileManager+Folders.h"
-#include "Foundation/FileManager.h"
+#include "FileManager/FileManager+Folders.h"
+#include "FileManager/FileManager.h"
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/URLComponents.h"
 #include "Foundation/UUID.h"

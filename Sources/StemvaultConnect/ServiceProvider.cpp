@@ -1,7 +1,7 @@
 #include "StemvaultConnect/ServiceProvider.h"
 
-#include "Foundation/FileManager+Folders.h"
-#include "Foundation/FileManager.h"
+#include "FileManager/FileManager+Folders.h"
+#include "FileManager/FileManager.h"
 #include "Foundation/UnicodeText.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/FileIdentity.h"
+#include "FileManager/FileIdentity.h"
 #include "Foundation/FileURL.h"
 #include "Platform/Application.h"
 

@@ -1,7 +1,7 @@
 #include "StemvaultConnect/SessionTracker.h"
 
+#include "FileManager/FileManager.h"
 #include "Foundation/DAWTable.h"
-#include "Foundation/FileManager.h"
 #include "Foundation/HomeDirectory.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"

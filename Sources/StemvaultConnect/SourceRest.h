@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/FileManager.h"
+#include "FileManager/FileManager.h"
 #include "Platform/Dispatch.h"
 
 namespace stemvault {

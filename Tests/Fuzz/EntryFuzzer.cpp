@@ -1,7 +1,7 @@
 #include "Foundation/PathText.h"
 #include "Fuzz/Fuzzer.h"
-#include "LinuxDesktop/Login/AutostartEntry.h"
-#include "LinuxDesktop/Processes/DesktopEntry.h"
+#include "LinuxDesktop/LoginItem/AutostartEntry.h"
+#include "LinuxDesktop/Workspace/DesktopEntry.h"
 #include "Support/TemporaryFolder.h"
 
 // Desktop entries, which any package and any user may have written, and our own among them.

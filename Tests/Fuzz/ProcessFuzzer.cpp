@@ -1,7 +1,7 @@
 #include "Fuzz/Fuzzer.h"
-#include "LinuxDesktop/Processes/KnownApplication.h"
-#include "LinuxDesktop/Processes/MountNamespace.h"
-#include "LinuxDesktop/Processes/ProcessText.h"
+#include "LinuxDesktop/OpenFiles/MountNamespace.h"
+#include "LinuxDesktop/Workspace/KnownApplication.h"
+#include "LinuxDesktop/Workspace/ProcessText.h"
 
 #include <algorithm>
 #include <cstdint>

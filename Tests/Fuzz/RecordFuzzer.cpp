@@ -1,5 +1,5 @@
 #include "Fuzz/Fuzzer.h"
-#include "LinuxDesktop/UserDefaultsFile.h"
+#include "LinuxDesktop/UserDefaults/UserDefaultsFile.h"
 #include "Support/FakeDispatch.h"
 #include "Support/TemporaryFolder.h"
 

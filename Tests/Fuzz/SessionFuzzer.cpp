@@ -1,6 +1,6 @@
 #include "Foundation/PathText.h"
 #include "Fuzz/Fuzzer.h"
-#include "LinuxDesktop/Processes/OpenFilesText.h"
+#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
 #include "StemvaultConnect/SessionFolder.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Foundation/Alive.h"
-#include "LinuxDesktop/Processes/ApplicationList.h"
+#include "LinuxDesktop/Workspace/ApplicationList.h"
 #include "LinuxDesktop/Workspace/ProcessEndings.h"
 #include "LinuxDesktop/Workspace/UnitSignals.h"
 #include "LinuxDesktop/Workspace/X11Windows.h"

@@ -1,7 +1,7 @@
 #include "LinuxDesktop/Workspace/ProcessEndings.h"
 
-#include "LinuxDesktop/Processes/ProcessDescriptor.h"
-#include "LinuxDesktop/Processes/ReadText.h"
+#include "LinuxDesktop/Workspace/ProcessDescriptor.h"
+#include "LinuxDesktop/Workspace/ReadText.h"
 
 #include <QObject>
 

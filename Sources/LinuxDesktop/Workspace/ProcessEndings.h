@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Foundation/FileDescriptor.h"
-#include "LinuxDesktop/Processes/ProcessTable.h"
+#include "LinuxDesktop/Workspace/ProcessTable.h"
 
 #include <QObject>
 #include <QSocketNotifier>

@@ -1,4 +1,4 @@
-#include "Foundation/FileCopy.h"
+#include "FileManager/FileCopy.h"
 #include "LinuxDesktop/FileEvents/StreamStage.h"
 #include "Platform/FileEvents.h"
 

@@ -1,6 +1,6 @@
-#include "LinuxDesktop/Processes/FakeProcesses.h"
-#include "LinuxDesktop/Qt/QtDispatch.h"
-#include "LinuxDesktop/Qt/QtTest.h"
+#include "LinuxDesktop/Dispatch/QtDispatch.h"
+#include "LinuxDesktop/QtTest.h"
+#include "LinuxDesktop/Workspace/FakeProcesses.h"
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
 
 #include <QAbstractEventDispatcher>

@@ -1,0 +1,228 @@
+#include "FileManager/Draft.h"
+
+#include "FileManager/Folder.h"
+#include "FileManager/TemporaryItem.h"
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// How file systems say that they know no such kind of rename.
+bool isUnknownRename(int error)
+{
+    return error == EINVAL || error == ENOSYS || error == ENOTSUP;
+}
+
+} // namespace
+
+Draft::Draft(int parent, std::string nameToBear, const CopyOptions& copyOptions)
+    : folder(parent), finalName(std::move(nameToBear)), options(copyOptions)
+{
+}
+
+// Closed first: some drives store a file when it is closed, also one that has been removed.
+Draft::~Draft()
+{
+    descriptor.reset();
+    if (!name.empty())
+        removeItem(folder, name);
+}
+
+// Tries random names until one is free; the name is kept once the call has made something of it.
+template <typename Call> bool Draft::underFreshName(Call call)
+{
+    constexpr int attempts = 100;
+    for (int i = 0; i < attempts; ++i) {
+        const std::string fresh = temporaryName(finalName);
+        if (call(fresh.c_str())) {
+            name = fresh;
+            return true;
+        }
+        if (errno != EEXIST)
+            break;
+    }
+    return false;
+}
+
+// In an append-only folder names can be made and neither changed nor removed.
+bool Draft::isInAppendOnlyFolder() const
+{
+    struct statx status { };
+    return ::statx(folder, "", AT_EMPTY_PATH, 0, &status) == 0
+        && (status.stx_attributes & STATX_ATTR_APPEND) != 0;
+}
+
+bool Draft::createUnnamedFile()
+{
+    descriptor = FileDescriptor(
+        options.calls.openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    isUnnamed = descriptor.isOpen();
+    if (isUnnamed)
+        markDraft(descriptor.get());
+    return isUnnamed;
+}
+
+bool Draft::createFile()
+{
+    if (isInAppendOnlyFolder())
+        return errno = EPERM, false;
+    return underFreshName([this](const char* fresh) {
+        descriptor = FileDescriptor(options.calls.openat(
+            folder, fresh, O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        if (descriptor)
+            markDraft(descriptor.get());
+        return descriptor.isOpen();
+    });
+}
+
+bool Draft::createFolder()
+{
+    isFolder = true;
+    if (isInAppendOnlyFolder())
+        return errno = EPERM, false;
+    if (!underFreshName(
+            [this](const char* fresh) { return ::mkdirat(folder, fresh, S_IRWXU) == 0; }))
+        return false;
+    descriptor = FileDescriptor(
+        ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (descriptor)
+        markDraft(descriptor.get());
+    return descriptor.isOpen();
+}
+
+bool Draft::giveName()
+{
+    if (!name.empty() || isInAppendOnlyFolder())
+        return true;
+    return underFreshName([this](const char* fresh) { return linkAs(fresh); });
+}
+
+bool Draft::linkAs(const char* fresh) const
+{
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(item());
+    return options.calls.linkat(AT_FDCWD, unnamed.c_str(), folder, fresh, AT_SYMLINK_FOLLOW) == 0;
+}
+
+CopyOutcome Draft::publish()
+{
+    if (name.empty())
+        return linkToFreeName();
+    if (const auto fault = closeFile())
+        return fault;
+    // Sync clients wait for a written file to be closed. A linked file has had no such event, so it
+    // is opened once more, to be closed under its final name. A file that was created by name must
+    // not be: some drives (rclone's without a cache) empty a file that is opened for writing and
+    // closed unwritten.
+    const FileDescriptor toClose(isUnnamed
+            ? ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)
+            : -1);
+    const auto fault = options.ifTaken == IfTaken::Replace ? moveOverOld() : moveToFreeName();
+    if (!fault)
+        settle();
+    return fault;
+}
+
+CopyOutcome Draft::linkToFreeName()
+{
+    if (!linkAs(finalName.c_str())) {
+        const bool isReplacing = options.ifTaken == IfTaken::Replace && errno == EEXIST;
+        return CopyFault { CopyFault::Kind::Writing, isReplacing ? EPERM : errno };
+    }
+    settle();
+    return std::nullopt;
+}
+
+// Network drives may put off writing until a file is closed, and report only then that it failed.
+CopyOutcome Draft::closeFile()
+{
+    if (!isFolder && options.calls.close(descriptor.release()) != 0)
+        return writingFault();
+    return std::nullopt;
+}
+
+bool Draft::isGone() const
+{
+    return !name.empty() && !linkStatus(folder, name) && errno == ENOENT;
+}
+
+CopyOutcome Draft::moveToFreeName()
+{
+    const char* const from = name.c_str();
+    const char* const to = finalName.c_str();
+    if (options.calls.renameat2(folder, from, folder, to, RENAME_NOREPLACE) == 0)
+        return std::nullopt;
+    if (!isUnknownRename(errno))
+        return writingFault();
+    if (options.calls.linkat(folder, from, folder, to, 0) == 0) {
+        ::unlinkat(folder, from, 0);
+        return std::nullopt;
+    }
+    if (errno == EEXIST)
+        return writingFault();
+    // Neither is known here (a FAT disk behind FUSE, say): a look first is all that is left.
+    if (linkStatus(folder, finalName))
+        return CopyFault { CopyFault::Kind::Writing, EEXIST };
+    if (options.calls.renameat2(folder, from, folder, to, 0) != 0)
+        return writingFault();
+    return std::nullopt;
+}
+
+CopyOutcome Draft::moveOverOld()
+{
+    const auto old = linkStatus(folder, finalName);
+    if (old && (isFolder || S_ISDIR(old->st_mode)))
+        return exchangeWithOld();
+    if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), 0) != 0)
+        return writingFault();
+    return std::nullopt;
+}
+
+CopyOutcome Draft::exchangeWithOld()
+{
+    // Marked before it gets the draft's name: a copy that is killed right after the exchange leaves
+    // the old item under that name, and only what is marked is ever removed.
+    const FileDescriptor old(
+        ::openat(folder, finalName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (old)
+        markDraft(old.get());
+    if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), RENAME_EXCHANGE)
+        == 0) {
+        displaced = name;
+        return std::nullopt;
+    }
+    const int fault = errno;
+    unmarkDraft(folder, finalName);
+    errno = fault;
+    return isUnknownRename(errno) ? moveOldAside() : writingFault();
+}
+
+CopyOutcome Draft::moveOldAside()
+{
+    const std::string aside = asideName(finalName);
+    if (options.calls.renameat2(folder, finalName.c_str(), folder, aside.c_str(), 0) != 0)
+        return writingFault();
+    const auto fault = moveToFreeName();
+    if (fault)
+        options.calls.renameat2(folder, aside.c_str(), folder, finalName.c_str(), 0);
+    else
+        displaced = aside;
+    return fault;
+}
+
+// The copy stands now. That its name could not be forced onto the disk would be no reason to take
+// it away again, so that failure is let pass.
+void Draft::settle()
+{
+    name.clear();
+    unmarkDraft(folder, finalName);
+    if (options.durability == Durability::OnDisk)
+        options.calls.fsync(folder);
+    if (!displaced.empty())
+        removeItem(folder, displaced);
+}
+
+} // namespace stemvault

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "FileManager/FileCopyFault.h"
+#include "FileManager/FileCopyOptions.h"
+#include "FileManager/Folder.h"
+
+namespace stemvault {
+
+/// Copies what `in` held when `source` was taken into the empty file `out`: by sharing blocks where
+/// the file system can, else inside the kernel, else by reading and writing. Holes stay holes. A
+/// file that has become shorter is `Changing`.
+[[nodiscard]] CopyOutcome copyContent(
+    int in, int out, const FileStatus& source, const CopyOptions& options);
+
+} // namespace stemvault

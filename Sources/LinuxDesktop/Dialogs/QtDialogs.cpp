@@ -1,0 +1,46 @@
+#include "LinuxDesktop/Dialogs/QtDialogs.h"
+
+#include "LinuxDesktop/Bundle/LinuxBundle.h"
+#include "LinuxDesktop/Dialogs/AlertWindow.h"
+#include "LinuxDesktop/Dialogs/OpenPanelWindow.h"
+
+#include <memory>
+#include <utility>
+
+namespace stemvault {
+
+AlertAnswer QtDialogs::runModal(const Alert& alert)
+{
+    AlertWindow window(alert, iconOf(alert));
+    const int response = windows.run(window);
+    return { response == 0 ? ModalResponse::stopped : response, window.indexOfSelectedItem(),
+        window.text() };
+}
+
+OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
+{
+    (void)applicationIcon.icon(); // The panel's window bears it.
+    auto window = std::make_unique<OpenPanelWindow>(panel);
+    const bool isAccepted = windows.run(*window) == QDialog::Accepted;
+    const std::vector<FileURL> urls = isAccepted ? window->chosen() : std::vector<FileURL>();
+    OpenPanelWindow::endWhenRead(std::move(window));
+    if (urls.empty())
+        return {};
+    return { ModalResponse::ok, urls.front(), urls };
+}
+
+// Nearly every alert bears the same icon. One that is read anew each time leaves its drawings in
+// the toolkit's cache each time.
+QIcon QtDialogs::iconOf(const Alert& alert)
+{
+    QIcon usual = applicationIcon.icon();
+    if (!alert.icon)
+        return usual;
+    if (iconShownLast.isNull() || shownLast != *alert.icon) {
+        shownLast = *alert.icon;
+        iconShownLast = iconFromImage(shownLast);
+    }
+    return iconShownLast;
+}
+
+} // namespace stemvault

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "LinuxDesktop/Application/ApplicationIcon.h"
+#include "LinuxDesktop/Application/ModalWindows.h"
+#include "Platform/Dialogs.h"
+
+#include <QIcon>
+
+namespace stemvault {
+
+class QtDialogs final : public Dialogs {
+public:
+    QtDialogs(ModalWindows& modalWindows, ApplicationIcon& iconOfWindows)
+        : windows(modalWindows), applicationIcon(iconOfWindows)
+    {
+    }
+
+    [[nodiscard]] AlertAnswer runModal(const Alert& alert) override;
+    [[nodiscard]] OpenPanelAnswer runModal(const OpenPanel& panel) override;
+
+private:
+    [[nodiscard]] QIcon iconOf(const Alert& alert);
+
+    ModalWindows& windows;
+    ApplicationIcon& applicationIcon;
+    Image shownLast;
+    QIcon iconShownLast; ///< Absent until an alert with an icon of its own has been shown.
+};
+
+} // namespace stemvault

@@ -1,0 +1,109 @@
+#include "LinuxDesktop/LoginItem/AutostartEntry.h"
+
+#include "Foundation/HomeDirectory.h"
+#include "LinuxDesktop/LoginItem/AutostartText.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view fileName = "net.stemvault.Connect.desktop";
+
+std::string environment(const char* name)
+{
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment then.
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
+/// Empty when there is no such file.
+std::string contentOf(const std::string& path)
+{
+    std::ifstream file(path, std::ios::binary);
+    return { std::istreambuf_iterator<char>(file), {} };
+}
+
+Failure failure(int error)
+{
+    return { std::generic_category().message(error) };
+}
+
+} // namespace
+
+AutostartEntry::AutostartEntry(std::string folder, std::string executable)
+    : autostartFolder(std::move(folder)), program(std::move(executable))
+{
+}
+
+std::string AutostartEntry::standardFolder()
+{
+    const std::string configuration = environment("XDG_CONFIG_HOME");
+    return (configuration.starts_with('/') ? configuration : homeDirectory() + "/.config")
+        + "/autostart";
+}
+
+std::string AutostartEntry::standardExecutable()
+{
+    if (auto image = environment("APPIMAGE"); image.starts_with('/'))
+        return image;
+    std::error_code error;
+    return fs::read_symlink("/proc/self/exe", error).string();
+}
+
+std::string AutostartEntry::path() const
+{
+    return autostartFolder + "/" + std::string(fileName);
+}
+
+LoginItemStatus AutostartEntry::status() const
+{
+    return isSwitchedOn(contentOf(path())) ? LoginItemStatus::Enabled
+                                           : LoginItemStatus::NotRegistered;
+}
+
+// Written beside and moved into place, so that no session start reads half of it.
+Result<void> AutostartEntry::registerItem()
+{
+    if (program.empty())
+        return failure(ENOENT);
+    std::error_code error;
+    fs::create_directories(autostartFolder, error);
+    if (error)
+        return failure(error.value());
+    const std::string text = switchedOn(contentOf(path()), program);
+    const std::string draft = path() + ".new";
+    {
+        std::ofstream file(draft, std::ios::binary | std::ios::trunc);
+        file << text;
+        if (!file.flush()) {
+            fs::remove(draft, error);
+            return failure(EIO);
+        }
+    }
+    fs::rename(draft, path(), error);
+    if (!error)
+        return {};
+    const int reason = error.value();
+    fs::remove(draft, error);
+    return failure(reason);
+}
+
+Result<void> AutostartEntry::unregisterItem()
+{
+    std::error_code error;
+    fs::remove(path(), error);
+    return error ? Result<void>(failure(error.value())) : Result<void>();
+}
+
+} // namespace stemvault

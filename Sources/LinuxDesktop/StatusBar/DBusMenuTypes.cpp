@@ -1,0 +1,124 @@
+#include "LinuxDesktop/StatusBar/DBusMenuTypes.h"
+
+#include <QDBusMetaType>
+
+namespace stemvault {
+
+namespace {
+
+template <typename... Members>
+QDBusArgument& put(QDBusArgument& argument, const Members&... members)
+{
+    argument.beginStructure();
+    (argument << ... << members);
+    argument.endStructure();
+    return argument;
+}
+
+template <typename... Members>
+const QDBusArgument& take(const QDBusArgument& argument, Members&... members)
+{
+    argument.beginStructure();
+    (argument >> ... >> members);
+    argument.endStructure();
+    return argument;
+}
+
+} // namespace
+
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuItem& item)
+{
+    return put(argument, item.id, item.properties);
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuItem& item)
+{
+    return take(argument, item.id, item.properties);
+}
+
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuItemKeys& keys)
+{
+    return put(argument, keys.id, keys.properties);
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuItemKeys& keys)
+{
+    return take(argument, keys.id, keys.properties);
+}
+
+// The children go as variants: the type is recursive and the bus has no name for that.
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout)
+{
+    argument.beginStructure();
+    argument << layout.id << layout.properties;
+    argument.beginArray(QMetaType::fromType<QDBusVariant>());
+    for (const DBusMenuLayout& child : layout.children)
+        argument << QDBusVariant(QVariant::fromValue(child));
+    argument.endArray();
+    argument.endStructure();
+    return argument;
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout)
+{
+    argument.beginStructure();
+    argument >> layout.id >> layout.properties;
+    argument.beginArray();
+    while (!argument.atEnd()) {
+        QDBusVariant child;
+        argument >> child;
+        layout.children.push_back(
+            qdbus_cast<DBusMenuLayout>(child.variant().value<QDBusArgument>()));
+    }
+    argument.endArray();
+    argument.endStructure();
+    return argument;
+}
+
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuEvent& event)
+{
+    return put(argument, event.id, event.type, event.data, event.timestamp);
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuEvent& event)
+{
+    return take(argument, event.id, event.type, event.data, event.timestamp);
+}
+
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusPixmap& pixmap)
+{
+    return put(argument, pixmap.width, pixmap.height, pixmap.pixels);
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusPixmap& pixmap)
+{
+    return take(argument, pixmap.width, pixmap.height, pixmap.pixels);
+}
+
+static QDBusArgument& operator<<(QDBusArgument& argument, const DBusToolTip& toolTip)
+{
+    return put(argument, toolTip.icon, toolTip.pixmaps, toolTip.title, toolTip.text);
+}
+
+static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusToolTip& toolTip)
+{
+    return take(argument, toolTip.icon, toolTip.pixmaps, toolTip.title, toolTip.text);
+}
+
+void registerDBusMenuTypes()
+{
+    qDBusRegisterMetaType<DBusMenuItem>();
+    qDBusRegisterMetaType<QList<DBusMenuItem>>();
+    qDBusRegisterMetaType<DBusMenuItemKeys>();
+    qDBusRegisterMetaType<QList<DBusMenuItemKeys>>();
+    qDBusRegisterMetaType<DBusMenuLayout>();
+    qDBusRegisterMetaType<DBusMenuEvent>();
+    qDBusRegisterMetaType<QList<DBusMenuEvent>>();
+    qDBusRegisterMetaType<DBusPixmap>();
+    qDBusRegisterMetaType<QList<DBusPixmap>>();
+    qDBusRegisterMetaType<DBusToolTip>();
+    qDBusRegisterMetaType<QList<QStringList>>();
+    qDBusRegisterMetaType<QList<int>>();
+}
+
+} // namespace stemvault

@@ -1,0 +1,85 @@
+#include "LinuxDesktop/StatusBar/PopUpMenu.h"
+
+#include "LinuxDesktop/StatusBar/MenuRow.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPalette>
+
+#include <algorithm>
+
+namespace stemvault {
+
+namespace {
+
+// The colour says something, so a row that cannot be chosen keeps it.
+QIcon iconOf(const MenuRow& row)
+{
+    QIcon icon;
+    if (row.icon.isNull())
+        return icon;
+    const QPixmap picture = QPixmap::fromImage(row.icon);
+    icon.addPixmap(picture, QIcon::Normal);
+    icon.addPixmap(picture, QIcon::Disabled);
+    return icon;
+}
+
+// Rows that only tell something are there to be read: fainter than the others, and without the
+// shine with which the style would blur them.
+QPalette readablePalette()
+{
+    QPalette palette = QGuiApplication::palette();
+    QColor faint = palette.color(QPalette::Text);
+    faint.setAlphaF(0.62F);
+    for (const auto role : { QPalette::WindowText, QPalette::Text, QPalette::ButtonText })
+        palette.setColor(QPalette::Disabled, role, faint);
+    palette.setColor(QPalette::Disabled, QPalette::Light, Qt::transparent);
+    return palette;
+}
+
+} // namespace
+
+PopUpMenu::PopUpMenu(TrayMenu& shown) : menu(shown)
+{
+    for (std::size_t row = 0; row < menu.items().size(); ++row) {
+        const MenuItem& item = menu.items()[row];
+        QAction* action = item.isSeparator ? addSeparator() : addAction(QString());
+        if (!item.keyEquivalent.empty()) {
+            action->setShortcut(commandKey(item.keyEquivalent));
+            action->setShortcutVisibleInContextMenu(true);
+        }
+        connect(action, &QAction::triggered, this, [this, row] { menu.choose(row); });
+        rows.push_back(action);
+    }
+    connect(this, &QMenu::aboutToShow, this, &PopUpMenu::refresh);
+}
+
+// The toolkit shows the keys of the rows and leaves them to windows, which this program may not
+// have.
+void PopUpMenu::keyPressEvent(QKeyEvent* event)
+{
+    const QKeySequence pressed(event->keyCombination());
+    const auto row = std::ranges::find(rows, pressed, &QAction::shortcut);
+    if (pressed.isEmpty() || row == rows.end())
+        return QMenu::keyPressEvent(event);
+    close();
+    (*row)->trigger();
+}
+
+// Texts of file names: an ampersand in them is no mnemonic.
+void PopUpMenu::refresh()
+{
+    menu.update();
+    setPalette(readablePalette());
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        const MenuItem& item = menu.items()[row];
+        const MenuRow shown = menuRow(item);
+        rows[row]->setText(QString(shown.text).replace(u'&', QStringLiteral("&&")));
+        rows[row]->setIcon(iconOf(shown));
+        rows[row]->setIconVisibleInMenu(true);
+        rows[row]->setEnabled(item.isEnabled);
+        rows[row]->setVisible(!item.isHidden);
+    }
+}
+
+} // namespace stemvault

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "LinuxDesktop/StatusBar/TrayMenu.h"
+
+#include <QMenu>
+
+#include <vector>
+
+namespace stemvault {
+
+/// The menu as a window of our own, for trays that show none themselves.
+class PopUpMenu final : public QMenu {
+public:
+    /// `shown` must outlive it.
+    explicit PopUpMenu(TrayMenu& shown);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void refresh();
+
+    TrayMenu& menu;
+    std::vector<QAction*> rows;
+};
+
+} // namespace stemvault

@@ -1,0 +1,87 @@
+#include "LinuxDesktop/StatusBar/StatusNotifierItem.h"
+
+#include "LinuxDesktop/Application/ActivationToken.h"
+#include "LinuxDesktop/Application/Identity.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <utility>
+
+namespace stemvault {
+
+StatusNotifierItem::StatusNotifierItem(QObject* node, QString menuPath)
+    : QDBusAbstractAdaptor(node), pathOfMenu(std::move(menuPath))
+{
+    registerDBusMenuTypes();
+}
+
+void StatusNotifierItem::setImage(const std::optional<Image>& shown)
+{
+    image = shown;
+    Q_EMIT NewIcon();
+}
+
+QString StatusNotifierItem::id() const
+{
+    return identity::applicationId;
+}
+
+QString StatusNotifierItem::title() const
+{
+    return identity::displayName;
+}
+
+// Beside the symbols lie the icons for the desktop's icon theme. Panels that find the icon in the
+// theme do not look there.
+QString StatusNotifierItem::iconThemePath() const
+{
+    if (!image)
+        return {};
+    const QDir symbols = QFileInfo(QString::fromStdString(image->source)).dir();
+    const QString icons = QDir::cleanPath(symbols.filePath(QStringLiteral("../icons")));
+    return QFileInfo::exists(icons) ? icons : QString();
+}
+
+// A template is what panels colour, and these know one by its name.
+QString StatusNotifierItem::iconName() const
+{
+    if (!image)
+        return {};
+    return image->isTemplate ? identity::applicationId + QStringLiteral("-symbolic")
+                             : identity::applicationId;
+}
+
+QString StatusNotifierItem::iconAccessibleDesc() const
+{
+    return image ? QString::fromStdString(image->accessibilityDescription) : QString();
+}
+
+DBusToolTip StatusNotifierItem::toolTip() const
+{
+    return { {}, {}, identity::displayName, {} };
+}
+
+void StatusNotifierItem::ContextMenu(int x, int y)
+{
+    Q_EMIT menuWanted(x, y);
+}
+
+void StatusNotifierItem::Activate(int x, int y)
+{
+    Q_EMIT menuWanted(x, y);
+}
+
+void StatusNotifierItem::SecondaryActivate(int x, int y)
+{
+    Q_EMIT menuWanted(x, y);
+}
+
+void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) { }
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token)
+{
+    takeActivationToken(token.toUtf8());
+}
+
+} // namespace stemvault

@@ -1,0 +1,78 @@
+#include "LinuxDesktop/URLSession/FetcherURLSession.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QTimer>
+
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// For the start of the process, on top of what the request itself may take.
+constexpr std::chrono::seconds grace { 10 };
+
+Result<std::string> resultOf(QProcess& process)
+{
+    const bool hasEnded =
+        process.error() == QProcess::UnknownError && process.exitStatus() == QProcess::NormalExit;
+    if (hasEnded && process.exitCode() == 0)
+        return process.readAllStandardOutput().toStdString();
+    return Failure { process.readAllStandardError().trimmed().toStdString() };
+}
+
+} // namespace
+
+FetcherURLSession::FetcherURLSession(std::string fetcherPath, Limits limits)
+    : fetcher(std::move(fetcherPath)), limit(limits)
+{
+}
+
+FetcherURLSession::~FetcherURLSession()
+{
+    for (auto* process : findChildren<QProcess*>()) {
+        process->disconnect();
+        process->kill();
+        process->waitForFinished(1000);
+    }
+}
+
+// The folder of an installed executable has programs of others in it, so its neighbour comes last.
+std::string FetcherURLSession::fetcherOf(const QString& folderOfExecutable)
+{
+    for (const char* place : { "/../libexec/stemvault-connect/fetcher", "/fetcher" })
+        if (const QString path = folderOfExecutable + QLatin1String(place); QFile::exists(path))
+            return QFile::encodeName(path).toStdString();
+    return {};
+}
+
+std::string FetcherURLSession::standardFetcher()
+{
+    return fetcherOf(QCoreApplication::applicationDirPath());
+}
+
+void FetcherURLSession::dataTask(const std::string& url, CompletionHandler completionHandler)
+{
+    auto* process = new QProcess(this);
+    const auto finished = [process, handler = std::move(completionHandler)] {
+        process->deleteLater();
+        handler(resultOf(*process));
+    };
+    connect(process, &QProcess::finished, this, finished);
+    connect(process, &QProcess::errorOccurred, this, [finished](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            finished();
+    });
+    QTimer::singleShot(limit.time + grace, process, &QProcess::kill);
+    process->setStandardInputFile(QProcess::nullDevice());
+    process->setProgram(QFile::decodeName(fetcher.c_str()));
+    process->setArguments({ QString::fromStdString(url), QString::number(limit.time.count()),
+        QString::number(limit.bytes) });
+    // Not from within this call, as a failure to start would be told.
+    QMetaObject::invokeMethod(
+        process, [process] { process->start(); }, Qt::QueuedConnection);
+}
+
+} // namespace stemvault

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Foundation/Alive.h"
+#include "LinuxDesktop/UserDefaults/RecordFile.h"
+#include "Platform/Dispatch.h"
+#include "Platform/UserDefaults.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace stemvault {
+
+/// The user's settings in one JSON file: under each key an object that names the kind of its value,
+/// {"data": "text"} or, where the bytes are not UTF-8, {"base64": "..."}, {"string": "text"}, and
+/// {"date": "2026-03-01T09:30:00.125Z"}. Entries of other kinds are kept as they are.
+///
+/// Changes are written on the utility queue, after all main-queue work that was waiting when the
+/// first of them was made, all in one and never two at a time. A change that cannot be written
+/// stays in memory and is tried again with the next one.
+class UserDefaultsFile : public UserDefaults {
+public:
+    /// Reads the file. `queues` outlives this object.
+    UserDefaultsFile(const std::string& path, Dispatch& queues, SystemCalls calls = {});
+
+    /// Where the settings of the user lie: stemvault/connect.json in the configuration folder.
+    [[nodiscard]] static std::string standardPath();
+
+    [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
+    [[nodiscard]] std::optional<std::string> string(const std::string& key) const override;
+    [[nodiscard]] std::optional<WallTime> date(const std::string& key) const override;
+    void setData(const std::string& key, const std::string& bytes) override;
+    void setDate(const std::string& key, WallTime date) override;
+
+    /// Writes what is pending before it returns, for when the program is about to end.
+    void synchronize();
+
+private:
+    [[nodiscard]] const nlohmann::json* entry(const std::string& key) const;
+    void set(const std::string& key, nlohmann::json changed);
+    void scheduleWrite();
+    void write();
+    void finish(std::uint64_t written, bool succeeded);
+
+    Dispatch& dispatch;
+    std::shared_ptr<RecordFile> file; ///< Shared with a write that is under way.
+    nlohmann::json values; ///< As read.
+    nlohmann::json changes = nlohmann::json::object(); ///< Since then.
+    std::uint64_t version = 0; ///< Counts changes.
+    std::uint64_t savedVersion = 0;
+    bool isBusy = false; ///< A write is scheduled or under way.
+    Alive alive;
+};
+
+} // namespace stemvault

@@ -1,0 +1,170 @@
+#include "LinuxDesktop/Windows/ViewWindow.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QScreen>
+#include <QVBoxLayout>
+
+#include <algorithm>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+constexpr int frameAllowance = 56; ///< For a title bar that is not known yet, and a little air.
+constexpr int air = 8; ///< Between the screen's edge and a window that was moved up to it.
+constexpr int shortestList = 132;
+
+} // namespace
+
+ViewWindow::ViewWindow(std::function<View()> content)
+    : body(std::move(content)), scroll(new QScrollArea(this))
+{
+    scroll->setFrameShape(QFrame::NoFrame);
+    scroll->setWidgetResizable(true);
+    scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    scroll->setFocusPolicy(Qt::NoFocus);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(scroll);
+    connect(qApp, &QApplication::focusChanged, this,
+        [this](QWidget*, QWidget* now) { keepInSight(now); });
+}
+
+// The focus still moves while the widget below this class is being destroyed.
+ViewWindow::~ViewWindow()
+{
+    qApp->disconnect(this);
+}
+
+void ViewWindow::drawSoon()
+{
+    if (!isVisible() || std::exchange(isDrawingDue, true))
+        return;
+    QMetaObject::invokeMethod(
+        this, [this] { draw(); }, Qt::QueuedConnection);
+}
+
+void ViewWindow::draw()
+{
+    isDrawingDue = false;
+    const View view = body();
+    if (tree && !std::exchange(isOfAnotherFont, false) && tree->canShow(view)) {
+        tree->show(view);
+    } else {
+        tree = std::make_unique<ViewTree>(view);
+        scroll->setWidget(tree->widget());
+        tree->widget()->setAutoFillBackground(false);
+    }
+    setFixedWidth(view.width ? qRound(*view.width) : sizeHint().width());
+    fit();
+    keepTabOrder();
+}
+
+// What a window manager has put around the window; it is known once the window has been shown.
+int ViewWindow::frameHeight() const
+{
+    return frameGeometry().height() - geometry().height();
+}
+
+int ViewWindow::availableHeight() const
+{
+    return screen()->availableGeometry().height() - std::max(frameAllowance, frameHeight());
+}
+
+int ViewWindow::wholeHeight() const
+{
+    const QLayout& layout = *tree->widget()->layout();
+    return layout.hasHeightForWidth() ? layout.totalHeightForWidth(width())
+                                      : layout.totalSizeHint().height();
+}
+
+void ViewWindow::limitLists(int height)
+{
+    for (ListArea* list : tree->lists())
+        list->setLimit(height);
+    tree->settle();
+}
+
+// Whether that makes the view fit.
+bool ViewWindow::shortenLists(int available)
+{
+    for (ListArea* list : tree->lists()) {
+        const int excess = wholeHeight() - available;
+        if (excess <= 0)
+            return true;
+        list->setLimit(std::max(shortestList, list->wholeHeight(list->width()) - excess));
+        tree->settle();
+    }
+    return wholeHeight() <= available;
+}
+
+void ViewWindow::fit()
+{
+    const int available = availableHeight();
+    limitLists(QWIDGETSIZE_MAX);
+    const bool isTooHigh = !shortenLists(available);
+    // One scroll bar is enough: where all of it scrolls, the lists in it do not.
+    if (isTooHigh)
+        limitLists(QWIDGETSIZE_MAX);
+    const int height = wholeHeight();
+    scroll->setVerticalScrollBarPolicy(isTooHigh ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);
+    tree->widget()->setMinimumHeight(height);
+    const int before = this->height();
+    setFixedHeight(isTooHigh ? available : height);
+    if (this->height() > before)
+        moveOntoScreen();
+}
+
+// Window managers leave a window that grows where its top is, whatever becomes of its lower part.
+// Where a program may not place its windows, the move does nothing.
+void ViewWindow::moveOntoScreen()
+{
+    const QRect area = screen()->availableGeometry();
+    const int excess = frameGeometry().bottom() - area.bottom();
+    if (excess > 0)
+        move(x(), std::max(area.top(), y() - excess - air));
+}
+
+// As the views are read: a control that came later may belong before the others.
+void ViewWindow::keepTabOrder()
+{
+    QWidget* before = nullptr;
+    for (QWidget* control : tree->controls()) {
+        if (before)
+            setTabOrder(before, control);
+        before = control;
+    }
+}
+
+void ViewWindow::keepInSight(QWidget* focused)
+{
+    if (!focused || !isAncestorOf(focused) || focused == tree->widget())
+        return;
+    for (QWidget* around = focused->parentWidget(); around && around != this;
+         around = around->parentWidget())
+        if (auto* area = qobject_cast<QScrollArea*>(around))
+            area->ensureWidgetVisible(focused, 0, 12);
+}
+
+void ViewWindow::showEvent(QShowEvent* event)
+{
+    draw();
+    // The keyboard's place is marked from the first press of Tab on.
+    if (!focusWidget())
+        tree->widget()->setFocus();
+    QDialog::showEvent(event);
+}
+
+bool ViewWindow::event(QEvent* event)
+{
+    const bool isHandled = QDialog::event(event);
+    if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange) {
+        isOfAnotherFont = true;
+        drawSoon();
+    }
+    return isHandled;
+}
+
+} // namespace stemvault

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "LinuxDesktop/Windows/ViewTree.h"
+#include "Platform/Windows.h"
+
+#include <QDialog>
+
+#include <functional>
+#include <memory>
+
+namespace stemvault {
+
+/// A window that shows a view. It is as large as the view asks and the screen allows: where there
+/// is no room the lists in it scroll, or all of it when even short lists leave no room. A window
+/// that grows moves up rather than off the screen.
+class ViewWindow final : public QDialog {
+public:
+    explicit ViewWindow(std::function<View()> content);
+    ~ViewWindow() override;
+
+    void draw();
+
+    /// Draws soon, once for any number of calls; a hidden window only when it is shown.
+    void drawSoon();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    void fit();
+    [[nodiscard]] bool shortenLists(int available);
+    void limitLists(int height);
+    void moveOntoScreen();
+    [[nodiscard]] int frameHeight() const;
+    [[nodiscard]] int availableHeight() const;
+    [[nodiscard]] int wholeHeight() const;
+    void keepTabOrder();
+    void keepInSight(QWidget* focused);
+
+    std::function<View()> body;
+    std::unique_ptr<ViewTree> tree;
+    QScrollArea* scroll;
+    bool isDrawingDue = false;
+    bool isOfAnotherFont = false; ///< The tree was made for a font that is no longer in use.
+};
+
+} // namespace stemvault

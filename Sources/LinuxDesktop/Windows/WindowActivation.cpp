@@ -1,0 +1,210 @@
+#include "LinuxDesktop/Windows/WindowActivation.h"
+
+#include <QEvent>
+#include <QGuiApplication>
+#include <QWidget>
+#include <QWindow>
+#include <xcb/xcb.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <poll.h>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace stemvault {
+
+namespace {
+
+constexpr int millisecondsToAnswer = 500;
+
+template <typename T> using Owned = std::unique_ptr<T, decltype(&std::free)>;
+template <typename T> Owned<T> owned(T* answer)
+{
+    return { answer, &std::free };
+}
+
+/// A connection of our own for a moment, so that nothing of the toolkit's is touched.
+class WindowManagerMessage {
+public:
+    WindowManagerMessage() : connection(xcb_connect(nullptr, nullptr), &xcb_disconnect) { }
+
+    void activate(xcb_window_t window)
+    {
+        if (xcb_connection_has_error(connection.get()))
+            return;
+        root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
+        const std::optional<xcb_timestamp_t> time = serverTime();
+        if (!time)
+            return;
+        bringHere(window);
+        setUserTime(window, *time);
+        // As a pager would ask (source 2): an ordinary program's request may only be noted.
+        send(window, "_NET_ACTIVE_WINDOW", 2, *time);
+        xcb_flush(connection.get());
+    }
+
+private:
+    [[nodiscard]] xcb_atom_t atom(std::string_view name)
+    {
+        const auto asked = xcb_intern_atom(
+            connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+        const auto answer = owned(xcb_intern_atom_reply(connection.get(), asked, nullptr));
+        return answer ? answer->atom : xcb_atom_t { XCB_ATOM_NONE };
+    }
+
+    // The server tells its time with the change of a property, even one that changes nothing.
+    [[nodiscard]] std::optional<xcb_timestamp_t> serverTime()
+    {
+        const xcb_window_t probe = xcb_generate_id(connection.get());
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_create_window(connection.get(), XCB_COPY_FROM_PARENT, probe, root, 0, 0, 1, 1, 0,
+            XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, XCB_CW_EVENT_MASK, &events);
+        xcb_change_property(connection.get(), XCB_PROP_MODE_APPEND, probe, XCB_ATOM_WM_NAME,
+            XCB_ATOM_STRING, 8, 0, nullptr);
+        xcb_flush(connection.get());
+        while (const auto event = nextEvent())
+            if ((event->response_type & 0x7F) == XCB_PROPERTY_NOTIFY)
+                return reinterpret_cast<const xcb_property_notify_event_t*>(event.get())->time;
+        return std::nullopt;
+    }
+
+    // Null when the server says nothing for a while: then the window is left where it is.
+    [[nodiscard]] Owned<xcb_generic_event_t> nextEvent()
+    {
+        auto event = owned(xcb_poll_for_event(connection.get()));
+        pollfd socket { xcb_get_file_descriptor(connection.get()), POLLIN, 0 };
+        while (!event && ::poll(&socket, 1, millisecondsToAnswer) == 1
+            && !xcb_connection_has_error(connection.get()))
+            event = owned(xcb_poll_for_event(connection.get()));
+        return event;
+    }
+
+    void setUserTime(xcb_window_t window, xcb_timestamp_t time)
+    {
+        xcb_change_property(connection.get(), XCB_PROP_MODE_REPLACE, window,
+            atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 32, 1, &time);
+    }
+
+    // Some window managers show neither another workspace nor a minimised window when they are
+    // asked to activate it: it is had onto the user's workspace, and mapped, which ends its being
+    // minimised.
+    void bringHere(xcb_window_t window)
+    {
+        constexpr std::uint32_t onEveryWorkspace = 0xFFFFFFFF;
+        const auto here = number(root, "_NET_CURRENT_DESKTOP");
+        const auto there = number(window, "_NET_WM_DESKTOP");
+        if (here && there && *there != *here && *there != onEveryWorkspace)
+            send(window, "_NET_WM_DESKTOP", *here, 2);
+        xcb_map_window(connection.get(), window);
+    }
+
+    [[nodiscard]] std::optional<std::uint32_t> number(xcb_window_t window, std::string_view name)
+    {
+        const auto asked =
+            xcb_get_property(connection.get(), 0, window, atom(name), XCB_ATOM_CARDINAL, 0, 1);
+        const auto answer = owned(xcb_get_property_reply(connection.get(), asked, nullptr));
+        if (!answer || answer->format != 32 || answer->value_len == 0)
+            return std::nullopt;
+        return *static_cast<const std::uint32_t*>(xcb_get_property_value(answer.get()));
+    }
+
+    void send(xcb_window_t window, std::string_view type, std::uint32_t first, std::uint32_t second)
+    {
+        xcb_client_message_event_t message {};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = atom(type);
+        message.data.data32[0] = first;
+        message.data.data32[1] = second;
+        xcb_send_event(connection.get(), 0, root,
+            XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+            reinterpret_cast<const char*>(&message));
+    }
+
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> connection;
+    xcb_window_t root = XCB_WINDOW_NONE;
+};
+
+void activateNow(QWindow& window)
+{
+    window.raise();
+    window.requestActivate();
+    if (QGuiApplication::platformName() == QLatin1String("xcb"))
+        WindowManagerMessage().activate(static_cast<xcb_window_t>(window.winId()));
+}
+
+/// Knows whether the window manager has a window in its care. Once it has been on the screen it
+/// has, out of sight too: minimised, or on another workspace. Then no exposure is to be waited for.
+class Care final : public QObject {
+public:
+    using Action = void (*)(QWindow&);
+
+    static Care& of(QWindow& window)
+    {
+        for (QObject* child : window.children())
+            if (auto* care = dynamic_cast<Care*>(child))
+                return *care;
+        return *new Care(window);
+    }
+
+    /// At once, or as soon as the window has come up.
+    void whenTaken(Action action)
+    {
+        if (isTaken)
+            action(window);
+        else if (std::ranges::find(waiting, action) == waiting.end())
+            waiting.push_back(action);
+    }
+
+protected:
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        if (event->type() == QEvent::Hide)
+            isTaken = false;
+        if (event->type() == QEvent::Expose && window.isExposed()) {
+            isTaken = true;
+            for (const Action action : std::exchange(waiting, {}))
+                action(window);
+        }
+        return false;
+    }
+
+private:
+    explicit Care(QWindow& watched)
+        : QObject(&watched), window(watched), isTaken(watched.isExposed())
+    {
+        watched.installEventFilter(this);
+    }
+
+    QWindow& window;
+    std::vector<Action> waiting;
+    bool isTaken;
+};
+
+} // namespace
+
+void bringToFront(QWidget& window)
+{
+    window.winId(); // Makes the native window.
+    Care::of(*window.windowHandle()).whenTaken(&activateNow);
+}
+
+// The toolkit asks for the keyboard on behalf of every modal window, whatever it was told; a window
+// manager gives it to none that does not take it.
+void showWithoutKeyboard(QWidget& window)
+{
+    window.setAttribute(Qt::WA_ShowWithoutActivating);
+    window.setWindowFlag(Qt::WindowDoesNotAcceptFocus);
+    window.winId();
+    Care::of(*window.windowHandle()).whenTaken([](QWindow& shown) {
+        shown.setFlag(Qt::WindowDoesNotAcceptFocus, false);
+    });
+}
+
+} // namespace stemvault

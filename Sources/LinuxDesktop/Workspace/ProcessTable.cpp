@@ -1,0 +1,187 @@
+#include "LinuxDesktop/Workspace/ProcessTable.h"
+
+#include "Foundation/FileDescriptor.h"
+#include "Foundation/PathText.h"
+#include "LinuxDesktop/Workspace/DesktopEntry.h"
+#include "LinuxDesktop/Workspace/ReadText.h"
+
+#include <array>
+#include <charconv>
+#include <ctime>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace stemvault {
+
+namespace {
+
+// A new process is first a copy of its parent and only then becomes its own program; Wine names
+// itself later still, and the desktop moves an application into its unit after it has started. So
+// what a process is counts only when read this long after its start.
+constexpr std::uint64_t secondsUntilSettled = 20;
+
+constexpr std::size_t mostBytes = std::size_t { 1 } << 20U;
+
+struct CloseFolder {
+    void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+std::optional<pid_t> processNumber(std::string_view name)
+{
+    pid_t process = 0;
+    const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
+    const bool isNumber = failure == std::errc() && end == name.data() + name.size();
+    return isNumber && process > 0 ? std::optional(process) : std::nullopt;
+}
+
+/// The start time of a process that would be settled just now.
+std::uint64_t latestSettledStart()
+{
+    timespec sinceStart {};
+    ::clock_gettime(CLOCK_BOOTTIME, &sinceStart);
+    const auto seconds = static_cast<std::uint64_t>(sinceStart.tv_sec);
+    const auto ticks = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
+    return seconds > secondsUntilSettled ? (seconds - secondsUntilSettled) * ticks : 0;
+}
+
+std::string linkTarget(int folder, const std::string& link)
+{
+    std::array<char, 4096> target {};
+    const ssize_t length = ::readlinkat(folder, link.c_str(), target.data(), target.size());
+    return length > 0 ? std::string(target.data(), static_cast<std::size_t>(length))
+                      : std::string();
+}
+
+/// What every sweep reads for every process: the kernel gives it whole at the first reading.
+std::optional<ProcessStat> readStat(int folder, const std::string& path)
+{
+    const FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 1024> text; // NOLINT(*-member-init): read fills what is used of it.
+    const ssize_t length = file ? ::read(file.get(), text.data(), text.size()) : -1;
+    if (length <= 0)
+        return std::nullopt;
+    return parseProcessStat({ text.data(), static_cast<std::size_t>(length) });
+}
+
+/// A Windows program that was started by its bare name is told by the loader that it runs in.
+bool isUnderWine(const Program& program, const std::string& executable)
+{
+    return program.isWindows || lastPathComponent(executable).starts_with("wine");
+}
+
+bool hasEnded(const ProcessStat& stat)
+{
+    return stat.state == 'Z' || stat.state == 'X';
+}
+
+} // namespace
+
+ProcessTable::ProcessTable(std::string processRoot)
+    : ProcessTable(std::move(processRoot), ::geteuid())
+{
+}
+
+ProcessTable::ProcessTable(std::string processRoot, uid_t user)
+    : root(std::move(processRoot)), owner(user)
+{
+}
+
+void ProcessTable::sweep()
+{
+    const std::unique_ptr<DIR, CloseFolder> folder(::opendir(root.c_str()));
+    if (!folder)
+        return;
+    settledBefore = latestSettledStart();
+    previous = std::exchange(table, {});
+    previousStrangers = std::exchange(strangers, {});
+    // Only this sweep reads this stream.
+    while (const dirent* entry = ::readdir(folder.get())) // NOLINT(concurrency-mt-unsafe)
+        if (const auto process = processNumber(entry->d_name))
+            visit(::dirfd(folder.get()), *process, entry->d_ino);
+    previous.clear();
+    previousStrangers.clear();
+}
+
+bool ProcessTable::contains(const ProcessKey& key) const
+{
+    const auto at = table.find(key.process);
+    return at != table.end() && at->second.key == key;
+}
+
+void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
+{
+    // The kernel gives every process's folder a number of its own, so that those of others need
+    // not be looked at again.
+    const auto stranger = previousStrangers.find(process);
+    if (stranger != previousStrangers.end() && stranger->second.isSettled
+        && stranger->second.fileNumber == fileNumber) {
+        strangers.insert(previousStrangers.extract(stranger));
+        return;
+    }
+    const std::string name = std::to_string(process);
+    const auto stat = readStat(folder, name + "/stat");
+    if (!stat || hasEnded(*stat))
+        return;
+    const auto known = previous.find(process);
+    if (known != previous.end() && known->second.key.startTime == stat->startTime
+        && known->second.command == stat->command && known->second.image == stat->image
+        && known->second.isSettled) {
+        known->second.parent = stat->parent;
+        table.insert(previous.extract(known));
+    } else if (isOwn(folder, name)) {
+        readProcess(folder, process, *stat);
+    } else {
+        strangers.emplace(process, Stranger { fileNumber, isSettled(stat->startTime) });
+    }
+}
+
+void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& stat)
+{
+    const std::string path = std::to_string(process) + "/";
+    Process read;
+    read.key = { stat.startTime, process };
+    read.parent = stat.parent;
+    read.command = stat.command;
+    read.image = stat.image;
+    read.isSettled = isSettled(stat.startTime);
+    const auto commandLine = readText(folder, path + "cmdline", mostBytes).value_or("");
+    const auto command = readText(folder, path + "comm", mostBytes).value_or("");
+    read.program = parseProgram(commandLine, command);
+    read.unit = parseApplicationUnit(readText(folder, path + "cgroup", mostBytes).value_or(""));
+    // A sandbox says what it holds even where the desktop makes no units.
+    if (!read.unit && isSandboxed(read))
+        read.sandboxIdentifier = parseFlatpakIdentifier(
+            readText(folder, path + "root/.flatpak-info", mostBytes).value_or(""));
+    read.isHelper = isHelper(read.program);
+    const std::string executable = linkTarget(folder, path + "exe");
+    read.known = knownApplication(read.program, executable);
+    if (isWineServer(read.program) || (read.known && isUnderWine(read.program, executable)))
+        read.winePrefix =
+            parseWinePrefix(readText(folder, path + "environ", mostBytes).value_or(""));
+    table.emplace(process, std::move(read));
+}
+
+bool ProcessTable::isSandboxed(const Process& process) const
+{
+    for (const auto* processes : { &table, &previous })
+        if (const auto parent = processes->find(process.parent); parent != processes->end())
+            return isSandboxLauncher(parent->second.program);
+    return false;
+}
+
+bool ProcessTable::isOwn(int folder, const std::string& name) const
+{
+    struct stat status { };
+    return ::fstatat(folder, name.c_str(), &status, 0) == 0 && status.st_uid == owner;
+}
+
+bool ProcessTable::isSettled(std::uint64_t startTime) const
+{
+    return startTime <= settledBefore;
+}
+
+} // namespace stemvault

@@ -1,0 +1,124 @@
+#pragma once
+
+#include "FileManager/FileCopy.h"
+#include "Foundation/FileDescriptor.h"
+#include "Support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <set>
+#include <string>
+#include <sys/inotify.h>
+#include <vector>
+
+namespace stemvault {
+
+using Refusal = std::function<void(SystemCalls&)>;
+
+template <typename Call> Refusal no(Call SystemCalls::*call, int error)
+{
+    return [=](SystemCalls& calls) { calls.*call = [=](auto...) { return errno = error, -1; }; };
+}
+
+/// Refuses only the renames that carry one of the flags.
+inline Refusal noRename(unsigned flags, int error)
+{
+    return [=](SystemCalls& calls) {
+        calls.renameat2 = [=, real = calls.renameat2](
+                              auto from, auto old, auto to, auto name, unsigned given) {
+            return (given & flags) == 0 ? real(from, old, to, name, given) : (errno = error, -1);
+        };
+    };
+}
+
+inline void noUnnamed(SystemCalls& calls)
+{
+    calls.openat = [](int folder, const char* name, int flags, mode_t mode) {
+        return (flags & O_TMPFILE) == O_TMPFILE ? (errno = EOPNOTSUPP, -1)
+                                                : ::openat(folder, name, flags, mode);
+    };
+}
+
+/// Closes files and reports that what was written could not be kept, as network drives may.
+inline Refusal failsAtClose(int error)
+{
+    return [=](SystemCalls& calls) {
+        calls.close = [=](int file) { return ::close(file), errno = error, -1; };
+    };
+}
+
+/// As file systems built on libfuse 2 do: both times are set or neither.
+inline void setsBothTimesOrNone(SystemCalls& calls)
+{
+    calls.futimens = [](int file, const timespec times[2]) {
+        const bool isWhole = times[0].tv_nsec < UTIME_OMIT && times[0].tv_nsec != UTIME_NOW;
+        return isWhole ? ::futimens(file, times) : 0;
+    };
+}
+
+/// Runs `work` at each attempt, before the first bytes are copied.
+inline Refusal meanwhile(const std::function<void()>& work)
+{
+    return [=](SystemCalls& calls) {
+        calls.clone = [=](int, int) { return work(), errno = EOPNOTSUPP, -1; };
+    };
+}
+
+/// What happens to the items of a folder, its sub-folders aside.
+class FolderWatch {
+public:
+    FolderWatch(const std::string& folder, std::uint32_t kinds)
+    {
+        EXPECT_GE(::inotify_add_watch(watch.get(), folder.c_str(), kinds), 0);
+    }
+
+    /// The kinds of the events since the last call, of items called `name` or, without one, of all.
+    [[nodiscard]] std::vector<std::uint32_t> events(const std::string& name = "") const
+    {
+        char buffer[16384];
+        const ssize_t length = ::read(watch.get(), buffer, sizeof buffer);
+        std::vector<std::uint32_t> kinds;
+        for (ssize_t at = 0; at < length;) {
+            inotify_event event {};
+            std::memcpy(&event, buffer + at, sizeof event);
+            const bool isMeant = name.empty() || buffer + at + sizeof event == name;
+            if (isMeant && (event.mask & IN_ISDIR) == 0)
+                kinds.push_back(event.mask);
+            at += static_cast<ssize_t>(sizeof event + event.len);
+        }
+        return kinds;
+    }
+
+private:
+    FileDescriptor watch { ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC) };
+};
+
+/// A source `from/Mix.wav` and an empty folder `to`.
+class CopyTest : public testing::Test {
+protected:
+    [[nodiscard]] CopyOptions with(const std::vector<Refusal>& refusals) const
+    {
+        CopyOptions changed = options;
+        for (const Refusal& refusal : refusals)
+            refusal(changed.calls);
+        return changed;
+    }
+
+    [[nodiscard]] std::set<std::string> names(const std::string& folder = "to") const
+    {
+        return files.names(folder);
+    }
+
+    TemporaryFolder files;
+    std::string content = std::string(1 << 20, 'm') + "end";
+    std::string source = files.write("from/Mix.wav", content);
+    std::string target = files.makeFolder("to") + "/Mix.wav";
+    CopyOptions options;
+};
+
+} // namespace stemvault

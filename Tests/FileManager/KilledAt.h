@@ -1,0 +1,90 @@
+#pragma once
+
+#include "FileManager/FileCopyOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <random>
+#include <sys/mman.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+
+namespace stemvault {
+
+/// Runs `work` in a child process that is killed right before the given one of its `calls`. False
+/// if it came to its end before.
+template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Work& work)
+{
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto arm = [&call](auto&... targets) {
+            const auto count = [&call] { return --call == 0 ? ::raise(SIGKILL) : 0; };
+            ((targets = [=, real = targets](auto... given) { return count(), real(given...); }),
+                ...);
+        };
+        arm(calls.openat, calls.clone, calls.fallocate, calls.copyFileRange, calls.pwrite);
+        arm(calls.fsync, calls.close, calls.linkat, calls.renameat2);
+        work();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFSIGNALED(status);
+}
+
+/// Takes the steps after `last` in a child process until that is killed, so long after its start.
+/// Gives the last step that came to its end.
+template <typename Step>
+int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
+{
+    void* const shared =
+        ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    auto* const done = new (shared) std::atomic<int>(last);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // Nobody handles this signal, so it ends the child as abruptly as any.
+        const auto microseconds = moment.count() / 1000;
+        const itimerval due { {}, { microseconds / 1'000'000, microseconds % 1'000'000 + 1 } };
+        if (::setitimer(ITIMER_REAL, &due, nullptr) != 0)
+            ::_exit(1);
+        for (;; ++*done)
+            step(*done + 1);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
+    last = *done;
+    ::munmap(shared, sizeof(int));
+    return last;
+}
+
+/// Kills children that take the steps after 1, each at a random moment of its first ones, and a
+/// last one before each of its `calls` in turn. Of what was finished nothing may be lost, and what
+/// was under way must be there as a whole or not at all: `found` looks for the last step whose
+/// result is whole. Gives the number of calls.
+template <typename Step, typename Found>
+int expectWholeWhenKilled(int kills, SystemCalls& calls, const Step& step, const Found& found)
+{
+    const auto start = std::chrono::steady_clock::now();
+    step(1);
+    const auto longest = 3 * (std::chrono::steady_clock::now() - start);
+    std::mt19937 random(static_cast<unsigned>(kills));
+    int last = 1;
+    const auto isWhole = [&](int done) {
+        last = found();
+        EXPECT_TRUE(last == done || last == done + 1) << last << " instead of " << done;
+        return !testing::Test::HasFailure();
+    };
+    while (kills-- > 0 && isWhole(lastBeforeKill(last, longest * (random() % 1000) / 1000, step)))
+        ;
+    int call = 1;
+    while (isKilledAt(call, calls, [&] { step(last + 1); }) && isWhole(last))
+        ++call;
+    EXPECT_EQ(found(), last + 1);
+    return call;
+}
+
+} // namespace stemvault

@@ -1,0 +1,63 @@
+#include "LinuxDesktop/Application/DBusServices.h"
+#include "LinuxDesktop/Application/QtApplication.h"
+#include "LinuxDesktop/Dialogs/QtDialogs.h"
+#include "LinuxDesktop/Dispatch/QtDispatch.h"
+#include "LinuxDesktop/QtTest.h"
+
+#include <QCoreApplication>
+
+#include <csignal>
+
+namespace stemvault {
+namespace {
+
+struct Delegate : ApplicationDelegate {
+    std::vector<std::string> told;
+    Work launched;
+
+    void applicationDidFinishLaunching() override
+    {
+        told.emplace_back("launched");
+        launched();
+    }
+    void applicationWillTerminate() override { told.emplace_back("terminating"); }
+};
+
+TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOnce)
+{
+    const std::pair<const char*, void (*)(Application&)> rows[] = {
+        { "asked to by the program", [](Application& application) { application.terminate(); } },
+        { "SIGTERM", [](Application&) { std::raise(SIGTERM); } },
+        { "SIGINT", [](Application&) { std::raise(SIGINT); } },
+        { "the end of the session", [](Application&) { QCoreApplication::quit(); } },
+    };
+    for (const auto& [what, end] : rows) {
+        QtDispatch dispatch;
+        ModalWindows windows;
+        Delegate delegate;
+        DBusServices services(QDBusConnection("none"));
+        QtApplication application(windows, services, [&] { delegate.told.emplace_back("saved"); });
+        QtDialogs dialogs(windows, application.applicationIcon());
+        const auto ask = [&](const std::string& name) {
+            Alert alert;
+            alert.messageText = name;
+            const bool stopped = dialogs.runModal(alert).response == ModalResponse::stopped;
+            delegate.told.push_back(name + (stopped ? " stopped" : " answered"));
+        };
+        delegate.launched = [&, finish = end] {
+            dispatch.mainAsync([&] { ask("inner"); });
+            dispatch.mainAsync([&, finish] { finish(application); });
+            ask("outer");
+            ask("late");
+        };
+        application.setDelegate(&delegate);
+        application.run();
+        EXPECT_THAT(delegate.told,
+            ElementsAre("launched", "terminating", "saved", "inner stopped", "outer stopped",
+                "late stopped"))
+            << what;
+    }
+}
+
+} // namespace
+} // namespace stemvault

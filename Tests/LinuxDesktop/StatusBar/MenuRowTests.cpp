@@ -1,0 +1,118 @@
+#include "LinuxDesktop/StatusBar/DBusMenu.h"
+#include "LinuxDesktop/StatusBar/MenuRow.h"
+
+#include <QSignalSpy>
+#include <gmock/gmock.h>
+
+namespace stemvault {
+namespace {
+
+MenuItem titled(const std::string& title, std::optional<Color> color = {})
+{
+    MenuItem item;
+    item.title = title;
+    if (color)
+        item.attributedTitle = AttributedString { title, ForegroundColor { *color, 0, 2 } };
+    return item;
+}
+
+TEST(MenuRowTests, AColouredMarkBecomesAPicture)
+{
+    const struct {
+        MenuItem item;
+        const char* text;
+        QColor middle; ///< Of the icon; invalid for no icon.
+        QColor rim;
+    } rows[] = {
+        { titled("● Big Song", Color::SystemGreen), "Big Song", QColor(0x2E, 0xB8, 0x57),
+            QColor(0x2E, 0xB8, 0x57) },
+        { titled("○ None", Color::SecondaryLabel), "None", Qt::transparent,
+            QColor(0x8E, 0x8E, 0x93) },
+        { titled("● plain"), "● plain", {}, {} },
+        { titled("no mark", Color::SystemGreen), "no mark", {}, {} },
+        { titled("", Color::SystemGreen), "", {}, {} },
+    };
+    for (const auto& row : rows) {
+        const MenuRow shown = menuRow(row.item);
+        EXPECT_EQ(shown.text.toStdString(), row.text);
+        EXPECT_EQ(shown.spokenText.toStdString(), row.item.title);
+        ASSERT_EQ(!shown.icon.isNull(), row.middle.isValid()) << row.text;
+        if (shown.icon.isNull())
+            continue;
+        EXPECT_EQ(shown.icon.pixelColor(24, 24).alpha(), row.middle.alpha());
+        EXPECT_EQ(shown.icon.pixelColor(14, 24).rgb(), row.rim.rgb());
+        EXPECT_EQ(shown.icon.pixelColor(2, 2).alpha(), 0);
+    }
+}
+
+struct Delegate : MenuDelegate {
+    std::string title = "first";
+    void menuWillOpen(Menu& menu) override { menu.items[0].title = title; }
+};
+
+TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
+{
+    Delegate delegate;
+    TrayMenu menu;
+    int chosen = 0;
+    MenuItem other = titled("a_b & c\n");
+    other.action = [&chosen] { ++chosen; };
+    other.keyEquivalent = ",";
+    menu.setMenu({ { titled("as built"), other } }, &delegate);
+    QObject node;
+    DBusMenu bus(&node, menu);
+    const QSignalSpy updates(&bus, &DBusMenu::LayoutUpdated);
+    const auto firstRow = [&bus] {
+        DBusMenuLayout layout;
+        bus.GetLayout(0, -1, {}, layout);
+        return layout.children.at(0).properties["label"].toString().toStdString();
+    };
+    EXPECT_FALSE(bus.AboutToShow(1)) << "no sub-menu";
+    EXPECT_EQ(firstRow(), "first") << "a panel that only reads";
+    delegate.title = "second";
+    EXPECT_TRUE(bus.AboutToShow(0));
+    EXPECT_FALSE(bus.AboutToShow(0)) << "nothing new since";
+    EXPECT_EQ(firstRow(), "second");
+    delegate.title = "third";
+    bus.Event(0, "opened", QDBusVariant(""), 0);
+    EXPECT_EQ(updates.size(), 2);
+    EXPECT_EQ(bus.GetProperty(1, "label").variant().toString(), "third");
+    EXPECT_EQ(bus.GetProperty(2, "label").variant().toString(), "a__b & c␊");
+    for (const auto& [key, name] : { std::pair(",", "comma"), std::pair("q", "q") }) {
+        MenuItem row = titled("row");
+        row.keyEquivalent = key;
+        TrayMenu keys;
+        keys.setMenu({ { row } }, &delegate);
+        const QVariant shortcut = DBusMenu(&node, keys).GetProperty(1, "shortcut").variant();
+        EXPECT_EQ(
+            shortcut.value<QList<QStringList>>(), QList({ QStringList({ "Control", name }) }));
+    }
+    EXPECT_FALSE(bus.GetProperty(9, "label").variant().toString().size());
+
+    EXPECT_THAT(bus.EventGroup({ { 2, "clicked", QDBusVariant(""), 0 },
+                    { 7, "clicked", QDBusVariant(""), 0 } }),
+        testing::ElementsAre(7));
+    EXPECT_EQ(chosen, 0) << "the panel has its answer first";
+    QCoreApplication::processEvents();
+    EXPECT_EQ(chosen, 1);
+}
+
+TEST(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
+{
+    Delegate delegate;
+    delegate.title = "● Big Song";
+    TrayMenu menu;
+    menu.setMenu({ { titled("● Big Song", Color::SystemGreen) } }, &delegate);
+    QObject node;
+    DBusMenu bus(&node, menu);
+    for (const auto& [desktop, height] : std::vector<std::pair<const char*, int>> {
+             { "GNOME", 48 }, { "MATE", 16 }, { "GNOME-Flashback:GNOME", 16 } }) {
+        qputenv("XDG_CURRENT_DESKTOP", desktop);
+        const QByteArray icon = bus.GetProperty(1, "icon-data").variant().toByteArray();
+        EXPECT_EQ(QImage::fromData(icon).height(), height) << desktop;
+    }
+    qunsetenv("XDG_CURRENT_DESKTOP");
+}
+
+} // namespace
+} // namespace stemvault
