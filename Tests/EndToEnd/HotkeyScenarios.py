@@ -13,7 +13,7 @@ from virtual_desktop.file_manager import FileManager
 from virtual_desktop.services import Services
 from virtual_desktop.wayland import WaylandDesktop
 
-STAND_IN = Path(__file__).parents[2] / "scripts/virtual_desktop/copying_window.py"
+STAND_IN = Path(__file__).with_name("virtual_desktop") / "copying_window.py"
 NOTHING_SELECTED = "Nothing is selected. Select audio files or folders in the file manager, " \
     "then press the hotkey."
 NOTHING_COPIED = "No files have been copied. Copy audio files or folders in the file manager " \

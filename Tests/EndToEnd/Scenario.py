@@ -2,12 +2,10 @@
 
 import filecmp
 import os
-import sys
 import unittest
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[2] / "scripts"))
-from virtual_desktop import (  # noqa: E402,F401 (the scenarios take wait_for from here)
+from virtual_desktop import (  # noqa: F401 (the scenarios take wait_for from here)
     StandInDaw, StemvaultConnect, VirtualDesktop, live_alone, wait_for)
 
 PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])

@@ -10,7 +10,8 @@ import sys
 import traceback
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+SCRIPTS = Path(__file__).parents[1]
+sys.path[:0] = [str(SCRIPTS), str(SCRIPTS.parent / "Tests/EndToEnd")]
 from real_daws.desktop import AudioDesktop  # noqa: E402
 from virtual_desktop import waiting  # noqa: E402
 

@@ -7,7 +7,8 @@ import json
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+SCRIPTS = Path(__file__).parents[1]
+sys.path[:0] = [str(SCRIPTS), str(SCRIPTS.parent / "Tests/EndToEnd")]
 from real_desktops.checks import Checks  # noqa: E402
 from real_desktops.desktops import DESKTOPS  # noqa: E402
 from virtual_desktop import waiting  # noqa: E402

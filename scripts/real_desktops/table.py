@@ -8,7 +8,8 @@ import json
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+SCRIPTS = Path(__file__).parents[1]
+sys.path[:0] = [str(SCRIPTS), str(SCRIPTS.parent / "Tests/EndToEnd")]
 from real_desktops.names import CHECKS, DESKTOPS  # noqa: E402
 
 SIGNS = {"passed": "yes", "failed": "**no**", "impossible": "–"}

@@ -9,7 +9,7 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import StemvaultConnect, VirtualDesktop, live_alone  # noqa: E402
 from virtual_desktop.services import Services, StartedByBus  # noqa: E402
 

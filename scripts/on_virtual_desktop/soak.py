@@ -14,10 +14,10 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import VirtualDesktop, live_alone, waiting  # noqa: E402
-from virtual_desktop.soak_steps import Steps  # noqa: E402
-from virtual_desktop.vitals import Vitals, growth  # noqa: E402
+from soak_steps import Steps  # noqa: E402
+from vitals import Vitals, growth  # noqa: E402
 
 # KiB of private memory in a minute, over the second half. In the first ten minutes and more the heap
 # and the toolkit's caches still find their size, so a short run tells nothing.

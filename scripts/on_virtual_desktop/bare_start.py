@@ -10,7 +10,7 @@ import subprocess
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import StemvaultConnect, VirtualDesktop, live_alone, wait_for  # noqa: E402
 
 

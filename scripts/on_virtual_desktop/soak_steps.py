@@ -9,9 +9,9 @@ import os
 import shutil
 from collections import Counter
 
-from . import StandInDaw, StemvaultConnect, Tray, UpdateFeed, wait_for
-from .connect import NEW_FOLDER
-from .services import Services
+from virtual_desktop import StandInDaw, StemvaultConnect, Tray, UpdateFeed, wait_for
+from virtual_desktop.connect import NEW_FOLDER
+from virtual_desktop.services import Services
 
 SIZES = (10, 4_000, 400_000, 6_000_000, 40_000_000)
 EXTENSIONS = ("wav", "WAV", "aiff", "mp3", "flac", "m4a")

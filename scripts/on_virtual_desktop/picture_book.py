@@ -6,12 +6,12 @@
 import sys
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import (  # noqa: E402
     StandInDaw, StemvaultConnect, TimedOut, VirtualDesktop, live_alone)
 from virtual_desktop.file_manager import FileManager  # noqa: E402
-from virtual_desktop.preferences_pages import PreferencesPages  # noqa: E402
 from virtual_desktop.services import Services  # noqa: E402
+from preferences_pages import PreferencesPages  # noqa: E402
 
 
 class PictureBook:

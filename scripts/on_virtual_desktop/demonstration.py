@@ -10,7 +10,7 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import (  # noqa: E402
     StandInDaw, StemvaultConnect, TimedOut, Tray, UpdateFeed, VirtualDesktop, live_alone)
 

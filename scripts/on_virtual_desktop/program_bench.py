@@ -12,7 +12,7 @@ import sys
 import time
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).parents[1]))
+sys.path.insert(0, str(Path(__file__).parents[2] / "Tests/EndToEnd"))
 from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, live_alone  # noqa: E402
 
 ROUNDS = 21

@@ -1,6 +1,6 @@
 """Pictures of the preferences, the menu in the tray, and what a look for updates can bring."""
 
-from . import StandInDaw, StemvaultConnect, Tray, UpdateFeed, VirtualDesktop, wait_for
+from virtual_desktop import StandInDaw, StemvaultConnect, Tray, UpdateFeed, VirtualDesktop, wait_for
 
 
 class PreferencesPages:
