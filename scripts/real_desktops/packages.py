@@ -20,12 +20,12 @@ PACKAGES = {
 }
 
 # What is named otherwise in a release.
-RENAMED = {}
+RENAMED = {"trixie": {"plasma-workspace-wayland": "plasma-workspace"}}
 
 
 def packages_of(release, name):
     renamed = RENAMED.get(release, {})
-    return sorted(renamed.get(package, package) for package in PACKAGES[name].split())
+    return sorted({renamed.get(package, package) for package in PACKAGES[name].split()})
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 """Plasma on X11 and on Wayland: KWin and the shell, with the daemons that they ask for things."""
 
+import shutil
 from pathlib import Path
 
 import dbus
@@ -21,16 +22,17 @@ class PlasmaX11(RealDesktop):
     shortcuts_title = "Shortcuts"
 
     def start_session(self):
-        self.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": "5",
+        generation = "6" if shutil.which("kded6") else "5"
+        self.environment |= {"KDE_FULL_SESSION": "true", "KDE_SESSION_VERSION": generation,
                              "DESKTOP_SESSION": "plasma", "XDG_MENU_PREFIX": "plasma-"}
         self.tell_bus()
         self.start_window_manager()
         self.be("light")
-        self.start("daemon", ["kded5"])
+        self.start("daemon", [f"kded{generation}"])
         self.start("shell", ["plasmashell"])
 
     def start_window_manager(self):
-        self.start("keys", ["kglobalaccel5"])
+        self.start("keys", [*Path("/usr").glob("lib/*/libexec/kglobalacceld"), "kglobalaccel5"][:1])
         self.start("window-manager", ["kwin_x11"])
         self.wait_for_window_manager()
 

@@ -18,6 +18,7 @@ BUTTON_ROLES = ("push button", "button")
 TEXT = "org.a11y.atspi.Text"
 # Menus of Qt are in no window. Qt numbers what it tells of from here; what is gone leaves a gap.
 FIRST_OF_QT, LARGEST_GAP = 2**31, 100
+FRAMES_OF_GNOME = "mutter-x11-frames"  # It calls them as the windows within are called.
 CHECKED, SELECTED, SENSITIVE, SHOWING = 4, 23, 24, 25
 
 
@@ -38,6 +39,7 @@ class Accessibility:
     def windows(self):
         """The windows that are on the screen."""
         return [Window(node, self.display) for application in self.root.children()
+                if application.name() != FRAMES_OF_GNOME
                 for node in application.children()
                 if node.role().split()[0] in WINDOW_ROLES and node.has_state(SHOWING)]
 
