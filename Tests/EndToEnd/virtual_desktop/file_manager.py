@@ -3,6 +3,7 @@ of the selection opened, and an entry chosen."""
 
 import itertools
 
+from . import waiting
 from .processes import end_process
 from .waiting import TimedOut, wait_for
 
@@ -31,11 +32,11 @@ class FileManager:
             display.press_keys("Control_L", "a")
             display.press_keys("Menu")
             try:
-                return wait_for("the menu", lambda: self._entry("Cut"), 3)
+                return wait_for("the menu", lambda: self._entry("Cut"), waiting.DEADLINE / 3)
             except TimedOut:  # It was still reading the folder: the menu is the folder's own.
                 display.press_keys("Escape")
                 return None
-        wait_for(f"the menu of {self.name}", opened, 30)
+        wait_for(f"the menu of {self.name}", opened, 3 * waiting.DEADLINE)
 
     def entry(self, *titles):
         """The last of these entries, once the menus on the way to it are open."""
