@@ -20,7 +20,7 @@ class FileManager:
         self._choose_icons()
         # More often than not PCManFM-Qt tells nothing of itself, neither at once nor later, until it is
         # started once more.
-        wait_for(f"{name} to be accessible", lambda: self._start(folder), 60)
+        wait_for(f"{name} to be accessible", lambda: self._start(folder), 6 * waiting.DEADLINE)
         self._activate()
 
     def open_menu(self):
@@ -66,11 +66,14 @@ class FileManager:
 
     def _start(self, folder):
         self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
+
+        # One that hands its folder to another that is just ending shows no window.
+        def appeared():
+            return self._window(folder.name) or self.process.poll() is not None
         try:
-            # One that hands its folder to another that is just ending shows no window.
-            self.window = wait_for(
-                f"{self.name}'s window", lambda: self._window(folder.name), 5)
-            return wait_for("its owner", self._owners, 2)
+            wait_for(f"{self.name}'s window", appeared, 2 * waiting.DEADLINE)
+            self.window = self._window(folder.name)
+            return self.window and wait_for("its owner", self._owners, waiting.DEADLINE / 2)
         except TimedOut:
             end_process(self.process)
             return None
