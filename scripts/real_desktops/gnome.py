@@ -31,8 +31,7 @@ class Gnome(RealDesktop):
         key, = self.runtime.glob(".mutter-Xwaylandauth.*")
         self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": ":1", "XAUTHORITY": str(key)}
         os.environ["XAUTHORITY"] = str(key)
-        self.display = NestedDisplay(
-            self.environment["DISPLAY"], self.display, self.shell_version)
+        self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
         self.tell_bus()
         # It begins with the overview of all windows.
         overview = self.still_picture(2)
@@ -40,11 +39,6 @@ class Gnome(RealDesktop):
         wait_for("the overview to go", lambda: self.picture().changes(overview))
         self.start("settings", ["/usr/libexec/gsd-xsettings"])
         self.start("keys", ["/usr/libexec/gsd-media-keys"])
-
-    def shell_version(self):
-        """The shell answers after all that it has heard before."""
-        return self.call("org.gnome.Shell", "/org/gnome/Shell", "org.freedesktop.DBus.Properties",
-                         "Get", "ss", "org.gnome.Shell", "ShellVersion")
 
     def be(self, look):
         scheme = {"light": "default", "dark": "prefer-dark"}[look]

@@ -13,27 +13,19 @@ class NestedDisplay(Display):
     """Programs of X11's are on the inner display, which knows their windows. Keys and the mouse are
     those of the outer one, where pictures are taken, too."""
 
-    def __init__(self, name, outer, wait_for_compositor=lambda: None):
+    def __init__(self, name, outer):
         # The library keeps the numbers of events for all displays together, and fails where another
         # display has others.
         protocol.display.Display.event_classes = protocol.event.event_class.copy()
         super().__init__(name)
         self.outer = outer
-        self.wait_for_compositor = wait_for_compositor
 
     def close(self):
         super().close()
         self.outer.close()
 
     def press_keys(self, *names):
-        """The compositor may ask the outer display which keys are held when it hears of one, and must
-        find it so."""
-        *held, last = names
-        with self.outer.holding_keys(*held):
-            if held:
-                self.wait_for_compositor()
-            self.outer.press_keys(last)
-            self.wait_for_compositor()
+        self.outer.press_keys(*names)
 
     def click_at(self, x, y, button=1):
         self.outer.click_at(x, y, button)

@@ -1,7 +1,6 @@
 """The X display: which window has the keyboard, keys, and pictures."""
 
 import collections
-import contextlib
 import struct
 import zlib
 
@@ -70,21 +69,12 @@ class Display:
 
     def press_keys(self, *names):
         """Presses the keys together, as one shortcut."""
-        with self.holding_keys(*names):
-            pass
-
-    @contextlib.contextmanager
-    def holding_keys(self, *names):
         codes = [self.connection.keysym_to_keycode(XK.string_to_keysym(name)) for name in names]
         for code in codes:
             xtest.fake_input(self.connection, X.KeyPress, code)
+        for code in reversed(codes):
+            xtest.fake_input(self.connection, X.KeyRelease, code)
         self.connection.sync()
-        try:
-            yield
-        finally:
-            for code in reversed(codes):
-                xtest.fake_input(self.connection, X.KeyRelease, code)
-            self.connection.sync()
 
     def move_pointer(self, x, y):
         self.root.warp_pointer(x, y)
