@@ -59,8 +59,8 @@ class PromptScenarios(Scenario):
         panel.answer("Use This Folder")
         self.desktop.wait_for_notification("Mix.wav → Client A")
         self.assert_copied(self.song / "Mix.wav", self.client_a)
-        self.assertEqual([folder["path"] for folder in self.connect.settings()["stemvaultFolders"]],
-                         [str(self.client_a)])
+        wait_for("the folder among the settings", lambda: [str(self.client_a)] == [
+            folder["path"] for folder in self.connect.settings()["stemvaultFolders"]])
         self.assertEqual(self.bounce_and_ask("Next.wav").choices(), ["Client A", "New Folder…"])
 
     def test_without_any_destination_it_leads_to_the_preferences(self):
