@@ -6,8 +6,12 @@
 
 namespace stemvault {
 
-/// What happens when the user uses a control. What is shown is compared as a value, so two actions
-/// are equal when both are there or both are not.
+/// The work of a control or a menu row. A backend calls it on the main thread from the event loop,
+/// once each time the user presses the control, and keeps a copy while it runs: the work may
+/// replace or remove the control. A control with an empty action does nothing.
+///
+/// Menus and views are compared as values to see whether they must be drawn again. Two functions
+/// cannot be compared, so two actions are equal when both are empty or neither is.
 class Action {
 public:
     Action() = default;
@@ -18,7 +22,7 @@ public:
     }
 
     explicit operator bool() const { return static_cast<bool>(work); }
-    void operator()() const { work(); }
+    void operator()() const { work(); } ///< Must not be called on an empty action.
 
     [[nodiscard]] bool operator==(const Action& other) const
     {

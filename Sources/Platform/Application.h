@@ -14,18 +14,24 @@ enum class ActivationPolicy {
     Prohibited = 2, ///< Works in the background only.
 };
 
-/// Both are called once, on the main thread.
+/// What the program does at the steps of its life. Called on the main thread, while `run` runs.
 class ApplicationDelegate {
 public:
     virtual ~ApplicationDelegate() = default;
+
+    /// Called once, when the event loop runs and windows can be shown.
     virtual void applicationDidFinishLaunching() = 0;
+
+    /// Called once, before the event loop ends and before open alerts return; not called if
+    /// launching never finished. Main-queue work that it asks for may not run any more. Settings
+    /// that it changes are still written.
     virtual void applicationWillTerminate() = 0;
 };
 
 /// What the user had selected when choosing a service.
 struct Pasteboard {
-    /// Absolute paths, in the order in which the file manager gave them; absent when the selection
-    /// was not one of files.
+    /// Absolute paths, in the file manager's order. Absent when the selection holds no file of this
+    /// machine. Nothing is promised about the items: they may not exist.
     std::optional<std::vector<std::string>> filenames;
 };
 
@@ -34,39 +40,47 @@ class ServicesProvider {
 public:
     virtual ~ServicesProvider() = default;
 
-    /// Performs the service of this message name and returns when it is done, however long the user
-    /// takes over its questions; it may be called again meanwhile. On failure `error` becomes a
-    /// text for the user, otherwise it is left untouched. False when there is no such service. Main
-    /// thread only.
+    /// Performs the service called `message` and returns when it is done. It may run modal alerts,
+    /// and while one is open it may be called again for another selection. If the service fails,
+    /// `error` becomes a text for the user; otherwise `error` stays as it was. Returns false only
+    /// when there is no service of that name. Called on the main thread.
     virtual bool perform(const std::string& message, const Pasteboard& pasteboard,
         const std::string& userData, std::string& error) = 0;
 };
 
-/// The running program and its event loop. Main thread only.
+/// The running program and its event loop. Main thread only. Delegate and provider are borrowed:
+/// each must outlive `run`.
 class Application {
 public:
     virtual ~Application() = default;
 
-    /// Not owned; it must outlive `run`.
+    /// Called before `run`; an application without a delegate runs, but does nothing.
     virtual void setDelegate(ApplicationDelegate* delegate) = 0;
+
+    /// Called before `run`. A desktop without such a distinction ignores it. Whatever the policy,
+    /// closing the last window does not end the program.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
 
-    /// From here on the program's services are answered by it; those asked for earlier wait for it.
-    /// Not owned; it must outlive `run`.
+    /// Lets `provider` answer the program's services from now on. Requests that came earlier have
+    /// waited and are answered first, from the event loop, never inside this call.
     virtual void setServicesProvider(ServicesProvider* provider) = 0;
 
-    /// The icon that windows and alerts of the program bear by default.
+    /// Sets the icon of the program's windows, and of alerts without an icon of their own. The
+    /// image is read when the next of them opens.
     virtual void setApplicationIconImage(const Image& image) = 0;
 
-    /// Asks the desktop to put the program in front of all others and to give its next window, or
-    /// the one it has open, the keyboard.
+    /// Asks the desktop to bring the program to the front and to give the keyboard to its modal
+    /// window: the one that is open, or the next one if it opens within a few seconds. A desktop
+    /// may refuse, and then shows the window without the keyboard.
     virtual void activateIgnoringOtherApps() = 0;
 
-    /// Runs the event loop; returns at exit. Tells the delegate when launching has finished and,
-    /// whatever ended the program short of a kill, when it is about to terminate.
+    /// Runs the event loop until `terminate` is called, a signal asks the program to end, the
+    /// session ends or the display is lost; in each case the delegate's applicationWillTerminate is
+    /// called first. Does not return after the display is lost: the process then ends. Called once.
     virtual void run() = 0;
 
-    /// Ends `run` once the delegate has been told; open alerts answer as stopped.
+    /// Calls applicationWillTerminate, ends every open modal session with `ModalResponse::stopped`
+    /// and lets `run` return. Later calls do nothing.
     virtual void terminate() = 0;
 };
 

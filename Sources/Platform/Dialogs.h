@@ -10,18 +10,18 @@
 
 namespace stemvault {
 
-/// What a modal session answers. Alerts answer `alertFirstButton` for the first button added, one
-/// more for the second, and so on.
+/// How a modal session ended. The end of the program counts as closing.
 namespace ModalResponse {
-inline constexpr int stopped = -1000; ///< Closed, or the program ended, without a button.
-inline constexpr int cancel = 0;
-inline constexpr int ok = 1;
-inline constexpr int alertFirstButton = 1000;
+inline constexpr int stopped = -1000; ///< An alert was closed without a button.
+inline constexpr int cancel = 0; ///< A panel was closed without a choice.
+inline constexpr int ok = 1; ///< A panel was confirmed.
+inline constexpr int alertFirstButton = 1000; ///< The second button is 1001, and so on.
 } // namespace ModalResponse
 
 enum class AlertStyle { Warning, Informational, Critical };
 
-/// In points.
+/// The place and the least size of an accessory, in points. The backend may ignore the place and
+/// make the accessory wider.
 struct Frame {
     double x = 0;
     double y = 0;
@@ -31,10 +31,10 @@ struct Frame {
     [[nodiscard]] bool operator==(const Frame&) const = default;
 };
 
-/// A button that shows its selected item and offers the others in a menu. The first is selected.
+/// A button that shows its selected item and offers the others in a menu.
 struct PopUpButton {
     Frame frame;
-    std::vector<std::string> items;
+    std::vector<std::string> items; ///< The first is selected when the alert opens.
 
     [[nodiscard]] bool operator==(const PopUpButton&) const = default;
 };
@@ -43,56 +43,74 @@ struct PopUpButton {
 struct TextField {
     Frame frame;
     std::string text; ///< What it holds when the alert opens.
-    bool isInitialFirstResponder = false; ///< It has the keyboard then, all its text selected.
+    bool isInitialFirstResponder = false; ///< It then has the keyboard and all its text selected.
 
     [[nodiscard]] bool operator==(const TextField&) const = default;
 };
 
 using AccessoryView = std::variant<PopUpButton, TextField>;
 
-/// A modal question, whole. Texts are shown as they stand, never as markup.
+/// A modal question. Texts are UTF-8 and shown as they stand, never as markup; control characters
+/// in them are made visible.
 struct Alert {
     std::string messageText;
     std::string informativeText;
     AlertStyle style = AlertStyle::Warning;
     std::optional<Image> icon; ///< Absent: the application's own.
     std::optional<AccessoryView> accessoryView; ///< Between the texts and the buttons.
-    std::vector<std::string> buttons; ///< The first is the default. Empty: a single "OK".
+    /// The first is the default, which Return presses. Escape presses one titled "Cancel". With a
+    /// single button, Escape and closing press it. Empty: a single "OK".
+    std::vector<std::string> buttons;
 
     [[nodiscard]] bool operator==(const Alert&) const = default;
 };
 
 struct AlertAnswer {
-    int response = ModalResponse::stopped;
-    int indexOfSelectedItem = -1; ///< Of a pop-up button; -1 when there is none.
-    std::string text; ///< Of a text field, as it was left.
+    int response = ModalResponse::stopped; ///< A button, or `stopped`.
+    int indexOfSelectedItem = -1; ///< Of the pop-up button; -1 when there is none or it is empty.
+    std::string text; ///< Of the text field as the user left it, unchanged bytes where untouched.
 };
 
-/// A panel that picks a file or folder that exists, or several.
+/// A panel in which the user picks existing files or folders.
 struct OpenPanel {
-    bool canChooseFiles = true;
-    bool canChooseDirectories = false;
-    bool canCreateDirectories = false;
+    bool canChooseFiles = true; ///< False: only folders are listed.
+    bool canChooseDirectories = false; ///< Used without `canChooseFiles`.
+    bool canCreateDirectories = false; ///< Whether the panel offers to make a new folder.
     std::string prompt; ///< The title of its confirm button.
     std::string message; ///< A line above the list.
-    std::optional<FileURL> directoryURL; ///< Where it starts, where that folder exists.
-    bool allowsMultipleSelection = false;
+    /// The folder that is shown first; if it is gone, the nearest one above it. Absent: the home
+    /// folder.
+    std::optional<FileURL> directoryURL;
+    bool allowsMultipleSelection = false; ///< Whether `urls` may have more than one.
 
     [[nodiscard]] bool operator==(const OpenPanel&) const = default;
 };
 
 struct OpenPanelAnswer {
-    int response = ModalResponse::cancel;
-    std::optional<FileURL> url; ///< Absolute, without a trailing slash; the first of `urls`.
-    std::vector<FileURL> urls {}; ///< All that was chosen, in the order of the panel.
+    int response = ModalResponse::cancel; ///< After `cancel` the rest means nothing.
+    std::optional<FileURL> url; ///< The first of `urls`.
+    std::vector<FileURL> urls {}; ///< Absolute, without a trailing slash, in the panel's order.
 };
 
-/// Modal questions. Each call runs a nested event loop: main-queue work goes on meanwhile, and may
-/// itself open another one, which then is answered first. Main thread only.
+/// Modal questions. Main thread only.
+///
+/// Each call shows a window, runs a nested event loop and returns when the user has answered, which
+/// may take hours. Main-queue work runs meanwhile. It may open another modal window, which must be
+/// answered first, and it may change or destroy what the caller refers to: keep values, not
+/// references, across a call. The window takes the keyboard only if the program is in front.
+/// `Application::terminate` ends every open call; a later one returns at once without a window.
+///
+/// The two overloads differ in the question and its answer, so that neither answer has fields that
+/// belong to the other.
 class Dialogs {
 public:
     virtual ~Dialogs() = default;
+
+    /// Shows the alert. An icon whose file has gone is replaced by the desktop's own for this
+    /// style.
     [[nodiscard]] virtual AlertAnswer runModal(const Alert& alert) = 0;
+
+    /// Shows the panel. After `ok` there is at least one item, which existed when it was chosen.
     [[nodiscard]] virtual OpenPanelAnswer runModal(const OpenPanel& panel) = 0;
 };
 

@@ -9,35 +9,42 @@
 
 namespace stemvault {
 
-/// What happened to an item. Flags of one path add up within a batch; they say where to look, and
-/// the disk says what is true now.
+/// What happened to an item. Everything that happened to one path within a batch is combined in one
+/// set of flags, without an order: a file that was created and removed has both flags. They say
+/// where to look; only the disk says what is there now.
 namespace FileEventFlag {
-inline constexpr std::uint32_t MustScanSubDirs = 0x1; ///< Events below were lost; rescanned.
+/// Events below this folder were lost. The stream has listed the folder again and reports what it
+/// found changed, so the handler need not.
+inline constexpr std::uint32_t MustScanSubDirs = 0x1;
 inline constexpr std::uint32_t RootChanged = 0x20; ///< A watched folder itself came, went or moved.
 inline constexpr std::uint32_t ItemCreated = 0x100;
 inline constexpr std::uint32_t ItemRemoved = 0x200;
-inline constexpr std::uint32_t ItemRenamed = 0x800;
-inline constexpr std::uint32_t ItemModified = 0x1000;
+inline constexpr std::uint32_t ItemRenamed = 0x800; ///< It moved to this path or away from it.
+inline constexpr std::uint32_t ItemModified = 0x1000; ///< Its content was written or cut.
 inline constexpr std::uint32_t ItemIsFile = 0x10000;
 inline constexpr std::uint32_t ItemIsDir = 0x20000;
 inline constexpr std::uint32_t ItemIsSymlink = 0x40000;
 } // namespace FileEventFlag
 
-/// How a stream is made.
+/// How a stream reports.
 namespace FileEventStreamFlag {
-inline constexpr std::uint32_t UseTextPaths = 0x01; ///< Paths come as text values.
-inline constexpr std::uint32_t NoDefer =
-    0x02; ///< After a quiet spell the first event goes at once.
-inline constexpr std::uint32_t FileEvents = 0x10; ///< One event per item, not per folder.
+inline constexpr std::uint32_t UseTextPaths = 0x01; ///< Paths come as text; here they always do.
+/// An event after a quiet time of at least the latency is delivered at once. Without this flag it,
+/// too, waits for the latency.
+inline constexpr std::uint32_t NoDefer = 0x02;
+inline constexpr std::uint32_t FileEvents = 0x10; ///< One event per item; here it always is.
 } // namespace FileEventStreamFlag
 
-/// Paths and flags of one batch, index for index. Paths lie below the folder as it was given; what
-/// several folders lead to is reported below each.
+/// Receives one batch on the main thread, from the main queue. `flags[i]` belongs to `paths[i]`;
+/// both are valid only during the call. Paths begin with the folder as `createStream` was given it,
+/// and an item that two given folders lead to is reported below each of them. The handler may stop
+/// or destroy its own stream.
 using FileEventHandler = std::function<void(
     const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags)>;
 
-/// A recursive stream of events over some folders; lives until it is destroyed, whatever becomes of
-/// the folders. Main thread only.
+/// A recursive stream of events over some folders. Main thread only; no method waits for a disk or
+/// for another thread. The owner destroys it, which stops it. The stream survives whatever happens
+/// to its folders: one that is removed and made again is watched again.
 class FileEventStream {
 public:
     FileEventStream() = default;
@@ -45,24 +52,28 @@ public:
     FileEventStream& operator=(const FileEventStream&) = delete;
     virtual ~FileEventStream() = default;
 
-    /// Begins delivery, on the main queue, of what happens from now on.
+    /// Begins delivery. Every change from this call on is reported, also in folders that the stream
+    /// has not reached yet; for those, changes shortly before may be reported as well. Does nothing
+    /// on a started or invalidated stream.
     virtual void start() = 0;
 
-    /// Ends delivery: the handler is not called after this returns. May be called from within the
-    /// handler.
+    /// Ends delivery: the handler is not called any more, not even with a batch that is already in
+    /// the main queue. `start` may be called again; what happened in between is not reported.
     virtual void stop() = 0;
 
-    /// Lets go of the main queue and of every watched folder.
+    /// Stops for good: `start` does nothing afterwards.
     virtual void invalidate() = 0;
 };
 
+/// Makes event streams. Main thread only. It must outlive its streams.
 class FileEvents {
 public:
     virtual ~FileEvents() = default;
 
-    /// A stream over everything below `paths`, which need not exist; events within `latency` of the
-    /// first of a batch are gathered into one. Absent when no stream can be made. Main thread only;
-    /// walking the folders is done elsewhere.
+    /// Makes a stream, not yet started, over everything below `paths`. They are absolute and need
+    /// not exist. Events are gathered in batches that are at least `latency` apart. `flags` are of
+    /// FileEventStreamFlag. Null when `handler` or `paths` is empty or the system refuses. A limit
+    /// on watches is no failure: folders beyond it are listed every few seconds.
     [[nodiscard]] virtual std::unique_ptr<FileEventStream> createStream(FileEventHandler handler,
         const std::vector<std::string>& paths, std::chrono::milliseconds latency,
         std::uint32_t flags) = 0;

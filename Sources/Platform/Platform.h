@@ -16,7 +16,11 @@
 
 namespace stemvault {
 
-/// Everything the program asks of a desktop. Owns nothing.
+/// Everything that the program asks of a desktop, one interface for each subject. Each interface
+/// says which threads may call it, what failure means and who owns what; where it says nothing of
+/// failure, a method cannot fail. No method throws. Only values cross: a path is a UTF-8 string or
+/// the file system's own bytes, a length is in points, a time is a std::chrono type. The references
+/// stay valid for as long as the platform is installed.
 struct Platform {
     Application& application;
     Bundle& bundle;
@@ -32,11 +36,12 @@ struct Platform {
     Windows& windows;
     Workspace& workspace;
 
-    /// The desktop that the program runs on. Installed before anything asks for it, and asked for
-    /// from any thread: the threads of each part are its own.
+    /// The installed platform. There must be one. May be called from any thread; each interface
+    /// then has its own rule about threads.
     [[nodiscard]] static const Platform& current();
 
-    /// Set once by `main`, or by a test; null takes it back.
+    /// Called by `main` before any other thread is started, and by each test. Not owned; null
+    /// removes it.
     static void install(const Platform* platform);
 };
 

@@ -13,13 +13,13 @@ namespace stemvault {
 
 /// One row of a menu.
 struct MenuItem {
-    std::string title;
-    std::optional<AttributedString> attributedTitle; ///< Shown in the title's place.
-    std::string keyEquivalent; ///< A character, used with the desktop's modifier for commands.
-    Action action;
-    bool isEnabled = true;
-    bool isHidden = false;
-    bool isSeparator = false;
+    std::string title; ///< UTF-8, shown as it stands: no character in it marks a shortcut.
+    std::optional<AttributedString> attributedTitle; ///< Shown instead of the title.
+    std::string keyEquivalent; ///< One character, pressed with the desktop's modifier for commands.
+    Action action; ///< Runs from the event loop after the menu has closed.
+    bool isEnabled = true; ///< A disabled row is grey, and its action does not run.
+    bool isHidden = false; ///< A hidden row takes no room and keeps its index.
+    bool isSeparator = false; ///< A line; its other fields are ignored.
 
     [[nodiscard]] static MenuItem separatorItem()
     {
@@ -41,13 +41,16 @@ class MenuDelegate {
 public:
     virtual ~MenuDelegate() = default;
 
-    /// Called on the main thread each time the menu is about to open, to bring `menu` up to date.
-    /// May be called more often: desktops show a menu from a copy that they fetch when they like.
+    /// Called on the main thread before the menu opens, to bring the rows of `menu` up to date. It
+    /// is also called at other times, since many panels show a copy that they fetch when they like.
+    /// It must be quick and must not add, remove or reorder rows. `menu` is valid only during the
+    /// call.
     virtual void menuWillOpen(Menu& menu) = 0;
 };
 
-/// An item in the status bar, there for as long as this lives and whenever the desktop has such a
-/// bar. Main thread only.
+/// An item in the status bar. It is shown from `setMenu` until it is destroyed, whenever the
+/// desktop has a status bar: one that appears later, or again after a crash, shows it as well. Main
+/// thread only.
 class StatusItem {
 public:
     StatusItem() = default;
@@ -55,29 +58,34 @@ public:
     StatusItem& operator=(const StatusItem&) = delete;
     virtual ~StatusItem() = default;
 
-    /// Absent: the item has no image.
+    /// Replaces the image; absent removes it. A template image is drawn in the bar's text colour
+    /// where the bar can do that.
     virtual void setImage(const std::optional<Image>& image) = 0;
 
-    /// The menu that a click on the item opens. The rows never change their number or order.
-    /// `delegate` is not owned and must outlive the item.
+    /// Sets the menu that a click on the item opens. Later calls must keep the number and the order
+    /// of the rows, because panels address a row by its index. `delegate` is not owned and must
+    /// outlive the item.
     virtual void setMenu(Menu menu, MenuDelegate* delegate) = 0;
 
-    /// Says that the delegate would now show something else, for desktops that never say when they
-    /// open a menu. A menu that is open may be left as it is.
+    /// Must be called when the delegate would now change a row: some desktops do not say when they
+    /// open a menu, so they are sent the new rows at once. May call menuWillOpen from within. A
+    /// menu that is open may keep its rows.
     virtual void setMenuNeedsUpdate() = 0;
 
-    /// Whether the desktop has a status bar that shows the item now. Right after the start nothing
-    /// is known of it yet, and the answer is no.
+    /// Whether a status bar shows the item at this moment. False for the first moments after
+    /// `setMenu`, until the desktop has answered, and on a desktop without a status bar.
     [[nodiscard]] virtual bool isVisible() const = 0;
 };
 
+/// The area of the desktop's panel in which programs show an icon. Main thread only.
 class StatusBar {
 public:
     virtual ~StatusBar() = default;
 
-    static constexpr double squareLength = -2;
+    static constexpr double squareLength = -2; ///< As wide as the bar is high.
 
-    /// A new item of this length in points, or `squareLength`. Main thread only.
+    /// Makes an item, not yet shown, owned by the caller; never null. `length` is its width in
+    /// points or `squareLength`; panels that decide on the width themselves ignore it.
     [[nodiscard]] virtual std::unique_ptr<StatusItem> statusItem(double length) = 0;
 };
 

@@ -7,17 +7,22 @@
 
 namespace stemvault {
 
-/// Fetches from the web.
+/// Fetches pages from the web. Main thread only.
 class URLSession {
 public:
     virtual ~URLSession() = default;
 
     using CompletionHandler = std::function<void(const Result<std::string>& body)>;
 
-    /// Starts a plain GET, with no header of ours, and returns at once. Redirects are followed as
-    /// long as they stay secure. The handler is called once, on any thread, with the body whatever
-    /// the status of the response, or with why there is none: it did not come whole, or within a
-    /// minute, or is larger than any page. Main thread only.
+    /// Starts a GET without headers of our own and returns at once. Redirects are followed, but not
+    /// from HTTPS to HTTP.
+    ///
+    /// The handler is called once, never inside this call, on any thread; not at all if the program
+    /// ends first. It receives the bytes of the body whatever the status of the response: an error
+    /// page is a body, too. Failure means that there is no whole body: the URL or the certificate
+    /// is bad, the server is unreachable, the connection broke, a minute has passed, or the body is
+    /// larger than 4 MiB. The failure then holds a text, never empty, for a log rather than the
+    /// user.
     virtual void dataTask(const std::string& url, CompletionHandler completionHandler) = 0;
 };
 

@@ -6,11 +6,13 @@
 
 namespace stemvault {
 
+/// What the program would like to do; options are combined with |.
 namespace AuthorizationOption {
 inline constexpr std::uint32_t Sound = 0x02;
 inline constexpr std::uint32_t Alert = 0x04;
 } // namespace AuthorizationOption
 
+/// How a notification is shown while the program is in front; combined with |.
 namespace PresentationOption {
 inline constexpr std::uint32_t Sound = 0x02;
 inline constexpr std::uint32_t Banner = 0x10;
@@ -18,10 +20,10 @@ inline constexpr std::uint32_t Banner = 0x10;
 
 enum class UserNotificationSound { None, Default };
 
-/// A message to the user that asks nothing, shown at once. Texts are never markup.
+/// A message that needs no answer. Texts are UTF-8 and shown as they stand, never as markup.
 struct UserNotification {
-    std::string identifier;
-    std::string title;
+    std::string identifier; ///< Different for each; one that is used again may replace the earlier.
+    std::string title; ///< One line.
     std::string body;
     UserNotificationSound sound = UserNotificationSound::None;
 
@@ -32,25 +34,32 @@ class UserNotificationCenterDelegate {
 public:
     virtual ~UserNotificationCenterDelegate() = default;
 
-    /// Asked on the main thread when a notification arrives while the program is in front. The
-    /// handler takes presentation options; without Banner the notification is not shown.
+    /// Called on the main thread for each notification that is due while the program is in front.
+    /// The delegate calls `completionHandler` on the main thread, now or later, with presentation
+    /// options: without Banner the notification is not shown, without Sound it is silent. If the
+    /// delegate never calls it, the notification is not shown.
     virtual void willPresent(const UserNotification& notification,
         const std::function<void(std::uint32_t options)>& completionHandler) = 0;
 };
 
+/// The desktop's notifications.
 class UserNotificationCenter {
 public:
     virtual ~UserNotificationCenter() = default;
 
-    /// Not owned; null takes it back. Main thread only.
+    /// Sets who decides about notifications while the program is in front; without a delegate all
+    /// are shown. Not owned: it must outlive the center, or be replaced by null before. Main thread
+    /// only.
     virtual void setDelegate(UserNotificationCenterDelegate* delegate) = 0;
 
-    /// Asks for permission; the handler is called on the main thread. Main thread only.
+    /// Asks for permission and returns at once. The handler is called once on the main thread,
+    /// never inside this call, with false where nothing can be shown; not at all if the program
+    /// ends first. `add` may be called without it, and before the answer. Main thread only.
     virtual void requestAuthorization(
         std::uint32_t options, std::function<void(bool granted)> completionHandler) = 0;
 
-    /// Posts a notification and returns at once; that it cannot be shown is nobody's failure. From
-    /// any thread.
+    /// Posts a notification and returns at once. One that cannot be shown is dropped, and the
+    /// caller does not learn of it. From any thread.
     virtual void add(const UserNotification& notification) = 0;
 };
 

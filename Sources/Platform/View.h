@@ -13,8 +13,15 @@
 
 namespace stemvault {
 
+// What a window shows, as values. A program's `body()` builds a tree of these anew for each
+// drawing; the backend compares it with the tree before and changes only what differs. Building and
+// comparing touch no window, so views may be made anywhere and tests read them as data. Texts are
+// UTF-8 and shown as they stand, never as markup. Lengths are in points. Callbacks are called on
+// the main thread, from the event loop.
+
 struct View;
 
+/// Sizes relative to the desktop's own font.
 enum class TextStyle { Headline, Body, Callout, Caption };
 enum class FontWeight { Regular, Medium, Semibold };
 
@@ -25,7 +32,8 @@ struct Font {
     [[nodiscard]] bool operator==(const Font&) const = default;
 };
 
-/// A text that takes as many lines as it needs, or one that is shortened in the middle.
+/// A text. It is wrapped into as many lines as it needs, or kept on one line and shortened in the
+/// middle, so that the end of a path stays readable.
 struct Text {
     std::string string;
     Font font {};
@@ -35,19 +43,19 @@ struct Text {
     [[nodiscard]] bool operator==(const Text&) const = default;
 };
 
-/// A picture from the system's symbols; in the font's size.
+/// A picture that is as high as a line of the font, coloured like a text.
 struct Symbol {
-    std::string systemName;
+    std::string systemName; ///< Of Bundle::imageWithSystemSymbolName; unknown: nothing is drawn.
     Color color = Color::Label;
     Font font {};
 
     [[nodiscard]] bool operator==(const Symbol&) const = default;
 };
 
-/// A symbol and a text that belong together, such as a title.
+/// A symbol with a text beside it, such as the title of a section.
 struct Label {
     std::string title;
-    std::string systemImage;
+    std::string systemImage; ///< The name of the symbol.
     Font font {};
     Color color = Color::Label;
     bool isUppercase = false; ///< Shown in capital letters.
@@ -57,22 +65,25 @@ struct Label {
 
 enum class ControlSize { Regular, Small };
 
+/// A button. Space and Return press it while it has the keyboard.
 struct Button {
     enum class Style { Bordered, Plain };
 
     std::variant<Text, Symbol> label;
-    Action action;
+    Action action; ///< May change the view and so remove the button.
     Style style = Style::Bordered;
     ControlSize size = ControlSize::Regular;
-    std::string help; ///< Says what it does where the label alone does not.
+    std::string help; ///< The tool tip. It also names a button with a symbol to screen readers.
 
     [[nodiscard]] bool operator==(const Button&) const = default;
 };
 
-/// A switch with its label. The view is drawn again to show what became of a change.
+/// A switch with its title.
 struct Toggle {
     std::string title;
     bool isOn = false;
+    /// Called when the user, not the program, moves the switch. The view must then be drawn again:
+    /// the switch shows `isOn` of that drawing, so a change that was refused goes back.
     std::function<void(bool)> onChange;
     ControlSize size = ControlSize::Regular;
 
@@ -82,30 +93,31 @@ struct Toggle {
     }
 };
 
+/// A thin line across the view.
 struct Divider {
     [[nodiscard]] bool operator==(const Divider&) const = default;
 };
 
-/// Takes whatever room is left.
+/// Empty room that takes whatever the others in its stack leave.
 struct Spacer {
     [[nodiscard]] bool operator==(const Spacer&) const = default;
 };
 
-/// Views beside or above one another.
+/// Views in a row or a column. Tab moves through their controls in the order of `children`.
 struct Stack {
     enum class Axis { Horizontal, Vertical };
     enum class Alignment { Leading, Center, Top };
 
     Axis axis = Axis::Vertical;
     Alignment alignment = Alignment::Leading;
-    std::optional<double> spacing; ///< In points; absent: the desktop's own.
+    std::optional<double> spacing; ///< Between two children; absent: the desktop's own.
     std::vector<View> children;
-    bool isList = false; ///< A list of rows, which scrolls when the screen has no room for it.
+    bool isList = false; ///< It scrolls by itself when the screen has no room for all its rows.
 
     [[nodiscard]] bool operator==(const Stack&) const;
 };
 
-/// The room around a view, in points; absent: the desktop's own.
+/// The room around a view; absent: the desktop's own.
 struct Padding {
     std::optional<double> horizontal = 0;
     std::optional<double> vertical = 0;
@@ -115,15 +127,16 @@ struct Padding {
     [[nodiscard]] bool operator==(const Padding&) const = default;
 };
 
-/// One node of what a window shows. Making one touches nothing, and two of them are equal when they
-/// look the same.
+/// One node of the tree. Two are equal when they look the same; see Action for their callbacks.
 struct View {
     using Content = std::variant<Stack, Text, Symbol, Label, Button, Toggle, Divider, Spacer>;
 
     Content content;
     Padding padding;
-    std::optional<double> width; ///< In points; absent: as the content and the room around ask.
-    std::string id; ///< Tells a row of a list from the others, from one drawing to the next.
+    std::optional<double> width; ///< Absent: as wide as the content and the surroundings ask.
+    /// Identifies a row of a list from one drawing to the next, so that the keyboard's focus stays
+    /// on it when rows before it come and go. Unique among its siblings, or empty.
+    std::string id;
 
     template <typename Node>
     requires std::is_constructible_v<Content, Node> View(Node node) : content(std::move(node)) { }

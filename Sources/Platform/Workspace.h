@@ -10,21 +10,27 @@
 
 namespace stemvault {
 
+/// An application as it was when it was listed.
 struct RunningApplication {
+    /// What identifies the application on every machine, such as "com.cockos.reaper". Absent where
+    /// nothing does.
     std::optional<std::string> bundleIdentifier;
+    /// Regular from its first window, or from its start if it is a known DAW, until it ends.
     ActivationPolicy activationPolicy = ActivationPolicy::Prohibited;
-    std::optional<std::string> localizedName;
+    std::optional<std::string> localizedName; ///< As the desktop shows it; absent where unknown.
     std::int32_t processIdentifier = 0;
-    /// The process that holds files open in its place, of several applications perhaps; 0 when
-    /// there is none. Files that a Windows program has opened and not yet read are its server's.
+    /// The process that holds files open for this one, and perhaps for others as well; 0 when there
+    /// is none. A Windows program's files belong to its Wine server until the program reads them.
     std::int32_t fileServerIdentifier = 0;
 
     [[nodiscard]] bool operator==(const RunningApplication&) const = default;
 };
 
 enum class WorkspaceNotification {
-    DidLaunchApplication,
-    DidTerminateApplication,
+    DidLaunchApplication, ///< A process became a regular application.
+    DidTerminateApplication, ///< The process of a regular application ended.
+    /// The user turned to another window, or the title of a DAW's window changed: either way it may
+    /// have opened another session.
     DidActivateApplication,
 };
 
@@ -33,20 +39,28 @@ class Workspace {
 public:
     virtual ~Workspace() = default;
 
-    /// In the order in which they were started. Never waits for anything slower than memory.
+    /// The applications as of now, oldest first. It looks at the processes each time and does not
+    /// rely on events, but reads no disk. Calls no observer inside this call; if something changed
+    /// since the last look, observers are called from the event loop soon after. Must be called
+    /// once before observers are added: launches and ends are told by comparison with it.
     [[nodiscard]] virtual std::vector<RunningApplication> runningApplications() const = 0;
 
-    /// Calls `work` on the main thread for each such notice, whichever application it is about.
-    /// `observer` is only a handle.
+    /// Calls `work` on the main thread, from the event loop, after each event of this kind,
+    /// whichever application it is about; events at the same time may be reported once. Observers
+    /// are called in the order in which they were added. `observer` is an identity for
+    /// `removeObserver` and is never dereferenced.
     virtual void addObserver(
         const void* observer, WorkspaceNotification notification, std::function<void()> work) = 0;
 
-    /// Afterwards none of the observer's work runs.
+    /// Removes all that was added for `observer`. None of its work runs afterwards, even when this
+    /// is called by another observer during an event. Does nothing for one that is not known.
     virtual void removeObserver(const void* observer) = 0;
 
-    /// Hands the address of a web page to the user's browser, and says whether the desktop could.
-    /// Any other URL is refused, but for that of the keyboard's shortcuts, which shows the
-    /// desktop's settings for them. Main-queue work may go on before it returns.
+    /// Opens an http or https URL in the user's browser. A URL that begins with
+    /// "x-apple.systempreferences:com.apple.preference.keyboard" shows the desktop's settings for
+    /// keyboard shortcuts instead. Every other URL is refused and reaches no other program. True
+    /// when the desktop accepted it, which does not mean that a page was loaded. May run a nested
+    /// event loop, in which main-queue work runs.
     [[nodiscard]] virtual bool open(const std::string& url) = 0;
 };
 
