@@ -22,8 +22,8 @@
 namespace {
 
 // Response headers are kept in memory by the library, however many there are.
-constexpr rlim_t mostMemory = 128 << 20; ///< On top of what a start takes.
-constexpr int mostRedirects = 20;
+constexpr rlim_t maxMemory = 128 << 20; ///< On top of what a start takes.
+constexpr int maxRedirects = 20;
 
 int fail(const QString& reason)
 {
@@ -43,7 +43,7 @@ void limitMemory()
     rlim_t data = 0;
     if (!(pages >> size >> resident >> shared >> text >> unused >> data))
         return;
-    const rlim_t most = data * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + mostMemory;
+    const rlim_t most = data * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + maxMemory;
     const rlimit memory { most, most };
     ::setrlimit(RLIMIT_DATA, &memory);
     const rlimit noDump { 0, 0 };
@@ -53,7 +53,7 @@ void limitMemory()
 /// One page, from wherever it has moved to.
 class Fetch {
 public:
-    Fetch(qint64 limit, QObject& owner) : mostBytes(limit), context(owner) { }
+    Fetch(qint64 limit, QObject& owner) : maxBytes(limit), context(owner) { }
 
     void get(const QUrl& url)
     {
@@ -68,11 +68,11 @@ public:
 
     [[nodiscard]] QString failure() const
     {
-        if (body.size() > mostBytes)
+        if (body.size() > maxBytes)
             return QStringLiteral("larger than any page");
         if (isUnsafe)
             return QStringLiteral("redirected to another kind of address");
-        if (redirects > mostRedirects)
+        if (redirects > maxRedirects)
             return QStringLiteral("redirected too often");
         return isWhole() ? QString() : reply->errorString();
     }
@@ -93,7 +93,7 @@ private:
     {
         if (reply->isOpen())
             body += reply->readAll();
-        if (body.size() > mostBytes)
+        if (body.size() > maxBytes)
             giveUp();
     }
 
@@ -106,7 +106,7 @@ private:
         const QUrl next = reply->url().resolved(target);
         isUnsafe =
             next.scheme() != QLatin1String("https") && next.scheme() != reply->url().scheme();
-        if (isUnsafe || ++redirects > mostRedirects)
+        if (isUnsafe || ++redirects > maxRedirects)
             return QCoreApplication::quit();
         reply->deleteLater();
         get(next);
@@ -131,7 +131,7 @@ private:
     QNetworkAccessManager manager;
     QNetworkReply* reply = nullptr;
     QByteArray body;
-    qint64 mostBytes;
+    qint64 maxBytes;
     int redirects = 0;
     bool isUnsafe = false;
     QObject& context;

@@ -30,7 +30,7 @@ void copyUserAttributes(int in, int out)
     for (std::size_t at = 0; at < names.size();) {
         const std::string name(names.c_str() + at);
         at += name.size() + 1;
-        if (!name.starts_with("user.") || name == draftMark)
+        if (!name.starts_with("user.") || name == stagedMark)
             continue;
         const ssize_t length = ::fgetxattr(in, name.c_str(), value.data(), value.size());
         if (length >= 0)

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/FileCopyOptions.h"
-#include "FileManager/Folder.h"
 
 #include <array>
 #include <ctime>

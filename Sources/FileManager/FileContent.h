@@ -1,8 +1,8 @@
 #pragma once
 
-#include "FileManager/FileCopyFault.h"
+#include "FileManager/CopyFault.h"
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/FileCopyOptions.h"
-#include "FileManager/Folder.h"
 
 namespace stemvault {
 

@@ -1,11 +1,11 @@
 #include "FileManager/FileCopy.h"
 
-#include "FileManager/Draft.h"
-#include "FileManager/FileCopyFault.h"
-#include "FileManager/Folder.h"
+#include "FileManager/CopyFault.h"
+#include "FileManager/CopyTree.h"
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/SourceItem.h"
+#include "FileManager/StagedItem.h"
 #include "FileManager/TemporaryItem.h"
-#include "FileManager/WholeCopy.h"
 #include "Foundation/PathText.h"
 
 #include <cerrno>
@@ -25,7 +25,7 @@ bool isWorthAnotherAttempt(const CopyFault& fault)
     return fault.kind == CopyFault::Kind::Changing || fault.kind == CopyFault::Kind::Removed;
 }
 
-/// One copy, from the first look at the source to the published name.
+/// One copy, from the first look at the source to the final name.
 class ItemCopy {
 public:
     ItemCopy(const std::string& fromPath, const std::string& toPath, const CopyOptions& how)
@@ -42,9 +42,9 @@ private:
     CopyOutcome openDestination();
     CopyOutcome checkDestination() const;
     bool isWithinItem(const FileStatus& item) const;
-    bool createDraft(Draft& draft) const;
-    CopyOutcome fill(const Draft& draft) const;
-    CopyOutcome publish(Draft& draft) const;
+    bool createStaged(StagedItem& staged) const;
+    CopyOutcome fill(const StagedItem& staged) const;
+    CopyOutcome commit(StagedItem& staged) const;
     CopyFault namingFault(const CopyFault& fault) const;
     bool isReplaced() const;
     bool isFolder() const { return S_ISDIR(status.st_mode); }
@@ -78,13 +78,13 @@ CopyOutcome ItemCopy::attempt()
     if (const auto fault = openDestination())
         return fault;
     {
-        Draft draft(folder.get(), name, options);
-        if (!createDraft(draft))
+        StagedItem staged(folder.get(), name, options);
+        if (!createStaged(staged))
             return namingFault(writingFault());
-        if (const auto fault = fill(draft))
+        if (const auto fault = fill(staged))
             return fault;
-        if (draft.giveName())
-            return publish(draft);
+        if (staged.giveName())
+            return commit(staged);
     }
     // A file system may know unnamed files and yet refuse to link one; a named file needs no link.
     triesUnnamed = false;
@@ -157,28 +157,28 @@ bool ItemCopy::isWithinItem(const FileStatus& item) const
     return false;
 }
 
-bool ItemCopy::createDraft(Draft& draft) const
+bool ItemCopy::createStaged(StagedItem& staged) const
 {
     if (isFolder())
-        return draft.createFolder();
-    return (triesUnnamed && draft.createUnnamedFile()) || draft.createFile();
+        return staged.createFolder();
+    return (triesUnnamed && staged.createUnnamedFile()) || staged.createFile();
 }
 
-CopyOutcome ItemCopy::fill(const Draft& draft) const
+CopyOutcome ItemCopy::fill(const StagedItem& staged) const
 {
     const auto copyWhole = isFolder() ? copyWholeFolder : copyWholeFile;
-    if (const auto fault = copyWhole(source.get(), draft.item(), status, options))
+    if (const auto fault = copyWhole(source.get(), staged.item(), status, options))
         return fault;
     if (isReplaced())
         return faultOf(CopyFault::Kind::Changing);
     return std::nullopt;
 }
 
-CopyOutcome ItemCopy::publish(Draft& draft) const
+CopyOutcome ItemCopy::commit(StagedItem& staged) const
 {
-    const auto fault = draft.publish();
-    // Syncthing clears up what has the name of a draft and, by the source, an old date.
-    if (fault && draft.isGone())
+    const auto fault = staged.commit();
+    // Syncthing clears up what has the name of a staged item and, by the source, an old date.
+    if (fault && staged.isGone())
         return faultOf(CopyFault::Kind::Removed);
     return fault ? namingFault(*fault) : fault;
 }

@@ -1,4 +1,4 @@
-#include "FileManager/FileCopyFault.h"
+#include "FileManager/CopyFault.h"
 #include "FileManager/FileManager+Folders.h"
 #include "Foundation/UnicodeText.h"
 

@@ -1,7 +1,7 @@
 #include "FileManager/FileManager.h"
 
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/FileCopy.h"
-#include "FileManager/Folder.h"
 #include "FileManager/SourceItem.h"
 
 #include <fcntl.h>

@@ -1,6 +1,6 @@
 #include "FileManager/ProcessWriters.h"
 
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 #include "Foundation/PathText.h"
 
 #include <algorithm>

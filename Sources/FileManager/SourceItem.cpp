@@ -1,6 +1,6 @@
 #include "FileManager/SourceItem.h"
 
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 #include "Foundation/PathText.h"
 
 #include <fcntl.h>

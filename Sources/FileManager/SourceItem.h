@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileManager/FileCopyFault.h"
+#include "FileManager/CopyFault.h"
 #include "FileManager/FileIdentity.h"
 #include "Foundation/FileDescriptor.h"
 

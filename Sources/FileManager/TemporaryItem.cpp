@@ -1,6 +1,6 @@
 #include "FileManager/TemporaryItem.h"
 
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -87,10 +87,10 @@ FileDescriptor openToLock(int folder, const std::string& name, const FileStatus&
     return item;
 }
 
-// A copy that was killed before it could mark its draft has left it empty.
+// A copy that was killed before it could mark its staged item has left it empty.
 bool isOurs(int item, const FileStatus& status)
 {
-    if (::fgetxattr(item, draftMark, nullptr, 0) >= 0)
+    if (::fgetxattr(item, stagedMark, nullptr, 0) >= 0)
         return true;
     return S_ISREG(status.st_mode) && (errno == ENOTSUP || status.st_size == 0);
 }
@@ -131,23 +131,23 @@ bool isTemporaryName(std::string_view name)
         && random.find_first_not_of(alphabet) == std::string_view::npos;
 }
 
-void markDraft(int item)
+void markStaged(int item)
 {
     ::flock(item, LOCK_EX | LOCK_NB);
-    ::fsetxattr(item, draftMark, "", 0, 0);
+    ::fsetxattr(item, stagedMark, "", 0, 0);
 }
 
-void unmarkDraft(int folder, const std::string& name)
+void unmarkStaged(int folder, const std::string& name)
 {
     const std::string path = "/proc/self/fd/" + std::to_string(folder) + "/" + name;
-    if (::lremovexattr(path.c_str(), draftMark) == 0 || (errno != EACCES && errno != EPERM))
+    if (::lremovexattr(path.c_str(), stagedMark) == 0 || (errno != EACCES && errno != EPERM))
         return;
     // What its owner may not write has to be writable for this.
     const auto status = linkStatus(folder, name);
     if (!status || S_ISLNK(status->st_mode)
         || ::chmod(path.c_str(), status->st_mode | S_IWUSR) != 0)
         return;
-    ::lremovexattr(path.c_str(), draftMark);
+    ::lremovexattr(path.c_str(), stagedMark);
     ::chmod(path.c_str(), status->st_mode);
 }
 

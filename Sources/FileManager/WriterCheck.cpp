@@ -1,6 +1,6 @@
 #include "FileManager/WriterCheck.h"
 
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/ProcessWriters.h"
 
 #include <cerrno>

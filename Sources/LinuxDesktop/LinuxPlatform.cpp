@@ -4,9 +4,9 @@
 #include "LinuxDesktop/Application/ActivationToken.h"
 #include "LinuxDesktop/Application/Appearance.h"
 #include "LinuxDesktop/Application/DBusServices.h"
-#include "LinuxDesktop/Application/GuiProcess.h"
 #include "LinuxDesktop/Application/Identity.h"
 #include "LinuxDesktop/Application/QtApplication.h"
+#include "LinuxDesktop/Application/QtRuntime.h"
 #include "LinuxDesktop/Application/SingleInstance.h"
 #include "LinuxDesktop/Bundle/LinuxBundle.h"
 #include "LinuxDesktop/Dialogs/QtDialogs.h"
@@ -55,7 +55,7 @@ std::string symbolFolder(const Bundle& bundle)
 
 /// What the process needs before it knows whether it is the only one.
 struct LinuxPlatform::Session {
-    GuiProcess gui { "stemvault-connect" };
+    QtRuntime gui { "stemvault-connect" };
     DBusServices services { QDBusConnection::sessionBus() }; ///< Before the name is claimed.
     SingleInstance instance { QDBusConnection::sessionBus() };
 };
@@ -99,7 +99,7 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 {
     auto session = std::make_unique<Session>();
     const auto claim = session->instance.claim();
-    if (claim == SingleInstance::Claim::Stranger) {
+    if (claim == SingleInstance::Claim::ForeignProgram) {
         session.reset();
         std::cerr << "stemvault-connect: another program has the name "
                   << identity::applicationId.toStdString() << " on the session bus\n";

@@ -31,7 +31,7 @@ void notifyUser(const std::string& body)
         { UUID().uuidString(), "Added to Stemvault", body, UserNotificationSound::Default });
 }
 
-void tellCopied(const std::string& fileName, const std::string& folderName)
+void announceCopied(const std::string& fileName, const std::string& folderName)
 {
     NotificationCenter::defaultCenter().post({ std::string(BounceAlertController::bounceAdded),
         { { "file", fileName }, { "destination", folderName } } });
@@ -163,7 +163,7 @@ void BounceAlertController::performCopy(const Copy& copy)
             entry, destURL, isReplacing ? FileManager::replaceItem : FileManager::copyItem);
         if (copied) {
             BounceWatcher::noteCopy(destURL);
-            tellCopied(entry.file.lastPathComponent(), folder.name);
+            announceCopied(entry.file.lastPathComponent(), folder.name);
         } else if (!isReplacing && FileManager::fileExists(destURL.path())) {
             Platform::current().dispatch.mainAsync(ask);
         } else if (copied.mayPass() && looks < looksAtMost) {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "FileManager/FileIdentity.h"
-#include "Foundation/Alive.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/Image.h"
 #include "Platform/UserNotificationCenter.h"
 #include "StemvaultConnect/StemvaultFolder.h"
@@ -74,7 +74,7 @@ private:
     bool isShowing = false; ///< A prompt is open, or its answer is being acted on.
     const std::optional<Image> appIcon;
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -2,9 +2,9 @@
 
 #include "FileManager/FileIdentity.h"
 #include "FileManager/FileManager.h"
-#include "Foundation/Alive.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/Dispatch.h"
 #include "StemvaultConnect/FolderLooks.h"
 
@@ -107,7 +107,7 @@ private:
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

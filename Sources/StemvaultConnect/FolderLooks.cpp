@@ -9,7 +9,7 @@ namespace stemvault {
 namespace {
 
 // With two roots, a quarter of the background threads may hang and the rest go on.
-constexpr std::size_t mostBelowOneRoot = 4;
+constexpr std::size_t maxPerRoot = 4;
 
 } // namespace
 
@@ -39,7 +39,7 @@ void FolderLooks::dropWaiting()
 void FolderLooks::beginNext(const std::string& path)
 {
     Root& root = roots[path];
-    while (root.underWay < mostBelowOneRoot && !root.ready.empty()) {
+    while (root.underWay < maxPerRoot && !root.ready.empty()) {
         ++root.underWay;
         begin(path, std::exchange(root.ready.front(), {}));
         root.ready.pop_front();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/Dispatch.h"
 
 #include <cstddef>
@@ -46,7 +46,7 @@ private:
     std::map<std::string, Root> roots; ///< Those below which something waits or is under way.
     std::map<std::string, Folder> folders; ///< Likewise.
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

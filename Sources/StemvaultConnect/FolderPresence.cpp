@@ -19,7 +19,7 @@ constexpr auto patience = 1s;
 
 // A walk that hangs holds up one background thread until its drive answers. One more may look for
 // the rest; the other threads are left to the scans and the copies.
-constexpr std::size_t mostWalks = 2;
+constexpr std::size_t maxWalks = 2;
 
 } // namespace
 
@@ -38,7 +38,7 @@ void FolderPresence::look(std::vector<std::string> paths)
 {
     const bool isOnTheWay =
         std::ranges::any_of(walks, [](const auto& walk) { return !walk->isLeftBehind; });
-    if (isOnTheWay || walks.size() == mostWalks)
+    if (isOnTheWay || walks.size() == maxWalks)
         next = std::move(paths);
     else
         begin(withoutStuck(std::move(paths)));
@@ -109,7 +109,7 @@ void FolderPresence::leaveBehind(const std::shared_ptr<Walk>& walk)
     auto paths = next.empty()
         ? std::vector(walk->paths.begin() + static_cast<std::ptrdiff_t>(after), walk->paths.end())
         : std::exchange(next, {});
-    if (walks.size() < mostWalks)
+    if (walks.size() < maxWalks)
         begin(withoutStuck(std::move(paths)));
     else
         next = std::move(paths);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 
 #include <functional>
 #include <memory>
@@ -40,7 +40,7 @@ private:
     std::vector<std::shared_ptr<Walk>> walks; ///< Those that have not ended, stuck ones included.
     std::vector<std::string> next; ///< What to look for when one ends; empty: nothing.
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

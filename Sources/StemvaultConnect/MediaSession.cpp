@@ -15,7 +15,7 @@ namespace stemvault {
 namespace {
 
 // Counting the folder of the media itself. Ardour needs four: SESSION/interchange/NAME/audiofiles.
-constexpr int mostLevels = 6;
+constexpr int maxLevels = 6;
 
 constexpr std::array<std::string_view, 19> mediaExtensions = { "aif", "aifc", "aiff", "au", "bwf",
     "caf", "flac", "m4a", "mov", "mp3", "mp4", "ogg", "opus", "rf64", "sd2", "w64", "wav", "wave",
@@ -107,7 +107,7 @@ std::optional<FileURL> mediaSessionFolder(std::span<const std::string_view> open
     std::map<std::string, int> sessions;
     for (const auto& [mediaFolder, count] : mediaFolders(openPaths, daw)) {
         std::string folder = mediaFolder;
-        for (int level = 0; level < mostLevels && folder != "/"; ++level) {
+        for (int level = 0; level < maxLevels && folder != "/"; ++level) {
             if (dateIn(folder)) {
                 sessions[folder] += count;
                 break;

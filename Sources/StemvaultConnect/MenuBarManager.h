@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Foundation/Alive.h"
 #include "Foundation/FileURL.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/StatusBar.h"
 
 #include <memory>
@@ -42,7 +42,7 @@ private:
     std::unique_ptr<Window> preferencesWindow;
     std::optional<std::string> lastCopied; ///< The line about the file added last.
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/View.h"
 #include "StemvaultConnect/FolderPresence.h"
 
@@ -56,7 +56,7 @@ private:
     mutable bool launchAtLogin; ///< Of the view alone: where the switch stands.
     FolderPresence presence;
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 /// The path with the user's home folder written as "~", wherever in it that stands.

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Foundation/Alive.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/ProcessRunner.h"
 #include "Platform/Workspace.h"
 #include "StemvaultConnect/FolderLooks.h"
@@ -92,7 +92,7 @@ private:
     std::optional<FileURL> folder;
     std::unique_ptr<Timer> pollTimer;
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

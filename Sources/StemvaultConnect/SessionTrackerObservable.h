@@ -1,9 +1,9 @@
 #pragma once
 
-#include "Foundation/Alive.h"
 #include "Foundation/FileURL.h"
 #include "Foundation/ObservableObject.h"
 #include "Foundation/Shared.h"
+#include "Foundation/WeakGuard.h"
 
 #include <optional>
 
@@ -25,7 +25,7 @@ private:
 
     std::optional<FileURL> folder;
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "Foundation/Alive.h"
 #include "Foundation/Result.h"
 #include "Foundation/Shared.h"
+#include "Foundation/WeakGuard.h"
 
 #include <chrono>
 #include <optional>
@@ -40,7 +40,7 @@ private:
     const std::string lastCheckKey = "updateChecker_lastCheckDate";
     const std::chrono::seconds checkInterval { 86400 };
 
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -1,6 +1,6 @@
 #include "StemvaultConnect/UpdateFeed.h"
 
-#include "Foundation/JSONText.h"
+#include "Foundation/JSONNesting.h"
 #include "Foundation/UnicodeText.h"
 
 #include <nlohmann/json.hpp>

@@ -280,7 +280,7 @@ TEST_F(CopyTest, GivesNoMorePermissionsThanTheSourceAndTheUmaskAllow)
         struct stat status { };
         ASSERT_EQ(::stat(target.c_str(), &status), 0);
         EXPECT_EQ(status.st_mode & 07777U, row.copied) << row.what;
-        EXPECT_LT(::getxattr(target.c_str(), draftMark, nullptr, 0), 0) << row.what;
+        EXPECT_LT(::getxattr(target.c_str(), stagedMark, nullptr, 0), 0) << row.what;
         std::filesystem::remove(target);
     }
 }

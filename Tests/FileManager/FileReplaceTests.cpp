@@ -120,7 +120,7 @@ TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
     const auto leave = [this](const std::string& name, const std::string& text) {
         const std::string draft = files.write("to/.syncthing.~" + name + ".tmp", text);
         FileDescriptor file(::open(draft.c_str(), O_RDWR | O_CLOEXEC));
-        markDraft(file.get());
+        markStaged(file.get());
         return file;
     };
     FileDescriptor used = leave("Used.wav.aaaaaa", "half");
@@ -128,7 +128,7 @@ TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
     files.write("to/.syncthing.~Empty.wav.cccccc.tmp", "");
     files.write("to/.syncthing.~Gone.dddddd.tmp/inner/a.wav", "half");
     const std::string folder = files.path("to/.syncthing.~Gone.dddddd.tmp");
-    markDraft(FileDescriptor(::open(folder.c_str(), O_RDONLY | O_CLOEXEC)).get());
+    markStaged(FileDescriptor(::open(folder.c_str(), O_RDONLY | O_CLOEXEC)).get());
 
     files.write("to/.syncthing.~Unmarked.wav.eeeeee.tmp", "theirs");
     files.write("to/.syncthing.~Unmarked.ffffff.tmp/a.wav", "theirs");

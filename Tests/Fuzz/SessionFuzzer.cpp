@@ -1,6 +1,6 @@
 #include "Foundation/PathText.h"
 #include "Fuzz/Fuzzer.h"
-#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
 #include "StemvaultConnect/SessionFolder.h"
 
 #include <algorithm>

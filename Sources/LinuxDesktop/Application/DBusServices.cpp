@@ -14,7 +14,7 @@ namespace {
 
 // A service that asks the user something runs inside the event loop of the one before, so there
 // must be an end to it. Nobody answers this many questions at once; the rest wait their turn.
-constexpr int mostUnderWay = 8;
+constexpr int maxUnderWay = 8;
 
 Pasteboard pasteboardOf(const QStringList& uris)
 {
@@ -53,7 +53,7 @@ void DBusServices::performNextLater()
 
 void DBusServices::performNext()
 {
-    if (!provider || waiting.empty() || underWay == mostUnderWay)
+    if (!provider || waiting.empty() || underWay == maxUnderWay)
         return;
     const QDBusMessage call = waiting.front();
     waiting.pop_front();

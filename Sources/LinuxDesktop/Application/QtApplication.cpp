@@ -14,15 +14,15 @@ namespace stemvault {
 
 namespace {
 
-std::function<void()> lastWords; ///< Set while the event loop runs.
+std::function<void()> onAbruptExit; ///< Set while the event loop runs.
 
 // The toolkit exits from within its event loop when the display is gone. Nothing is left to unwind
 // then, and worker threads still run: the process ends without destroying what they use.
 void endWithoutDisplay()
 {
-    if (!lastWords)
+    if (!onAbruptExit)
         return;
-    std::exchange(lastWords, nullptr)();
+    std::exchange(onAbruptExit, nullptr)();
     std::_Exit(EXIT_FAILURE);
 }
 
@@ -67,12 +67,12 @@ void QtApplication::run()
     static const bool registered = std::atexit(&endWithoutDisplay) == 0;
     Q_UNUSED(registered);
     const TerminationSignals handled([this] { terminate(); });
-    lastWords = [this] { tellOfEnd(); };
+    onAbruptExit = [this] { notifyWillTerminate(); };
     QMetaObject::invokeMethod(
         this, [this] { launch(); }, Qt::QueuedConnection);
     QApplication::exec();
-    tellOfEnd();
-    lastWords = nullptr;
+    notifyWillTerminate();
+    onAbruptExit = nullptr;
 }
 
 void QtApplication::launch()
@@ -88,12 +88,12 @@ void QtApplication::terminate()
 {
     if (std::exchange(isTerminating, true))
         return;
-    tellOfEnd();
+    notifyWillTerminate();
     windows.stop();
     QCoreApplication::exit();
 }
 
-void QtApplication::tellOfEnd()
+void QtApplication::notifyWillTerminate()
 {
     if (std::exchange(isEndTold, true))
         return;

@@ -43,7 +43,7 @@ protected:
 
 private:
     void launch();
-    void tellOfEnd();
+    void notifyWillTerminate();
     void endOfSession(QSessionManager& manager);
 
     ModalWindows& windows;

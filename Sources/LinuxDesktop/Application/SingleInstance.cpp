@@ -61,7 +61,7 @@ SingleInstance::Claim SingleInstance::claim()
     bus.registerObject(identity::objectPath, node.get());
     if (bus.registerService(identity::applicationId))
         return Claim::Granted;
-    return activateOther(bus) ? Claim::OtherInstance : Claim::Stranger;
+    return activateOther(bus) ? Claim::OtherInstance : Claim::ForeignProgram;
 }
 
 void SingleInstance::release()

@@ -25,7 +25,7 @@ public:
     enum class Claim {
         Granted,
         OtherInstance, ///< Has the name, and has been told. This one is to end.
-        Stranger, ///< Has the name, and does not answer as an instance would.
+        ForeignProgram, ///< Has the name, and does not answer as an instance would.
     };
 
     [[nodiscard]] Claim claim();

@@ -19,7 +19,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr qsizetype mostPlaces = 40;
+constexpr qsizetype maxPlaces = 40;
 
 void addFolder(QStringList& folders, const QUrl& url)
 {
@@ -48,7 +48,7 @@ QStringList allPlaces()
         + foldersInKdePlaces(content(data + QStringLiteral("user-places.xbel")))
         + drivesAmong(mounted);
     places.removeDuplicates();
-    return places.first(std::min(places.size(), mostPlaces));
+    return places.first(std::min(places.size(), maxPlaces));
 }
 
 /// One thread for each place: `exists` may take as long as its drive likes.

@@ -16,7 +16,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr rlim_t mostDescriptors = 1024;
+constexpr rlim_t maxDescriptors = 1024;
 
 struct Pipe {
     FileDescriptor reading;
@@ -61,7 +61,7 @@ void limitDescriptors()
     rlimit limit {};
     if (::getrlimit(RLIMIT_NOFILE, &limit) != 0)
         return;
-    limit.rlim_cur = std::min(limit.rlim_cur, mostDescriptors);
+    limit.rlim_cur = std::min(limit.rlim_cur, maxDescriptors);
     ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 

@@ -1,7 +1,7 @@
 #include "LinuxDesktop/OpenFiles/MountNamespace.h"
 
-#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <algorithm>
 #include <array>
@@ -135,8 +135,8 @@ std::string namesSeenFromHere(std::string lsofOutput, pid_t process)
     const auto there = mountNamespace(number);
     if (!there || there == mountNamespace("self"))
         return lsofOutput;
-    const auto mountsThere = readText("/proc/" + number + "/mountinfo");
-    const auto mountsHere = readText("/proc/self/mountinfo");
+    const auto mountsThere = readFile("/proc/" + number + "/mountinfo");
+    const auto mountsHere = readFile("/proc/self/mountinfo");
     return mountsThere && mountsHere
         ? namesThatLeadToTheSame(lsofOutput, MountView(*mountsThere), MountView(*mountsHere))
         : std::string();

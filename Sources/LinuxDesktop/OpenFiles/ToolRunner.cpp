@@ -1,8 +1,8 @@
 #include "LinuxDesktop/OpenFiles/ToolRunner.h"
 
 #include "Foundation/PathText.h"
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
 #include "LinuxDesktop/OpenFiles/MountNamespace.h"
-#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
 
 #include <algorithm>
 #include <array>
@@ -131,10 +131,10 @@ std::optional<std::string> ToolRunner::openFiles(
     const std::string& executable, const std::vector<std::string>& arguments, pid_t process)
 {
     if (!beginLook(process))
-        return openFilesText(process);
+        return lsofFallback(process);
     Outcome outcome = runToEnd(executable, arguments);
     endLook(process, outcome.isOverdue);
-    return outcome.isOverdue ? openFilesText(process) : std::move(outcome.output);
+    return outcome.isOverdue ? lsofFallback(process) : std::move(outcome.output);
 }
 
 /// Whether lsof may be asked about the process now. Waits for its turn, but not long.

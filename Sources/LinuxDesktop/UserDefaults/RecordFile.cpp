@@ -1,9 +1,9 @@
 #include "LinuxDesktop/UserDefaults/RecordFile.h"
 
-#include "FileManager/Draft.h"
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
+#include "FileManager/StagedItem.h"
 #include "FileManager/TemporaryItem.h"
-#include "Foundation/JSONText.h"
+#include "Foundation/JSONNesting.h"
 #include "Foundation/PathText.h"
 
 #include <cerrno>
@@ -18,9 +18,9 @@ namespace {
 /// Where writing has to go: the end of a chain of links, which need not exist.
 std::string followed(std::string path)
 {
-    constexpr int longestChain = 40;
+    constexpr int maxLinks = 40;
     std::error_code error;
-    for (int i = 0; i < longestChain; ++i) {
+    for (int i = 0; i < maxLinks; ++i) {
         const auto target = std::filesystem::read_symlink(path, error);
         if (error)
             break;
@@ -174,10 +174,10 @@ bool RecordFile::write(const std::string& text) const
     if (!folder)
         return false;
     removeLeftovers(folder.get(), options.leftoverAge);
-    Draft draft(folder.get(), lastPathComponent(file), options);
-    if (!draft.createUnnamedFile() && !draft.createFile())
+    StagedItem staged(folder.get(), lastPathComponent(file), options);
+    if (!staged.createUnnamedFile() && !staged.createFile())
         return false;
-    return writeAll(options.calls, draft.item(), text) && draft.giveName() && !draft.publish();
+    return writeAll(options.calls, staged.item(), text) && staged.giveName() && !staged.commit();
 }
 
 } // namespace stemvault

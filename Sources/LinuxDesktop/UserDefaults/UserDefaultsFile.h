@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 #include "LinuxDesktop/UserDefaults/RecordFile.h"
 #include "Platform/Dispatch.h"
 #include "Platform/UserDefaults.h"
@@ -50,7 +50,7 @@ private:
     std::uint64_t version = 0; ///< Counts changes.
     std::uint64_t savedVersion = 0;
     bool isBusy = false; ///< A write is scheduled or under way.
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

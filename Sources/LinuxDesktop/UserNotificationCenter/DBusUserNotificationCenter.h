@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 #include "Platform/Dispatch.h"
 #include "Platform/UserNotificationCenter.h"
 
@@ -43,7 +43,7 @@ private:
     QDBusServiceWatcher owner;
     std::optional<QStringList> capabilities; ///< Of the server that runs now, once it was asked.
     std::vector<UserNotification> waiting; ///< For the capabilities. Not empty while asking.
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -6,9 +6,9 @@ namespace stemvault {
 
 namespace {
 
-constexpr qsizetype longestLine = 280;
+constexpr qsizetype maxLineLength = 280;
 // Release notes, or a link that the user is to copy, come through whole.
-constexpr qsizetype longestText = 20'000;
+constexpr qsizetype maxTextLength = 20'000;
 constexpr QChar ellipsis(0x2026);
 
 // Marks of direction (U+200E, U+200F, U+061C) stay: they belong to names in right-to-left scripts
@@ -65,7 +65,7 @@ QString displayWholeLine(std::string_view text)
 
 QString displayLine(std::string_view text)
 {
-    return withShortMiddle(displayWholeLine(text), longestLine);
+    return withShortMiddle(displayWholeLine(text), maxLineLength);
 }
 
 QString displayLines(std::string_view text)
@@ -74,7 +74,7 @@ QString displayLines(std::string_view text)
         decoded(text).replace(QLatin1String("\r\n"), QLatin1String("\n")).split(u'\n');
     for (QString& line : lines)
         line = withoutControls(line.replace(u'\t', QStringLiteral("    ")));
-    return withShortMiddle(lines.join(u'\n'), longestText);
+    return withShortMiddle(lines.join(u'\n'), maxTextLength);
 }
 
 QString displayTitle(std::string_view text)
@@ -85,7 +85,7 @@ QString displayTitle(std::string_view text)
 // A tool tip breaks lines at blanks alone, and a path may have none in its 4,096 bytes.
 QString toolTipText(const QString& text)
 {
-    constexpr int longestWord = 40;
+    constexpr int maxWordLength = 40;
     constexpr QChar mayBreakHere(0x200B);
     if (text.isEmpty())
         return {};
@@ -93,7 +93,7 @@ QString toolTipText(const QString& text)
     int length = 0;
     for (const QChar character : text) {
         const bool isPair = character.isLowSurrogate();
-        if (length >= longestWord && !isPair) {
+        if (length >= maxWordLength && !isPair) {
             breakable += mayBreakHere;
             length = 0;
         }

@@ -36,7 +36,7 @@ QPixmap drawn(const QString& path, int pixels, const QColor& color)
 
 /// The older trays say nothing of their colour, which may be another than that of the windows. A
 /// seam around the symbol keeps it in sight; where the colours go together nobody sees the seam.
-QPixmap withSeam(const QString& path, int pixels, const QColor& color)
+QPixmap withOutline(const QString& path, int pixels, const QColor& color)
 {
     const QPixmap symbol = drawn(path, pixels, color);
     const QPixmap seam = drawn(path, pixels, color.lightness() > 127 ? Qt::black : Qt::white);
@@ -64,7 +64,7 @@ public:
     }
     QPixmap pixmap(const QSize& size, QIcon::Mode /*mode*/, QIcon::State /*state*/) override
     {
-        return withSeam(path, qMin(size.width(), size.height()),
+        return withOutline(path, qMin(size.width(), size.height()),
             QGuiApplication::palette().color(QPalette::WindowText));
     }
     [[nodiscard]] QIconEngine* clone() const override { return new SymbolEngine(path); }

@@ -141,20 +141,20 @@ void activateNow(QWindow& window)
 
 /// Knows whether the window manager has a window in its care. Once it has been on the screen it
 /// has, out of sight too: minimised, or on another workspace. Then no exposure is to be waited for.
-class Care final : public QObject {
+class MappedTracker final : public QObject {
 public:
     using Action = void (*)(QWindow&);
 
-    static Care& of(QWindow& window)
+    static MappedTracker& of(QWindow& window)
     {
         for (QObject* child : window.children())
-            if (auto* care = dynamic_cast<Care*>(child))
-                return *care;
-        return *new Care(window);
+            if (auto* tracker = dynamic_cast<MappedTracker*>(child))
+                return *tracker;
+        return *new MappedTracker(window);
     }
 
     /// At once, or as soon as the window has come up.
-    void whenTaken(Action action)
+    void whenManaged(Action action)
     {
         if (isTaken)
             action(window);
@@ -176,7 +176,7 @@ protected:
     }
 
 private:
-    explicit Care(QWindow& watched)
+    explicit MappedTracker(QWindow& watched)
         : QObject(&watched), window(watched), isTaken(watched.isExposed())
     {
         watched.installEventFilter(this);
@@ -192,7 +192,7 @@ private:
 void bringToFront(QWidget& window)
 {
     window.winId(); // Makes the native window.
-    Care::of(*window.windowHandle()).whenTaken(&activateNow);
+    MappedTracker::of(*window.windowHandle()).whenManaged(&activateNow);
 }
 
 // The toolkit asks for the keyboard on behalf of every modal window, whatever it was told; a window
@@ -202,7 +202,7 @@ void showWithoutKeyboard(QWidget& window)
     window.setAttribute(Qt::WA_ShowWithoutActivating);
     window.setWindowFlag(Qt::WindowDoesNotAcceptFocus);
     window.winId();
-    Care::of(*window.windowHandle()).whenTaken([](QWindow& shown) {
+    MappedTracker::of(*window.windowHandle()).whenManaged([](QWindow& shown) {
         shown.setFlag(Qt::WindowDoesNotAcceptFocus, false);
     });
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Foundation/Alive.h"
+#include "Foundation/WeakGuard.h"
 #include "LinuxDesktop/Workspace/ApplicationList.h"
 #include "LinuxDesktop/Workspace/ProcessEndings.h"
 #include "LinuxDesktop/Workspace/UnitSignals.h"
@@ -107,7 +107,7 @@ private:
     QTimer titlePause; ///< Runs after a change of title has been told.
     int titleNoticesDue = 0;
     QObject context; ///< Of what is queued for later.
-    Alive alive;
+    WeakGuard alive;
 };
 
 } // namespace stemvault

@@ -2,7 +2,7 @@
 
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -17,8 +17,8 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view suffix = ".desktop";
-constexpr std::size_t mostBytesOfEntry = std::size_t { 1 } << 20U;
-constexpr int mostFolderLevels = 8; // A link may lead round in a circle.
+constexpr std::size_t maxEntryBytes = std::size_t { 1 } << 20U;
+constexpr int maxFolderLevels = 8; // A link may lead round in a circle.
 
 /// The environment is read once, before any other thread is there.
 std::string environment(const char* name, const std::string& otherwise)
@@ -77,7 +77,7 @@ std::shared_ptr<const DesktopEntries> DesktopEntries::read(DesktopEntryPlaces pl
     auto entries = std::make_shared<DesktopEntries>();
     entries->places = std::move(places);
     for (const std::string& folder : entries->places.folders)
-        entries->readFolder(folder, "", mostFolderLevels);
+        entries->readFolder(folder, "", maxFolderLevels);
     entries->makeIndexes();
     return entries;
 }
@@ -109,7 +109,7 @@ void DesktopEntries::readEntry(const fs::path& file, const std::string& identifi
 {
     if (entries.contains(identifier))
         return;
-    const auto text = readText(file.native(), mostBytesOfEntry);
+    const auto text = readFile(file.native(), maxEntryBytes);
     auto entry = text ? parseDesktopEntry(*text, places.languages) : std::nullopt;
     if (entry)
         entries.emplace(identifier, std::move(*entry));

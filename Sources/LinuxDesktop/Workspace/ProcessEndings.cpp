@@ -1,7 +1,7 @@
 #include "LinuxDesktop/Workspace/ProcessEndings.h"
 
 #include "LinuxDesktop/Workspace/ProcessDescriptor.h"
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <QObject>
 
@@ -43,7 +43,7 @@ ProcessEndings::Watch ProcessEndings::makeWatch(const ProcessKey& key)
 
 bool ProcessEndings::isStillThere(const ProcessKey& key) const
 {
-    const auto text = readText(root + "/" + std::to_string(key.process) + "/stat");
+    const auto text = readFile(root + "/" + std::to_string(key.process) + "/stat");
     const auto stat = text ? parseProcessStat(*text) : std::nullopt;
     return stat && stat->startTime == key.startTime;
 }

@@ -3,7 +3,7 @@
 #include "Foundation/FileDescriptor.h"
 #include "Foundation/PathText.h"
 #include "LinuxDesktop/Workspace/DesktopEntry.h"
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <array>
 #include <charconv>
@@ -24,7 +24,7 @@ namespace {
 // what a process is counts only when read this long after its start.
 constexpr std::uint64_t secondsUntilSettled = 20;
 
-constexpr std::size_t mostBytes = std::size_t { 1 } << 20U;
+constexpr std::size_t maxBytes = std::size_t { 1 } << 20U;
 
 struct CloseFolder {
     void operator()(DIR* folder) const { ::closedir(folder); }
@@ -97,13 +97,13 @@ void ProcessTable::sweep()
         return;
     settledBefore = latestSettledStart();
     previous = std::exchange(table, {});
-    previousStrangers = std::exchange(strangers, {});
+    previousForeign = std::exchange(foreign, {});
     // Only this sweep reads this stream.
     while (const dirent* entry = ::readdir(folder.get())) // NOLINT(concurrency-mt-unsafe)
         if (const auto process = processNumber(entry->d_name))
             visit(::dirfd(folder.get()), *process, entry->d_ino);
     previous.clear();
-    previousStrangers.clear();
+    previousForeign.clear();
 }
 
 bool ProcessTable::contains(const ProcessKey& key) const
@@ -116,10 +116,10 @@ void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
 {
     // The kernel gives every process's folder a number of its own, so that those of others need
     // not be looked at again.
-    const auto stranger = previousStrangers.find(process);
-    if (stranger != previousStrangers.end() && stranger->second.isSettled
-        && stranger->second.fileNumber == fileNumber) {
-        strangers.insert(previousStrangers.extract(stranger));
+    const auto unchanged = previousForeign.find(process);
+    if (unchanged != previousForeign.end() && unchanged->second.isSettled
+        && unchanged->second.fileNumber == fileNumber) {
+        foreign.insert(previousForeign.extract(unchanged));
         return;
     }
     const std::string name = std::to_string(process);
@@ -135,7 +135,7 @@ void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
     } else if (isOwn(folder, name)) {
         readProcess(folder, process, *stat);
     } else {
-        strangers.emplace(process, Stranger { fileNumber, isSettled(stat->startTime) });
+        foreign.emplace(process, ForeignProcess { fileNumber, isSettled(stat->startTime) });
     }
 }
 
@@ -148,20 +148,20 @@ void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& sta
     read.command = stat.command;
     read.image = stat.image;
     read.isSettled = isSettled(stat.startTime);
-    const auto commandLine = readText(folder, path + "cmdline", mostBytes).value_or("");
-    const auto command = readText(folder, path + "comm", mostBytes).value_or("");
+    const auto commandLine = readFile(folder, path + "cmdline", maxBytes).value_or("");
+    const auto command = readFile(folder, path + "comm", maxBytes).value_or("");
     read.program = parseProgram(commandLine, command);
-    read.unit = parseApplicationUnit(readText(folder, path + "cgroup", mostBytes).value_or(""));
+    read.unit = parseApplicationUnit(readFile(folder, path + "cgroup", maxBytes).value_or(""));
     // A sandbox says what it holds even where the desktop makes no units.
     if (!read.unit && isSandboxed(read))
         read.sandboxIdentifier = parseFlatpakIdentifier(
-            readText(folder, path + "root/.flatpak-info", mostBytes).value_or(""));
+            readFile(folder, path + "root/.flatpak-info", maxBytes).value_or(""));
     read.isHelper = isHelper(read.program);
     const std::string executable = linkTarget(folder, path + "exe");
     read.known = knownApplication(read.program, executable);
     if (isWineServer(read.program) || (read.known && isUnderWine(read.program, executable)))
         read.winePrefix =
-            parseWinePrefix(readText(folder, path + "environ", mostBytes).value_or(""));
+            parseWinePrefix(readFile(folder, path + "environ", maxBytes).value_or(""));
     table.emplace(process, std::move(read));
 }
 

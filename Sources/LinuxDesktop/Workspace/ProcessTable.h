@@ -54,7 +54,7 @@ public:
     [[nodiscard]] bool contains(const ProcessKey& key) const;
 
 private:
-    struct Stranger {
+    struct ForeignProcess {
         std::uint64_t fileNumber;
         bool isSettled;
     };
@@ -68,9 +68,9 @@ private:
     const std::string root;
     const uid_t owner;
     std::map<pid_t, Process> table;
-    std::map<pid_t, Stranger> strangers;
+    std::map<pid_t, ForeignProcess> foreign;
     std::map<pid_t, Process> previous;
-    std::map<pid_t, Stranger> previousStrangers;
+    std::map<pid_t, ForeignProcess> previousForeign;
     std::uint64_t settledBefore = 0;
 };
 

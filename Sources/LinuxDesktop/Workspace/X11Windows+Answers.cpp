@@ -12,7 +12,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::uint32_t mostWords = 16384; // Of a property: more windows than anyone has.
+constexpr std::uint32_t maxWords = 16384; // Of a property: more windows than anyone has.
 
 /// The values of a property of 32-bit items; none when it is absent or of another form.
 std::span<const std::uint32_t> words(const xcb_get_property_reply_t* reply)
@@ -50,7 +50,7 @@ std::string_view beforeNul(std::string_view text)
 void X11Windows::askProperty(xcb_window_t window, xcb_atom_t property, PropertyAnswer answered)
 {
     const auto cookie = xcb_get_property(
-        connection.get(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, mostWords);
+        connection.get(), 0, window, property, XCB_GET_PROPERTY_TYPE_ANY, 0, maxWords);
     questions.push_back({ cookie.sequence, [answered = std::move(answered)](const void* reply) {
                              answered(static_cast<const xcb_get_property_reply_t*>(reply));
                          } });

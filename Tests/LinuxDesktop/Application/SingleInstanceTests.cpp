@@ -36,12 +36,12 @@ TEST(SingleInstanceTest, ASecondStartActivatesTheFirst)
         << "kept by one that is ending";
 }
 
-TEST(SingleInstanceTest, AStrangerWithTheNameIsTold)
+TEST(SingleInstanceTest, AForeignProgramWithTheNameIsSeen)
 {
     PrivateBus bus;
     QDBusConnection stranger = bus.connect();
     ASSERT_TRUE(stranger.registerService("net.stemvault.Connect"));
-    EXPECT_EQ(SingleInstance(bus.connect()).claim(), Claim::Stranger);
+    EXPECT_EQ(SingleInstance(bus.connect()).claim(), Claim::ForeignProgram);
 }
 
 TEST(SingleInstanceTest, WithoutABusTheRuntimeFolderHoldsOne)

@@ -1,5 +1,5 @@
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
 #include "LinuxDesktop/OpenFiles/MountNamespace.h"
-#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
 #include "LinuxDesktop/Workspace/DesktopEntry.h"
 #include "LinuxDesktop/Workspace/KnownApplication.h"
 #include "LinuxDesktop/Workspace/ProcessText.h"

@@ -1,4 +1,4 @@
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 
 #include "Foundation/PathText.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileManager/FileCopyFault.h"
+#include "FileManager/CopyFault.h"
 #include "FileManager/FileCopyOptions.h"
 #include "Foundation/FileDescriptor.h"
 
@@ -8,16 +8,16 @@
 
 namespace stemvault {
 
-/// An item that is being made in the folder where it will stand. Until it is published it bears no
+/// An item that is being made in the folder where it will stand. Until it is committed it bears no
 /// name or a temporary one, and it goes with this object.
-class Draft {
+class StagedItem {
 public:
     /// `finalName` is free, or what bears it may be replaced as the options say. The folder stays
-    /// open for as long as the draft lives.
-    Draft(int folder, std::string finalName, const CopyOptions& options);
-    Draft(const Draft&) = delete;
-    Draft& operator=(const Draft&) = delete;
-    ~Draft();
+    /// open for as long as the staged item lives.
+    StagedItem(int folder, std::string finalName, const CopyOptions& options);
+    StagedItem(const StagedItem&) = delete;
+    StagedItem& operator=(const StagedItem&) = delete;
+    ~StagedItem();
 
     /// A file that has no name anywhere, so that even a killed process leaves nothing. Not every
     /// file system has these.
@@ -31,11 +31,11 @@ public:
     /// Gives an unnamed file its temporary name; any other has it already.
     [[nodiscard]] bool giveName();
 
-    /// Closes a file and puts the draft under its final name, in one step for whoever looks. What
+    /// Closes a file and puts the item under its final name, in one step for whoever looks. What
     /// is replaced stays until the new item stands, and stays for good if anything fails.
-    [[nodiscard]] CopyOutcome publish();
+    [[nodiscard]] CopyOutcome commit();
 
-    /// Whether somebody else has removed the draft under its temporary name.
+    /// Whether somebody else has removed the item under its temporary name.
     [[nodiscard]] bool isGone() const;
 
 private:

@@ -1,4 +1,4 @@
-#include "FileManager/FileCopyFault.h"
+#include "FileManager/CopyFault.h"
 
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"

@@ -1,4 +1,4 @@
-#include "Foundation/JSONText.h"
+#include "Foundation/JSONNesting.h"
 
 #include <cstddef>
 

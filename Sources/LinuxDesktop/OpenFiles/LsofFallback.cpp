@@ -1,8 +1,8 @@
-#include "LinuxDesktop/OpenFiles/OpenFilesText.h"
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
 
 #include "Foundation/FileDescriptor.h"
 #include "Foundation/UnicodeText.h"
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <algorithm>
 #include <array>
@@ -134,7 +134,7 @@ std::string linesOfMappedFiles(std::string_view maps, std::string_view executabl
     return lines;
 }
 
-std::string openFilesText(pid_t process, const std::string& procRoot)
+std::string lsofFallback(pid_t process, const std::string& procRoot)
 {
     const fs::path folder = fs::path(procRoot) / std::to_string(process);
     const FileDescriptor own = openFolder(folder);
@@ -143,7 +143,7 @@ std::string openFilesText(pid_t process, const std::string& procRoot)
         if (const auto target = linkTarget(own.get(), link))
             text += line(*target);
     text += linesOfMappedFiles(
-        readText(folder / "maps").value_or(""), linkTarget(own.get(), "exe").value_or(""));
+        readFile(folder / "maps").value_or(""), linkTarget(own.get(), "exe").value_or(""));
     const FileDescriptor descriptors = openFolder(folder / "fd");
     for (const unsigned descriptor : descriptorsIn(folder / "fd"))
         if (const auto target = linkTarget(descriptors.get(), std::to_string(descriptor)))

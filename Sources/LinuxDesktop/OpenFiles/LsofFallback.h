@@ -15,6 +15,6 @@ namespace stemvault {
 
 /// What `lsof -p PID -Fn` prints, put together from the process's links, which answer even while
 /// a mount is dead. Empty when there is no such process.
-[[nodiscard]] std::string openFilesText(pid_t process, const std::string& procRoot = "/proc");
+[[nodiscard]] std::string lsofFallback(pid_t process, const std::string& procRoot = "/proc");
 
 } // namespace stemvault

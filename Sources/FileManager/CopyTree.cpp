@@ -1,4 +1,4 @@
-#include "FileManager/WholeCopy.h"
+#include "FileManager/CopyTree.h"
 
 #include "FileManager/FileAttributes.h"
 #include "FileManager/FileContent.h"

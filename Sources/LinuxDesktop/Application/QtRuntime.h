@@ -10,12 +10,12 @@ namespace stemvault {
 
 /// The toolkit's application object. Where there is no display to show windows on, making it ends
 /// the process: one line on standard error, status 1.
-class GuiProcess {
+class QtRuntime {
 public:
-    explicit GuiProcess(std::string programName);
-    GuiProcess(const GuiProcess&) = delete;
-    GuiProcess& operator=(const GuiProcess&) = delete;
-    ~GuiProcess();
+    explicit QtRuntime(std::string programName);
+    QtRuntime(const QtRuntime&) = delete;
+    QtRuntime& operator=(const QtRuntime&) = delete;
+    ~QtRuntime();
 
 private:
     void choosePlatform();

@@ -1,4 +1,4 @@
-#include "LinuxDesktop/Application/GuiProcess.h"
+#include "LinuxDesktop/Application/QtRuntime.h"
 
 #include "LinuxDesktop/Application/Identity.h"
 
@@ -29,7 +29,8 @@ bool lacksWayland()
 
 // The toolkit complains at length about each platform that it cannot use and then aborts, which
 // would leave a crash report behind where a display is merely not there yet.
-void saveOnlyTheEnd(QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/)
+void exitOnFatalMessage(
+    QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/)
 {
     if (type != QtFatalMsg)
         return;
@@ -42,23 +43,23 @@ void saveOnlyTheEnd(QtMsgType type, const QMessageLogContext& /*context*/, const
 
 } // namespace
 
-GuiProcess::GuiProcess(std::string programName) : name(std::move(programName))
+QtRuntime::QtRuntime(std::string programName) : name(std::move(programName))
 {
     arguments[0] = name.data();
     choosePlatform();
     QGuiApplication::setDesktopFileName(identity::applicationId);
-    qInstallMessageHandler(&saveOnlyTheEnd);
+    qInstallMessageHandler(&exitOnFatalMessage);
     application = std::make_unique<QApplication>(argumentCount, arguments.data());
     qInstallMessageHandler(nullptr);
     QPixmapCache::setCacheLimit(keptDrawings);
 }
 
-GuiProcess::~GuiProcess() = default;
+QtRuntime::~QtRuntime() = default;
 
 // An X display first, if only one within a Wayland desktop: there an alert that nobody clicked for
 // can come to the front. Said by argument, as the environment is for our child processes too; the
 // user's own choice in the environment counts more.
-void GuiProcess::choosePlatform()
+void QtRuntime::choosePlatform()
 {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         return;

@@ -1,6 +1,6 @@
-#include "FileManager/Draft.h"
+#include "FileManager/StagedItem.h"
 
-#include "FileManager/Folder.h"
+#include "FileManager/DirectoryAccess.h"
 #include "FileManager/TemporaryItem.h"
 
 #include <cerrno>
@@ -19,13 +19,13 @@ bool isUnknownRename(int error)
 
 } // namespace
 
-Draft::Draft(int parent, std::string nameToBear, const CopyOptions& copyOptions)
+StagedItem::StagedItem(int parent, std::string nameToBear, const CopyOptions& copyOptions)
     : folder(parent), finalName(std::move(nameToBear)), options(copyOptions)
 {
 }
 
 // Closed first: some drives store a file when it is closed, also one that has been removed.
-Draft::~Draft()
+StagedItem::~StagedItem()
 {
     descriptor.reset();
     if (!name.empty())
@@ -33,7 +33,7 @@ Draft::~Draft()
 }
 
 // Tries random names until one is free; the name is kept once the call has made something of it.
-template <typename Call> bool Draft::underFreshName(Call call)
+template <typename Call> bool StagedItem::underFreshName(Call call)
 {
     constexpr int attempts = 100;
     for (int i = 0; i < attempts; ++i) {
@@ -49,24 +49,24 @@ template <typename Call> bool Draft::underFreshName(Call call)
 }
 
 // In an append-only folder names can be made and neither changed nor removed.
-bool Draft::isInAppendOnlyFolder() const
+bool StagedItem::isInAppendOnlyFolder() const
 {
     struct statx status { };
     return ::statx(folder, "", AT_EMPTY_PATH, 0, &status) == 0
         && (status.stx_attributes & STATX_ATTR_APPEND) != 0;
 }
 
-bool Draft::createUnnamedFile()
+bool StagedItem::createUnnamedFile()
 {
     descriptor = FileDescriptor(
         options.calls.openat(folder, ".", O_TMPFILE | O_RDWR | O_CLOEXEC, S_IRUSR | S_IWUSR));
     isUnnamed = descriptor.isOpen();
     if (isUnnamed)
-        markDraft(descriptor.get());
+        markStaged(descriptor.get());
     return isUnnamed;
 }
 
-bool Draft::createFile()
+bool StagedItem::createFile()
 {
     if (isInAppendOnlyFolder())
         return errno = EPERM, false;
@@ -74,12 +74,12 @@ bool Draft::createFile()
         descriptor = FileDescriptor(options.calls.openat(
             folder, fresh, O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
         if (descriptor)
-            markDraft(descriptor.get());
+            markStaged(descriptor.get());
         return descriptor.isOpen();
     });
 }
 
-bool Draft::createFolder()
+bool StagedItem::createFolder()
 {
     isFolder = true;
     if (isInAppendOnlyFolder())
@@ -90,24 +90,24 @@ bool Draft::createFolder()
     descriptor = FileDescriptor(
         ::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     if (descriptor)
-        markDraft(descriptor.get());
+        markStaged(descriptor.get());
     return descriptor.isOpen();
 }
 
-bool Draft::giveName()
+bool StagedItem::giveName()
 {
     if (!name.empty() || isInAppendOnlyFolder())
         return true;
     return underFreshName([this](const char* fresh) { return linkAs(fresh); });
 }
 
-bool Draft::linkAs(const char* fresh) const
+bool StagedItem::linkAs(const char* fresh) const
 {
     const std::string unnamed = "/proc/self/fd/" + std::to_string(item());
     return options.calls.linkat(AT_FDCWD, unnamed.c_str(), folder, fresh, AT_SYMLINK_FOLLOW) == 0;
 }
 
-CopyOutcome Draft::publish()
+CopyOutcome StagedItem::commit()
 {
     if (name.empty())
         return linkToFreeName();
@@ -126,7 +126,7 @@ CopyOutcome Draft::publish()
     return fault;
 }
 
-CopyOutcome Draft::linkToFreeName()
+CopyOutcome StagedItem::linkToFreeName()
 {
     if (!linkAs(finalName.c_str())) {
         const bool isReplacing = options.ifTaken == IfTaken::Replace && errno == EEXIST;
@@ -137,19 +137,19 @@ CopyOutcome Draft::linkToFreeName()
 }
 
 // Network drives may put off writing until a file is closed, and report only then that it failed.
-CopyOutcome Draft::closeFile()
+CopyOutcome StagedItem::closeFile()
 {
     if (!isFolder && options.calls.close(descriptor.release()) != 0)
         return writingFault();
     return std::nullopt;
 }
 
-bool Draft::isGone() const
+bool StagedItem::isGone() const
 {
     return !name.empty() && !linkStatus(folder, name) && errno == ENOENT;
 }
 
-CopyOutcome Draft::moveToFreeName()
+CopyOutcome StagedItem::moveToFreeName()
 {
     const char* const from = name.c_str();
     const char* const to = finalName.c_str();
@@ -171,7 +171,7 @@ CopyOutcome Draft::moveToFreeName()
     return std::nullopt;
 }
 
-CopyOutcome Draft::moveOverOld()
+CopyOutcome StagedItem::moveOverOld()
 {
     const auto old = linkStatus(folder, finalName);
     if (old && (isFolder || S_ISDIR(old->st_mode)))
@@ -181,26 +181,26 @@ CopyOutcome Draft::moveOverOld()
     return std::nullopt;
 }
 
-CopyOutcome Draft::exchangeWithOld()
+CopyOutcome StagedItem::exchangeWithOld()
 {
-    // Marked before it gets the draft's name: a copy that is killed right after the exchange leaves
-    // the old item under that name, and only what is marked is ever removed.
+    // Marked before it gets the staged item's name: a copy that is killed right after the exchange
+    // leaves the old item under that name, and only what is marked is ever removed.
     const FileDescriptor old(
         ::openat(folder, finalName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (old)
-        markDraft(old.get());
+        markStaged(old.get());
     if (options.calls.renameat2(folder, name.c_str(), folder, finalName.c_str(), RENAME_EXCHANGE)
         == 0) {
         displaced = name;
         return std::nullopt;
     }
     const int fault = errno;
-    unmarkDraft(folder, finalName);
+    unmarkStaged(folder, finalName);
     errno = fault;
     return isUnknownRename(errno) ? moveOldAside() : writingFault();
 }
 
-CopyOutcome Draft::moveOldAside()
+CopyOutcome StagedItem::moveOldAside()
 {
     const std::string aside = asideName(finalName);
     if (options.calls.renameat2(folder, finalName.c_str(), folder, aside.c_str(), 0) != 0)
@@ -215,10 +215,10 @@ CopyOutcome Draft::moveOldAside()
 
 // The copy stands now. That its name could not be forced onto the disk would be no reason to take
 // it away again, so that failure is let pass.
-void Draft::settle()
+void StagedItem::settle()
 {
     name.clear();
-    unmarkDraft(folder, finalName);
+    unmarkStaged(folder, finalName);
     if (options.durability == Durability::OnDisk)
         options.calls.fsync(folder);
     if (!displaced.empty())

@@ -1,4 +1,4 @@
-#include "LinuxDesktop/Workspace/ReadText.h"
+#include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include "Foundation/FileDescriptor.h"
 
@@ -7,7 +7,7 @@
 
 namespace stemvault {
 
-std::optional<std::string> readText(int folder, const std::string& path, std::size_t most)
+std::optional<std::string> readFile(int folder, const std::string& path, std::size_t most)
 {
     // A pipe or device among the files must not stop us.
     FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -25,9 +25,9 @@ std::optional<std::string> readText(int folder, const std::string& path, std::si
     }
 }
 
-std::optional<std::string> readText(const std::string& path, std::size_t most)
+std::optional<std::string> readFile(const std::string& path, std::size_t most)
 {
-    return readText(AT_FDCWD, path, most);
+    return readFile(AT_FDCWD, path, most);
 }
 
 } // namespace stemvault

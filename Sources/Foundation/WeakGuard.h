@@ -7,7 +7,7 @@ namespace stemvault {
 
 /// Lets deferred work hold its owner weakly. Declare it as the last member, so that it dies first:
 /// what `guard` returns then does nothing. Guarded work must run on the thread that ends the owner.
-class Alive {
+class WeakGuard {
 public:
     template <typename Work> [[nodiscard]] auto guard(Work work) const
     {
@@ -21,10 +21,10 @@ public:
     /// A weak token for work on another thread, which may ask only whether the owner is gone.
     [[nodiscard]] std::weak_ptr<const char> token() const { return life; }
 
-    Alive() = default;
-    Alive(const Alive&) = delete;
-    Alive& operator=(const Alive&) = delete;
-    ~Alive() = default;
+    WeakGuard() = default;
+    WeakGuard(const WeakGuard&) = delete;
+    WeakGuard& operator=(const WeakGuard&) = delete;
+    ~WeakGuard() = default;
 
 private:
     std::shared_ptr<const char> life = std::make_shared<const char>();
