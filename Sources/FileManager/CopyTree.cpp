@@ -10,7 +10,7 @@ namespace stemvault {
 
 namespace {
 
-bool isUnchanged(int item, const FileStatus& before)
+bool isUnchanged(int item, const struct stat& before)
 {
     const auto now = statusOf(item);
     return now && now->st_size == before.st_size && now->st_mtim.tv_sec == before.st_mtim.tv_sec
@@ -26,7 +26,7 @@ CopyOutcome sync(int item, const CopyOptions& options)
     return std::nullopt;
 }
 
-CopyOutcome finish(int in, int out, const FileStatus& source, const CopyOptions& options)
+CopyOutcome finish(int in, int out, const struct stat& source, const CopyOptions& options)
 {
     copyAttributes(in, out, source, options);
     if (!isUnchanged(in, source))
@@ -47,7 +47,7 @@ public:
 private:
     CopyOutcome copyFile(const std::string& name) const;
     CopyOutcome copyFolder(const std::string& name) const;
-    CopyOutcome copyLink(const std::string& name, const FileStatus& source) const;
+    CopyOutcome copyLink(const std::string& name, const struct stat& source) const;
 
     int in;
     int out;
@@ -110,7 +110,7 @@ CopyOutcome EntryCopy::copyFolder(const std::string& name) const
     return copyWholeFolder(from.get(), to.get(), *source, options);
 }
 
-CopyOutcome EntryCopy::copyLink(const std::string& name, const FileStatus& source) const
+CopyOutcome EntryCopy::copyLink(const std::string& name, const struct stat& source) const
 {
     std::string target(static_cast<std::size_t>(source.st_size) + 1, '\0');
     const ssize_t length = ::readlinkat(in, name.c_str(), target.data(), target.size());
@@ -126,14 +126,14 @@ CopyOutcome EntryCopy::copyLink(const std::string& name, const FileStatus& sourc
 
 } // namespace
 
-CopyOutcome copyWholeFile(int in, int out, const FileStatus& source, const CopyOptions& options)
+CopyOutcome copyWholeFile(int in, int out, const struct stat& source, const CopyOptions& options)
 {
     if (const auto fault = copyContent(in, out, source, options))
         return fault;
     return finish(in, out, source, options);
 }
 
-CopyOutcome copyWholeFolder(int in, int out, const FileStatus& source, const CopyOptions& options)
+CopyOutcome copyWholeFolder(int in, int out, const struct stat& source, const CopyOptions& options)
 {
     const auto names = namesIn(in);
     if (!names)

@@ -2,7 +2,7 @@
 
 #include "FileManager/CopyFault.h"
 #include "FileManager/DirectoryAccess.h"
-#include "FileManager/FileCopyOptions.h"
+#include "FileManager/FileCopy.h"
 
 namespace stemvault {
 
@@ -11,11 +11,11 @@ namespace stemvault {
 // source that has changed meanwhile is `Changing`.
 
 [[nodiscard]] CopyOutcome copyWholeFile(
-    int in, int out, const FileStatus& source, const CopyOptions& options);
+    int in, int out, const struct stat& source, const CopyOptions& options);
 
 /// Links are copied as links, pipes and sockets are made anew as what they are, never opened. A
 /// device needs a right that users do not have, and so fails the copy.
 [[nodiscard]] CopyOutcome copyWholeFolder(
-    int in, int out, const FileStatus& source, const CopyOptions& options);
+    int in, int out, const struct stat& source, const CopyOptions& options);
 
 } // namespace stemvault

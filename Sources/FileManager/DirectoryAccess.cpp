@@ -29,7 +29,7 @@ bool isDots(std::string_view name)
 }
 
 // A folder that its owner may not enter is opened up first: it is about to be removed.
-FileDescriptor openToEmpty(int folder, const std::string& name, const FileStatus& status)
+FileDescriptor openToEmpty(int folder, const std::string& name, const struct stat& status)
 {
     const FileDescriptor item(
         ::openat(folder, name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
@@ -99,7 +99,7 @@ FileDescriptor openFolder(const std::string& path)
     return folder;
 }
 
-std::optional<FileStatus> linkStatus(const std::string& path)
+std::optional<struct stat> linkStatus(const std::string& path)
 {
     if (path.size() < PATH_MAX)
         return linkStatus(AT_FDCWD, path);
@@ -107,23 +107,23 @@ std::optional<FileStatus> linkStatus(const std::string& path)
     return item ? statusOf(item.get()) : std::nullopt;
 }
 
-std::optional<FileStatus> linkStatus(int folder, const std::string& name)
+std::optional<struct stat> linkStatus(int folder, const std::string& name)
 {
-    FileStatus status {};
+    struct stat status { };
     if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
         return std::nullopt;
     return status;
 }
 
-std::optional<FileStatus> statusOf(int descriptor)
+std::optional<struct stat> statusOf(int descriptor)
 {
-    FileStatus status {};
+    struct stat status { };
     if (::fstat(descriptor, &status) != 0)
         return std::nullopt;
     return status;
 }
 
-bool isSameItem(const FileStatus& one, const FileStatus& other)
+bool isSameItem(const struct stat& one, const struct stat& other)
 {
     return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
@@ -147,7 +147,7 @@ std::optional<std::vector<std::string>> namesIn(int folder)
     return names;
 }
 
-bool isWithin(int folder, const FileStatus& ancestor)
+bool isWithin(int folder, const struct stat& ancestor)
 {
     auto status = statusOf(folder);
     FileDescriptor place;

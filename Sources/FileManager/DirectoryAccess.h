@@ -9,8 +9,6 @@
 
 namespace stemvault {
 
-using FileStatus = struct stat;
-
 // Work in folders by descriptor, so that neither the length of a path nor a rename of an ancestor
 // matters. Failures leave their reason in errno.
 
@@ -27,18 +25,18 @@ using FileStatus = struct stat;
 [[nodiscard]] FileDescriptor openFolder(const std::string& path);
 
 /// What is at the path, for paths of any length; a final link is not followed.
-[[nodiscard]] std::optional<FileStatus> linkStatus(const std::string& path);
-[[nodiscard]] std::optional<FileStatus> linkStatus(int folder, const std::string& name);
+[[nodiscard]] std::optional<struct stat> linkStatus(const std::string& path);
+[[nodiscard]] std::optional<struct stat> linkStatus(int folder, const std::string& name);
 
-[[nodiscard]] std::optional<FileStatus> statusOf(int descriptor);
+[[nodiscard]] std::optional<struct stat> statusOf(int descriptor);
 
-[[nodiscard]] bool isSameItem(const FileStatus& one, const FileStatus& other);
+[[nodiscard]] bool isSameItem(const struct stat& one, const struct stat& other);
 
 /// The names in a folder in no order, without "." and "..".
 [[nodiscard]] std::optional<std::vector<std::string>> namesIn(int folder);
 
 /// Whether `folder` is `ancestor` or lies below it.
-[[nodiscard]] bool isWithin(int folder, const FileStatus& ancestor);
+[[nodiscard]] bool isWithin(int folder, const struct stat& ancestor);
 
 /// Removes a file, a link, or a folder with everything in it. Never enters another file system.
 bool removeItem(int folder, const std::string& name);

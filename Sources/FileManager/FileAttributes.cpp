@@ -78,7 +78,7 @@ mode_t currentUmask()
     return S_IWGRP | S_IWOTH;
 }
 
-mode_t permissionsFor(int in, int out, const FileStatus& source)
+mode_t permissionsFor(int in, int out, const struct stat& source)
 {
     mode_t mode = source.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
     mode = (mode & ~groupPermissions) | groupPermissionsIn(accessList(in), mode & groupPermissions);
@@ -91,14 +91,14 @@ mode_t permissionsFor(int in, int out, const FileStatus& source)
 
 } // namespace
 
-void copyAttributes(int in, int out, const FileStatus& source, const CopyOptions& options)
+void copyAttributes(int in, int out, const struct stat& source, const CopyOptions& options)
 {
     copyUserAttributes(in, out);
     ::fchmod(out, permissionsFor(in, out, source));
     options.calls.futimens(out, modificationTime(source).data());
 }
 
-Times modificationTime(const FileStatus& source)
+Times modificationTime(const struct stat& source)
 {
     Times times { timespec {}, source.st_mtim };
     ::clock_gettime(CLOCK_REALTIME, times.data());

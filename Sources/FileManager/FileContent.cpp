@@ -168,7 +168,7 @@ void ContentCopy::beginWriting(off_t at, off_t count) const
 
 } // namespace
 
-CopyOutcome copyContent(int in, int out, const FileStatus& source, const CopyOptions& options)
+CopyOutcome copyContent(int in, int out, const struct stat& source, const CopyOptions& options)
 {
     constexpr off_t blockSize = 512;
     if (source.st_size == 0 || options.calls.clone(out, in) == 0)

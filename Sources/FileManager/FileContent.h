@@ -2,7 +2,7 @@
 
 #include "FileManager/CopyFault.h"
 #include "FileManager/DirectoryAccess.h"
-#include "FileManager/FileCopyOptions.h"
+#include "FileManager/FileCopy.h"
 
 namespace stemvault {
 
@@ -10,6 +10,6 @@ namespace stemvault {
 /// the file system can, else inside the kernel, else by reading and writing. Holes stay holes. A
 /// file that has become shorter is `Changing`.
 [[nodiscard]] CopyOutcome copyContent(
-    int in, int out, const FileStatus& source, const CopyOptions& options);
+    int in, int out, const struct stat& source, const CopyOptions& options);
 
 } // namespace stemvault

@@ -41,7 +41,7 @@ private:
     bool isOpenSource(int item) const;
     CopyOutcome openDestination();
     CopyOutcome checkDestination() const;
-    bool isWithinItem(const FileStatus& item) const;
+    bool isWithinItem(const struct stat& item) const;
     bool createStaged(StagedItem& staged) const;
     CopyOutcome fill(const StagedItem& staged) const;
     CopyOutcome commit(StagedItem& staged) const;
@@ -55,7 +55,7 @@ private:
     std::string name;
     FileDescriptor folder;
     FileDescriptor source;
-    FileStatus status {};
+    struct stat status { };
     bool triesUnnamed = true;
 };
 
@@ -143,7 +143,7 @@ CopyOutcome ItemCopy::checkDestination() const
 }
 
 // Both where the source is named and, when that is a link, where it really lies.
-bool ItemCopy::isWithinItem(const FileStatus& item) const
+bool ItemCopy::isWithinItem(const struct stat& item) const
 {
     if (isFolder() && isWithin(source.get(), item))
         return true;

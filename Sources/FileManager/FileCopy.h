@@ -1,11 +1,70 @@
 #pragma once
 
-#include "FileManager/FileCopyOptions.h"
+#include "FileManager/FileIdentity.h"
 #include "Foundation/Result.h"
 
+#include <chrono>
+#include <cstdio>
+#include <fcntl.h>
+#include <functional>
+#include <linux/fs.h>
+#include <optional>
 #include <string>
+#include <sys/ioctl.h>
+#include <sys/sendfile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace stemvault {
+
+/// The calls that some file systems refuse, or whose failure leaves something to clear up. They
+/// answer as their namesakes do, with errno set; a test may put others in their place.
+struct SystemCalls {
+    std::function<int(int folder, const char* name, int flags, mode_t mode)> openat =
+        [](int folder, const char* name, int flags, mode_t mode) {
+            return ::openat(folder, name, flags, mode);
+        };
+    std::function<int(int fromFolder, const char* from, int toFolder, const char* to, int flags)>
+        linkat = ::linkat;
+    std::function<int(
+        int fromFolder, const char* from, int toFolder, const char* to, unsigned flags)>
+        renameat2 = ::renameat2;
+    /// Makes `out` share the blocks of `in`.
+    std::function<int(int out, int in)> clone = [](int out, int in) {
+        return ::ioctl(out, FICLONE, in);
+    };
+    std::function<ssize_t(int in, off_t* inAt, int out, off_t* outAt, size_t count, unsigned flags)>
+        copyFileRange = ::copy_file_range;
+    std::function<ssize_t(int out, int in, off_t* inAt, size_t count)> sendfile = ::sendfile;
+    std::function<ssize_t(int out, const void* bytes, size_t count, off_t at)> pwrite = ::pwrite;
+    std::function<int(int file, off_t size)> ftruncate = ::ftruncate;
+    std::function<int(int file, int mode, off_t at, off_t count)> fallocate = ::fallocate;
+    std::function<int(int file)> fsync = ::fsync;
+    std::function<int(int file, const timespec times[2])> futimens = ::futimens;
+    /// The descriptor is closed even when this fails.
+    std::function<int(int file)> close = ::close;
+};
+
+enum class Durability {
+    OnDisk, ///< The copy, and then its name, have reached the disk before success is told.
+    InMemory, ///< The kernel writes when it likes, as it does after `cp`.
+};
+
+enum class IfTaken {
+    Fail, ///< Whatever bears the name stays, and the copy fails.
+    Replace, ///< The copy takes its place once it is whole.
+};
+
+struct CopyOptions {
+    /// The folder in which the source was found by the program. Absent when the user has named the
+    /// source: then, and only then, a link is followed.
+    std::optional<FileIdentity> foundIn;
+    IfTaken ifTaken = IfTaken::Fail;
+    Durability durability = Durability::OnDisk;
+    /// Copies that a crash left unfinished in the destination folder are removed at this age.
+    std::chrono::seconds leftoverAge = std::chrono::hours(24);
+    SystemCalls calls;
+};
 
 /// Copies the file or folder `from` to the path `to`, whole or not at all, as FileManager promises.
 /// A source that changes while it is copied is copied again, twice at most.

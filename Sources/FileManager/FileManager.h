@@ -10,6 +10,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 /// What the program asks of the disk. Plain functions, safe from every thread; each looks at the
 /// disk anew. Failures are described in words for the user.
@@ -48,6 +49,20 @@ struct SourceState {
 [[nodiscard]] std::optional<SourceState> sourceState(const FileURL& from,
     const std::optional<FileIdentity>& foundIn,
     const std::function<bool(const SourceState&)>& mattersWhoWrites);
+
+enum class ItemKind { File, Directory };
+
+/// What the path leads to, links followed: a directory, or anything else. Absent when it leads to
+/// nothing.
+[[nodiscard]] std::optional<ItemKind> itemKind(const std::string& path);
+
+/// Everything directly in a folder, hidden items too, in the order in which the disk lists it.
+/// Absent when it cannot be listed to its end.
+[[nodiscard]] std::optional<std::vector<FileURL>> contentsOfDirectory(const FileURL& folder);
+
+/// Makes a folder inside one that exists. Fails when the name is taken, whatever bears it; the
+/// failure is described in words for the user.
+Result<void> createDirectory(const FileURL& folder);
 
 /// Copies a file, or a folder with everything in it, to a name that is free. Without `foundIn` the
 /// user has named the item, and a link is followed; with it the item must lie in that folder and be

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "FileManager/CopyFault.h"
-#include "FileManager/FileCopyOptions.h"
+#include "FileManager/FileCopy.h"
 #include "Foundation/FileDescriptor.h"
 
 #include <string>

@@ -63,20 +63,20 @@ std::string randomName(std::string_view beginning, std::string_view name, std::s
 }
 
 // The change time cannot be set, unlike the modification time, which a copy takes from its source.
-bool isUntouchedFor(std::chrono::seconds age, const FileStatus& status)
+bool isUntouchedFor(std::chrono::seconds age, const struct stat& status)
 {
     const auto touched = std::chrono::system_clock::from_time_t(status.st_ctim.tv_sec);
     return std::chrono::system_clock::now() - touched >= age;
 }
 
-bool isCandidate(const FileStatus& status, std::chrono::seconds age)
+bool isCandidate(const struct stat& status, std::chrono::seconds age)
 {
     return (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode)) && status.st_uid == ::geteuid()
         && isUntouchedFor(age, status);
 }
 
 // A lock on a network file system needs a file that is open for writing.
-FileDescriptor openToLock(int folder, const std::string& name, const FileStatus& status)
+FileDescriptor openToLock(int folder, const std::string& name, const struct stat& status)
 {
     constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
     if (S_ISDIR(status.st_mode))
@@ -88,7 +88,7 @@ FileDescriptor openToLock(int folder, const std::string& name, const FileStatus&
 }
 
 // A copy that was killed before it could mark its staged item has left it empty.
-bool isOurs(int item, const FileStatus& status)
+bool isOurs(int item, const struct stat& status)
 {
     if (::fgetxattr(item, stagedMark, nullptr, 0) >= 0)
         return true;

@@ -1,14 +1,26 @@
 #include "FileManager/WriterCheck.h"
 
 #include "FileManager/DirectoryAccess.h"
-#include "FileManager/ProcessWriters.h"
+#include "Foundation/PathText.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
+#include <cstdint>
+#include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <linux/magic.h>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <sys/vfs.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace stemvault {
 
@@ -47,7 +59,127 @@ Writers writersByLease(int item)
     return isRefused && !refusesWithoutWriters(file.get()) ? Writers::Some : Writers::Unknown;
 }
 
+std::string contentOf(int folder, const std::string& name)
+{
+    std::string content;
+    const FileDescriptor file(::openat(folder, name.c_str(), O_RDONLY | O_CLOEXEC));
+    std::array<char, 16384> buffer {};
+    for (ssize_t count = 0; file && (count = ::read(file.get(), buffer.data(), buffer.size())) > 0;)
+        content.append(buffer.data(), static_cast<std::size_t>(count));
+    return content;
+}
+
+/// What comes before the separator, which is taken out with it and all that repeat it.
+std::string_view takeWord(std::string_view& text, char separator)
+{
+    const auto end = std::min(text.find(separator), text.size());
+    const std::string_view word = text.substr(0, end);
+    text.remove_prefix(std::min(text.find_first_not_of(separator, end), text.size()));
+    return word;
+}
+
+bool isNumber(std::string_view text, std::uint64_t expected)
+{
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    return error == std::errc() && end == text.data() + text.size() && number == expected;
+}
+
+/// Whether the table of a descriptor says that it stands for an item with this inode.
+bool hasInode(std::string_view description, std::uint64_t inode)
+{
+    while (!description.empty()) {
+        std::string_view line = takeWord(description, '\n');
+        if (takeWord(line, '\t') == "ino:")
+            return isNumber(line, inode);
+    }
+    return true; // Linux before 5.14 does not say.
+}
+
+/// The link's permissions are those of the descriptor, and its text tells files from sockets.
+bool isFileOpenForWriting(int descriptors, const std::string& name)
+{
+    const auto link = linkStatus(descriptors, name);
+    char firstOfText = 0;
+    return link && (link->st_mode & S_IWUSR) != 0
+        && ::readlinkat(descriptors, name.c_str(), &firstOfText, 1) == 1 && firstOfText == '/';
+}
+
+bool hasWritingDescriptor(int process, const struct stat& file)
+{
+    const FileDescriptor descriptors(::openat(process, "fd", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor descriptions(::openat(process, "fdinfo", O_PATH | O_CLOEXEC));
+    const auto names = descriptors && descriptions ? namesIn(descriptors.get()) : std::nullopt;
+    return names && std::ranges::any_of(*names, [&](const std::string& name) {
+        struct stat status { };
+        return isFileOpenForWriting(descriptors.get(), name)
+            && hasInode(contentOf(descriptions.get(), name), file.st_ino)
+            && ::fstatat(descriptors.get(), name.c_str(), &status, 0) == 0
+            && isSameItem(status, file);
+    });
+}
+
+bool isDevice(std::string_view text, dev_t device)
+{
+    std::array<char, 32> expected {};
+    std::snprintf(expected.data(), expected.size(), "%02x:%02x", major(device), minor(device));
+    return text == expected.data();
+}
+
+/// Whether a line of /proc/PID/maps is of a mapping that writes to the file:
+/// "7f0c0-7f0d0 rw-s 00000000 fd:01 1234     /home/a/Mix.wav".
+bool isWritingMapping(std::string_view line, const struct stat& file, std::string_view name)
+{
+    takeWord(line, ' ');
+    const std::string_view permissions = takeWord(line, ' ');
+    if (permissions.size() < 4 || permissions[1] != 'w' || permissions[3] != 's')
+        return false;
+    takeWord(line, ' ');
+    const std::string_view device = takeWord(line, ' ');
+    if (!isNumber(takeWord(line, ' '), file.st_ino))
+        return false;
+    // File systems without a device of their own, such as btrfs, have another one in this table.
+    return isDevice(device, file.st_dev)
+        || (major(file.st_dev) == 0 && lastPathComponent(line) == name);
+}
+
+bool hasWritingMapping(int process, const struct stat& file, std::string_view name)
+{
+    const std::string content = contentOf(process, "maps");
+    for (std::string_view lines = content; !lines.empty();)
+        if (isWritingMapping(takeWord(lines, '\n'), file, name))
+            return true;
+    return false;
+}
+
+std::string nameOf(int descriptor)
+{
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor), error)
+        .filename()
+        .native();
+}
+
 } // namespace
+
+bool isWrittenByOwnProcess(int descriptor)
+{
+    const auto file = statusOf(descriptor);
+    const FileDescriptor processes = openPath("/proc", O_RDONLY | O_DIRECTORY);
+    const auto ids = processes ? namesIn(processes.get()) : std::nullopt;
+    if (!file || !ids)
+        return false;
+    const std::string name = nameOf(descriptor);
+    return std::ranges::any_of(*ids, [&](const std::string& id) {
+        if (id.find_first_not_of("0123456789") != std::string::npos)
+            return false;
+        const FileDescriptor process(
+            ::openat(processes.get(), id.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+        return process
+            && (hasWritingDescriptor(process.get(), *file)
+                || hasWritingMapping(process.get(), *file, name));
+    });
+}
 
 Writers writersOf(const std::string& path)
 {

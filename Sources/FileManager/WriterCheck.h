@@ -19,4 +19,9 @@ enum class Writers {
 /// As above, for a file that the caller has open in any way, which counts if it is for writing.
 [[nodiscard]] Writers writersOf(int descriptor);
 
+/// Whether a process of this user has the file behind a descriptor open for writing, or mapped so
+/// that it can be written, as far as /proc shows. Takes some milliseconds. Asks no disk but the
+/// file's own: a drive that does not answer and has nothing to do with the file changes nothing.
+[[nodiscard]] bool isWrittenByOwnProcess(int descriptor);
+
 } // namespace stemvault

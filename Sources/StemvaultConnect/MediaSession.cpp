@@ -1,6 +1,6 @@
 #include "StemvaultConnect/MediaSession.h"
 
-#include "FileManager/FileManager+Folders.h"
+#include "FileManager/FileManager.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 

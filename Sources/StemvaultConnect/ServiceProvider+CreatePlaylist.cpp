@@ -1,4 +1,3 @@
-#include "FileManager/FileManager+Folders.h"
 #include "FileManager/FileManager.h"
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/URLComponents.h"

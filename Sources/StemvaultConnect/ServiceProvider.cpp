@@ -1,6 +1,5 @@
 #include "StemvaultConnect/ServiceProvider.h"
 
-#include "FileManager/FileManager+Folders.h"
 #include "FileManager/FileManager.h"
 #include "Foundation/UnicodeText.h"
 #include "StemvaultConnect/BounceAlertController.h"

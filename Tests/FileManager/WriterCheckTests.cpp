@@ -1,4 +1,3 @@
-#include "FileManager/ProcessWriters.h"
 #include "FileManager/WriterCheck.h"
 #include "Foundation/FileDescriptor.h"
 #include "Support/TemporaryFolder.h"

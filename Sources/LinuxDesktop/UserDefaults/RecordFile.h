@@ -1,6 +1,6 @@
 #pragma once
 
-#include "FileManager/FileCopyOptions.h"
+#include "FileManager/FileCopy.h"
 
 #include <nlohmann/json.hpp>
 
