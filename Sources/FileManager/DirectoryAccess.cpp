@@ -1,7 +1,6 @@
 #include "FileManager/DirectoryAccess.h"
 
-#include "Foundation/PathText.h"
-
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -55,25 +54,38 @@ bool removeBelow(int folder, const std::string& name, dev_t device)
 
 } // namespace
 
+KernelPath::KernelPath(const std::string& path) : rest(path)
+{
+    while (reachable && rest.size() >= PATH_MAX)
+        reachable = enterAsFarAsPossible();
+    if (!reachable)
+        rest = {};
+}
+
+bool KernelPath::enterAsFarAsPossible()
+{
+    const auto cut = rest.rfind('/', PATH_MAX - 1);
+    if (cut == std::string_view::npos || cut == 0)
+        return errno = ENAMETOOLONG, false;
+    base = FileDescriptor(::openat(
+        folder(), std::string(rest.substr(0, cut)).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+    rest.remove_prefix(std::min(rest.find_first_not_of('/', cut), rest.size()));
+    return base.isOpen();
+}
+
+const char* KernelPath::name() const
+{
+    if (!reachable)
+        return "";
+    return rest.empty() ? "." : rest.data();
+}
+
 FileDescriptor openPath(const std::string& path, int flags)
 {
-    // The kernel takes a path of less than PATH_MAX bytes in one call; a longer one goes in pieces.
-    std::string_view rest = path;
-    FileDescriptor folder;
-    while (rest.size() >= PATH_MAX) {
-        const auto cut = rest.rfind('/', PATH_MAX - 1);
-        if (cut == std::string_view::npos || cut == 0) {
-            errno = ENAMETOOLONG;
-            return {};
-        }
-        folder = FileDescriptor(::openat(folder ? folder.get() : AT_FDCWD,
-            std::string(rest.substr(0, cut)).c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-        if (!folder)
-            return {};
-        rest.remove_prefix(std::min(rest.find_first_not_of('/', cut), rest.size()));
-    }
-    return FileDescriptor(::openat(folder ? folder.get() : AT_FDCWD,
-        rest.empty() ? "." : std::string(rest).c_str(), flags | O_CLOEXEC));
+    const KernelPath kernelPath(path);
+    if (!kernelPath.isReachable())
+        return {};
+    return FileDescriptor(::openat(kernelPath.folder(), kernelPath.name(), flags | O_CLOEXEC));
 }
 
 FileDescriptor openWithoutLinks(const std::string& path, int flags)

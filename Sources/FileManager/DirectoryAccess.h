@@ -2,8 +2,10 @@
 
 #include "Foundation/FileDescriptor.h"
 
+#include <fcntl.h>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <vector>
 
@@ -11,6 +13,28 @@ namespace stemvault {
 
 // Work in folders by descriptor, so that neither the length of a path nor a rename of an ancestor
 // matters. Failures leave their reason in errno.
+
+/// A path of any length, cut to what the kernel takes in one call: an open folder, and the rest of
+/// the path below it. The path must outlive it.
+class KernelPath {
+public:
+    /// Opens folders only for a path of PATH_MAX bytes or more.
+    explicit KernelPath(const std::string& path);
+
+    /// False, with errno set, when a folder on the way could not be opened. The name is empty then,
+    /// which the kernel refuses.
+    [[nodiscard]] bool isReachable() const { return reachable; }
+
+    [[nodiscard]] int folder() const { return base ? base.get() : AT_FDCWD; }
+    [[nodiscard]] const char* name() const;
+
+private:
+    [[nodiscard]] bool enterAsFarAsPossible();
+
+    std::string_view rest; ///< A tail of the path, so it ends with a zero.
+    FileDescriptor base;
+    bool reachable = true;
+};
 
 /// As open(2), for paths of any length. Always close-on-exec.
 [[nodiscard]] FileDescriptor openPath(const std::string& path, int flags);

@@ -1,13 +1,11 @@
 #include "LinuxDesktop/FileEvents/FileStatus.h"
 
+#include "FileManager/DirectoryAccess.h"
 #include "Platform/FileEvents.h"
 
-#include <climits>
 #include <dirent.h>
 #include <fcntl.h>
-#include <string_view>
 #include <sys/stat.h>
-#include <utility>
 
 namespace stemvault {
 
@@ -29,34 +27,12 @@ bool isSince(FileTime time, FileTime since)
     return time >= since || (isCoarse(time) && time + std::chrono::seconds(2) > since);
 }
 
-/// A path cut to what the kernel takes: an open folder and the rest below it.
-class KernelPath {
-public:
-    explicit KernelPath(const std::string& path) : rest(path.empty() ? "/" : std::string_view(path))
-    {
-        while (rest.size() >= PATH_MAX)
-            enterAsFarAsPossible();
-    }
-
-    [[nodiscard]] int folder() const { return base ? base.get() : AT_FDCWD; }
-    [[nodiscard]] const char* name() const { return rest.data(); }
-
-private:
-    void enterAsFarAsPossible()
-    {
-        const std::size_t slash = rest.rfind('/', PATH_MAX - 2);
-        if (slash == 0 || slash == std::string_view::npos)
-            return rest.remove_prefix(rest.size());
-        const std::string piece(rest.substr(0, slash));
-        base = FileDescriptor(
-            openat(folder(), piece.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-        // What cannot be entered leaves an empty name, which the kernel refuses.
-        rest.remove_prefix(base ? slash + 1 : rest.size());
-    }
-
-    std::string_view rest; ///< A tail of the path, so it ends with a zero.
-    FileDescriptor base;
-};
+/// An empty path is the root of everything.
+const std::string& named(const std::string& path)
+{
+    static const std::string root = "/";
+    return path.empty() ? root : path;
+}
 
 } // namespace
 
@@ -137,13 +113,13 @@ std::optional<FileStatus> fileStatus(int folder, const char* name)
 
 std::optional<FileStatus> fileStatus(const std::string& path)
 {
-    const KernelPath kernelPath(path);
+    const KernelPath kernelPath(named(path));
     return fileStatus(kernelPath.folder(), kernelPath.name());
 }
 
 FileDescriptor openFolder(const std::string& path, int access)
 {
-    const KernelPath kernelPath(path);
+    const KernelPath kernelPath(named(path));
     return FileDescriptor(openat(kernelPath.folder(), kernelPath.name(),
         access | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
 }
