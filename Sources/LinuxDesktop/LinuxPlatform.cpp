@@ -1,6 +1,5 @@
 #include "LinuxDesktop/LinuxPlatform.h"
 
-#include "Foundation/NotificationCenter.h"
 #include "LinuxDesktop/Application/ActivationToken.h"
 #include "LinuxDesktop/Application/Appearance.h"
 #include "LinuxDesktop/Application/DBusServices.h"
@@ -14,7 +13,7 @@
 #include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
 #include "LinuxDesktop/Hotkey/HotkeySetup.h"
 #include "LinuxDesktop/LoginItem/AutostartEntry.h"
-#include "LinuxDesktop/OpenFiles/ToolRunner.h"
+#include "LinuxDesktop/OpenFiles/LsofOpenFiles.h"
 #include "LinuxDesktop/StatusBar/QtStatusBar.h"
 #include "LinuxDesktop/URLSession/FetcherURLSession.h"
 #include "LinuxDesktop/UserDefaults/UserDefaultsFile.h"
@@ -75,7 +74,7 @@ struct LinuxPlatform::Parts {
     LinuxFileEvents fileEvents { dispatch };
     AutostartEntry loginItem { AutostartEntry::standardFolder(),
         AutostartEntry::standardExecutable() };
-    ToolRunner processRunner;
+    LsofOpenFiles openFiles;
     QtStatusBar statusBar;
     FetcherURLSession urlSession { FetcherURLSession::standardFetcher(), {} };
     DBusUserNotificationCenter userNotificationCenter { dispatch, QDBusConnection::sessionBus(),
@@ -84,9 +83,8 @@ struct LinuxPlatform::Parts {
     HotkeySetup hotkey { dialogs, HotkeySetup::standardCourier(), QDBusConnection::sessionBus() };
     LinuxWorkspace workspace { dispatch, WorkspaceSources::ofThisSession(),
         [this] { return hotkey.show(); } };
-    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem,
-        processRunner, statusBar, urlSession, userDefaults, userNotificationCenter, viewWindows,
-        workspace };
+    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem, openFiles,
+        statusBar, urlSession, userDefaults, userNotificationCenter, viewWindows, workspace };
 
     void prepare(QWidget& window)
     {
@@ -114,10 +112,7 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     : session(std::move(joined)), parts(std::make_unique<Parts>(session->services))
 {
     takeActivationTokenOfStart();
-    // Who starts the program once more wants to see it; the tray may be missing.
-    session->instance.onActivate([] {
-        NotificationCenter::defaultCenter().post({ "openPreferences", {} });
-    });
+    session->instance.onActivate([this] { parts->application.reopen(); });
 }
 
 // Nothing may be destroyed under work that still runs. A user who starts the program again

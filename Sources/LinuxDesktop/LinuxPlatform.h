@@ -10,8 +10,8 @@ namespace stemvault {
 class LinuxPlatform {
 public:
     /// Joins the session. Null when the program runs in it already: that instance has been told.
-    /// Where there is no display, or where a stranger has the program's name on the bus, this ends
-    /// the process, with a line on standard error.
+    /// Where there is no display, or where another program has the program's name on the bus, this
+    /// ends the process, with a line on standard error.
     [[nodiscard]] static std::unique_ptr<LinuxPlatform> create();
 
     LinuxPlatform(const LinuxPlatform&) = delete;

@@ -22,6 +22,10 @@ public:
     /// Called once, when the event loop runs and windows can be shown.
     virtual void applicationDidFinishLaunching() = 0;
 
+    /// Called each time that the user starts the program while it runs, between the other two. The
+    /// second process ends at once; this one is to show itself.
+    virtual void applicationShouldHandleReopen() = 0;
+
     /// Called once, before the event loop ends and before open alerts return; not called if
     /// launching never finished. Main-queue work that it asks for may not run any more. Settings
     /// that it changes are still written.

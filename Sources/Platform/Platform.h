@@ -6,7 +6,7 @@
 #include "Platform/Dispatch.h"
 #include "Platform/FileEvents.h"
 #include "Platform/LoginItem.h"
-#include "Platform/ProcessRunner.h"
+#include "Platform/OpenFiles.h"
 #include "Platform/StatusBar.h"
 #include "Platform/URLSession.h"
 #include "Platform/UserDefaults.h"
@@ -28,7 +28,7 @@ struct Platform {
     Dispatch& dispatch;
     FileEvents& fileEvents;
     LoginItem& loginItem;
-    ProcessRunner& processRunner;
+    OpenFiles& openFiles;
     StatusBar& statusBar;
     URLSession& urlSession;
     UserDefaults& userDefaults;

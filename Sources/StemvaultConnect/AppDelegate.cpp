@@ -63,6 +63,12 @@ void AppDelegate::applicationDidFinishLaunching()
         [this](const std::optional<FileURL>&) { menuBarManager->sessionDidChange(); });
 }
 
+// Whoever starts the program once more wants to see it; the tray may be missing.
+void AppDelegate::applicationShouldHandleReopen()
+{
+    menuBarManager->openPreferences();
+}
+
 void AppDelegate::applicationWillTerminate()
 {
     isTerminating = true;

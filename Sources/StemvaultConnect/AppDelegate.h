@@ -16,6 +16,7 @@ public:
     ~AppDelegate() override;
 
     void applicationDidFinishLaunching() override;
+    void applicationShouldHandleReopen() override;
     void applicationWillTerminate() override;
 
 private:

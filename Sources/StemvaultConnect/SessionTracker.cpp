@@ -26,13 +26,6 @@ constexpr auto timeBetweenPolls = 30s;
 constexpr std::array<std::string_view, 6> sessionFileExtensions = { "ptx", "logicx", "als", "song",
     "cpr", "rpp" };
 
-/// As lsof prints them.
-std::optional<std::string> openFiles(ProcessRunner& processRunner, std::int32_t process)
-{
-    return processRunner.run(
-        processRunner.pathForTool("lsof"), { "-p", std::to_string(process), "-Fn" });
-}
-
 } // namespace
 
 SessionTracker::SessionTracker() = default;
@@ -88,7 +81,7 @@ void SessionTracker::refresh()
     platform.dispatch.utilityAsync(
         [&platform, tracker = alive.token(), scan = std::move(scan), scanned]() mutable {
             if (!tracker.expired())
-                scan.folder = findOpenSessionFolder(platform.processRunner, scan.candidates);
+                scan.folder = findOpenSessionFolder(platform.openFiles, scan.candidates);
             platform.dispatch.mainAsync([scanned, scan = std::move(scan)] { scanned(scan); });
         });
 }
@@ -153,13 +146,13 @@ void SessionTracker::updateTimer()
 }
 
 std::optional<FileURL> SessionTracker::findOpenSessionFolder(
-    ProcessRunner& processRunner, std::span<Candidate> candidates)
+    OpenFiles& openFiles, std::span<Candidate> candidates)
 {
     for (Candidate& candidate : candidates)
-        if (auto found = sessionFolderFromLsof(processRunner, candidate, sessionFileExtensions))
+        if (auto found = sessionFolderFromLsof(openFiles, candidate, sessionFileExtensions))
             return found;
     for (const Candidate& candidate : candidates)
-        if (auto found = sessionFolderFromServer(processRunner, candidate))
+        if (auto found = sessionFolderFromServer(openFiles, candidate))
             return found;
     return std::nullopt;
 }
@@ -167,11 +160,11 @@ std::optional<FileURL> SessionTracker::findOpenSessionFolder(
 /// A server has the files of several programs open, so that only a session file of this DAW's own
 /// kind says anything.
 std::optional<FileURL> SessionTracker::sessionFolderFromServer(
-    ProcessRunner& processRunner, const Candidate& candidate)
+    OpenFiles& openFiles, const Candidate& candidate)
 {
     if (candidate.fileServer == 0 || candidate.daw == nullptr)
         return std::nullopt;
-    const auto output = openFiles(processRunner, candidate.fileServer);
+    const auto output = openFiles.listing(candidate.fileServer);
     if (!output)
         return std::nullopt;
     const DAWNames& extensions = candidate.daw->sessionFiles;
@@ -179,10 +172,10 @@ std::optional<FileURL> SessionTracker::sessionFolderFromServer(
         FileManager::contentModificationDate);
 }
 
-std::optional<FileURL> SessionTracker::sessionFolderFromLsof(ProcessRunner& processRunner,
-    Candidate& candidate, std::span<const std::string_view> extensions)
+std::optional<FileURL> SessionTracker::sessionFolderFromLsof(
+    OpenFiles& openFiles, Candidate& candidate, std::span<const std::string_view> extensions)
 {
-    candidate.openFiles = openFiles(processRunner, candidate.process);
+    candidate.openFiles = openFiles.listing(candidate.process);
     if (!candidate.openFiles)
         return std::nullopt;
     return sessionFolder(

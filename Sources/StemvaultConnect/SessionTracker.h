@@ -3,7 +3,7 @@
 #include "Foundation/FileURL.h"
 #include "Foundation/Shared.h"
 #include "Foundation/WeakGuard.h"
-#include "Platform/ProcessRunner.h"
+#include "Platform/OpenFiles.h"
 #include "Platform/Workspace.h"
 #include "StemvaultConnect/FolderLooks.h"
 
@@ -78,11 +78,11 @@ private:
     [[nodiscard]] static bool isDAW(const RunningApplication& application);
     [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
     [[nodiscard]] static std::optional<FileURL> findOpenSessionFolder(
-        ProcessRunner& processRunner, std::span<Candidate> candidates);
+        OpenFiles& openFiles, std::span<Candidate> candidates);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromServer(
-        ProcessRunner& processRunner, const Candidate& candidate);
-    [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(ProcessRunner& processRunner,
-        Candidate& candidate, std::span<const std::string_view> extensions);
+        OpenFiles& openFiles, const Candidate& candidate);
+    [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(
+        OpenFiles& openFiles, Candidate& candidate, std::span<const std::string_view> extensions);
     static void findByMedia(Scan& scan);
 
     std::optional<MediaOwner> mediaOwner; ///< Of `folder`; absent when its own files told.

@@ -44,7 +44,7 @@ TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
     EXPECT_FALSE(BounceAlertController::isMade() || SessionTrackerObservable::isMade());
     EXPECT_EQ(platform.statusBar.menu.items.size(), 7U);
     EXPECT_EQ(platform.urlSession.urls.size(), 1U) << "the daily look for an update";
-    EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "a DAW that was running already is seen";
+    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "a DAW that was running already is seen";
     EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
     EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });
     EXPECT_NE(platform.application.servicesProvider, nullptr);
@@ -112,6 +112,14 @@ TEST_F(AppDelegateTests, ABounceThatBecomesALinkIsNotCopied)
     EXPECT_THAT(folder.names("Client A"), testing::IsEmpty());
 }
 
+TEST_F(AppDelegateTests, ASecondStartOpensThePreferences)
+{
+    delegate.applicationDidFinishLaunching();
+    EXPECT_TRUE(platform.windows.windows.empty());
+    delegate.applicationShouldHandleReopen();
+    EXPECT_THAT(platform.windows.windows, testing::ElementsAre(testing::EndsWith("shown")));
+}
+
 TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
 {
     delegate.applicationDidFinishLaunching();
@@ -123,10 +131,10 @@ TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
     EXPECT_EQ(
         platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);
-    platform.processRunner.calls.clear();
+    platform.openFiles.calls.clear();
     openSession("/c");
     platform.dispatch.advance(60s);
-    EXPECT_TRUE(platform.processRunner.calls.empty());
+    EXPECT_TRUE(platform.openFiles.calls.empty());
 }
 
 } // namespace

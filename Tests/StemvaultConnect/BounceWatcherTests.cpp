@@ -143,7 +143,7 @@ TEST_F(BounceWatcherTests, LeavesOutTheWorkingFoldersOfASessionFoundByItsMedia)
     };
     platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
     for (const auto& row : rows) {
-        platform.processRunner.openFiles["5"] = "n" + song + row.openFile + "\n";
+        platform.openFiles.listings[5] = "n" + song + row.openFile + "\n";
         SessionTracker::shared().refresh();
         platform.dispatch.settle();
         watch();

@@ -100,7 +100,7 @@ TEST_F(PreferencesViewTests, EmptyAsItIsRead)
 
 TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
 {
-    platform.processRunner.openFiles["5"] = "n/home/u/S/Big Song/Big Song.rpp\n";
+    platform.openFiles.listings[5] = "n/home/u/S/Big Song/Big Song.rpp\n";
     const PreferencesView view;
     platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
     SessionTracker::shared().refresh();

@@ -20,7 +20,7 @@ struct SessionTrackerTests : testing::Test {
         platform.dispatch.settle();
     }
 
-    std::size_t scans() { return std::exchange(platform.processRunner.calls, {}).size(); }
+    std::size_t scans() { return std::exchange(platform.openFiles.calls, {}).size(); }
 
     FakePlatform platform;
     std::vector<std::string> told;
@@ -54,7 +54,7 @@ TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
         desktop.workspace.applications = { row.application };
         SessionTracker::shared().start();
         desktop.dispatch.settle();
-        EXPECT_EQ(desktop.processRunner.calls.size(), row.isScanned ? 1U : 0U) << row.what;
+        EXPECT_EQ(desktop.openFiles.calls.size(), row.isScanned ? 1U : 0U) << row.what;
         EXPECT_EQ(desktop.dispatch.timerCount(), row.isPolled ? 1U : 0U) << row.what;
     }
 }
@@ -64,12 +64,10 @@ TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
     platform.workspace.launch(30, "com.cockos.reaper", "REAPER");
     platform.workspace.launch(20, "com.ableton.live", "Live");
     platform.workspace.launch(10, "com.avid.ProTools", "Pro Tools");
-    platform.processRunner.openFiles = { { "20", "n/live/S.als\n" },
-        { "10", "n/pt/WaveCache.wfm\n" } };
+    platform.openFiles.listings = { { 20, "n/live/S.als\n" }, { 10, "n/pt/WaveCache.wfm\n" } };
     start();
     EXPECT_THAT(told, ElementsAre("/live"));
-    EXPECT_THAT(platform.processRunner.calls,
-        ElementsAre("/tools/lsof -p 30 -Fn", "/tools/lsof -p 20 -Fn"));
+    EXPECT_THAT(platform.openFiles.calls, ElementsAre(30, 20));
 }
 
 TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecides)
@@ -81,32 +79,32 @@ TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecide
     const struct {
         const char* what;
         std::vector<RunningApplication> applications;
-        std::map<std::string, std::string> openFiles;
+        std::map<std::int32_t, std::string> openFiles;
         std::vector<std::string> told;
         std::size_t scans;
     } rows[] = {
-        { "a session file not yet read", { live }, { { "5", "n/x.asd\n" }, { "1", "n/s/S.als\n" } },
+        { "a session file not yet read", { live }, { { 5, "n/x.asd\n" }, { 1, "n/s/S.als\n" } },
             { "/s" }, 2 },
         { "what the DAW itself has open decides", { live },
-            { { "5", "n/a/A.als\n" }, { "1", "n/s/S.als\n" } }, { "/a" }, 1 },
+            { { 5, "n/a/A.als\n" }, { 1, "n/s/S.als\n" } }, { "/a" }, 1 },
         { "another DAW's own files decide", { live, reaper },
-            { { "7", "n/r/R.rpp\n" }, { "1", "n/s/S.als\n" } }, { "/r" }, 2 },
+            { { 7, "n/r/R.rpp\n" }, { 1, "n/s/S.als\n" } }, { "/r" }, 2 },
         { "the session of another DAW of that server", { live, cubase },
-            { { "1", "n/c/C.cpr\nn/c/Audio Files/a.wav\nn/c/WaveCache.wfm\n" } }, { "/c" }, 4 },
-        { "the session of a DAW that does not run", { live }, { { "1", "n/c/C.cpr\n" } }, {}, 2 },
-        { "no server", { reaper }, { { "0", "n/r/R.rpp\n" } }, {}, 1 },
+            { { 1, "n/c/C.cpr\nn/c/Audio Files/a.wav\nn/c/WaveCache.wfm\n" } }, { "/c" }, 4 },
+        { "the session of a DAW that does not run", { live }, { { 1, "n/c/C.cpr\n" } }, {}, 2 },
+        { "no server", { reaper }, { { 0, "n/r/R.rpp\n" } }, {}, 1 },
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
         desktop.workspace.applications = row.applications;
-        desktop.processRunner.openFiles = row.openFiles;
+        desktop.openFiles.listings = row.openFiles;
         told.clear();
         SessionTracker::shared().observers.emplace_back(
             [this](const auto& folder) { told.push_back(folder ? folder->path() : "absent"); });
         SessionTracker::shared().start();
         desktop.dispatch.settle();
         EXPECT_EQ(told, row.told) << row.what;
-        EXPECT_EQ(desktop.processRunner.calls.size(), row.scans) << row.what;
+        EXPECT_EQ(desktop.openFiles.calls.size(), row.scans) << row.what;
     }
 }
 
@@ -121,7 +119,7 @@ TEST_F(SessionTrackerTests, FollowsTheSessionAndTellsOnlyChanges)
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("/a"));
 
-    platform.processRunner.openFiles["5"] = "n/b/S.rpp\n";
+    platform.openFiles.listings[5] = "n/b/S.rpp\n";
     platform.dispatch.advance(30s);
     EXPECT_THAT(told, ElementsAre("/a", "/b"));
     EXPECT_EQ(SessionTracker::shared().currentSessionFolder(), FileURL("/b"));
@@ -140,9 +138,9 @@ struct SessionByMediaTests : SessionTrackerTests {
     }
 
     /// What is told after the DAW, process 5 or another one, has these files open.
-    std::vector<std::string> openedBy(const std::string& process, const std::string& output)
+    std::vector<std::string> openedBy(std::int32_t process, const std::string& output)
     {
-        platform.processRunner.openFiles[process] = output;
+        platform.openFiles.listings[process] = output;
         platform.dispatch.advance(30s);
         return std::exchange(told, {});
     }
@@ -166,12 +164,12 @@ struct SessionByMediaTests : SessionTrackerTests {
 
 TEST_F(SessionByMediaTests, IsKeptWhileItsDAWRunsAndNothingElseIsFound)
 {
-    EXPECT_THAT(openedBy("5", takeOfSong), ElementsAre(song));
+    EXPECT_THAT(openedBy(5, takeOfSong), ElementsAre(song));
     EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
-    EXPECT_THAT(openedBy("5", ""), IsEmpty()) << "it has closed its media";
+    EXPECT_THAT(openedBy(5, ""), IsEmpty()) << "it has closed its media";
     EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
-    EXPECT_THAT(openedBy("5", takeIn("Next")), ElementsAre(folder.path("Next")));
-    openedBy("5", "");
+    EXPECT_THAT(openedBy(5, takeIn("Next")), ElementsAre(folder.path("Next")));
+    openedBy(5, "");
     platform.workspace.quit(5);
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("absent"));
@@ -180,21 +178,21 @@ TEST_F(SessionByMediaTests, IsKeptWhileItsDAWRunsAndNothingElseIsFound)
 
 TEST_F(SessionByMediaTests, CountsOnlyWhereNoFileOfASessionTells)
 {
-    openedBy("5", takeOfSong);
+    openedBy(5, takeOfSong);
     platform.workspace.launch(6, "com.ableton.live", "Live");
-    EXPECT_THAT(openedBy("6", "n/live/S.als\n"), ElementsAre("/live"));
+    EXPECT_THAT(openedBy(6, "n/live/S.als\n"), ElementsAre("/live"));
     EXPECT_THAT(workingFolders(), IsEmpty());
-    EXPECT_THAT(openedBy("6", ""), ElementsAre(song));
+    EXPECT_THAT(openedBy(6, ""), ElementsAre(song));
 
-    EXPECT_THAT(openedBy("5", "n" + song + "/Song.rpp\n"), IsEmpty()) << "the same folder";
+    EXPECT_THAT(openedBy(5, "n" + song + "/Song.rpp\n"), IsEmpty()) << "the same folder";
     EXPECT_THAT(workingFolders(), IsEmpty());
-    EXPECT_THAT(openedBy("5", ""), ElementsAre("absent")) << "such a folder comes and goes";
+    EXPECT_THAT(openedBy(5, ""), ElementsAre("absent")) << "such a folder comes and goes";
 }
 
 TEST_F(SessionByMediaTests, IsNotKeptForAnotherProcessOfTheSameNumber)
 {
-    openedBy("5", takeOfSong);
-    platform.processRunner.openFiles.clear();
+    openedBy(5, takeOfSong);
+    platform.openFiles.listings.clear();
     platform.workspace.applications.clear();
     platform.workspace.launch(5, "org.ardour.Ardour", "Ardour");
     platform.dispatch.settle();
@@ -203,7 +201,7 @@ TEST_F(SessionByMediaTests, IsNotKeptForAnotherProcessOfTheSameNumber)
 
 TEST_F(SessionByMediaTests, LooksThatHangDoNotPileUp)
 {
-    platform.processRunner.openFiles["5"] = takeOfSong;
+    platform.openFiles.listings[5] = takeOfSong;
     std::vector<Work> hanging;
     for (int i = 0; i < 10; ++i) {
         SessionTracker::shared().refresh();
@@ -213,7 +211,7 @@ TEST_F(SessionByMediaTests, LooksThatHangDoNotPileUp)
             hanging.push_back(platform.dispatch.holdOldestUtilityWork());
     }
     EXPECT_EQ(hanging.size(), 1U);
-    EXPECT_THAT(openedBy("5", "n/a/S.rpp\n"), ElementsAre("/a")) << "all else goes on";
+    EXPECT_THAT(openedBy(5, "n/a/S.rpp\n"), ElementsAre("/a")) << "all else goes on";
     hanging.front()();
     platform.dispatch.settle();
     EXPECT_THAT(told, IsEmpty()) << "what it found is out of date";
@@ -260,7 +258,7 @@ TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
     platform.dispatch.runOldestUtilityWork();
     SharedInstances::destroyAll();
     platform.dispatch.settle();
-    EXPECT_EQ(platform.processRunner.calls.size(), 1U) << "the second had not begun";
+    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "the second had not begun";
 }
 
 TEST_F(SessionTrackerTests, TellsItsObserversInOrderAndLateOnesNextTime)

@@ -213,7 +213,7 @@ FakePlatform::~FakePlatform()
 
 void FakePlatform::openSession(const std::string& file)
 {
-    processRunner.openFiles["5"] = "n" + file + "\n";
+    openFiles.listings[5] = "n" + file + "\n";
     if (workspace.applications.empty())
         workspace.launch(5, "com.cockos.reaper", "REAPER");
     else

@@ -140,23 +140,17 @@ private:
     }
 };
 
-struct FakeProcessRunner : ProcessRunner {
-    [[nodiscard]] std::string pathForTool(const std::string& name) const override
+struct FakeOpenFiles : OpenFiles {
+    [[nodiscard]] std::optional<std::string> listing(std::int32_t process) override
     {
-        return "/tools/" + name;
-    }
-    [[nodiscard]] std::optional<std::string> run(
-        const std::string& executable, const std::vector<std::string>& arguments) override
-    {
-        const std::string& process = arguments.at(1);
-        calls.push_back(executable + " " + arguments[0] + " " + process + " " + arguments.at(2));
-        const auto files = openFiles.find(process);
-        return files == openFiles.end() ? std::nullopt : std::optional(files->second);
+        calls.push_back(process);
+        const auto found = listings.find(process);
+        return found == listings.end() ? std::nullopt : std::optional(found->second);
     }
 
     // What a test may do.
-    std::map<std::string, std::string> openFiles; ///< By process identifier; none: no tool.
-    std::vector<std::string> calls;
+    std::map<std::int32_t, std::string> listings; ///< By process; none: lsof cannot be started.
+    std::vector<std::int32_t> calls; ///< The processes asked about.
 };
 
 /// Has room for one item.
@@ -337,7 +331,7 @@ public:
     FakeDispatch dispatch;
     FakeFileEvents fileEvents;
     FakeLoginItem loginItem;
-    FakeProcessRunner processRunner;
+    FakeOpenFiles openFiles;
     FakeStatusBar statusBar;
     FakeURLSession urlSession;
     FakeUserDefaults userDefaults;
@@ -346,9 +340,8 @@ public:
     FakeWorkspace workspace;
 
 private:
-    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem,
-        processRunner, statusBar, urlSession, userDefaults, userNotificationCenter, windows,
-        workspace };
+    Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem, openFiles,
+        statusBar, urlSession, userDefaults, userNotificationCenter, windows, workspace };
 };
 
 } // namespace stemvault

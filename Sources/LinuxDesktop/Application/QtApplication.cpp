@@ -82,6 +82,12 @@ void QtApplication::launch()
         delegate->applicationDidFinishLaunching();
 }
 
+void QtApplication::reopen()
+{
+    if (isLaunched && !isEndTold && delegate)
+        delegate->applicationShouldHandleReopen();
+}
+
 // The delegate is told first, so that nothing of it is at work any more when the answers of open
 // windows unwind.
 void QtApplication::terminate()

@@ -36,6 +36,9 @@ public:
     void run() override;
     void terminate() override;
 
+    /// The user has started the program once more.
+    void reopen();
+
     [[nodiscard]] ApplicationIcon& applicationIcon() { return iconOfWindows; }
 
 protected:

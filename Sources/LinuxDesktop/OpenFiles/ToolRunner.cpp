@@ -1,13 +1,8 @@
 #include "LinuxDesktop/OpenFiles/ToolRunner.h"
 
-#include "Foundation/PathText.h"
-#include "LinuxDesktop/OpenFiles/LsofFallback.h"
-#include "LinuxDesktop/OpenFiles/MountNamespace.h"
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <poll.h>
 #include <string_view>
 #include <unistd.h>
@@ -30,25 +25,6 @@ std::vector<std::string> environmentOfTools()
         if (!std::string_view(*entry).starts_with("LC_ALL="))
             entries.emplace_back(*entry);
     return entries;
-}
-
-bool isLsof(const std::string& executable)
-{
-    return lastPathComponent(executable) == "lsof";
-}
-
-/// The process that a call of lsof asks about, when it is asked in just the form `-p PID -Fn`.
-std::optional<pid_t> processAskedAbout(
-    const std::string& executable, const std::vector<std::string>& arguments)
-{
-    if (!isLsof(executable) || arguments.size() != 3 || arguments[0] != "-p"
-        || arguments[2] != "-Fn")
-        return std::nullopt;
-    const std::string& text = arguments[1];
-    pid_t process = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), process);
-    const bool isNumber = failure == std::errc() && end == text.data() + text.size();
-    return isNumber && process > 0 ? std::optional(process) : std::nullopt;
 }
 
 int remaining(steady_clock::time_point deadline)
@@ -104,64 +80,9 @@ bool readUntilEnd(
 
 } // namespace
 
-ToolRunner::ToolRunner() : ToolRunner(Limits {}) { }
-
 ToolRunner::ToolRunner(Limits allowed) : limits(allowed), environment(environmentOfTools()) { }
 
-std::string ToolRunner::pathForTool(const std::string& name) const
-{
-    for (const char* folder : { "/usr/bin", "/usr/sbin", "/bin" })
-        if (auto path = appendingPathComponent(folder, name); ::access(path.c_str(), X_OK) == 0)
-            return path;
-    return appendingPathComponent("/usr/bin", name);
-}
-
-std::optional<std::string> ToolRunner::run(
-    const std::string& executable, const std::vector<std::string>& arguments)
-{
-    collectGone();
-    const auto process = processAskedAbout(executable, arguments);
-    if (!process)
-        return runToEnd(executable, arguments).output;
-    auto names = openFiles(executable, arguments, *process);
-    return names ? std::optional(namesSeenFromHere(*std::move(names), *process)) : std::nullopt;
-}
-
-std::optional<std::string> ToolRunner::openFiles(
-    const std::string& executable, const std::vector<std::string>& arguments, pid_t process)
-{
-    if (!beginLook(process))
-        return lsofFallback(process);
-    Outcome outcome = runToEnd(executable, arguments);
-    endLook(process, outcome.isOverdue);
-    return outcome.isOverdue ? lsofFallback(process) : std::move(outcome.output);
-}
-
-/// Whether lsof may be asked about the process now. Waits for its turn, but not long.
-bool ToolRunner::beginLook(pid_t process)
-{
-    std::unique_lock lock(mutex);
-    const auto isDecided = [&] {
-        return isLsofOutOfUseLocked() || !processesLookedAt.contains(process);
-    };
-    if (!lookFinished.wait_for(lock, limits.turn, isDecided) || isLsofOutOfUseLocked())
-        return false;
-    processesLookedAt.insert(process);
-    return true;
-}
-
-void ToolRunner::endLook(pid_t process, bool isOverdue)
-{
-    {
-        const std::lock_guard lock(mutex);
-        processesLookedAt.erase(process);
-        if (isOverdue)
-            restsUntil = steady_clock::now() + limits.rest;
-    }
-    lookFinished.notify_all();
-}
-
-ToolRunner::Outcome ToolRunner::runToEnd(
+ToolRunner::Outcome ToolRunner::run(
     const std::string& executable, const std::vector<std::string>& arguments)
 {
     auto child = ChildProcess::start(executable, arguments, environment);
@@ -175,28 +96,24 @@ ToolRunner::Outcome ToolRunner::runToEnd(
         takeOutput(*child, output, limits.output);
     const bool isOverdue = !ended && output.size() <= limits.output;
     if (!hasEndedBy(*child, steady_clock::now() + graceAfterKill) || !child->isGone())
-        setAside(std::move(*child), isLsof(executable) && isOverdue);
+        setAside(std::move(*child), isOverdue);
     if (!ended || output.size() > limits.output)
         return { std::nullopt, isOverdue };
     return { std::move(output), false };
 }
 
-void ToolRunner::setAside(ChildProcess child, bool isLsof)
+void ToolRunner::setAside(ChildProcess child, bool isOverdue)
 {
     child.closeStandardOutput();
     const std::lock_guard lock(mutex);
-    stuck.push_back({ std::move(child), isLsof });
+    killed.push_back({ std::move(child), isOverdue });
 }
 
-void ToolRunner::collectGone()
+bool ToolRunner::isOneStuck()
 {
     const std::lock_guard lock(mutex);
-    std::erase_if(stuck, [](SetAside& one) { return one.child.isGone(); });
-}
-
-bool ToolRunner::isLsofOutOfUseLocked() const
-{
-    return steady_clock::now() < restsUntil || std::ranges::any_of(stuck, &SetAside::isLsof);
+    std::erase_if(killed, [](SetAside& one) { return one.child.isGone(); });
+    return std::ranges::any_of(killed, &SetAside::isOverdue);
 }
 
 } // namespace stemvault

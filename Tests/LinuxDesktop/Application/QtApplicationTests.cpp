@@ -20,6 +20,7 @@ struct Delegate : ApplicationDelegate {
         told.emplace_back("launched");
         launched();
     }
+    void applicationShouldHandleReopen() override { told.emplace_back("reopened"); }
     void applicationWillTerminate() override { told.emplace_back("terminating"); }
 };
 
@@ -47,14 +48,17 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
         delegate.launched = [&, finish = end] {
             dispatch.mainAsync([&] { ask("inner"); });
             dispatch.mainAsync([&, finish] { finish(application); });
+            application.reopen();
             ask("outer");
             ask("late");
         };
         application.setDelegate(&delegate);
+        application.reopen(); // Too early to be told, and too late below.
         application.run();
+        application.reopen();
         EXPECT_THAT(delegate.told,
-            ElementsAre("launched", "terminating", "saved", "inner stopped", "outer stopped",
-                "late stopped"))
+            ElementsAre("launched", "reopened", "terminating", "saved", "inner stopped",
+                "outer stopped", "late stopped"))
             << what;
     }
 }

@@ -1,26 +1,17 @@
-#include "Foundation/UnicodeText.h"
 #include "LinuxDesktop/OpenFiles/ToolRunner.h"
 #include "Support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
-#include <array>
-#include <atomic>
-#include <cstdio>
-#include <fstream>
-#include <poll.h>
-#include <sys/prctl.h>
+#include <chrono>
+#include <filesystem>
 #include <sys/wait.h>
-#include <thread>
 
 namespace stemvault {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AllOf;
 using testing::EndsWith;
-using testing::HasSubstr;
-using testing::Not;
 using testing::Optional;
 
 constexpr auto promptly = 5s;
@@ -28,7 +19,7 @@ constexpr auto promptly = 5s;
 struct ToolRunnerTests : testing::Test {
     std::optional<std::string> shell(const std::string& body)
     {
-        return runner.run("/bin/sh", { "-c", body });
+        return runner.run("/bin/sh", { "-c", body }).output;
     }
 
     static std::size_t openDescriptors()
@@ -38,14 +29,14 @@ struct ToolRunnerTests : testing::Test {
     }
 
     TemporaryFolder folder;
-    ToolRunner runner;
+    ToolRunner runner { ToolRunner::Limits {} };
 };
 
 TEST_F(ToolRunnerTests, GivesTheWholeOutputAsItIs)
 {
     const std::size_t descriptors = openDescriptors();
-    EXPECT_EQ(runner.run(folder.path("none"), {}), std::nullopt);
-    EXPECT_EQ(runner.run(folder.write("not executable", ""), {}), std::nullopt);
+    EXPECT_EQ(runner.run(folder.path("none"), {}).output, std::nullopt);
+    EXPECT_EQ(runner.run(folder.write("not executable", ""), {}).output, std::nullopt);
     EXPECT_EQ(shell("exit 3"), "");
     EXPECT_EQ(shell("printf 'a\\377\\n'; printf x >&2; kill -9 $$"), "a\xff\n");
     EXPECT_EQ(shell("head -c 5000000 /dev/zero >&2; echo said"), "said\n");
@@ -63,150 +54,10 @@ TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
     const auto begun = std::chrono::steady_clock::now();
     for (const char* endless :
         { "trap '' TERM INT HUP; while :; do sleep 60; done", "exec >&-; sleep 60", "yes" })
-        EXPECT_EQ(hasty.run("/bin/sh", { "-c", endless }), std::nullopt) << endless;
+        EXPECT_EQ(hasty.run("/bin/sh", { "-c", endless }).output, std::nullopt) << endless;
     EXPECT_THAT(shell("sleep 60 & echo $$"), Optional(EndsWith("\n"))); // The pipe stays open.
     EXPECT_LT(std::chrono::steady_clock::now() - begun, promptly);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
-}
-
-TEST_F(ToolRunnerTests, AsksTheRealLsof)
-{
-    const std::pair<const char*, const char*> names[] = { { "\xc3\xa9 ", "\xc3\xa9 " },
-        { "e\xcc\x81", "e\xcc\x81" }, { "a\tb\\c\nd", R"(a\tb\\c\nd)" }, { "x\xff", R"(x\xff)" } };
-    std::vector<std::ifstream> files;
-    for (const auto& [name, printed] : names)
-        files.emplace_back(folder.write(name, ""));
-    const std::string own = std::to_string(::getpid());
-    const auto output = runner.run(runner.pathForTool("lsof"), { "-p", own, "-Fn" });
-    ASSERT_THAT(output, Optional(HasSubstr("p" + own + "\n")));
-    for (const auto& [name, printed] : names)
-        EXPECT_THAT(*output, HasSubstr("\nn" + folder.path(printed) + "\n"));
-    EXPECT_TRUE(isValidUTF8(*output));
-    EXPECT_EQ(runner.pathForTool("none"), "/usr/bin/none");
-}
-
-/// Stands for an lsof whose helper the kernel holds: the helper takes its kill and stays, because
-/// its parent, out of reach in another group, does not collect it.
-constexpr const char* stuckLsof = R"(#!/usr/bin/perl
-use strict; use warnings;
-my ($folder) = $0 =~ m{(.*)/};
-open(my $runs, '>>', "$folder/runs"); print $runs "@ARGV\n"; close $runs;
-if (-e "$folder/well") { print "well\n"; exit; }
-my $group = $$;
-pipe(my $read, my $write);
-if (!fork) {
-    setpgrp(0, 0);
-    if (!fork) { setpgrp(0, $group); syswrite $write, 'x'; sleep 3600; exit; }
-    open(my $parent, '>', "$folder/parent"); print $parent $$; close $parent;
-    sleep 3600; exit;
-}
-sysread $read, my $byte, 1;
-sleep 3600;
-)";
-
-TEST_F(ToolRunnerTests, AnswersFromProcWhileLsofIsStuck)
-{
-    ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-    const std::string lsof = folder.write("lsof", stuckLsof);
-    std::filesystem::permissions(lsof, std::filesystem::perms::owner_all);
-    const std::ifstream open(folder.write("Open\\Song.rpp", ""));
-    const auto ask =
-        [&, hasty = std::make_shared<ToolRunner>(ToolRunner::Limits { .time = 2s, .rest = 0s })](
-            const std::string& process) {
-            return hasty->run(lsof, { "-p", process, "-Fn" });
-        };
-    const std::string own = std::to_string(::getpid());
-    std::vector<std::thread> others(2);
-    for (std::thread& other : others)
-        other = std::thread([&] { EXPECT_NE(ask(own), std::nullopt); });
-    const auto answer = ask(own);
-    for (std::thread& other : others)
-        other.join();
-    EXPECT_THAT(answer, Optional(HasSubstr("p" + own + "\nn")));
-    EXPECT_THAT(answer, Optional(HasSubstr("\nn" + folder.path(R"(Open\\Song.rpp)") + "\n")));
-    EXPECT_EQ(ask("4194305"), ""); // No such process.
-    EXPECT_EQ(folder.read("runs"), "-p " + own + " -Fn\n") << "One was started, for all of them.";
-
-    folder.write("well", "");
-    EXPECT_NE(ask(own), "well\n") << "It is still stuck.";
-    ::kill(std::stoi(folder.read("parent")), SIGKILL);
-    const auto deadline = std::chrono::steady_clock::now() + promptly;
-    std::optional<std::string> again;
-    while (again != "well\n" && std::chrono::steady_clock::now() < deadline) {
-        ::poll(nullptr, 0, 10);
-        while (::waitpid(-1, nullptr, WNOHANG) > 0) { }
-        again = ask(own);
-    }
-    EXPECT_EQ(again, "well\n");
-    ::prctl(PR_SET_CHILD_SUBREAPER, 0);
-}
-
-/// Stands for an lsof that takes too long but can be ended.
-constexpr const char* slowLsof = R"(#!/bin/sh
-folder=${0%/*}
-echo "$@" >> "$folder/runs"
-[ -e "$folder/well" ] && echo well || exec sleep 3600
-)";
-
-TEST_F(ToolRunnerTests, ASlowLsofKeepsNoThreads)
-{
-    const std::string lsof = folder.write("lsof", slowLsof);
-    std::filesystem::permissions(lsof, std::filesystem::perms::owner_all);
-    ToolRunner asked({ .time = 3s, .turn = 50ms, .rest = 1h });
-    const std::string own = std::to_string(::getpid());
-    const auto ask = [&] { return asked.run(lsof, { "-p", own, "-Fn" }); };
-    std::atomic<int> answers = 0;
-    std::vector<std::thread> looks(16);
-    const auto begun = std::chrono::steady_clock::now();
-    for (std::thread& look : looks)
-        look = std::thread([&] {
-            EXPECT_THAT(ask(), Optional(HasSubstr("p" + own + "\nn")));
-            ++answers;
-        });
-    while (answers < 15 && std::chrono::steady_clock::now() < begun + 2s)
-        ::poll(nullptr, 0, 5);
-    EXPECT_EQ(answers, 15) << "All but the one that runs lsof.";
-    for (std::thread& look : looks)
-        look.join();
-
-    folder.write("well", "");
-    EXPECT_THAT(ask(), Optional(HasSubstr("p" + own + "\nn"))) << "It is left alone for a while.";
-    EXPECT_EQ(folder.read("runs"), "-p " + own + " -Fn\n");
-
-    std::filesystem::remove(folder.path("well"));
-    ToolRunner forgiving({ .time = 50ms, .rest = 50ms });
-    std::optional<std::string> answer = forgiving.run(lsof, { "-p", own, "-Fn" });
-    EXPECT_NE(answer, "well\n");
-    folder.write("well", "");
-    const auto deadline = std::chrono::steady_clock::now() + promptly;
-    while (answer != "well\n" && std::chrono::steady_clock::now() < deadline)
-        answer = forgiving.run(lsof, { "-p", own, "-Fn" });
-    EXPECT_EQ(answer, "well\n") << "After the while it is asked again.";
-}
-
-TEST_F(ToolRunnerTests, LeavesOutWhatASandboxSeesUnderOurPaths)
-{
-    folder.write("there/Song.rpp", "");
-    folder.write("here/Song.rpp", "");
-    // Sees the first folder in the place of the second one.
-    const std::string body = "mount --bind " + folder.path("there") + " " + folder.path("here")
-        + " && exec 3<" + folder.path("here/Song.rpp") + " 4<" + folder.path("there/Song.rpp")
-        + " && echo $$ && exec sleep 3600";
-    FILE* const sandbox = ::popen(("exec unshare -rm sh -c '" + body + "' 2>&1").c_str(), "r");
-    std::array<char, 256> line {};
-    std::string process = ::fgets(line.data(), line.size(), sandbox) != nullptr ? line.data() : "";
-    process.resize(process.find_last_not_of('\n') + 1);
-    const bool isThere =
-        !process.empty() && process.find_first_not_of("0123456789") == std::string::npos;
-    if (isThere) {
-        EXPECT_THAT(runner.run(runner.pathForTool("lsof"), { "-p", process, "-Fn" }),
-            Optional(AllOf(HasSubstr("\nn" + folder.path("there/Song.rpp") + "\n"),
-                Not(HasSubstr("\nn" + folder.path("here/Song.rpp"))))));
-        ::kill(std::stoi(process), SIGKILL);
-    }
-    ::pclose(sandbox);
-    if (!isThere)
-        GTEST_SKIP() << "No sandboxes here: " << process;
 }
 
 } // namespace

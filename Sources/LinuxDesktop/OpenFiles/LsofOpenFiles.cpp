@@ -1,0 +1,74 @@
+#include "LinuxDesktop/OpenFiles/LsofOpenFiles.h"
+
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
+#include "LinuxDesktop/OpenFiles/MountNamespace.h"
+
+#include <unistd.h>
+#include <utility>
+
+namespace stemvault {
+
+using std::chrono::steady_clock;
+
+LsofOpenFiles::LsofOpenFiles() : LsofOpenFiles(std::nullopt, Limits {}) { }
+
+LsofOpenFiles::LsofOpenFiles(std::optional<std::string> lsof, Limits allowed)
+    : tool(std::move(lsof)), limits(allowed), runner(allowed.tool)
+{
+}
+
+std::string LsofOpenFiles::standardTool()
+{
+    for (const char* path : { "/usr/bin/lsof", "/usr/sbin/lsof", "/bin/lsof" })
+        if (::access(path, X_OK) == 0)
+            return path;
+    return "/usr/bin/lsof";
+}
+
+std::optional<std::string> LsofOpenFiles::listing(std::int32_t process)
+{
+    auto names = ask(process);
+    return names ? std::optional(namesSeenFromHere(*std::move(names), process)) : std::nullopt;
+}
+
+std::optional<std::string> LsofOpenFiles::ask(pid_t process)
+{
+    if (!beginLook(process))
+        return lsofFallback(process);
+    ToolRunner::Outcome outcome =
+        runner.run(tool ? *tool : standardTool(), { "-p", std::to_string(process), "-Fn" });
+    endLook(process, outcome.isOverdue);
+    return outcome.isOverdue ? lsofFallback(process) : std::move(outcome.output);
+}
+
+/// Whether lsof may be asked about the process now. Waits for its turn, but not long.
+bool LsofOpenFiles::beginLook(pid_t process)
+{
+    std::unique_lock lock(mutex);
+    const auto isDecided = [&] {
+        return isOutOfUseLocked() || !processesLookedAt.contains(process);
+    };
+    if (!lookFinished.wait_for(lock, limits.turn, isDecided) || isOutOfUseLocked())
+        return false;
+    processesLookedAt.insert(process);
+    return true;
+}
+
+void LsofOpenFiles::endLook(pid_t process, bool isOverdue)
+{
+    {
+        const std::lock_guard lock(mutex);
+        processesLookedAt.erase(process);
+        if (isOverdue)
+            restsUntil = steady_clock::now() + limits.rest;
+    }
+    lookFinished.notify_all();
+}
+
+bool LsofOpenFiles::isOutOfUseLocked()
+{
+    const bool isOneStuck = runner.isOneStuck();
+    return isOneStuck || steady_clock::now() < restsUntil;
+}
+
+} // namespace stemvault
