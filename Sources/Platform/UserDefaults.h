@@ -25,7 +25,7 @@ public:
     [[nodiscard]] virtual std::optional<std::chrono::system_clock::time_point> date(
         const std::string& key) const = 0;
 
-    /// Replaces whatever is under `key`, of whichever kind. Any bytes are kept, zeros included.
+    /// Replaces whatever is under `key`, of whichever kind. The bytes are UTF-8, zeros included.
     /// Reading gives the new value at once. It reaches the disk soon after, several changes as one,
     /// and at the latest when the program ends. If the disk refuses, the value stays in memory and
     /// is written with the next change.

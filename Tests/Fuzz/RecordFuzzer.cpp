@@ -1,3 +1,4 @@
+#include "Foundation/UnicodeText.h"
 #include "Fuzz/Fuzzer.h"
 #include "LinuxDesktop/UserDefaults/UserDefaultsFile.h"
 #include "Support/FakeDispatch.h"
@@ -22,7 +23,7 @@ void change(const std::string& path, const std::string& value)
     defaults.setDate("date", date.value_or(WallTime()));
     defaults.synchronize();
     const UserDefaultsFile again(path, dispatch);
-    mustHold(again.data("value") == value, "any bytes can be kept");
+    mustHold(again.data("value") == value, "any text can be kept");
     mustHold(!bytes || again.data("bytes") == bytes, "bytes that were read are written the same");
     mustHold(!date || again.date("date") == date, "a date that was read is written the same");
 }
@@ -34,7 +35,7 @@ void feed(std::string_view input)
     const std::string text(input);
     const TemporaryFolder folder;
     const std::string path = folder.write("connect.json", text);
-    change(path, text);
+    change(path, isValidUTF8(text) ? text : "text");
     auto before = parsedRecord(text);
     auto after = RecordFile(path).read();
     if (!before) {

@@ -1,18 +1,22 @@
 #include "LinuxDesktop/Hotkey/ShortcutLists.h"
 
-#include "LinuxDesktop/Hotkey/DesktopTool.h"
-
 #include <QDBusMessage>
 #include <QDBusReply>
+#include <QEventLoop>
+#include <QProcess>
 #include <QStandardPaths>
+#include <QTimer>
 
+#include <chrono>
+#include <optional>
 #include <sstream>
 
 namespace stemvault {
 
 namespace {
 
-constexpr int patience = 3000; ///< Milliseconds for each answer over the bus.
+constexpr int timeToAnswer = 3000; ///< Milliseconds for each answer over the bus.
+constexpr std::chrono::seconds timeOfTool { 3 };
 
 /// A place of the settings that GNOME and its relatives keep entries in.
 struct Settings {
@@ -21,6 +25,32 @@ struct Settings {
     QString entry; ///< Schema and path of the entry.
     QString commandKey;
 };
+
+/// What a tool of the desktop prints, without white space at its ends. Absent when it is not
+/// installed, fails, or takes more than a few seconds. Runs the event loop meanwhile.
+std::optional<QString> outputOf(const QString& program, const QStringList& arguments)
+{
+    QProcess tool;
+    QEventLoop loop;
+    QObject::connect(&tool, &QProcess::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&tool, &QProcess::errorOccurred, &loop, &QEventLoop::quit);
+    QTimer::singleShot(timeOfTool, &loop, &QEventLoop::quit);
+    tool.setStandardInputFile(QProcess::nullDevice());
+    tool.setStandardErrorFile(QProcess::nullDevice());
+    // Queued, as a failure to start is told from within.
+    QMetaObject::invokeMethod(
+        &tool, [&] { tool.start(program, arguments); }, Qt::QueuedConnection);
+    loop.exec();
+    if (tool.state() != QProcess::NotRunning) {
+        tool.kill();
+        tool.waitForFinished(1000);
+        return std::nullopt;
+    }
+    if (tool.error() != QProcess::UnknownError || tool.exitStatus() != QProcess::NormalExit
+        || tool.exitCode() != 0)
+        return std::nullopt;
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+}
 
 std::optional<QString> get(const QString& place, const QString& key)
 {
@@ -151,7 +181,7 @@ bool isListedInLxqt(const Shortcut& shortcut, const QDBusConnection& bus, qulong
 {
     auto question = lxqtCall(QStringLiteral("getActionById"));
     question << id;
-    const QVariantList answer = bus.call(question, QDBus::BlockWithGui, patience).arguments();
+    const QVariantList answer = bus.call(question, QDBus::BlockWithGui, timeToAnswer).arguments();
     return answer.size() == 6 && answer.at(5).toString().toStdString() == shortcut.command();
 }
 
@@ -159,7 +189,7 @@ bool isListedInLxqt(const Shortcut& shortcut, const QDBusConnection& bus, qulong
 bool addToLxqt(const Shortcut& shortcut, const QDBusConnection& bus)
 {
     const QDBusReply<QList<qulonglong>> ids =
-        bus.call(lxqtCall(QStringLiteral("getAllActionIds")), QDBus::BlockWithGui, patience);
+        bus.call(lxqtCall(QStringLiteral("getAllActionIds")), QDBus::BlockWithGui, timeToAnswer);
     if (!ids.isValid())
         return false;
     for (const qulonglong id : ids.value())
@@ -169,7 +199,7 @@ bool addToLxqt(const Shortcut& shortcut, const QDBusConnection& bus)
     call << QStringLiteral("XF86Launch9") << QString::fromStdString(shortcut.program)
          << QStringList { QString::fromStdString(shortcut.argument) }
          << QString::fromStdString(shortcut.name);
-    const QVariantList answer = bus.call(call, QDBus::BlockWithGui, patience).arguments();
+    const QVariantList answer = bus.call(call, QDBus::BlockWithGui, timeToAnswer).arguments();
     return answer.size() == 2 && answer.at(1).toULongLong() != 0;
 }
 
@@ -186,7 +216,7 @@ bool addToPlasma(const Shortcut& shortcut, const QDBusConnection& bus)
         QStringLiteral("/kglobalaccel"), QStringLiteral("org.kde.KGlobalAccel"),
         QStringLiteral("doRegister"));
     call << QStringList { entry, QStringLiteral("_launch"), name, name };
-    return bus.call(call, QDBus::BlockWithGui, patience).type() == QDBusMessage::ReplyMessage;
+    return bus.call(call, QDBus::BlockWithGui, timeToAnswer).type() == QDBusMessage::ReplyMessage;
 }
 
 struct List {

@@ -1,9 +1,8 @@
 #include "LinuxDesktop/LoginItem/AutostartEntry.h"
 
-#include "Foundation/HomeDirectory.h"
+#include "Foundation/Environment.h"
 #include "LinuxDesktop/LoginItem/AutostartText.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -19,13 +18,6 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view fileName = "net.stemvault.Connect.desktop";
-
-std::string environment(const char* name)
-{
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment then.
-    const char* const value = std::getenv(name);
-    return value ? value : "";
-}
 
 /// Empty when there is no such file.
 std::string contentOf(const std::string& path)
@@ -48,9 +40,7 @@ AutostartEntry::AutostartEntry(std::string folder, std::string executable)
 
 std::string AutostartEntry::standardFolder()
 {
-    const std::string configuration = environment("XDG_CONFIG_HOME");
-    return (configuration.starts_with('/') ? configuration : homeDirectory() + "/.config")
-        + "/autostart";
+    return configurationFolder() + "/autostart";
 }
 
 std::string AutostartEntry::standardExecutable()

@@ -1,24 +1,16 @@
 #include "LinuxDesktop/UserDefaults/UserDefaultsFile.h"
 
-#include "Foundation/HomeDirectory.h"
+#include "Foundation/Environment.h"
 #include "Foundation/UnicodeText.h"
-#include "LinuxDesktop/UserDefaults/Base64.h"
 #include "LinuxDesktop/UserDefaults/DateText.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cassert>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
-
-nlohmann::json entryFor(const std::string& bytes)
-{
-    if (isValidUTF8(bytes))
-        return { { "data", bytes } };
-    return { { "base64", base64Encoded(bytes) } };
-}
 
 std::optional<std::string> textIn(const nlohmann::json& entry, const char* kind)
 {
@@ -26,21 +18,6 @@ std::optional<std::string> textIn(const nlohmann::json& entry, const char* kind)
     if (found == entry.end() || !found->is_string())
         return std::nullopt;
     return found->get<std::string>();
-}
-
-std::optional<std::string> bytesOf(const nlohmann::json& entry)
-{
-    if (auto text = textIn(entry, "data"))
-        return text;
-    const auto encoded = textIn(entry, "base64");
-    return encoded ? base64Decoded(*encoded) : std::nullopt;
-}
-
-std::string environment(const char* name)
-{
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment.
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
 }
 
 } // namespace
@@ -53,10 +30,7 @@ UserDefaultsFile::UserDefaultsFile(const std::string& path, Dispatch& queues, Sy
 
 std::string UserDefaultsFile::standardPath()
 {
-    const std::string folder = environment("XDG_CONFIG_HOME");
-    // A relative path is invalid there and to be passed over.
-    return (folder.starts_with('/') ? folder : homeDirectory() + "/.config")
-        + "/stemvault/connect.json";
+    return configurationFolder() + "/stemvault/connect.json";
 }
 
 const nlohmann::json* UserDefaultsFile::entry(const std::string& key) const
@@ -70,7 +44,7 @@ const nlohmann::json* UserDefaultsFile::entry(const std::string& key) const
 std::optional<std::string> UserDefaultsFile::data(const std::string& key) const
 {
     const nlohmann::json* found = entry(key);
-    return found != nullptr ? bytesOf(*found) : std::nullopt;
+    return found != nullptr ? textIn(*found, "data") : std::nullopt;
 }
 
 std::optional<std::string> UserDefaultsFile::string(const std::string& key) const
@@ -88,7 +62,8 @@ std::optional<WallTime> UserDefaultsFile::date(const std::string& key) const
 
 void UserDefaultsFile::setData(const std::string& key, const std::string& bytes)
 {
-    set(key, entryFor(bytes));
+    assert(isValidUTF8(bytes));
+    set(key, { { "data", bytes } });
 }
 
 void UserDefaultsFile::setDate(const std::string& key, WallTime date)

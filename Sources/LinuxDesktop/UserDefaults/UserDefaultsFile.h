@@ -13,8 +13,8 @@
 namespace stemvault {
 
 /// The user's settings in one JSON file: under each key an object that names the kind of its value,
-/// {"data": "text"} or, where the bytes are not UTF-8, {"base64": "..."}, {"string": "text"}, and
-/// {"date": "2026-03-01T09:30:00.125Z"}. Entries of other kinds are kept as they are.
+/// {"data": "text"}, {"string": "text"}, and {"date": "2026-03-01T09:30:00.125Z"}. Entries of other
+/// kinds are kept as they are.
 ///
 /// Changes are written on the utility queue, after all main-queue work that was waiting when the
 /// first of them was made, all in one and never two at a time. A change that cannot be written

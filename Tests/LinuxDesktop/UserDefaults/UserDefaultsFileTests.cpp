@@ -65,8 +65,7 @@ TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
         std::optional<std::string> expected;
     } rows[] = {
         { "text", R"({"settingsStore_v1": {"data": "{\"a\":1}"}})", R"({"a":1})" },
-        { "other bytes", R"({"settingsStore_v1": {"base64": "/wA="}})", std::string("\xFF\0", 2) },
-        { "no whole base64", R"({"settingsStore_v1": {"base64": "/wA"}})", std::nullopt },
+        { "an unknown kind", R"({"settingsStore_v1": {"base64": "/wA="}})", std::nullopt },
         { "another kind", R"({"settingsStore_v1": {"string": "https://h"}})", std::nullopt },
         { "no kind", R"({"settingsStore_v1": "text"})", std::nullopt },
         { "another key", R"({"other": {"data": "x"}})", std::nullopt },
@@ -102,8 +101,7 @@ TEST_F(UserDefaultsFileTest, ReadsADateInOneForm)
 TEST_F(UserDefaultsFileTest, WritesSeveralChangesOnce)
 {
     auto defaults = open();
-    const std::string values[] = { "text", "", std::string("\0\n\u00e9", 4), "\xFF", "\xFF\xFE",
-        std::string("\xFF\0\xFE", 3) };
+    const std::string values[] = { "text", "", std::string("\0\n\u00e9", 4) };
     for (const std::string& value : values) {
         writes = 0;
         defaults.setData(key, "first");
