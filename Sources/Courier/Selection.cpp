@@ -4,11 +4,11 @@
 #include "Courier/FocusedWindow.h"
 #include "Courier/WaylandClipboard.h"
 #include "Courier/X11Clipboard.h"
+#include "Foundation/Environment.h"
 #include "Foundation/FileDescriptor.h"
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 #include <utility>
@@ -36,14 +36,6 @@ const Failure keysHeld { "The keys of the hotkey were not let go. Press it short
 Deadline in(std::chrono::milliseconds time)
 {
     return std::chrono::steady_clock::now() + time;
-}
-
-/// Empty when it is not set.
-std::string_view environment(const char* variable)
-{
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread.
-    const char* const value = std::getenv(variable);
-    return value != nullptr ? value : "";
 }
 
 Files filesOn(const X11Clipboard& clipboard)
@@ -74,7 +66,7 @@ Files filesOnWayland(const std::vector<std::string>& offered)
 // window only the former. Others keep them apart until an X window has the keyboard.
 bool hasCommonClipboard()
 {
-    return environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string_view::npos;
+    return environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string::npos;
 }
 
 Result<Files> copiedBefore(const X11Display* display)

@@ -1,12 +1,12 @@
 #include "FileManager/WriterCheck.h"
 
 #include "FileManager/DirectoryAccess.h"
+#include "Foundation/NumberText.h"
 #include "Foundation/PathText.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
@@ -78,20 +78,13 @@ std::string_view takeWord(std::string_view& text, char separator)
     return word;
 }
 
-bool isNumber(std::string_view text, std::uint64_t expected)
-{
-    std::uint64_t number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    return error == std::errc() && end == text.data() + text.size() && number == expected;
-}
-
 /// Whether the table of a descriptor says that it stands for an item with this inode.
 bool hasInode(std::string_view description, std::uint64_t inode)
 {
     while (!description.empty()) {
         std::string_view line = takeWord(description, '\n');
         if (takeWord(line, '\t') == "ino:")
-            return isNumber(line, inode);
+            return numberOf<std::uint64_t>(line) == inode;
     }
     return true; // Linux before 5.14 does not say.
 }
@@ -136,7 +129,7 @@ bool isWritingMapping(std::string_view line, const struct stat& file, std::strin
         return false;
     takeWord(line, ' ');
     const std::string_view device = takeWord(line, ' ');
-    if (!isNumber(takeWord(line, ' '), file.st_ino))
+    if (numberOf<std::uint64_t>(takeWord(line, ' ')) != file.st_ino)
         return false;
     // File systems without a device of their own, such as btrfs, have another one in this table.
     return isDevice(device, file.st_dev)

@@ -4,7 +4,7 @@
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
-#include "StemvaultConnect/SourceRest.h"
+#include "StemvaultConnect/Prompts.h"
 
 #include <chrono>
 #include <set>
@@ -25,17 +25,11 @@ FileURL destination(const Entry& entry, const StemvaultFolder& folder)
     return FileURL(folder.path).appendingPathComponent(entry.file.lastPathComponent());
 }
 
-void notifyUser(const std::string& body)
-{
-    Platform::current().userNotificationCenter.add(
-        { UUID().uuidString(), "Added to Stemvault", body, UserNotificationSound::Default });
-}
-
 void announceCopied(const std::string& fileName, const std::string& folderName)
 {
     NotificationCenter::defaultCenter().post({ std::string(BounceAlertController::bounceAdded),
         { { "file", fileName }, { "destination", folderName } } });
-    notifyUser(printable(fileName) + " → " + printable(folderName));
+    notifyUser("Added to Stemvault", printable(fileName) + " → " + printable(folderName));
 }
 
 void showCopyFailed(const std::string& reason)
@@ -61,7 +55,7 @@ bool isAtRestNow(const Entry& entry)
 {
     const auto isLeftAlone = [now = Platform::current().dispatch.now()](
                                  const FileManager::SourceState& source) {
-        return isAtRest(source, now);
+        return BounceWatcher::isAtRest(source, now);
     };
     const auto state = FileManager::sourceState(entry.file, entry.foundIn, isLeftAlone);
     return !state || isLeftAlone(*state);
@@ -193,7 +187,8 @@ void BounceAlertController::continueBatch(const Batch& batch)
         rest.skipped += rest.files.size();
         NotificationCenter::defaultCenter().post(
             { std::string(bounceAdded), { { "destination", rest.folder.name } } });
-        notifyUser(batchBody(rest.copied, rest.skipped, printable(rest.folder.name)));
+        notifyUser("Added to Stemvault",
+            batchBody(rest.copied, rest.skipped, printable(rest.folder.name)));
     };
     Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
 }

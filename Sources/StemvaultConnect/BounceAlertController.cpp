@@ -3,6 +3,7 @@
 #include "Foundation/NotificationCenter.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
+#include "StemvaultConnect/Prompts.h"
 #include "StemvaultConnect/SettingsStore.h"
 
 #include <algorithm>
@@ -41,37 +42,36 @@ PopUpButton destinationPopUp(const std::vector<StemvaultFolder>& folders)
     return popUp;
 }
 
-std::vector<std::string> promptButtons(std::size_t waiting)
+enum class Choice { AddAll, Add, Skip, Cancel };
+
+struct PromptButton {
+    Choice choice;
+    std::string title;
+};
+
+std::vector<PromptButton> promptButtons(std::size_t waiting)
 {
-    std::vector<std::string> buttons;
+    std::vector<PromptButton> buttons;
     if (waiting > 0)
-        buttons.push_back("Add All (" + std::to_string(waiting + 1) + ")");
-    buttons.insert(buttons.end(), { "Add", "Skip", "Cancel" });
+        buttons.push_back({ Choice::AddAll, "Add All (" + std::to_string(waiting + 1) + ")" });
+    buttons.insert(buttons.end(),
+        { { Choice::Add, "Add" }, { Choice::Skip, "Skip" }, { Choice::Cancel, "Cancel" } });
     return buttons;
 }
 
-std::string titleOfAnswer(const std::vector<std::string>& buttons, int response)
+/// An alert that was stopped has no button's answer, and passes over the file.
+Choice choiceOf(const std::vector<PromptButton>& buttons, int response)
 {
     const int index = response - ModalResponse::alertFirstButton;
     if (index < 0 || index >= static_cast<int>(buttons.size()))
-        return "Skip";
-    return buttons[static_cast<std::size_t>(index)];
+        return Choice::Skip;
+    return buttons[static_cast<std::size_t>(index)].choice;
 }
 
-auto runInFront(const auto& question)
+OpenPanel newFolderPanel(const std::optional<std::string>& projectsRoot)
 {
-    const Platform& platform = Platform::current();
-    platform.application.activateIgnoringOtherApps();
-    return platform.dialogs.runModal(question);
-}
-
-OpenPanel folderPanel(const std::optional<std::string>& projectsRoot)
-{
-    OpenPanel panel;
-    panel.canChooseFiles = false;
-    panel.canChooseDirectories = true;
+    OpenPanel panel = folderPanel("Use This Folder");
     panel.canCreateDirectories = true;
-    panel.prompt = "Use This Folder";
     panel.message = "Choose or create a folder for this Stemvault project.";
     if (projectsRoot)
         panel.directoryURL = FileURL(*projectsRoot);
@@ -125,15 +125,16 @@ void BounceAlertController::show(const Entry& entry)
         return;
     }
     alert.accessoryView = destinationPopUp(folders);
-    alert.buttons = promptButtons(waiting);
+    const auto buttons = promptButtons(waiting);
+    for (const PromptButton& button : buttons)
+        alert.buttons.push_back(button.title);
     const AlertAnswer answer = runInFront(alert);
 
-    const std::string title = titleOfAnswer(alert.buttons, answer.response);
-    if (title == "Cancel")
+    const Choice choice = choiceOf(buttons, answer.response);
+    if (choice == Choice::Cancel)
         queue.clear();
-    else if (title != "Skip")
-        add(entry, title.starts_with("Add All"),
-            selectedFolder(folders, answer.indexOfSelectedItem));
+    else if (choice != Choice::Skip)
+        add(entry, choice == Choice::AddAll, selectedFolder(folders, answer.indexOfSelectedItem));
 }
 
 Alert BounceAlertController::bounceAlert(const Entry& entry, std::size_t waiting) const
@@ -174,7 +175,7 @@ void BounceAlertController::add(
 std::optional<StemvaultFolder> BounceAlertController::resolveNewFolder()
 {
     SettingsStore& settings = SettingsStore::shared();
-    const OpenPanelAnswer answer = runInFront(folderPanel(settings.projectsRootPath()));
+    const OpenPanelAnswer answer = runInFront(newFolderPanel(settings.projectsRootPath()));
     if (answer.response != ModalResponse::ok || !answer.url)
         return std::nullopt;
 

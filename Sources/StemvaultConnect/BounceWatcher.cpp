@@ -262,4 +262,13 @@ bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
     return isNew || std::exchange(known->second, version) != version;
 }
 
+bool BounceWatcher::isAtRest(const FileManager::SourceState& source, WallTime now)
+{
+    const auto age = now - source.contentModificationDate;
+    if (source.writers == Writers::Some)
+        return source.size > largestHeader && age >= stableForWhileOpen;
+    // A date in the future is another computer's, whose clock differs; it tells nothing.
+    return age >= stableFor || age <= -stableFor;
+}
+
 } // namespace stemvault

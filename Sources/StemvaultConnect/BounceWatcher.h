@@ -58,6 +58,9 @@ public:
     static constexpr std::chrono::minutes stableForWhileOpen { 5 };
     static constexpr std::int64_t largestHeader = 4096;
 
+    /// Whether a file may be copied, by the watcher's measure of a finished one.
+    [[nodiscard]] static bool isAtRest(const FileManager::SourceState& source, WallTime now);
+
 private:
     friend class Shared<BounceWatcher>;
     struct Wait;

@@ -1,6 +1,7 @@
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/PreferencesView.h"
+#include "StemvaultConnect/Prompts.h"
 #include "StemvaultConnect/SessionTracker.h"
 #include "StemvaultConnect/SessionTrackerObservable.h"
 #include "StemvaultConnect/SettingsStore.h"
@@ -10,15 +11,6 @@
 namespace stemvault {
 
 namespace {
-
-OpenPanel folderPanel(const std::string& prompt)
-{
-    OpenPanel panel;
-    panel.canChooseFiles = false;
-    panel.canChooseDirectories = true;
-    panel.prompt = prompt;
-    return panel;
-}
 
 /// Absent when the user cancelled.
 std::optional<std::string> pickFolder(const std::string& prompt)
@@ -43,7 +35,7 @@ PreferencesView::PreferencesView()
 
 PreferencesView::~PreferencesView() = default;
 
-void PreferencesView::needDisplay() const
+void PreferencesView::needDisplay()
 {
     if (onNeedsDisplay)
         onNeedsDisplay();
@@ -58,7 +50,7 @@ View PreferencesView::draw()
     return body();
 }
 
-void PreferencesView::addFolders() const
+void PreferencesView::addFolders()
 {
     OpenPanel panel = folderPanel("Add to Stemvault");
     panel.allowsMultipleSelection = true;
@@ -72,19 +64,19 @@ void PreferencesView::addFolders() const
     }
 }
 
-void PreferencesView::pickProjectsRoot() const
+void PreferencesView::pickProjectsRoot()
 {
     if (auto path = pickFolder("Set as Projects Root"))
         store.setProjectsRootPath(std::move(path));
 }
 
-void PreferencesView::pickAlwaysWatchFolder() const
+void PreferencesView::pickAlwaysWatchFolder()
 {
     if (const auto path = pickFolder("Watch This Folder"))
         setAlwaysWatchPath(path);
 }
 
-void PreferencesView::setAlwaysWatchPath(const std::optional<std::string>& path) const
+void PreferencesView::setAlwaysWatchPath(const std::optional<std::string>& path)
 {
     store.setAlwaysWatchPath(path);
     BounceWatcher::shared().update(SessionTracker::shared().currentSessionFolder(), path);
@@ -98,7 +90,7 @@ void PreferencesView::openServicesShortcutsPane()
         "x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts_Services"));
 }
 
-void PreferencesView::setLaunchAtLogin(bool isOn) const
+void PreferencesView::setLaunchAtLogin(bool isOn)
 {
     if (isOn == launchAtLogin)
         return;

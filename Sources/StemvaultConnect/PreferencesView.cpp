@@ -106,7 +106,7 @@ std::string homeAbbreviated(const std::string& path, const std::string& home)
     return text.append(path, from);
 }
 
-View PreferencesView::body() const
+View PreferencesView::body()
 {
     View whole = vertical(0,
         { header(), Divider {}, sessionSection(), Divider {}, stemvaultFoldersSection(), Divider {},
@@ -116,7 +116,7 @@ View PreferencesView::body() const
     return whole;
 }
 
-View PreferencesView::header() const
+View PreferencesView::header()
 {
     const View texts = vertical(std::nullopt,
         { Text { "Stemvault Connect", headline },
@@ -127,7 +127,7 @@ View PreferencesView::header() const
     return group(4, { horizontal(std::nullopt, { texts, Spacer {}, launchSwitch }) });
 }
 
-View PreferencesView::sessionSection() const
+View PreferencesView::sessionSection()
 {
     Children row;
     if (const auto& folder = session.currentSessionFolder()) {
@@ -141,7 +141,7 @@ View PreferencesView::sessionSection() const
     return group(6, { groupTitle("Active Session", "waveform"), horizontal(6, std::move(row)) });
 }
 
-View PreferencesView::stemvaultFoldersSection() const
+View PreferencesView::stemvaultFoldersSection()
 {
     const View titleRow = horizontal(std::nullopt,
         { groupTitle("Stemvault Folders", "folder.fill"), Spacer {},
@@ -159,7 +159,7 @@ View PreferencesView::stemvaultFoldersSection() const
     return group(8, { titleRow, std::move(rows) });
 }
 
-View PreferencesView::stemvaultFolderRow(const StemvaultFolder& folder) const
+View PreferencesView::stemvaultFolderRow(const StemvaultFolder& folder)
 {
     const bool missing = presence.isMissing(folder.path);
     Children texts = { Text { folder.name, calloutMedium },
@@ -179,7 +179,7 @@ View PreferencesView::stemvaultFolderRow(const StemvaultFolder& folder) const
     return withMargins(std::move(row), rowMargin);
 }
 
-View PreferencesView::projectsRootSection() const
+View PreferencesView::projectsRootSection()
 {
     return group(6,
         { groupTitle("Stemvault Projects Root", "folder.badge.gearshape"),
@@ -192,7 +192,7 @@ View PreferencesView::projectsRootSection() const
                 "Clear the projects root" }) });
 }
 
-View PreferencesView::alwaysWatchSection() const
+View PreferencesView::alwaysWatchSection()
 {
     return group(6,
         { groupTitle("Always Watch Folder (optional)", "eye"),
@@ -203,7 +203,7 @@ View PreferencesView::alwaysWatchSection() const
                 "Clear the folder to always watch" }) });
 }
 
-View PreferencesView::quickCopyHotkeySection() const
+View PreferencesView::quickCopyHotkeySection()
 {
     return group(6,
         { groupTitle("Quick Copy Hotkey", "keyboard"),

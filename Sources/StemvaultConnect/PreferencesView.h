@@ -28,32 +28,32 @@ public:
     std::function<void()> onNeedsDisplay;
 
     /// The view as things stand. Asks nothing of the disk.
-    [[nodiscard]] View body() const;
+    [[nodiscard]] View body();
 
     /// For each drawing: has the listed folders looked for, and gives the body. What they turn out
     /// to be is drawn once it is known.
     [[nodiscard]] View draw();
 
 private:
-    [[nodiscard]] View header() const;
-    [[nodiscard]] View sessionSection() const;
-    [[nodiscard]] View stemvaultFoldersSection() const;
-    [[nodiscard]] View stemvaultFolderRow(const StemvaultFolder& folder) const;
-    [[nodiscard]] View projectsRootSection() const;
-    [[nodiscard]] View alwaysWatchSection() const;
-    [[nodiscard]] View quickCopyHotkeySection() const;
+    [[nodiscard]] View header();
+    [[nodiscard]] View sessionSection();
+    [[nodiscard]] View stemvaultFoldersSection();
+    [[nodiscard]] View stemvaultFolderRow(const StemvaultFolder& folder);
+    [[nodiscard]] View projectsRootSection();
+    [[nodiscard]] View alwaysWatchSection();
+    [[nodiscard]] View quickCopyHotkeySection();
 
-    void addFolders() const;
-    void pickProjectsRoot() const;
-    void pickAlwaysWatchFolder() const;
-    void setAlwaysWatchPath(const std::optional<std::string>& path) const;
+    void addFolders();
+    void pickProjectsRoot();
+    void pickAlwaysWatchFolder();
+    void setAlwaysWatchPath(const std::optional<std::string>& path);
     static void openServicesShortcutsPane();
-    void setLaunchAtLogin(bool isOn) const;
-    void needDisplay() const;
+    void setLaunchAtLogin(bool isOn);
+    void needDisplay();
 
     SettingsStore& store;
     SessionTrackerObservable& session;
-    mutable bool launchAtLogin; ///< Of the view alone: where the switch stands.
+    bool launchAtLogin; ///< Of the view alone: where the switch stands.
     FolderPresence presence;
 
     WeakGuard alive;

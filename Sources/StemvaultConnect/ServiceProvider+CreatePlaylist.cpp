@@ -6,6 +6,7 @@
 #include "Platform/Platform.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
+#include "StemvaultConnect/Prompts.h"
 #include "StemvaultConnect/ServiceProvider.h"
 #include "StemvaultConnect/SettingsStore.h"
 
@@ -18,13 +19,6 @@ namespace stemvault {
 namespace {
 
 constexpr Frame textFieldFrame { 0, 0, 280, 24 };
-
-AlertAnswer runInFront(const Alert& alert)
-{
-    const Platform& platform = Platform::current();
-    platform.application.activateIgnoringOtherApps();
-    return platform.dialogs.runModal(alert);
-}
 
 /// Gives whether the user has closed the alert, rather than the end of the program.
 bool warn(const std::string& messageText, const std::string& informativeText)
@@ -55,12 +49,11 @@ void openInBrowser(const std::string& url, const FileURL& folder)
                 + " — open this link manually:\n\n" + url);
 }
 
-void notifyUser(const std::string& projectName, std::size_t copyCount)
+void announcePlaylist(const std::string& projectName, std::size_t copyCount)
 {
     const std::string body = printable(projectName) + " — " + std::to_string(copyCount) + " file"
         + (copyCount == 1 ? "" : "s") + " copied, opening browser…";
-    Platform::current().userNotificationCenter.add(
-        { UUID().uuidString(), "Stemvault playlist ready", body, UserNotificationSound::Default });
+    notifyUser("Stemvault playlist ready", body);
 }
 
 } // namespace
@@ -107,7 +100,7 @@ void ServiceProvider::createProject(
         return;
     }
     openInBrowser(*url, destURL);
-    notifyUser(projectName, copyCount);
+    announcePlaylist(projectName, copyCount);
 }
 
 // Gives the number of copies. A file that cannot be copied is left out, and so is the second of a

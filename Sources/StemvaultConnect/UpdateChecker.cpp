@@ -3,20 +3,10 @@
 #include "Foundation/URLComponents.h"
 #include "Foundation/UnicodeText.h"
 #include "Platform/Platform.h"
+#include "StemvaultConnect/Prompts.h"
 #include "StemvaultConnect/UpdateFeed.h"
 
 namespace stemvault {
-
-namespace {
-
-int runInFront(const Alert& alert)
-{
-    const Platform& platform = Platform::current();
-    platform.application.activateIgnoringOtherApps();
-    return platform.dialogs.runModal(alert).response;
-}
-
-} // namespace
 
 UpdateChecker::UpdateChecker()
     : updatesURL(std::string("https://") + STEMVAULT_UPDATE_HOST + STEMVAULT_UPDATE_PATH)
@@ -92,7 +82,7 @@ void UpdateChecker::presentUpdateAvailable(const UpdateInfo& info)
         alert.informativeText += "\n\n" + *info.notes;
     alert.style = AlertStyle::Informational;
     alert.buttons = { "Download", "Later" };
-    const bool isWanted = runInFront(alert) == ModalResponse::alertFirstButton;
+    const bool isWanted = runInFront(alert).response == ModalResponse::alertFirstButton;
     // Whether the desktop could open it is not our affair: the user sees what became of it.
     if (isWanted && !info.downloadURL.empty() && URLComponents::fromString(info.downloadURL))
         static_cast<void>(Platform::current().workspace.open(info.downloadURL));

@@ -1,12 +1,12 @@
 #include "StemvaultConnect/UpdateFeed.h"
 
 #include "Foundation/JSONNesting.h"
+#include "Foundation/NumberText.h"
 #include "Foundation/UnicodeText.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <charconv>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -87,9 +87,7 @@ std::int64_t number(std::string_view piece)
         if (piece.starts_with('-'))
             return 0;
     }
-    std::int64_t value = 0;
-    const auto [end, error] = std::from_chars(piece.data(), piece.data() + piece.size(), value);
-    return error == std::errc() && end == piece.data() + piece.size() ? value : 0;
+    return numberOf<std::int64_t>(piece).value_or(0);
 }
 
 std::vector<std::int64_t> numbers(std::string_view version)

@@ -3,7 +3,6 @@
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
 #include "StemvaultConnect/SettingsStore.h"
-#include "StemvaultConnect/SourceRest.h"
 #include "Support/FakePlatform.h"
 #include "Support/NoticeRecorder.h"
 #include "Support/TemporaryFolder.h"
@@ -309,7 +308,7 @@ TEST_F(BounceAlertControllerTests, AFileIsAtRestWhenNobodyWritesItAnyMore)
         { "open, no more than a header", { Writers::Some, 4096, now - 5min }, false },
     };
     for (const auto& row : rows)
-        EXPECT_EQ(isAtRest(row.source, now), row.expected) << row.what;
+        EXPECT_EQ(BounceWatcher::isAtRest(row.source, now), row.expected) << row.what;
 }
 
 /// A file that another program writes, by the stage's clock.

@@ -21,7 +21,7 @@ void countSignal(int /*number*/)
 {
     const int kept = errno;
     const std::uint64_t one = 1;
-    (void)!::write(counterDescriptor, &one, sizeof one);
+    static_cast<void>(!::write(counterDescriptor, &one, sizeof one));
     errno = kept;
 }
 
@@ -46,7 +46,7 @@ TerminationSignals::TerminationSignals(std::function<void()> terminate)
     QObject::connect(notifier.get(), &QSocketNotifier::activated, notifier.get(),
         [this, terminate = std::move(terminate)] {
             std::uint64_t count = 0;
-            (void)!::read(counter.get(), &count, sizeof count);
+            static_cast<void>(!::read(counter.get(), &count, sizeof count));
             terminate();
         });
     for (const int number : handled)

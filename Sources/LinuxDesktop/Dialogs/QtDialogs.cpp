@@ -19,7 +19,7 @@ AlertAnswer QtDialogs::runModal(const Alert& alert)
 
 OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
 {
-    (void)applicationIcon.icon(); // The panel's window bears it.
+    static_cast<void>(applicationIcon.icon()); // The panel's window bears it.
     auto window = std::make_unique<OpenPanelWindow>(panel);
     const bool isAccepted = windows.run(*window) == QDialog::Accepted;
     const std::vector<FileURL> urls = isAccepted ? window->chosen() : std::vector<FileURL>();

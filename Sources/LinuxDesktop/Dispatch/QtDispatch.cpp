@@ -72,8 +72,8 @@ QtDispatch::~QtDispatch()
     // Destroying a busy pool waits for it; a stuck one is left to the end of the process.
     if (finish(0ms))
         return;
-    (void)droppedPool.release();
-    (void)finishedPool.release();
+    static_cast<void>(droppedPool.release());
+    static_cast<void>(finishedPool.release());
 }
 
 WallTime QtDispatch::now() const

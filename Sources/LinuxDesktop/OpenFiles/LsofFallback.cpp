@@ -1,12 +1,12 @@
 #include "LinuxDesktop/OpenFiles/LsofFallback.h"
 
 #include "Foundation/FileDescriptor.h"
+#include "Foundation/NumberText.h"
 #include "Foundation/UnicodeText.h"
 #include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <climits>
 #include <cstdint>
 #include <fcntl.h>
@@ -71,21 +71,13 @@ FileDescriptor openFolder(const fs::path& folder)
     return FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-std::optional<unsigned> number(const std::string& text)
-{
-    unsigned value = 0;
-    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), value);
-    return failure == std::errc() && end == text.data() + text.size() ? std::optional(value)
-                                                                      : std::nullopt;
-}
-
 std::vector<unsigned> descriptorsIn(const fs::path& folder)
 {
     std::vector<unsigned> descriptors;
     std::error_code failure;
     for (fs::directory_iterator at(folder, failure), end; !failure && at != end;
          at.increment(failure))
-        if (const auto descriptor = number(at->path().filename().native()))
+        if (const auto descriptor = numberOf<unsigned>(at->path().filename().native()))
             descriptors.push_back(*descriptor);
     std::ranges::sort(descriptors);
     return descriptors;

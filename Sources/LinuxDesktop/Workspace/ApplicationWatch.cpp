@@ -1,9 +1,9 @@
 #include "LinuxDesktop/Workspace/ApplicationWatch.h"
 
 #include "Foundation/DAWTable.h"
+#include "Foundation/Environment.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace stemvault {
@@ -18,12 +18,6 @@ constexpr int noticesOfOneTitle = 2;
 
 /// Who asks twice within one piece of work gets one look.
 constexpr std::chrono::milliseconds momentOfOneLook = 5ms;
-
-std::string environment(const char* name)
-{
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe): nobody sets any.
-    return value == nullptr ? "" : value;
-}
 
 bool isRegular(const ListedApplication& application)
 {

@@ -1,11 +1,11 @@
 #include "LinuxDesktop/Workspace/DesktopEntries.h"
 
+#include "Foundation/Environment.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
 #include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -20,11 +20,10 @@ constexpr std::string_view suffix = ".desktop";
 constexpr std::size_t maxEntryBytes = std::size_t { 1 } << 20U;
 constexpr int maxFolderLevels = 8; // A link may lead round in a circle.
 
-/// The environment is read once, before any other thread is there.
 std::string environment(const char* name, const std::string& otherwise)
 {
-    const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
-    return value != nullptr && *value != '\0' ? value : otherwise;
+    auto value = stemvault::environment(name);
+    return value.empty() ? otherwise : value;
 }
 
 std::vector<std::string> splitAtColons(std::string_view list)

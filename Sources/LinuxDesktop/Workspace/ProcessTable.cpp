@@ -1,12 +1,12 @@
 #include "LinuxDesktop/Workspace/ProcessTable.h"
 
 #include "Foundation/FileDescriptor.h"
+#include "Foundation/NumberText.h"
 #include "Foundation/PathText.h"
 #include "LinuxDesktop/Workspace/DesktopEntry.h"
 #include "LinuxDesktop/Workspace/ReadFile.h"
 
 #include <array>
-#include <charconv>
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
@@ -32,10 +32,8 @@ struct CloseFolder {
 
 std::optional<pid_t> processNumber(std::string_view name)
 {
-    pid_t process = 0;
-    const auto [end, failure] = std::from_chars(name.data(), name.data() + name.size(), process);
-    const bool isNumber = failure == std::errc() && end == name.data() + name.size();
-    return isNumber && process > 0 ? std::optional(process) : std::nullopt;
+    const auto process = numberOf<pid_t>(name);
+    return process && *process > 0 ? process : std::nullopt;
 }
 
 /// The start time of a process that would be settled just now.

@@ -1,20 +1,13 @@
 #include "LinuxDesktop/Workspace/ProcessText.h"
 
+#include "Foundation/NumberText.h"
+
 #include <algorithm>
-#include <charconv>
 #include <utility>
 
 namespace stemvault {
 
 namespace {
-
-template <typename Number> std::optional<Number> parseNumber(std::string_view text, int base = 10)
-{
-    Number value {};
-    const auto* const end = text.data() + text.size();
-    const auto [stop, failure] = std::from_chars(text.data(), end, value, base);
-    return failure == std::errc() && stop == end ? std::optional(value) : std::nullopt;
-}
 
 /// Takes the text before the next separator off the front.
 std::string_view takeField(std::string_view& text, char separator)
@@ -42,7 +35,7 @@ std::optional<char> unescapedByte(std::string_view text)
 {
     if (text.size() < 4 || !text.starts_with("\\x"))
         return std::nullopt;
-    const auto code = parseNumber<unsigned char>(text.substr(2, 2), 16);
+    const auto code = numberOf<unsigned char>(text.substr(2, 2), 16);
     return code ? std::optional(static_cast<char>(*code)) : std::nullopt;
 }
 
@@ -91,10 +84,10 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     stat.command = text.substr(open + 1, close - open - 1);
     auto fields = text.substr(close + 2);
     const auto state = takeField(fields, ' ');
-    const auto parent = parseNumber<pid_t>(takeField(fields, ' '));
+    const auto parent = numberOf<pid_t>(takeField(fields, ' '));
     for (int field = 5; field < 22; ++field)
         takeField(fields, ' ');
-    const auto startTime = parseNumber<std::uint64_t>(takeField(fields, ' '));
+    const auto startTime = numberOf<std::uint64_t>(takeField(fields, ' '));
     if (state.size() != 1 || !parent || !startTime)
         return std::nullopt;
     stat.state = state.front();
@@ -103,7 +96,7 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     for (int field = 23; field < 26; ++field)
         takeField(fields, ' ');
     for (std::uint64_t& address : stat.image)
-        address = parseNumber<std::uint64_t>(takeField(fields, ' ')).value_or(0);
+        address = numberOf<std::uint64_t>(takeField(fields, ' ')).value_or(0);
     return stat;
 }
 

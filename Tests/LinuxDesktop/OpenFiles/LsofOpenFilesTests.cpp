@@ -49,6 +49,12 @@ TEST_F(LsofOpenFilesTests, AsksTheRealLsof)
     EXPECT_TRUE(isValidUTF8(*output));
 }
 
+TEST_F(LsofOpenFilesTests, GivesNothingWhereThereIsNoLsof)
+{
+    LsofOpenFiles without(folder.path("none"), {});
+    EXPECT_EQ(without.listing(::getpid()), std::nullopt);
+}
+
 /// Stands for an lsof whose helper the kernel holds: the helper takes its kill and stays, because
 /// its parent, out of reach in another group, does not collect it.
 constexpr const char* stuckLsof = R"(#!/usr/bin/perl
