@@ -27,7 +27,7 @@ std::optional<Departure> Departures::takeDisplaced(
     const auto found =
         std::find_if(waiting.begin(), waiting.end(), [&](const Departure& departure) {
             return departure.displacerParent.id == parent && departure.displacerName == name
-                && departure.node.id != noNode && departure.formerParent.id == other.formerParent.id
+                && departure.formerParent.id == other.formerParent.id
                 && departure.formerName == other.formerName;
         });
     if (found == waiting.end())

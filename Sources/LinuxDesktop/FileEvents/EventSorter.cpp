@@ -126,10 +126,15 @@ void EventSorter::sortFolder(NodeId folder, const InotifyEvent& event)
         return;
     const std::string path = state.reporter.path(folder, event.name).value_or(std::string());
     if (const NodeId child = state.tree.child(folder, event.name); child != noNode)
-        state.depart(child, event.cookie, path);
-    else
-        state.departures.add({ event.cookie, path, ItemIsDir, {}, {}, {},
-            std::chrono::steady_clock::now() + Departures::patience });
+        return state.depart(child, event.cookie, path);
+    Departure departure;
+    departure.cookie = event.cookie;
+    departure.formerPath = path;
+    departure.kind = ItemIsDir;
+    departure.formerParent = state.tree.ref(folder);
+    departure.formerName = event.name;
+    departure.deadline = std::chrono::steady_clock::now() + Departures::patience;
+    state.departures.add(std::move(departure));
 }
 
 void EventSorter::folderCreated(NodeId parent, std::string_view name)
@@ -173,16 +178,16 @@ void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
     std::optional<Departure> departure = state.departures.take(event.cookie);
     reportMove(departure, parent, event.name, ItemIsDir);
     const NodeId there = state.tree.child(parent, event.name);
-    if (departure && departure->node.id != noNode && state.tree.isCurrent(departure->node)) {
+    if (departure) {
         // What was there is gone, or has changed places with what came.
         if (there != noNode)
             state.depart(there, 0, {}, *departure);
-        return put(*departure, parent, event.name);
-    }
-    // One that left before it was met is as new as if it had been met here first.
-    if (there == noNode && departure)
+        if (isKnown(departure->node))
+            return put(*departure, parent, event.name);
+        // One that left before it was met is as new as if it had been met here first.
         return walker.enqueue(
             state.tree.add(parent, event.name), Visit::Created, state.arrivalBound);
+    }
     if (there == noNode)
         return meet(parent, event.name);
     NodeId node = there;
@@ -227,14 +232,18 @@ bool EventSorter::changePlaces(const Departure& departure, NodeId parent, std::s
 {
     const NodeId node = departure.node.id;
     const auto other = state.departures.takeDisplaced(departure, parent, name);
-    if (!other || !state.tree.isCurrent(other->node)
-        || !state.tree.isCurrent(departure.formerParent))
+    if (!other || !state.tree.isCurrent(departure.formerParent)
+        || state.tree.child(departure.formerParent.id, departure.formerName) != noNode)
         return false;
     state.tree.detach(node);
     state.tree.attach(node, departure.formerParent.id, departure.formerName);
-    state.tree.attach(other->node.id, parent, name);
+    NodeId second = other->node.id;
+    if (isKnown(other->node))
+        state.tree.attach(second, parent, name);
+    else
+        second = state.tree.add(parent, name);
     state.reporter.retryDeferred();
-    for (const NodeId moved : { node, other->node.id })
+    for (const NodeId moved : { node, second })
         walker.enqueue(moved, Visit::Arrived, state.arrivalBound);
     return true;
 }
@@ -263,7 +272,7 @@ void EventSorter::settleDepartures()
 {
     for (const Departure& departure :
         state.departures.takeOverdue(std::chrono::steady_clock::now())) {
-        if (departure.node.id != noNode && state.tree.isCurrent(departure.node)) {
+        if (isKnown(departure.node)) {
             if (takeBack(departure))
                 continue;
             state.remove(departure.node.id);

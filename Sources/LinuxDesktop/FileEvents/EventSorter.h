@@ -43,6 +43,10 @@ private:
     void watchEnded(int watch);
     void lookAtFormerPlace(const Departure& departure);
     bool takeBack(const Departure& departure);
+    [[nodiscard]] bool isKnown(NodeRef node) const
+    {
+        return node.id != noNode && state.tree.isCurrent(node);
+    }
     [[nodiscard]] bool isOnlyDated(NodeId folder, std::string_view name) const;
     [[nodiscard]] bool isWrittenUnnoticed(NodeId folder, std::string_view name) const;
     [[nodiscard]] RecentWrites::File file(NodeId folder, std::string_view name) const

@@ -149,7 +149,7 @@ private:
         int written; ///< In which round, wherever it was then.
         std::set<std::string> owed {}; ///< Under one of these it must be reported, unless empty.
         int dated = 0; ///< In which round its times were set without a write.
-        int met = 0; ///< In which round it was last renamed, closed or dated.
+        int met = 0; ///< In which round it was last renamed, closed or dated, or its mode changed.
         bool isMapped = false; ///< What is owed was written through a mapping.
     };
     /// By path. What is taken out has the rest of the path for a key.
@@ -234,7 +234,10 @@ private:
 
     bool changeMode(const std::string& item, const std::string&)
     {
-        return is(item, false) && chmod(real(item).c_str(), 0600) == 0;
+        if (!is(item, false))
+            return false;
+        disk[item].met = round;
+        return chmod(real(item).c_str(), 0600) == 0;
     }
 
     bool append(const std::string& item, const std::string&)

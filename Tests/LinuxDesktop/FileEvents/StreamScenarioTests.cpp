@@ -294,6 +294,11 @@ const std::vector<Scenario> scenarios = {
     { "ExchangedWithAnotherPlace", { oldTree, longAgo },
         { held(true), exchange("out/t", "root/a"), held(false), sync, sh("echo > root/a/deep/f") },
         { { "RDOs", "root/a" }, { "CMF", "root/a/deep/f" } } },
+    { "ExchangedBeforeItWasListed", { oldTree, longAgo },
+        { held(true), exchange("out/t", "root/a"), sh("mkdir root/b"), exchange("root/a", "root/b"),
+            sh("echo > root/b/deep/f"), held(false), sync, sh("echo > root/b/g; echo > root/a/g") },
+        { { "RDOsc", "root/a" }, { "CRO", "root/b" }, { "CmF", "root/b/deep/f" },
+            { "CMF", "root/b/g" }, { "CMF", "root/a/g" } } },
     { "LinkedInPlaceOfAFolder", { sh("mkdir -p root/f; echo > f") },
         { held(true), sh("rmdir root/f; ln f root/f"), held(false) }, { { "CDFO", "root/f" } } },
     // Roots.
