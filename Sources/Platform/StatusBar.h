@@ -69,7 +69,7 @@ public:
 
     /// Must be called when the delegate would now change a row: some desktops do not say when they
     /// open a menu, so they are sent the new rows at once. May call menuWillOpen from within. A
-    /// menu that is open may keep its rows.
+    /// menu that is open keeps its rows.
     virtual void setMenuNeedsUpdate() = 0;
 
     /// Whether a status bar shows the item at this moment. False for the first moments after

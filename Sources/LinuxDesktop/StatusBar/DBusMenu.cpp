@@ -177,8 +177,8 @@ void DBusMenu::Event(int id, const QString& type, const QDBusVariant& /*data*/, 
 {
     if (type == QLatin1String("clicked") && id > rootId)
         menu.choose(static_cast<std::size_t>(id - 1));
-    else if (type == QLatin1String("opened") && id == rootId)
-        menu.update();
+    else if (id == rootId && (type == QLatin1String("opened") || type == QLatin1String("closed")))
+        menu.setOpen(type == QLatin1String("opened"));
 }
 
 QList<int> DBusMenu::EventGroup(const QList<DBusMenuEvent>& events)

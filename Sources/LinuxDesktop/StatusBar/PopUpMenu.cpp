@@ -52,6 +52,7 @@ PopUpMenu::PopUpMenu(TrayMenu& shown) : menu(shown)
         rows.push_back(action);
     }
     connect(this, &QMenu::aboutToShow, this, &PopUpMenu::refresh);
+    connect(this, &QMenu::aboutToHide, this, [this] { menu.setOpen(false); });
 }
 
 // The toolkit shows the keys of the rows and leaves them to windows, which this program may not
@@ -69,7 +70,7 @@ void PopUpMenu::keyPressEvent(QKeyEvent* event)
 // Texts of file names: an ampersand in them is no mnemonic.
 void PopUpMenu::refresh()
 {
-    menu.update();
+    menu.setOpen(true);
     setPalette(readablePalette());
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const MenuItem& item = menu.items()[row];

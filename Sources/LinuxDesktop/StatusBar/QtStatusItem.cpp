@@ -86,7 +86,7 @@ void QtStatusItem::setMenu(Menu menu, MenuDelegate* delegate)
 
 void QtStatusItem::setMenuNeedsUpdate()
 {
-    trayMenu.update();
+    trayMenu.updateUnlessOpen();
 }
 
 bool QtStatusItem::isVisible() const

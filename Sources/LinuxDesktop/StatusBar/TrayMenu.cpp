@@ -23,6 +23,18 @@ bool TrayMenu::update()
     return true;
 }
 
+void TrayMenu::updateUnlessOpen()
+{
+    if (!isOpen)
+        update();
+}
+
+void TrayMenu::setOpen(bool isOpenNow)
+{
+    isOpen = isOpenNow;
+    update();
+}
+
 void TrayMenu::choose(std::size_t row)
 {
     if (row >= menu.items.size() || !menu.items[row].isEnabled || !menu.items[row].action)

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/StatusBar/DBusMenu.h"
 #include "LinuxDesktop/StatusBar/MenuRow.h"
+#include "LinuxDesktop/StatusBar/PopUpMenu.h"
 
 #include <QSignalSpy>
 #include <gmock/gmock.h>
@@ -95,6 +96,72 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     EXPECT_EQ(chosen, 0) << "the panel has its answer first";
     QCoreApplication::processEvents();
     EXPECT_EQ(chosen, 1);
+}
+
+TEST(DBusMenuTests, AnOpenMenuStaysAsItIs)
+{
+    enum Step { AboutToShow, Opened, Closed, Read };
+    const struct {
+        const char* what;
+        std::vector<Step> before; ///< While the title is the first one.
+        bool isUpdatedAtOnce;
+        std::vector<Step> after;
+    } rows[] = {
+        { "never opened", { Read }, true, {} },
+        { "open, then closed", { Read, AboutToShow, Opened }, false, { Closed } },
+        { "closed again", { Read, Opened, Closed }, true, {} },
+        { "a panel that tells no end", { Read, AboutToShow, Opened }, false, { AboutToShow } },
+        { "one that tells beginnings alone", { Read, Opened }, false, { Opened } },
+        { "one that only reads", { Read, Opened }, false, { Read } },
+        { "one that tells nothing of what it opens", { Read, AboutToShow }, true, {} },
+    };
+    for (const auto& row : rows) {
+        Delegate delegate;
+        TrayMenu menu;
+        menu.setMenu({ { titled("as built") } }, &delegate);
+        QObject node;
+        DBusMenu bus(&node, menu);
+        const auto take = [&bus](Step step) {
+            DBusMenuLayout layout;
+            if (step == AboutToShow)
+                bus.AboutToShow(0);
+            else if (step == Read)
+                bus.GetLayout(0, -1, {}, layout);
+            else
+                bus.Event(0, step == Opened ? "opened" : "closed", QDBusVariant(""), 0);
+        };
+        const auto shown = [&bus] { return bus.GetProperty(1, "label").variant().toString(); };
+        for (const Step step : row.before)
+            take(step);
+        QSignalSpy updates(&bus, &DBusMenu::ItemsPropertiesUpdated);
+        delegate.title = "second";
+        menu.updateUnlessOpen();
+        EXPECT_EQ(shown(), row.isUpdatedAtOnce ? "second" : "first") << row.what;
+        EXPECT_EQ(updates.size(), row.isUpdatedAtOnce ? 1 : 0) << row.what;
+        for (const Step step : row.after)
+            take(step);
+        EXPECT_EQ(shown(), "second") << row.what;
+        EXPECT_EQ(updates.size(), 1) << row.what;
+    }
+}
+
+TEST(PopUpMenuTests, AnOpenMenuStaysAsItIs)
+{
+    Delegate delegate;
+    TrayMenu menu;
+    menu.setMenu({ { titled("as built") } }, &delegate);
+    PopUpMenu popUp(menu);
+    const auto shown = [&] {
+        return popUp.actions().at(0)->text() + menu.items()[0].title.c_str();
+    };
+    popUp.popup({ 0, 0 });
+    delegate.title = "second";
+    menu.updateUnlessOpen();
+    EXPECT_EQ(shown(), "firstfirst");
+    popUp.close();
+    popUp.popup({ 0, 0 });
+    EXPECT_EQ(shown(), "secondsecond");
+    popUp.close();
 }
 
 TEST(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
