@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Dialogs/OpenPanelWindow.h"
 
+#include "Foundation/PathText.h"
 #include "LinuxDesktop/Dialogs/PanelPlaces.h"
 #include "LinuxDesktop/Windows/DisplayText.h"
 
@@ -200,10 +201,10 @@ std::vector<FileURL> OpenPanelWindow::chosen() const
 {
     std::vector<FileURL> found;
     for (const QString& file : selectedFiles()) {
-        std::string path = QFile::encodeName(file).toStdString();
+        const std::string path = QFile::encodeName(file).toStdString();
         std::error_code failure;
         if (std::filesystem::exists(path, failure))
-            found.emplace_back(std::move(path));
+            found.emplace_back(std::string(withoutTrailingSlash(path)));
     }
     return found;
 }

@@ -269,6 +269,31 @@ TEST_F(QtDialogsTest, APanelGivesAllTheFoldersChosenAndShowsItsMessage)
     }
 }
 
+TEST_F(QtDialogsTest, AFolderIsTheSameHoweverItIsTyped)
+{
+    const TemporaryFolder folder;
+    const std::string song = folder.makeFolder("Song");
+    const std::string hidden = folder.makeFolder(".Song");
+    const OpenPanel panel { false, true, true, "Use", "Choose.", FileURL(folder.path()) };
+    const std::pair<std::string, std::string> rows[] = {
+        { song, song },
+        { song + "/", song },
+        { hidden + "/", hidden },
+        { "/", "/" },
+    };
+    for (const auto& [typed, expected] : rows) {
+        meanwhile<OpenPanelWindow>([&text = typed](OpenPanelWindow& window) {
+            auto& name = *window.findChild<QLineEdit*>("fileNameEdit");
+            name.selectAll();
+            QTest::keyClicks(&name, QString::fromStdString(text));
+            QTest::keyClick(&name, Qt::Key_Return);
+        });
+        const OpenPanelAnswer chosen = dialogs.runModal(panel);
+        ASSERT_EQ(chosen.response, ModalResponse::ok) << typed;
+        EXPECT_EQ(chosen.url->path(), expected);
+    }
+}
+
 TEST_F(QtDialogsTest, NoNameInAPanelIsTakenForMarkup)
 {
     const TemporaryFolder folder;
