@@ -81,7 +81,7 @@ void SessionTracker::refresh()
     platform.dispatch.utilityAsync(
         [&platform, tracker = alive.token(), scan = std::move(scan), scanned]() mutable {
             if (!tracker.expired())
-                scan.folder = findOpenSessionFolder(platform.openFiles, scan.candidates);
+                findOpenSessionFolder(platform.openFiles, scan);
             platform.dispatch.mainAsync([scanned, scan = std::move(scan)] { scanned(scan); });
         });
 }
@@ -106,10 +106,10 @@ void SessionTracker::advance(Scan scan)
 void SessionTracker::apply(const Scan& scan)
 {
     lastApplied = std::max(lastApplied, scan.number);
-    // Some DAWs close their media when they lose the focus.
-    if (!scan.folder && mediaOwner && isRunning(*mediaOwner))
+    // Some DAWs close their media when they lose the focus, others the session once it is read.
+    if (!scan.folder && owner && isRunning(*owner))
         return;
-    mediaOwner = scan.owner;
+    owner = scan.owner;
     if (scan.folder == folder)
         return;
     folder = scan.folder;
@@ -118,20 +118,20 @@ void SessionTracker::apply(const Scan& scan)
         observer(scan.folder);
 }
 
-bool SessionTracker::isRunning(const MediaOwner& owner)
+bool SessionTracker::isRunning(const Owner& daw)
 {
     return std::ranges::any_of(Platform::current().workspace.runningApplications(),
-        [&owner](const RunningApplication& application) {
-            return application.processIdentifier == owner.process && application.bundleIdentifier
-                && dawWithBundleIdentifier(*application.bundleIdentifier) == owner.daw;
+        [&daw](const RunningApplication& application) {
+            return application.processIdentifier == daw.process && application.bundleIdentifier
+                && dawWithBundleIdentifier(*application.bundleIdentifier) == daw.daw;
         });
 }
 
 std::vector<std::string> SessionTracker::workingFolders() const
 {
     std::vector<std::string> paths;
-    if (folder && mediaOwner)
-        for (const std::string_view name : mediaOwner->daw->workingFolders)
+    if (folder && owner)
+        for (const std::string_view name : owner->daw->workingFolders)
             paths.push_back(appendingPathComponent(folder->path(), name));
     return paths;
 }
@@ -145,16 +145,20 @@ void SessionTracker::updateTimer()
             platform.dispatch.scheduledTimer(timeBetweenPolls, alive.guard([this] { refresh(); }));
 }
 
-std::optional<FileURL> SessionTracker::findOpenSessionFolder(
-    OpenFiles& openFiles, std::span<Candidate> candidates)
+void SessionTracker::findOpenSessionFolder(OpenFiles& openFiles, Scan& scan)
 {
-    for (Candidate& candidate : candidates)
-        if (auto found = sessionFolderFromLsof(openFiles, candidate, sessionFileExtensions))
-            return found;
-    for (const Candidate& candidate : candidates)
-        if (auto found = sessionFolderFromServer(openFiles, candidate))
-            return found;
-    return std::nullopt;
+    for (Candidate& candidate : scan.candidates) {
+        scan.folder = sessionFolderFromLsof(openFiles, candidate, sessionFileExtensions);
+        if (scan.folder)
+            return;
+    }
+    for (const Candidate& candidate : scan.candidates) {
+        scan.folder = sessionFolderFromServer(openFiles, candidate);
+        if (!scan.folder)
+            continue;
+        scan.owner = Owner { candidate.process, candidate.daw };
+        return;
+    }
 }
 
 /// A server has the files of several programs open, so that only a session file of this DAW's own
@@ -192,7 +196,7 @@ void SessionTracker::findByMedia(Scan& scan)
             [daw](const std::string& path) { return newestSessionFile(path, *daw); });
         if (!scan.folder)
             continue;
-        scan.owner = MediaOwner { candidate.process, daw };
+        scan.owner = Owner { candidate.process, daw };
         return;
     }
 }

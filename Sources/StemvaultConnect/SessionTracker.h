@@ -38,8 +38,8 @@ public:
     /// The folder that the latest finished look found.
     [[nodiscard]] const std::optional<FileURL>& currentSessionFolder() const { return folder; }
 
-    /// Where the DAW keeps its own files in a session that was found by its media alone; what is
-    /// written there is no bounce.
+    /// Where the DAW keeps its own files in a session that was found by its media or a server's
+    /// files; what is written there is no bounce.
     [[nodiscard]] std::vector<std::string> workingFolders() const;
 
     /// Called in order with the new folder whenever it changes. Only ever appended to.
@@ -57,8 +57,8 @@ private:
         const DAW* daw; ///< Null for one that is scanned for its name.
         std::optional<std::string> openFiles {}; ///< As lsof prints them.
     };
-    /// A DAW whose open media told which session it has open.
-    struct MediaOwner {
+    /// A DAW whose open media, or its server's files, told which session it has open.
+    struct Owner {
         std::int32_t process;
         const DAW* daw;
     };
@@ -67,25 +67,24 @@ private:
         int number; ///< They are counted as they begin.
         std::vector<Candidate> candidates;
         std::optional<FileURL> folder {};
-        std::optional<MediaOwner> owner {}; ///< Absent when files of the session itself told.
+        std::optional<Owner> owner {}; ///< Absent when the DAW has files of the session open.
     };
 
     void updateTimer();
     void advance(Scan scan);
     void apply(const Scan& scan);
-    [[nodiscard]] static bool isRunning(const MediaOwner& owner);
+    [[nodiscard]] static bool isRunning(const Owner& daw);
 
     [[nodiscard]] static bool isDAW(const RunningApplication& application);
     [[nodiscard]] static bool isWorthScanning(const RunningApplication& application);
-    [[nodiscard]] static std::optional<FileURL> findOpenSessionFolder(
-        OpenFiles& openFiles, std::span<Candidate> candidates);
+    static void findOpenSessionFolder(OpenFiles& openFiles, Scan& scan);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromServer(
         OpenFiles& openFiles, const Candidate& candidate);
     [[nodiscard]] static std::optional<FileURL> sessionFolderFromLsof(
         OpenFiles& openFiles, Candidate& candidate, std::span<const std::string_view> extensions);
     static void findByMedia(Scan& scan);
 
-    std::optional<MediaOwner> mediaOwner; ///< Of `folder`; absent when its own files told.
+    std::optional<Owner> owner; ///< Of `folder`, as a scan has it.
     int lastScan = 0; ///< The number of the one that began last.
     int lastApplied = 0;
     FolderLooks mediaLooks;
