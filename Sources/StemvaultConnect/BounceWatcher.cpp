@@ -60,7 +60,7 @@ struct BounceWatcher::Wait {
 
 /// What the disk says of a file.
 struct BounceWatcher::Look {
-    std::optional<FileIdentity> folder;
+    std::optional<FileIdentity> folder; ///< Only if it was asked for.
     std::optional<FileManager::ItemAttributes> item;
     Writers writers = Writers::Unknown;
 
@@ -155,9 +155,9 @@ void BounceWatcher::waitForStability(Wait wait)
     }
     const bool asksForWriters = wait.isLast && !isReported(wait.path, wait.lastSize);
     const auto found = alive.guard([this, wait](const Look& look) { apply(wait, look); });
-    looks.ask(rootOf(wait.path), deletingLastPathComponent(wait.path),
-        [path = wait.path, asksForWriters, found] {
-            return [found, look = lookAt(path, asksForWriters)] { found(look); };
+    looks.ask(
+        rootOf(wait.path), deletingLastPathComponent(wait.path), [wait, asksForWriters, found] {
+            return [found, look = lookAt(wait.path, wait.isLast, asksForWriters)] { found(look); };
         });
 }
 
@@ -174,13 +174,15 @@ bool BounceWatcher::isReported(const std::string& path, std::int64_t size) const
     return alerted != alertedFileSizes.end() && alerted->second == size;
 }
 
-BounceWatcher::Look BounceWatcher::lookAt(const std::string& path, bool asksForWriters)
+BounceWatcher::Look BounceWatcher::lookAt(
+    const std::string& path, bool asksForFolder, bool asksForWriters)
 {
     Look look;
     // First, so that what is read afterwards of a file that nobody writes is final.
     if (asksForWriters)
         look.writers = writersOf(path);
-    look.folder = FileManager::identityOfFolder(deletingLastPathComponent(path));
+    if (asksForFolder)
+        look.folder = FileManager::identityOfFolder(deletingLastPathComponent(path));
     look.item = FileManager::attributesOfItem(path);
     return look;
 }
@@ -234,7 +236,9 @@ void BounceWatcher::report(const std::string& path, const Look& look)
 void BounceWatcher::noteCopy(const FileURL& file)
 {
     Platform::current().dispatch.mainAsync(
-        [path = file.path(), look = lookAt(file.path(), false)] { shared().keepCopy(path, look); });
+        [path = file.path(), look = lookAt(file.path(), true, false)] {
+            shared().keepCopy(path, look);
+        });
 }
 
 void BounceWatcher::keepCopy(const std::string& path, const Look& look)

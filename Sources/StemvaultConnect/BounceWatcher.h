@@ -75,7 +75,8 @@ private:
     void waitForStability(Wait wait);
     [[nodiscard]] std::string rootOf(const std::string& path) const;
     [[nodiscard]] bool isReported(const std::string& path, std::int64_t size) const;
-    [[nodiscard]] static Look lookAt(const std::string& path, bool asksForWriters);
+    [[nodiscard]] static Look lookAt(
+        const std::string& path, bool asksForFolder, bool asksForWriters);
     void apply(Wait wait, const Look& look);
     void report(const std::string& path, const Look& look);
     [[nodiscard]] bool noteVersion(const std::string& path, const Look& look);
