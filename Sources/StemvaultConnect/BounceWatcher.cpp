@@ -78,8 +78,7 @@ BounceWatcher::~BounceWatcher() = default;
 
 const std::set<std::string, std::less<>>& BounceWatcher::audioExtensions()
 {
-    static const std::set<std::string, std::less<>> extensions = { "wav", "aiff", "aif", "mp3",
-        "flac", "m4a", "mp4", "mov" };
+    static const std::set<std::string, std::less<>> extensions = { STEMVAULT_AUDIO_EXTENSIONS };
     return extensions;
 }
 

@@ -47,7 +47,7 @@ public:
     /// cannot tell a copy from a recording. From any thread; looks at the disk.
     static void noteCopy(const FileURL& file);
 
-    /// The extensions that count as audio, in lower case.
+    /// The extensions that count as audio, in lower case: those of Resources/audio-files.
     [[nodiscard]] static const std::set<std::string, std::less<>>& audioExtensions();
 
     /// So long a file must be left alone before it counts as finished.
