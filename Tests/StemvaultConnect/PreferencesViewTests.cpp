@@ -33,7 +33,7 @@ protected:
     PreferencesViewTests() { setenv("HOME", "/home/u", 1); }
 
     /// Group `index`, counted without the dividers, as a list of its children.
-    [[nodiscard]] static std::vector<View> group(const PreferencesView& view, std::size_t index)
+    [[nodiscard]] static std::vector<View> group(PreferencesView& view, std::size_t index)
     {
         const View body = view.body();
         const auto& groups = std::get<Stack>(body.content).children;
@@ -41,7 +41,7 @@ protected:
         return std::get<Stack>(groups.at(2 * index).content).children;
     }
 
-    static void press(const PreferencesView& view, std::size_t groupIndex, std::size_t button)
+    static void press(PreferencesView& view, std::size_t groupIndex, std::size_t button)
     {
         const View all = Stack { {}, {}, {}, group(view, groupIndex) };
         stemvault::all<Button>(all).at(button).action();
@@ -64,7 +64,7 @@ protected:
 
 TEST_F(PreferencesViewTests, EmptyAsItIsRead)
 {
-    const PreferencesView view;
+    PreferencesView view;
     const View body = view.body();
     EXPECT_EQ(body.width, 480);
     EXPECT_THAT(readAloud(body),
@@ -101,7 +101,7 @@ TEST_F(PreferencesViewTests, EmptyAsItIsRead)
 TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
 {
     platform.openFiles.listings[5] = "n/home/u/S/Big Song/Big Song.rpp\n";
-    const PreferencesView view;
+    PreferencesView view;
     platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
     SessionTracker::shared().refresh();
     EXPECT_EQ(group(view, 1).at(1),
@@ -114,7 +114,8 @@ TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
                               Text { "~/S/Big Song", caption, Color::SecondaryLabel, shortened } },
         6);
     EXPECT_EQ(group(view, 1).at(1), open);
-    EXPECT_EQ(group(PreferencesView(), 1).at(1), open) << "known from the first drawing on";
+    PreferencesView second;
+    EXPECT_EQ(group(second, 1).at(1), open) << "known from the first drawing on";
 }
 
 TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
@@ -214,7 +215,7 @@ TEST_F(PreferencesViewTests, WritesHomeAsATilde)
 
 TEST_F(PreferencesViewTests, AddTakesAllChosenFoldersEachWithAWriteOfItsOwn)
 {
-    const PreferencesView view;
+    PreferencesView view;
     add("/d/A");
     const int before = platform.userDefaults.writes;
     platform.dialogs.chooseAll({ "/d/B", "/d/A", "/" });
@@ -232,7 +233,7 @@ TEST_F(PreferencesViewTests, AddTakesAllChosenFoldersEachWithAWriteOfItsOwn)
 
 TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)
 {
-    const PreferencesView view;
+    PreferencesView view;
     const SettingsStore& store = SettingsStore::shared();
     const auto setRow = [](const std::string& path, const std::string& which) {
         return row({ Text { path, caption, Color::Label, shortened }, Spacer {},
@@ -269,7 +270,7 @@ TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)
 
 TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)
 {
-    const PreferencesView view;
+    PreferencesView view;
     const auto toggle = [&view] { return all<Toggle>(view.body()).at(0); };
     EXPECT_FALSE(toggle().isOn);
     for (const char* what : { "on", "already on" }) {
@@ -292,7 +293,8 @@ TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)
 TEST_F(PreferencesViewTests, TheHotkeyIsSetUpInTheDesktopsSettings)
 {
     platform.workspace.canOpen = false;
-    press(PreferencesView(), 5, 0);
+    PreferencesView view;
+    press(view, 5, 0);
     EXPECT_THAT(platform.workspace.opened,
         ElementsAre("x-apple.systempreferences:com.apple.preference.keyboard?Shortcuts_Services"));
 }

@@ -112,20 +112,20 @@ TEST_F(SessionTrackerTests, KeepsWhatAServerToldWhileTheDAWRuns)
 {
     platform.workspace.applications = { { "com.ableton.live", ActivationPolicy::Regular, "Live", 5,
         1 } };
-    platform.processRunner.openFiles = { { "1", "n/s/S.als\n" } };
+    platform.openFiles.listings = { { 1, "n/s/S.als\n" } };
     start();
     EXPECT_THAT(told, ElementsAre("/s"));
     const std::vector<std::string> leftOut = SessionTracker::shared().workingFolders();
     EXPECT_THAT(leftOut, testing::Contains("/s/Samples"));
-    platform.processRunner.openFiles.clear();
+    platform.openFiles.listings.clear();
     platform.dispatch.advance(30s);
     EXPECT_THAT(told, ElementsAre("/s")) << "it has read its session";
     EXPECT_EQ(SessionTracker::shared().workingFolders(), leftOut);
-    platform.processRunner.openFiles = { { "5", "n/next/N.als\n" } };
+    platform.openFiles.listings = { { 5, "n/next/N.als\n" } };
     platform.dispatch.advance(30s);
     EXPECT_THAT(told, ElementsAre("/s", "/next"));
     EXPECT_THAT(SessionTracker::shared().workingFolders(), IsEmpty()) << "its own file tells";
-    platform.processRunner.openFiles = { { "1", "n/s/S.als\n" } };
+    platform.openFiles.listings = { { 1, "n/s/S.als\n" } };
     platform.dispatch.advance(30s);
     platform.workspace.quit(5);
     platform.dispatch.settle();
