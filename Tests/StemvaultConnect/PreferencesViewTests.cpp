@@ -118,6 +118,14 @@ TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
     EXPECT_EQ(group(second, 1).at(1), open) << "known from the first drawing on";
 }
 
+TEST_F(PreferencesViewTests, ASessionThatIsOpenAlreadyIsInTheFirstDrawing)
+{
+    platform.openSession("/s/Big Song/Big Song.rpp");
+    SessionTracker::shared().start();
+    platform.dispatch.settle();
+    EXPECT_THAT(readAloud(PreferencesView().body()), testing::Contains("/s/Big Song"));
+}
+
 TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
 {
     const TemporaryFolder disk;
@@ -266,6 +274,19 @@ TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)
         prompts.push_back(panel.prompt);
     EXPECT_THAT(
         prompts, ElementsAre("Set as Projects Root", "Set as Projects Root", "Watch This Folder"));
+}
+
+TEST_F(PreferencesViewTests, TheOpenSessionStaysWatchedBesideTheFolderThatAlwaysIs)
+{
+    platform.openSession("/s/S.rpp");
+    SessionTracker::shared().start();
+    platform.dispatch.settle();
+    const PreferencesView view;
+    platform.dialogs.choose("/w");
+    press(view, 4, 0);
+    EXPECT_THAT(watched(), ElementsAre("/s", "/w")) << "chosen";
+    press(view, 4, 0);
+    EXPECT_THAT(watched(), ElementsAre("/s")) << "cleared";
 }
 
 TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)

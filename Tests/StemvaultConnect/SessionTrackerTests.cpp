@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
+
 namespace stemvault {
 namespace {
 
@@ -37,6 +39,11 @@ TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
     } rows[] = {
         { "a DAW", { "com.cockos.reaper", Regular, "REAPER", 7 }, true, true },
         { "a prefix", { "com.avid.ProTools.Beta", Regular, "x", 7 }, true, true },
+        { "Logic", { "com.apple.logic10", Regular, "x", 7 }, true, true },
+        { "Live", { "com.ableton.live", Regular, "x", 7 }, true, true },
+        { "Studio One 5", { "com.presonus.studioone5", Regular, "x", 7 }, true, true },
+        { "Studio One 6", { "com.presonus.studioone6", Regular, "x", 7 }, true, true },
+        { "Cubase 12", { "com.steinberg.cubase12", Regular, "x", 7 }, true, true },
         { "a further DAW", { "org.ardour.Ardour", Regular, "Ardour", 7 }, true, true },
         { "the case of an identifier", { "com.avid.protools", Regular, "x", 7 }, false, false },
         { "in the background", { "com.ableton.live", Accessory, "Live", 7 }, false, true },
@@ -68,6 +75,29 @@ TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
     start();
     EXPECT_THAT(told, ElementsAre("/live"));
     EXPECT_THAT(platform.openFiles.calls, ElementsAre(30, 20));
+}
+
+// In capitals, as a package in small letters is found by its name already.
+TEST_F(SessionTrackerTests, KnowsTheSessionFilesOfEveryDAW)
+{
+    for (const std::string extension : { "PTX", "LOGICX", "ALS", "SONG", "CPR", "RPP" }) {
+        FakePlatform desktop;
+        desktop.openSession("/s/Song." + extension);
+        SessionTracker::shared().start();
+        desktop.dispatch.settle();
+        EXPECT_EQ(SessionTracker::shared().currentSessionFolder(), FileURL("/s")) << extension;
+    }
+}
+
+TEST_F(SessionTrackerTests, OfSeveralSessionFilesTheOneChangedLastCounts)
+{
+    const TemporaryFolder disk;
+    const std::string old = disk.write("Old/Old.rpp", "");
+    const std::string song = disk.write("Song/Song.rpp", "");
+    std::filesystem::last_write_time(old, std::filesystem::last_write_time(song) - 1h);
+    platform.openSession(old + "\nn" + song);
+    start();
+    EXPECT_THAT(told, ElementsAre(disk.path("Song")));
 }
 
 TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecides)
