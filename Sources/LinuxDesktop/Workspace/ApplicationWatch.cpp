@@ -44,9 +44,6 @@ ApplicationWatch::ApplicationWatch(
       menu(std::make_shared<const DesktopEntries>()), processes(sources.processRoot),
       endings(sources.processRoot, [this] { update(); })
 {
-    titlePause.setSingleShot(true);
-    QObject::connect(&timer, &QTimer::timeout, &context, [this] { update(); });
-    QObject::connect(&titlePause, &QTimer::timeout, &context, [this] { tellOfTitle(); });
     listen();
 }
 
@@ -72,16 +69,17 @@ void ApplicationWatch::handleWindows(X11Windows::Change change)
     if (!change.title)
         return;
     titleNoticesDue = noticesOfOneTitle;
-    if (!titlePause.isActive())
+    if (!isInTitlePause)
         tellOfTitle();
 }
 
 void ApplicationWatch::tellOfTitle()
 {
-    if (titleNoticesDue == 0)
+    isInTitlePause = titleNoticesDue > 0;
+    if (!isInTitlePause)
         return;
     --titleNoticesDue;
-    titlePause.start(sources.titlePause);
+    dispatch.mainAsyncAfter(sources.titlePause, alive.guard([this] { tellOfTitle(); }));
     update(Activation::Another);
 }
 
@@ -89,9 +87,9 @@ void ApplicationWatch::lookAsOftenAsNeeded()
 {
     const bool isNeeded = sources.isWayland || !windows || isServerGone || !windows->isTold();
     if (!isNeeded)
-        timer.stop();
-    else if (!timer.isActive())
-        timer.start(sources.interval);
+        timer.reset();
+    else if (!timer)
+        timer = dispatch.scheduledTimer(sources.interval, alive.guard([this] { update(); }));
 }
 
 const std::vector<ListedApplication>& ApplicationWatch::applications()
@@ -101,8 +99,7 @@ const std::vector<ListedApplication>& ApplicationWatch::applications()
     look();
     // Nobody is told of anything inside a question of theirs.
     if (news.launched || news.terminated)
-        QMetaObject::invokeMethod(
-            &context, [this] { announce(); }, Qt::QueuedConnection);
+        dispatch.mainAsync(alive.guard([this] { announce(); }));
     return listed;
 }
 

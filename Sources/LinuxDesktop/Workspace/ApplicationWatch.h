@@ -8,8 +8,6 @@
 #include "Platform/Dispatch.h"
 
 #include <QDBusConnection>
-#include <QObject>
-#include <QTimer>
 
 #include <chrono>
 #include <functional>
@@ -59,7 +57,7 @@ struct WorkspaceNews {
 /// names of their programs.
 class ApplicationWatch {
 public:
-    /// `onNews` is called from the event loop, once for all that is found at once. `dispatch` must
+    /// `onNews` is called from the event loop, once for all that is found at once. `queues` must
     /// outlive the watch.
     ApplicationWatch(
         Dispatch& queues, WorkspaceSources lookedAtHere, std::function<void(WorkspaceNews)> onNews);
@@ -103,10 +101,9 @@ private:
     std::unique_ptr<X11Windows> windows;
     bool isServerGone = false;
     std::unique_ptr<UnitSignals> units;
-    QTimer timer;
-    QTimer titlePause; ///< Runs after a change of title has been told.
+    std::unique_ptr<Timer> timer; ///< Of the looks where no event tells of everything.
+    bool isInTitlePause = false; ///< A change of title has just been told.
     int titleNoticesDue = 0;
-    QObject context; ///< Of what is queued for later.
     WeakGuard alive;
 };
 

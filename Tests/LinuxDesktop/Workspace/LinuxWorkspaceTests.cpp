@@ -1,13 +1,12 @@
-#include "LinuxDesktop/Dispatch/QtDispatch.h"
 #include "LinuxDesktop/QtTest.h"
 #include "LinuxDesktop/Workspace/FakeProcesses.h"
 #include "LinuxDesktop/Workspace/LinuxWorkspace.h"
+#include "Support/FakeDispatch.h"
 
 #include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDeadlineTimer>
 #include <QProcess>
 #include <gmock/gmock.h>
 
@@ -24,6 +23,7 @@ namespace {
 using namespace std::literals;
 using testing::Contains;
 using testing::IsEmpty;
+using testing::Not;
 using testing::UnorderedElementsAre;
 
 /// Another program for as long as this lives.
@@ -79,17 +79,11 @@ private:
     std::optional<OtherProgram> program;
 };
 
+/// The desktop's events come through the toolkit's loop, and what the watch does by time is on the
+/// virtual clock.
 class LinuxWorkspaceTests : public testing::Test {
 protected:
-    LinuxWorkspaceTests()
-    {
-        sources.processRoot = processes.root();
-        sources.interval = 1h;
-    }
-    ~LinuxWorkspaceTests() override
-    {
-        EXPECT_TRUE(happens([this] { return dispatch.finish(1ms); }));
-    }
+    LinuxWorkspaceTests() { sources.processRoot = processes.root(); }
 
     /// As the session tracker does it: asks first, listens then.
     void makeWorkspace()
@@ -110,10 +104,18 @@ protected:
 
     bool waitFor(const std::string& notice)
     {
-        const bool came =
-            happens([&] { return std::ranges::find(notices, notice) != notices.end(); });
+        const bool came = happens([&] {
+            dispatch.settle();
+            return std::ranges::find(notices, notice) != notices.end();
+        });
         notices.clear();
         return came;
+    }
+
+    /// Whether the watch looks every five seconds from now on.
+    bool beginsToLookByTimer()
+    {
+        return happens([this] { return dispatch.timerCount() == 1; });
     }
 
     [[nodiscard]] std::vector<std::string> names() const
@@ -131,7 +133,7 @@ protected:
     QCoreApplication loop { argumentCount, &arguments };
     FakeProcesses processes;
     WorkspaceSources sources;
-    QtDispatch dispatch;
+    FakeDispatch dispatch;
     std::vector<std::string> notices;
     int shown = 0; ///< The keyboard's shortcuts.
     std::optional<LinuxWorkspace> workspace;
@@ -142,13 +144,16 @@ constexpr int noRealProcess = 5'000'000;
 
 TEST_F(LinuxWorkspaceTests, LooksByTimerWhereNothingTells)
 {
-    sources.interval = 10ms;
     makeWorkspace();
     processes.start(noRealProcess, reaper);
-    EXPECT_TRUE(waitFor("launch"));
+    dispatch.advance(4999ms);
+    EXPECT_THAT(notices, IsEmpty());
+    dispatch.advance(1ms);
+    EXPECT_THAT(notices, ElementsAre("launch"));
     EXPECT_THAT(names(), ElementsAre("REAPER"));
     processes.end(noRealProcess);
-    EXPECT_TRUE(waitFor("terminate"));
+    dispatch.advance(5s);
+    EXPECT_THAT(notices, ElementsAre("launch", "terminate"));
     EXPECT_THAT(names(), IsEmpty());
 }
 
@@ -157,16 +162,16 @@ TEST_F(LinuxWorkspaceTests, IsRightWhenAskedAndTellsOnceAfterwards)
     processes.start(noRealProcess, reaper);
     makeWorkspace();
     processes.start(noRealProcess + 1, { "C:\\ProTools.exe\0"s, "ProTools.exe" });
-    const QDeadlineTimer deadline(10s);
-    while (names().size() != 2 && !deadline.hasExpired()) { }
+    EXPECT_TRUE(happens([this] { return names().size() == 2; }));
     EXPECT_THAT(names(), ElementsAre("REAPER", "Pro Tools"));
     EXPECT_THAT(notices, IsEmpty()) << "Nobody is told inside a question.";
-    EXPECT_TRUE(waitFor("launch"));
+    dispatch.settle();
+    EXPECT_THAT(notices, ElementsAre("launch"));
     workspace->removeObserver(this);
     processes.end(noRealProcess);
     EXPECT_TRUE(happens([this] { return names() == std::vector { "Pro Tools"s }; }));
-    while (QCoreApplication::eventDispatcher()->processEvents(QEventLoop::AllEvents)) { }
-    EXPECT_THAT(notices, IsEmpty());
+    dispatch.settle();
+    EXPECT_THAT(notices, ElementsAre("launch"));
 }
 
 TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
@@ -193,6 +198,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
         return speaker.send(signal) && !notices.empty();
     }));
     EXPECT_THAT(notices, Contains("launch"));
+    dispatch.settle();
     EXPECT_TRUE(happens([this] { return names() == std::vector { "REAPER"s, "Logic 2"s }; }));
 }
 
@@ -225,7 +231,6 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     Display display;
     display.startWindowManager();
     sources.display = display.number;
-    sources.interval = 10ms;
     makeWorkspace();
 
     const StandIn first("first", processes.root());
@@ -244,10 +249,12 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_TRUE(waitFor("terminate"));
     EXPECT_THAT(names(), ElementsAre("first"));
 
+    EXPECT_EQ(dispatch.timerCount(), 0U);
     display.end();
-    notices.clear();
+    EXPECT_TRUE(beginsToLookByTimer()) << "Processes are compared once the server has gone.";
     processes.start(noRealProcess, reaper);
-    EXPECT_TRUE(waitFor("launch")) << "Processes are compared once the server has gone.";
+    dispatch.advance(5s);
+    EXPECT_THAT(notices, ElementsAre("launch"));
     EXPECT_THAT(names(), UnorderedElementsAre("first", "REAPER"));
 }
 
@@ -265,21 +272,18 @@ TEST_F(LinuxWorkspaceTests, LooksByTimerOnX11OnlyWithoutAWindowManager)
 {
     Display display;
     sources.display = display.number;
-    sources.interval = 10ms;
     makeWorkspace();
-    int process = noRealProcess;
-    QTest::qWait(300); // What the server's first answers make it do is over then.
-    notices.clear();
-    processes.start(process, reaper);
-    EXPECT_TRUE(waitFor("launch"));
+    EXPECT_TRUE(beginsToLookByTimer());
+    processes.start(noRealProcess, reaper);
+    dispatch.advance(5s);
+    EXPECT_THAT(notices, ElementsAre("launch"));
 
     display.startWindowManager();
-    EXPECT_TRUE(happens([&] {
-        notices.clear();
-        processes.start(++process, reaper);
-        QTest::qWait(200);
-        return notices.empty();
-    })) << "The window manager tells of windows now.";
+    EXPECT_TRUE(happens([this] { return dispatch.timerCount() == 0; }))
+        << "The window manager tells of windows now.";
+    processes.start(noRealProcess + 1, reaper);
+    dispatch.advance(1min);
+    EXPECT_THAT(notices, ElementsAre("launch"));
 }
 
 TEST_F(LinuxWorkspaceTests, LooksByTimerOnWaylandBesideX11)
@@ -288,10 +292,10 @@ TEST_F(LinuxWorkspaceTests, LooksByTimerOnWaylandBesideX11)
     display.startWindowManager();
     sources.display = display.number;
     sources.isWayland = true;
-    sources.interval = 10ms;
     makeWorkspace();
     processes.start(noRealProcess, reaper);
-    EXPECT_TRUE(waitFor("launch"));
+    dispatch.advance(5s);
+    EXPECT_THAT(notices, ElementsAre("launch"));
 }
 
 TEST_F(LinuxWorkspaceTests, KnowsTheKindOfSession)
@@ -326,39 +330,53 @@ TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
     Display display;
     display.startWindowManager();
     sources.display = display.number;
-    sources.titlePause = 300ms;
     makeWorkspace();
     const StandIn other("other", processes.root());
     const StandIn daw("reaper", processes.root());
     other.say("open");
+    EXPECT_TRUE(waitFor("activate"));
     daw.say("open");
-    EXPECT_TRUE(happens([this] { return names() == std::vector { "other"s, "REAPER"s }; }));
-    const auto becomesQuiet = [this] {
-        return happens([this] {
-            notices.clear();
-            QTest::qWait(500);
-            return notices.empty();
-        });
-    };
-    EXPECT_TRUE(becomesQuiet());
-
-    daw.say("title Song B");
+    EXPECT_TRUE(waitFor("activate"));
     const auto told = [this] { return std::ranges::count(notices, "activate"); };
-    EXPECT_TRUE(happens([&] { return told() == 2; })) << "At once, and a little later.";
-    EXPECT_TRUE(becomesQuiet());
-    daw.say("title Song B");
-    other.say("title Song C");
-    QTest::qWait(200);
-    EXPECT_THAT(notices, IsEmpty()) << "The same title, and that of no DAW.";
+    // What a program said before it opened a window has come in when the window has.
+    const auto takeAllOf = [this](const StandIn& standIn) {
+        notices.clear();
+        standIn.say("open");
+        EXPECT_TRUE(waitFor("activate"));
+    };
+    int song = 0;
+    EXPECT_TRUE(happens([&] {
+        daw.say("title Song " + std::to_string(++song));
+        return told() > 0;
+    })) << "Its title is followed.";
+    takeAllOf(daw);
+    dispatch.advance(1min);
+    notices.clear();
 
-    const auto begun = std::chrono::steady_clock::now();
-    for (int take = 0; take < 100; ++take) {
+    daw.say("title Song B");
+    EXPECT_TRUE(happens([&] { return told() == 1; })) << "At once.";
+    dispatch.advance(1999ms);
+    EXPECT_EQ(told(), 1);
+    dispatch.advance(1min);
+    EXPECT_EQ(told(), 2) << "And a little later.";
+
+    notices.clear();
+    for (int take = 0; take < 100; ++take)
         daw.say("title Take " + std::to_string(take));
-        QTest::qWait(10);
-    }
-    EXPECT_GT(told(), 0);
-    const auto pauses = (std::chrono::steady_clock::now() - begun) / sources.titlePause;
-    EXPECT_LE(told(), pauses + 1) << "However often titles change.";
+    EXPECT_TRUE(happens([&] { return told() == 1; }));
+    takeAllOf(daw);
+    dispatch.advance(1999ms);
+    EXPECT_THAT(notices, IsEmpty()) << "However often titles change.";
+    dispatch.advance(1min);
+    EXPECT_LE(told(), 2) << "Some of them were never read.";
+
+    notices.clear();
+    daw.say("title Take 99");
+    other.say("title Song C");
+    takeAllOf(daw);
+    takeAllOf(other);
+    dispatch.advance(1min);
+    EXPECT_THAT(notices, IsEmpty()) << "The same title, and that of no DAW.";
 }
 
 TEST_F(LinuxWorkspaceTests, OpensWebPagesAlone)

@@ -1,6 +1,6 @@
 // Stands for an application of X11: says its process number, then opens a window for each line
-// "open" in the pipe that its argument names, closes the latest for each "close", and gives it
-// another title for each "title" and the text behind it.
+// "open" in the pipe that its argument names, closes the latest for each "close", and gives the
+// first another title for each "title" and the text behind it.
 
 #include <xcb/xcb.h>
 
@@ -59,7 +59,7 @@ int main(int /*count*/, char** arguments)
             windows.push_back(xcb_generate_id(connection));
             open(connection, windows.back());
         } else if (line.starts_with(title)) {
-            setText(connection, windows.back(), atom(connection, "_NET_WM_NAME"),
+            setText(connection, windows.front(), atom(connection, "_NET_WM_NAME"),
                 line.substr(title.size()));
         } else {
             xcb_destroy_window(connection, windows.back());
