@@ -90,7 +90,7 @@ TEST_F(BounceAlertControllerTests, AsksWithEverythingThePromptNeeds)
     EXPECT_THAT(texts(),
         ElementsAre("1.wav\nfrom Song\n\n+ 2 more waiting", "2.wav\nfrom Song\n\n+ 1 more waiting",
             "3.wav\nfrom Song"));
-    EXPECT_EQ(platform.application.activations, 3);
+    EXPECT_THAT(dialogs.activationsBefore, ElementsAre(1, 2, 3)) << "to the front first";
 }
 
 TEST_F(BounceAlertControllerTests, LoadsItsIconAndAsksForPermissionWhenMade)
@@ -628,15 +628,24 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
 
 TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
 {
-    addDestination("Client A");
+    addDestination("Client\nA");
     const std::string name = "Mix\nfrom me\xff.wav";
-    queue({ name });
-    dialogs.answer("Add");
+    queue({ name, name }, "So\nng");
+    for (const char* answer : { "Add", "Add", "Cancel" })
+        dialogs.answer(answer);
     showAll();
-    EXPECT_THAT(texts(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav\nfrom Song"));
-    EXPECT_THAT(notifications.bodies(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav → Client A"));
-    EXPECT_EQ(folder.read("Client A/" + name), name);
+    EXPECT_THAT(texts(),
+        ElementsAre("Mix\uFFFDfrom me\uFFFD.wav\nfrom So\uFFFDng\n\n+ 1 more waiting",
+            "Mix\uFFFDfrom me\uFFFD.wav\nfrom So\uFFFDng",
+            "Mix\uFFFDfrom me\uFFFD.wav already exists in \"Client\uFFFDA\"."));
+    EXPECT_THAT(notifications.bodies(), ElementsAre("Mix\uFFFDfrom me\uFFFD.wav → Client\uFFFDA"));
+    EXPECT_EQ(folder.read("Client\nA/" + name), name);
     EXPECT_EQ(added.notices.at(0).userInfo.at("file"), name);
+
+    queue({ "1.wav", "2.wav" });
+    dialogs.answer("Add All (2)");
+    showAll();
+    EXPECT_EQ(notifications.bodies().back(), "2 files → Client\uFFFDA");
 }
 
 TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)

@@ -205,6 +205,10 @@ TEST_F(BounceWatcherTests, ReportsAgainOnlyAtAnotherSize)
         platform.dispatch.advance(2s);
         EXPECT_EQ(takeReported().size(), row.reports) << row.what;
     }
+    std::filesystem::remove(mix);
+    deliver(mix);
+    platform.dispatch.advance(2s);
+    EXPECT_THAT(takeReported(), IsEmpty()) << "gone counts as empty, which is known";
 }
 
 TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)

@@ -19,6 +19,7 @@ using testing::ElementsAreArray;
 using testing::IsSupersetOf;
 
 constexpr Font calloutMedium { TextStyle::Callout, FontWeight::Medium };
+constexpr Font captionSemibold { TextStyle::Caption, FontWeight::Semibold };
 constexpr Font caption { TextStyle::Caption, FontWeight::Regular };
 constexpr auto shortened = Text::Lines::OneTruncatedInTheMiddle;
 
@@ -95,7 +96,27 @@ TEST_F(PreferencesViewTests, EmptyAsItIsRead)
             EXPECT_EQ(each.padding, Padding::standard());
         }
     EXPECT_THAT(spacings, ElementsAre(4, 6, 8, 6, 6, 6));
-    EXPECT_THAT(all<Label>(body), testing::Each(testing::Field(&Label::isUppercase, true)));
+}
+
+TEST_F(PreferencesViewTests, EachKindOfTextHasItsStyle)
+{
+    const View body = PreferencesView().body();
+    using Style = std::pair<Font, Color>;
+    const Style title { { TextStyle::Headline, FontWeight::Regular }, Color::Label };
+    const Style noSession { { TextStyle::Callout, FontWeight::Regular }, Color::SecondaryLabel };
+    const Style help { caption, Color::SecondaryLabel };
+    const Style notSet { caption, Color::TertiaryLabel };
+    std::vector<Style> texts;
+    for (const Text& text : all<Text>(body))
+        texts.emplace_back(text.font, text.color);
+    EXPECT_THAT(texts, ElementsAre(title, help, noSession, help, help, notSet, help, notSet, help));
+    for (const Label& label : all<Label>(body)) {
+        EXPECT_EQ(label.font, captionSemibold) << label.title;
+        EXPECT_EQ(label.color, Color::SecondaryLabel) << label.title;
+        EXPECT_TRUE(label.isUppercase) << label.title;
+    }
+    EXPECT_EQ(std::get<Text>(all<Button>(body).at(0).label),
+        (Text { "+ Add", captionSemibold, Color::Accent }));
 }
 
 TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
@@ -129,6 +150,7 @@ TEST_F(PreferencesViewTests, ASessionThatIsOpenAlreadyIsInTheFirstDrawing)
 TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
 {
     const TemporaryFolder disk;
+    setenv("HOME", disk.path().c_str(), 1);
     const StemvaultFolder there = add(disk.makeFolder("A & B"));
     const StemvaultFolder gone = add(disk.path("gone\n\u202e🎚"));
     PreferencesView view;
@@ -145,11 +167,15 @@ TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
         return made;
     };
     const Symbol plus { "folder.fill.badge.plus", Color::Accent, {} };
-    const auto rows = [&view] { return std::get<Stack>(group(view, 2).at(1).content).children; };
+    const auto rows = [&view] {
+        const Stack list = std::get<Stack>(group(view, 2).at(1).content);
+        EXPECT_EQ(list.spacing, 8);
+        return list.children;
+    };
     const auto present = [&](const StemvaultFolder& folder) {
         return rowOf(folder, plus,
             { Text { folder.name, calloutMedium },
-                Text { folder.path, caption, Color::SecondaryLabel } });
+                Text { "~/" + folder.name, caption, Color::SecondaryLabel } });
     };
     static_cast<void>(view.draw());
     EXPECT_THAT(rows(), ElementsAre(present(there), present(gone))) << "before anyone has looked";
@@ -158,7 +184,8 @@ TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
     EXPECT_THAT(rows(),
         ElementsAre(present(there),
             rowOf(gone, Symbol { "folder.fill.badge.questionmark", Color::SystemYellow, {} },
-                { Text { gone.name, calloutMedium }, Text { gone.path, caption, Color::Label },
+                { Text { gone.name, calloutMedium },
+                    Text { "~/" + gone.name, caption, Color::Label },
                     Text { "Folder not found — move it or remove it", caption,
                         Color::SystemYellow } })));
     press(view, 2, 2);

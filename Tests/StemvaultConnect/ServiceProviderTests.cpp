@@ -140,18 +140,18 @@ TEST_F(ServiceProviderTests, OnlyALinkThatWasSelectedItselfIsFollowed)
 
 TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
 {
-    make({ "Song Demos/a.wav", "Song Demos/b.wav", "Projects/Song Demos/" });
+    make({ "Song Demos/a.wav", "Song Demos/b.wav", "Other/a.wav", "Projects/Song Demos/" });
     SettingsStore::shared().setProjectsRootPath(root);
     platform.userDefaults.strings["sv_debug_base_url"] = "http://localhost:8/x?old=1#top";
     platform.dialogs.answerText("Create", "Song Demos");
-    EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song Demos" })), "");
+    EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song Demos", "Other/a.wav" })), "");
 
     EXPECT_THAT(platform.dialogs.alerts,
         ElementsAre(Alert { "Create Stemvault playlist",
             "This will be the new project's folder name.", AlertStyle::Informational, {},
             TextField { { 0, 0, 280, 24 }, "Song Demos", true }, { "Create", "Cancel" } }));
     EXPECT_THAT(platform.dialogs.activationsBefore, ElementsAre(1));
-    EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav");
+    EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav") << "the first one";
     EXPECT_EQ(folder.read("Projects/Song Demos 2/b.wav"), "Song Demos/b.wav");
     EXPECT_THAT(platform.workspace.opened,
         ElementsAre("http://localhost:8/x?prefillFolder=/song%20demos%202&title=Song%20Demos"
@@ -281,7 +281,9 @@ TEST_F(ServiceProviderTests, EachFailureIsAnsweredInItsPlace)
         SettingsStore::shared().setProjectsRootPath(row.projectsRoot);
         if (row.error.empty())
             desktop.dialogs.answerText("Create", "New");
-        desktop.dialogs.answer("OK");
+        desktop.dialogs.answer("OK", 0, [&desktop] {
+            EXPECT_THAT(desktop.userNotificationCenter.posted, IsEmpty()) << "the browser is first";
+        });
         EXPECT_EQ(perform("createStemvaultPlaylist", paths(row.selection)), row.error);
         EXPECT_EQ(desktop.dialogs.alerts.back(),
             (Alert { row.message, row.informativeText, AlertStyle::Warning, {}, {}, {} }));

@@ -1,4 +1,5 @@
 #include "StemvaultConnect/SessionTracker.h"
+#include "StemvaultConnect/SessionTrackerObservable.h"
 #include "Support/FakePlatform.h"
 #include "Support/TemporaryFolder.h"
 
@@ -95,9 +96,16 @@ TEST_F(SessionTrackerTests, OfSeveralSessionFilesTheOneChangedLastCounts)
     const std::string old = disk.write("Old/Old.rpp", "");
     const std::string song = disk.write("Song/Song.rpp", "");
     std::filesystem::last_write_time(old, std::filesystem::last_write_time(song) - 1h);
-    platform.openSession(old + "\nn" + song);
-    start();
-    EXPECT_THAT(told, ElementsAre(disk.path("Song")));
+    for (const std::string whoHasThemOpen : { "5", "1" }) {
+        FakePlatform desktop;
+        desktop.workspace.applications = { { "com.cockos.reaper", ActivationPolicy::Regular,
+            "REAPER", 5, 1 } };
+        desktop.processRunner.openFiles[whoHasThemOpen] = "n" + old + "\nn" + song + "\n";
+        SessionTracker::shared().start();
+        desktop.dispatch.settle();
+        EXPECT_EQ(SessionTracker::shared().currentSessionFolder(), FileURL(disk.path("Song")))
+            << "process " << whoHasThemOpen;
+    }
 }
 
 TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecides)
@@ -313,6 +321,20 @@ TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
     SharedInstances::destroyAll();
     platform.dispatch.settle();
     EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "the second had not begun";
+}
+
+TEST_F(SessionTrackerTests, WhatIsDrawnFollowsInATurnOfItsOwn)
+{
+    start();
+    const SessionTrackerObservable& drawn = SessionTrackerObservable::shared();
+    std::vector<std::optional<FileURL>> drawnBefore;
+    const auto note = [&] { drawnBefore.push_back(drawn.currentSessionFolder()); };
+    SessionTracker::shared().observers.emplace_back([&](const auto&) { note(); });
+    SessionTrackerObservable::shared().onWillChange(note);
+    platform.openSession("/a/S.rpp");
+    platform.dispatch.settle();
+    EXPECT_THAT(drawnBefore, ElementsAre(std::nullopt, std::nullopt));
+    EXPECT_EQ(drawn.currentSessionFolder(), FileURL("/a"));
 }
 
 TEST_F(SessionTrackerTests, TellsItsObserversInOrderAndLateOnesNextTime)

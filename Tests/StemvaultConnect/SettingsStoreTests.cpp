@@ -86,17 +86,23 @@ TEST_F(SettingsStoreTests, LeavesWhatCannotBeReadUntilTheNextChange)
 TEST_F(SettingsStoreTests, EveryAssignmentTellsFirstAndThenWrites)
 {
     SettingsStore& settings = SettingsStore::shared();
-    std::vector<std::optional<std::string>> seenBefore;
-    settings.onWillChange([&] { seenBefore.push_back(settings.alwaysWatchPath()); });
+    std::vector<std::string> seenBefore;
+    settings.onWillChange([&] {
+        seenBefore.push_back(settings.alwaysWatchPath().value_or("-") + " "
+            + settings.projectsRootPath().value_or("-") + " "
+            + std::to_string(settings.stemvaultFolders().size()));
+    });
 
     settings.setAlwaysWatchPath("/w");
     EXPECT_EQ(stored()["alwaysWatchPath"], "/w");
     settings.setAlwaysWatchPath("/w");
     settings.setAlwaysWatchPath(std::nullopt);
     EXPECT_FALSE(stored().contains("alwaysWatchPath"));
+    settings.setProjectsRootPath("/p");
+    settings.addFolder(folder("A"));
 
-    EXPECT_THAT(seenBefore, ElementsAre(std::nullopt, "/w", "/w"));
-    EXPECT_EQ(platform.userDefaults.writes, 3);
+    EXPECT_THAT(seenBefore, ElementsAre("- - 0", "/w - 0", "/w - 0", "- - 0", "- /p 0"));
+    EXPECT_EQ(platform.userDefaults.writes, 5);
 }
 
 TEST_F(SettingsStoreTests, KeepsFoldersInTheirOrderAndRemovesByIdentity)
@@ -126,7 +132,7 @@ TEST_F(SettingsStoreTests, WhatCannotBeWrittenStaysInMemory)
     SettingsStore::shared().setAlwaysWatchPath("/w\xff");
     EXPECT_EQ(SettingsStore::shared().alwaysWatchPath(), "/w\xff");
     EXPECT_EQ(
-        stored(), json({ { "stemvaultFolders", json::array() }, { "projectsRootPath", "/p" } }));
+        platform.userDefaults.values.at(key), R"({"projectsRootPath":"/p","stemvaultFolders":[]})");
 }
 
 } // namespace

@@ -104,6 +104,8 @@ TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
             available + "\n\na\n&lt; b" },
         { "without notes", feed(entry("2", R"(,"notes":"")")), available },
         { "equal", feed(entry("1.4.0", R"(,"notes":null)")), upToDate },
+        { "behind another entry",
+            feed(R"("a":{"latest_version":"3","download_url":""},)" + entry("2")), available },
         { "no connection", Failure { "unreachable" }, failed },
         { "not UTF-8", feed(entry("2\xff")), failed },
         { "an error page", std::string("<h1>404</h1>"), failed },

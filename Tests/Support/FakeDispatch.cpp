@@ -39,6 +39,15 @@ std::unique_ptr<Timer> FakeDispatch::scheduledTimer(std::chrono::milliseconds in
     return std::make_unique<FakeTimer>(*this, interval, std::move(work));
 }
 
+Work FakeDispatch::holdOldestUtilityWork()
+{
+    return [this, work = takeFront(utilityQueue).work] {
+        const bool before = std::exchange(isRunningUtilityWork, true);
+        work();
+        isRunningUtilityWork = before;
+    };
+}
+
 void FakeDispatch::settleMainQueue()
 {
     while (!mainQueue.empty())

@@ -47,8 +47,11 @@ public:
     void settleMainQueue();
 
     /// Takes the oldest piece of background work out, to be run when the test likes, or runs it.
-    [[nodiscard]] Work holdOldestUtilityWork() { return takeFront(utilityQueue).work; }
+    [[nodiscard]] Work holdOldestUtilityWork();
     void runOldestUtilityWork() { holdOldestUtilityWork()(); }
+
+    /// Whether what runs just now would be on a background thread.
+    [[nodiscard]] bool isInBackground() const { return isRunningUtilityWork; }
 
     [[nodiscard]] std::size_t utilityWorkCount() const { return utilityQueue.size(); }
 
@@ -81,6 +84,7 @@ private:
     std::deque<UtilityWork> utilityQueue;
     std::map<Key, Work> delayed;
     std::size_t timers = 0;
+    bool isRunningUtilityWork = false;
 };
 
 } // namespace stemvault

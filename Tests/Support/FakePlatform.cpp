@@ -41,6 +41,7 @@ int responseOf(const Alert& alert, const std::string& title)
 
 AlertAnswer FakeDialogs::runModal(const Alert& alert)
 {
+    EXPECT_FALSE(dispatch && dispatch->isInBackground()) << alert.messageText;
     alerts.push_back(alert);
     activationsBefore.push_back(application ? application->activations : 0);
     return takeStep(answers, alert, alert.messageText);
@@ -202,6 +203,7 @@ FakePlatform::FakePlatform()
 {
     SharedInstances::destroyAll();
     dialogs.application = &application;
+    dialogs.dispatch = &dispatch;
     Platform::install(&platform);
 }
 

@@ -92,6 +92,7 @@ struct FakeDialogs : Dialogs {
     std::vector<Alert> alerts; ///< As they were asked.
     std::vector<OpenPanel> panels;
     const FakeApplication* application = nullptr;
+    const FakeDispatch* dispatch = nullptr;
     std::vector<int> activationsBefore; ///< How often the program had come to the front by then.
 
 private:
