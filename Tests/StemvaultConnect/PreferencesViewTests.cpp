@@ -308,7 +308,7 @@ TEST_F(PreferencesViewTests, TheOpenSessionStaysWatchedBesideTheFolderThatAlways
     platform.openSession("/s/S.rpp");
     SessionTracker::shared().start();
     platform.dispatch.settle();
-    const PreferencesView view;
+    PreferencesView view;
     platform.dialogs.choose("/w");
     press(view, 4, 0);
     EXPECT_THAT(watched(), ElementsAre("/s", "/w")) << "chosen";

@@ -96,11 +96,11 @@ TEST_F(SessionTrackerTests, OfSeveralSessionFilesTheOneChangedLastCounts)
     const std::string old = disk.write("Old/Old.rpp", "");
     const std::string song = disk.write("Song/Song.rpp", "");
     std::filesystem::last_write_time(old, std::filesystem::last_write_time(song) - 1h);
-    for (const std::string whoHasThemOpen : { "5", "1" }) {
+    for (const std::int32_t whoHasThemOpen : { 5, 1 }) {
         FakePlatform desktop;
         desktop.workspace.applications = { { "com.cockos.reaper", ActivationPolicy::Regular,
             "REAPER", 5, 1 } };
-        desktop.processRunner.openFiles[whoHasThemOpen] = "n" + old + "\nn" + song + "\n";
+        desktop.openFiles.listings[whoHasThemOpen] = "n" + old + "\nn" + song + "\n";
         SessionTracker::shared().start();
         desktop.dispatch.settle();
         EXPECT_EQ(SessionTracker::shared().currentSessionFolder(), FileURL(disk.path("Song")))
