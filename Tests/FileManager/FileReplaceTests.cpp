@@ -33,7 +33,7 @@ protected:
         files.write("album/Song/Mix.wav", content);
         std::filesystem::create_symlink("Song/Mix.wav", files.path("album/link"));
         EXPECT_EQ(::mkfifo(files.path("album/pipe").c_str(), 0600), 0);
-        EXPECT_EQ(::chmod(files.path("album/Song").c_str(), 0555), 0);
+        EXPECT_EQ(::chmod(files.path("album/Song").c_str(), 0500), 0);
         return files.path("album");
     }();
 };
@@ -80,7 +80,7 @@ TEST_F(ReplaceTest, CopiesAFolderAsItIs)
     EXPECT_TRUE(std::filesystem::is_fifo(files.path("to/Album/pipe")));
     EXPECT_EQ(files.read("to/Album/Song/Mix.wav"), content);
     const auto song = std::filesystem::status(files.path("to/Album/Song"));
-    EXPECT_EQ(song.permissions(), std::filesystem::perms { 0555 });
+    EXPECT_EQ(song.permissions(), std::filesystem::perms { 0500 });
     for (const char* name : { "", "/Song", "/Song/Mix.wav" })
         EXPECT_EQ(std::filesystem::last_write_time(album + name),
             std::filesystem::last_write_time(files.path("to/Album") + name));
