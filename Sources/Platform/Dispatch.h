@@ -27,8 +27,8 @@ public:
 
 /// When and where work runs: on the main thread in the event loop, or on threads in the background.
 /// `work` is never empty, must not throw, and is destroyed after it ran or was dropped. Work has no
-/// owner: work that may outlive what it uses is guarded with `WeakGuard`. Whatever has not run on the
-/// main thread when the event loop ends is dropped.
+/// owner: work that may outlive what it uses is guarded with `WeakGuard`. Whatever has not run on
+/// the main thread when the event loop ends is dropped.
 class Dispatch {
 public:
     virtual ~Dispatch() = default;

@@ -54,7 +54,8 @@ public:
 
     /// Begins delivery. Every change from this call on is reported, also in folders that the stream
     /// has not reached yet; for those, changes shortly before may be reported as well. Does nothing
-    /// on a started or invalidated stream.
+    /// on a started or invalidated stream. Where the system has no thread left, nothing is
+    /// reported.
     virtual void start() = 0;
 
     /// Ends delivery: the handler is not called any more, not even with a batch that is already in
@@ -72,8 +73,8 @@ public:
 
     /// Makes a stream, not yet started, over everything below `paths`. They are absolute and need
     /// not exist. Events are gathered in batches that are at least `latency` apart. `flags` are of
-    /// FileEventStreamFlag. Null when `handler` or `paths` is empty or the system refuses. A limit
-    /// on watches is no failure: folders beyond it are listed every few seconds.
+    /// FileEventStreamFlag. Null when `handler` or `paths` is empty, or no stream can be made. A
+    /// limit on watches is no failure: folders beyond it are listed every few seconds.
     [[nodiscard]] virtual std::unique_ptr<FileEventStream> createStream(FileEventHandler handler,
         const std::vector<std::string>& paths, std::chrono::milliseconds latency,
         std::uint32_t flags) = 0;

@@ -6,20 +6,21 @@
 
 namespace stemvault {
 
-/// Which files a process has open.
+/// Which files other processes have open. Safe from several threads at once, and for background
+/// threads only: it blocks.
 class OpenFiles {
 public:
     virtual ~OpenFiles() = default;
 
-    /// What `lsof -p PROCESS -Fn` prints: a line for each open file, with an 'n' before its path,
-    /// in the form of lsof under a UTF-8 locale. It is the whole output, whatever the exit status,
-    /// and what lsof says on standard error is thrown away. A system may answer from elsewhere in
-    /// the same form while lsof hangs, and leaves out paths that lead the process to another file
-    /// than they lead us. No line for a process that does not exist or cannot be looked at.
+    /// The files that `process` has open, as `lsof -p PROCESS -Fn` prints them under a UTF-8
+    /// locale: one line for each, with an 'n' before the path. The output counts whatever lsof's
+    /// exit status, since lsof fails when a single descriptor was unreadable. While lsof hangs, the
+    /// backend may answer in the same form from elsewhere. Paths under which `process` sees other
+    /// files than we do are left out. A process that does not exist or may not be looked at has no
+    /// line.
     ///
-    /// Absent when lsof could not be started, or printed more than the system takes. Blocks for as
-    /// long as the system allows lsof, several seconds: for background threads only; safe from
-    /// several at once.
+    /// Blocks for some seconds at most. Absent when lsof could not be started, or printed more than
+    /// the backend accepts.
     [[nodiscard]] virtual std::optional<std::string> listing(std::int32_t process) = 0;
 };
 
