@@ -20,7 +20,10 @@ Result<std::string> resultOf(QProcess& process)
         process.error() == QProcess::UnknownError && process.exitStatus() == QProcess::NormalExit;
     if (hasEnded && process.exitCode() == 0)
         return process.readAllStandardOutput().toStdString();
-    return Failure { process.readAllStandardError().trimmed().toStdString() };
+    // A fetcher that is missing or was killed has printed nothing.
+    const QByteArray printed = process.readAllStandardError().trimmed();
+    return Failure { printed.isEmpty() ? process.errorString().toStdString()
+                                       : printed.toStdString() };
 }
 
 } // namespace
