@@ -51,8 +51,8 @@ public:
     virtual ~Windows() = default;
 
     /// Makes a window, not yet shown; never null. `body` is kept as long as the window, and called
-    /// on the main thread for every drawing. It must be quick, and must not draw or destroy the
-    /// window.
+    /// on the main thread for every drawing. It returns a Stack, must be quick, and must not draw
+    /// or destroy the window.
     [[nodiscard]] virtual std::unique_ptr<Window> window(std::function<View()> body) = 0;
 };
 

@@ -27,7 +27,7 @@ struct RunningApplication {
 };
 
 enum class WorkspaceNotification {
-    DidLaunchApplication, ///< A process became a regular application.
+    DidLaunchApplication, ///< A process became a regular application, or got another name.
     DidTerminateApplication, ///< The process of a regular application ended.
     /// The user turned to another window, or the title of a DAW's window changed: either way it may
     /// have opened another session.

@@ -197,8 +197,10 @@ void ApplicationWatch::takeMenu(std::shared_ptr<const DesktopEntries> read)
     isReadingMenu = false;
     if (!read)
         return;
+    // First by the old menu, so that nothing but names differs afterwards.
+    look();
+    const auto before = listed;
     menu = std::move(read);
-    const auto before = std::move(listed);
     look();
     // A name that was not known before can be the one that somebody is waiting for.
     if (!std::ranges::equal(
