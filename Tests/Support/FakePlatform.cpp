@@ -1,6 +1,8 @@
 #include "Support/FakePlatform.h"
 
 #include "Foundation/Shared.h"
+#include "Foundation/UnicodeText.h"
+#include "Foundation/WeakGuard.h"
 
 #include <gtest/gtest.h>
 
@@ -37,6 +39,16 @@ int responseOf(const Alert& alert, const std::string& title)
     return ModalResponse::alertFirstButton + static_cast<int>(button - buttons.begin());
 }
 
+/// With the accessory as it was left.
+AlertAnswer answerOf(const Alert& alert, int response, int index)
+{
+    if (!alert.accessoryView)
+        return { response, -1, {} };
+    if (const auto* field = std::get_if<TextField>(&*alert.accessoryView))
+        return { response, -1, field->text };
+    return { response, index, {} };
+}
+
 } // namespace
 
 AlertAnswer FakeDialogs::runModal(const Alert& alert)
@@ -57,7 +69,7 @@ void FakeDialogs::answer(const std::string& title, int index, std::function<void
 {
     answers.emplace_back([=](const Alert& alert) {
         meanwhile();
-        return AlertAnswer { responseOf(alert, title), index, {} };
+        return answerOf(alert, responseOf(alert, title), index);
     });
 }
 
@@ -70,7 +82,7 @@ void FakeDialogs::answerText(const std::string& title, const std::string& text)
 
 void FakeDialogs::answerNumber(int response)
 {
-    answers.emplace_back([=](const Alert&) { return AlertAnswer { response, 0, {} }; });
+    answers.emplace_back([=](const Alert& alert) { return answerOf(alert, response, 0); });
 }
 
 void FakeDialogs::choose(const std::optional<std::string>& path, std::function<void()> meanwhile)
@@ -98,13 +110,28 @@ public:
     explicit FakeStream(std::shared_ptr<FakeFileEvents::Stream> record) : stream(std::move(record))
     {
     }
-    ~FakeStream() override { stream->state += " released"; }
-    void start() override { stream->state += " started"; }
-    void stop() override { stream->state += " stopped"; }
-    void invalidate() override { stream->state += " invalidated"; }
+    ~FakeStream() override { end(" released"); }
+    void start() override
+    {
+        stream->state += " started";
+        stream->isStarted = !isInvalid;
+    }
+    void stop() override { end(" stopped"); }
+    void invalidate() override
+    {
+        end(" invalidated");
+        isInvalid = true;
+    }
 
 private:
+    void end(const char* how)
+    {
+        stream->state += how;
+        stream->isStarted = false;
+    }
+
     std::shared_ptr<FakeFileEvents::Stream> stream;
+    bool isInvalid = false;
 };
 
 } // namespace
@@ -112,17 +139,19 @@ private:
 std::unique_ptr<FileEventStream> FakeFileEvents::createStream(FileEventHandler handler,
     const std::vector<std::string>& paths, std::chrono::milliseconds latency, std::uint32_t flags)
 {
-    if (!canCreate)
+    if (!canCreate || !handler || paths.empty())
         return nullptr;
-    streams.push_back(
-        std::make_shared<Stream>(Stream { std::move(handler), paths, latency, flags, "made" }));
+    streams.push_back(std::make_shared<Stream>(
+        Stream { std::move(handler), paths, latency, flags, "made", false }));
     return std::make_unique<FakeStream>(streams.back());
 }
 
 void FakeFileEvents::deliver(
     const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags)
 {
-    streams.back()->handler(paths, flags);
+    for (const auto& stream : std::vector(streams))
+        if (stream->isStarted)
+            stream->handler(paths, flags);
 }
 
 namespace {
@@ -177,26 +206,83 @@ namespace {
 
 class FakeWindow : public Window {
 public:
-    FakeWindow(std::string& done, std::function<View()> drawing)
-        : history(done), body(std::move(drawing))
+    FakeWindow(std::string& done, std::function<View()> drawing, Dispatch& queues)
+        : history(done), body(std::move(drawing)), dispatch(queues)
     {
     }
     void setTitle(const std::string& title) override { history += ", titled " + title; }
     void setStyleMask(std::uint32_t mask) override { history += ", style " + std::to_string(mask); }
-    void center() override { history += ", centered"; }
-    void makeKeyAndOrderFront() override { history += ", shown"; }
-    void setNeedsDisplay() override { history += ", drawn"; }
+    void center() override
+    {
+        history += ", centered";
+        draw();
+    }
+    void makeKeyAndOrderFront() override
+    {
+        history += ", shown";
+        if (!std::exchange(isShown, true))
+            draw();
+    }
+    void setNeedsDisplay() override
+    {
+        if (!isShown || std::exchange(isDrawingDue, true))
+            return;
+        dispatch.mainAsync(alive.guard([this] {
+            isDrawingDue = false;
+            history += ", drawn";
+            draw();
+        }));
+    }
 
 private:
+    void draw() const { static_cast<void>(body()); }
+
     std::string& history;
-    std::function<View()> body; // Kept, as is all that draws with it.
+    std::function<View()> body;
+    Dispatch& dispatch;
+    bool isShown = false;
+    bool isDrawingDue = false;
+    WeakGuard alive;
 };
 
 } // namespace
 
 std::unique_ptr<Window> FakeWindows::window(std::function<View()> body)
 {
-    return std::make_unique<FakeWindow>(windows.emplace_back("made"), std::move(body));
+    return std::make_unique<FakeWindow>(windows.emplace_back("made"), std::move(body), dispatch);
+}
+
+void FakeUserNotificationCenter::add(const UserNotification& notification)
+{
+    if (!isInFront || !delegate)
+        return posted.push_back(notification);
+    delegate->willPresent(
+        notification, [this, shown = notification](std::uint32_t options) mutable {
+            if ((options & PresentationOption::Sound) == 0)
+                shown.sound = UserNotificationSound::None;
+            if ((options & PresentationOption::Banner) != 0)
+                posted.push_back(shown);
+        });
+}
+
+bool FakeWorkspace::open(const std::string& url)
+{
+    const auto isOf = [text = lowercased(url)](const std::string& scheme) {
+        return text.size() > scheme.size() && text.starts_with(scheme);
+    };
+    if (!isOf("https://") && !isOf("http://") && !isOf("x-apple.systempreferences:"))
+        return false;
+    opened.push_back(url);
+    return canOpen;
+}
+
+void FakeWorkspace::notify(WorkspaceNotification notification)
+{
+    // Observers may come and go meanwhile: new ones are not told, removed ones no more.
+    for (const Entry& entry : std::vector(entries))
+        if (entry.notification == notification
+            && std::ranges::count(entries, entry.number, &Entry::number) == 1)
+            entry.work();
 }
 
 FakePlatform::FakePlatform()

@@ -74,8 +74,8 @@ struct FakeDialogs : Dialogs {
 
     // What a test may do.
 
-    /// Presses the button of this title, with the accessory's item at `index` selected. What
-    /// `meanwhile` does happens while the alert is open.
+    /// Presses the button of this title, with the pop-up button's item at `index` selected, or with
+    /// the text field as it was. What `meanwhile` does happens while the alert is open.
     void answer(
         const std::string& title, int index = 0, std::function<void()> meanwhile = [] {});
     /// Presses the button of this title, with the accessory's text field left at `text`.
@@ -107,6 +107,7 @@ struct FakeFileEvents : FileEvents {
         std::chrono::milliseconds latency;
         std::uint32_t flags;
         std::string state; ///< What was done to it: "made started stopped invalidated released".
+        bool isStarted = false;
     };
 
     [[nodiscard]] std::unique_ptr<FileEventStream> createStream(FileEventHandler handler,
@@ -115,8 +116,7 @@ struct FakeFileEvents : FileEvents {
 
     // What a test may do.
 
-    /// Delivers a batch through the latest stream, even one that was stopped: whoever stopped it
-    /// has to be deaf to what was already on its way.
+    /// Delivers a batch through every stream that is started.
     void deliver(const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags);
 
     bool canCreate = true;
@@ -125,8 +125,11 @@ struct FakeFileEvents : FileEvents {
 
 struct FakeLoginItem : LoginItem {
     [[nodiscard]] LoginItemStatus status() const override { return current; }
-    Result<void> registerItem() override { return noted("register"); }
-    Result<void> unregisterItem() override { return noted("unregister"); }
+    Result<void> registerItem() override { return change("register", LoginItemStatus::Enabled); }
+    Result<void> unregisterItem() override
+    {
+        return change("unregister", LoginItemStatus::NotRegistered);
+    }
 
     // What a test may do.
     LoginItemStatus current = LoginItemStatus::NotRegistered;
@@ -134,10 +137,13 @@ struct FakeLoginItem : LoginItem {
     std::vector<std::string> calls;
 
 private:
-    Result<void> noted(const std::string& call)
+    Result<void> change(const std::string& call, LoginItemStatus status)
     {
         calls.push_back(call);
-        return isRefused ? Result<void>(Failure { "refused" }) : Result<void>();
+        if (isRefused)
+            return Failure { "refused" };
+        current = status;
+        return {};
     }
 };
 
@@ -145,12 +151,15 @@ struct FakeOpenFiles : OpenFiles {
     [[nodiscard]] std::optional<std::string> listing(std::int32_t process) override
     {
         calls.push_back(process);
+        if (!isLsofThere)
+            return std::nullopt;
         const auto found = listings.find(process);
-        return found == listings.end() ? std::nullopt : std::optional(found->second);
+        return found == listings.end() ? std::string() : found->second;
     }
 
     // What a test may do.
-    std::map<std::int32_t, std::string> listings; ///< By process; none: lsof cannot be started.
+    std::map<std::int32_t, std::string> listings; ///< By process; others have no file open.
+    bool isLsofThere = true;
     std::vector<std::int32_t> calls; ///< The processes asked about.
 };
 
@@ -206,10 +215,15 @@ struct FakeUserDefaults : UserDefaults {
     }
     void setData(const std::string& key, const std::string& bytes) override
     {
+        forget(key);
         values[key] = bytes;
         ++writes;
     }
-    void setDate(const std::string& key, WallTime date) override { dates[key] = date; }
+    void setDate(const std::string& key, WallTime date) override
+    {
+        forget(key);
+        dates[key] = std::chrono::floor<std::chrono::milliseconds>(date);
+    }
 
     // What a test may do.
     std::map<std::string, std::string> values;
@@ -218,6 +232,13 @@ struct FakeUserDefaults : UserDefaults {
     int writes = 0;
 
 private:
+    /// A key has a value of one kind.
+    void forget(const std::string& key)
+    {
+        values.erase(key);
+        dates.erase(key);
+        strings.erase(key);
+    }
     template <typename Map>
     [[nodiscard]] static std::optional<typename Map::mapped_type> found(
         const Map& map, const std::string& key)
@@ -228,18 +249,20 @@ private:
 };
 
 struct FakeUserNotificationCenter : UserNotificationCenter {
+    explicit FakeUserNotificationCenter(Dispatch& queues) : dispatch(queues) { }
     void setDelegate(UserNotificationCenterDelegate* newDelegate) override
     {
         delegate = newDelegate;
     }
     void requestAuthorization(
-        std::uint32_t options, std::function<void(bool)> /*completionHandler*/) override
+        std::uint32_t options, std::function<void(bool)> completionHandler) override
     {
         requestedOptions = options;
+        dispatch.mainAsync([answer = std::move(completionHandler)] { answer(true); });
     }
-    void add(const UserNotification& notification) override { posted.push_back(notification); }
+    void add(const UserNotification& notification) override;
 
-    // What a test may look at.
+    // What a test may look at and do.
     [[nodiscard]] std::vector<std::string> bodies() const
     {
         std::vector<std::string> all;
@@ -250,14 +273,22 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
 
     UserNotificationCenterDelegate* delegate = nullptr;
     std::optional<std::uint32_t> requestedOptions;
-    std::vector<UserNotification> posted;
+    std::vector<UserNotification> posted; ///< As they were shown.
+    bool isInFront = false; ///< Whether the program is, so that the delegate decides.
+
+private:
+    Dispatch& dispatch;
 };
 
 struct FakeWindows : Windows {
+    explicit FakeWindows(Dispatch& queues) : dispatch(queues) { }
     [[nodiscard]] std::unique_ptr<Window> window(std::function<View()> body) override;
 
     // What a test may look at.
     std::deque<std::string> windows; ///< What was done to each: "made, titled Mixes, shown".
+
+private:
+    Dispatch& dispatch;
 };
 
 struct FakeWorkspace : Workspace {
@@ -268,17 +299,13 @@ struct FakeWorkspace : Workspace {
     void addObserver(const void* observer, WorkspaceNotification notification,
         std::function<void()> work) override
     {
-        entries.push_back({ observer, notification, std::move(work) });
+        entries.push_back({ observer, notification, std::move(work), ++entriesAdded });
     }
     void removeObserver(const void* observer) override
     {
         std::erase_if(entries, [=](const Entry& entry) { return entry.observer == observer; });
     }
-    [[nodiscard]] bool open(const std::string& url) override
-    {
-        opened.push_back(url);
-        return canOpen;
-    }
+    [[nodiscard]] bool open(const std::string& url) override;
 
     // What a test may do.
 
@@ -294,15 +321,10 @@ struct FakeWorkspace : Workspace {
             applications, [=](const auto& each) { return each.processIdentifier == pid; });
         notify(WorkspaceNotification::DidTerminateApplication);
     }
-    void notify(WorkspaceNotification notification)
-    {
-        for (const Entry& entry : std::vector(entries))
-            if (entry.notification == notification)
-                entry.work();
-    }
+    void notify(WorkspaceNotification notification);
 
     std::vector<RunningApplication> applications;
-    std::vector<std::string> opened; ///< URLs, whether or not they could be.
+    std::vector<std::string> opened; ///< URLs that are not refused, whether or not they could be.
     bool canOpen = true;
 
 private:
@@ -310,8 +332,10 @@ private:
         const void* observer;
         WorkspaceNotification notification;
         std::function<void()> work;
+        std::uint64_t number; ///< No other entry has or had it.
     };
     std::vector<Entry> entries;
+    std::uint64_t entriesAdded = 0;
 };
 
 /// A desktop for tests, installed for as long as it lives. The program's shared instances begin
@@ -336,8 +360,8 @@ public:
     FakeStatusBar statusBar;
     FakeURLSession urlSession;
     FakeUserDefaults userDefaults;
-    FakeUserNotificationCenter userNotificationCenter;
-    FakeWindows windows;
+    FakeUserNotificationCenter userNotificationCenter { dispatch };
+    FakeWindows windows { dispatch };
     FakeWorkspace workspace;
 
 private:

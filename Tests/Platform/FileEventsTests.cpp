@@ -1,0 +1,131 @@
+#include "LinuxDesktop/Dispatch/QtDispatch.h"
+#include "LinuxDesktop/FileEvents/LinuxFileEvents.h"
+#include "LinuxDesktop/QtTest.h"
+#include "Platform/Stages.h"
+#include "Support/FakePlatform.h"
+#include "Support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <functional>
+#include <set>
+
+namespace stemvault {
+namespace {
+
+// Which change of a disk raises which event is the real adapter's alone: the fake has no disk, and
+// a test says what it delivers.
+
+struct FakeFileEventsStage {
+    static constexpr const char* name = "Fake";
+
+    void write(const std::string& file)
+    {
+        events.deliver(
+            { path() + "/" + file }, { FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated });
+    }
+    [[nodiscard]] std::string path() const { return "/folder"; }
+    bool happens(const std::function<bool()>& condition) { return condition(); }
+
+    FakeFileEvents events;
+};
+
+struct InotifyStage {
+    static constexpr const char* name = "Inotify";
+
+    void write(const std::string& file) const { folder.write(file, "x"); }
+    [[nodiscard]] const std::string& path() const { return folder.path(); }
+    bool happens(const std::function<bool()>& condition) { return stemvault::happens(condition); }
+
+    TemporaryFolder folder;
+    QtDispatch dispatch;
+    LinuxFileEvents events { dispatch };
+};
+
+template <typename Stage> struct FileEventsTests : testing::Test {
+};
+using Stages = testing::Types<FakeFileEventsStage, InotifyStage>;
+TYPED_TEST_SUITE(FileEventsTests, Stages, StageNames);
+
+/// A stream over the stage's folder, and the names of all that it has reported.
+struct Listener {
+    template <typename Stage> explicit Listener(Stage& stage)
+    {
+        const auto handler = [this](const std::vector<std::string>& paths,
+                                 const std::vector<std::uint32_t>& flags) {
+            EXPECT_EQ(paths.size(), flags.size());
+            for (const std::string& path : paths)
+                names.insert(path.substr(path.rfind('/') + 1));
+            onEvents();
+        };
+        stream = stage.events.createStream(handler, { stage.path() }, 20ms,
+            FileEventStreamFlag::NoDefer | FileEventStreamFlag::FileEvents);
+    }
+
+    [[nodiscard]] bool hasHeardOf(const std::string& file) const { return names.contains(file); }
+
+    std::set<std::string> names;
+    std::function<void()> onEvents = [] {};
+    std::unique_ptr<FileEventStream> stream;
+};
+
+TYPED_TEST(FileEventsTests, AStreamReportsFromStartToStop)
+{
+    enum Step { Start, Stop, Invalidate };
+    const struct {
+        const char* what;
+        std::vector<Step> steps;
+        bool isReported;
+    } rows[] = {
+        { "before it was started", {}, false },
+        { "started", { Start }, true },
+        { "started twice", { Start, Start }, true },
+        { "stopped", { Start, Stop }, false },
+        { "stopped without a start", { Stop, Start }, true },
+        { "started again", { Start, Stop, Start }, true },
+        { "invalidated", { Start, Invalidate }, false },
+        { "started once it was invalidated", { Start, Invalidate, Start }, false },
+    };
+    for (const auto& row : rows) {
+        TypeParam stage;
+        Listener witness(stage);
+        witness.stream->start();
+        Listener listener(stage);
+        for (const Step step : row.steps)
+            if (step == Start)
+                listener.stream->start();
+            else if (step == Stop)
+                listener.stream->stop();
+            else
+                listener.stream->invalidate();
+        stage.write("Mix.wav");
+        EXPECT_TRUE(stage.happens([&] {
+            return (row.isReported ? listener : witness).hasHeardOf("Mix.wav");
+        })) << row.what;
+        // By the time of a second report the first would have come.
+        stage.write("Later.wav");
+        EXPECT_TRUE(stage.happens([&] { return witness.hasHeardOf("Later.wav"); })) << row.what;
+        EXPECT_EQ(listener.hasHeardOf("Mix.wav"), row.isReported) << row.what;
+    }
+}
+
+TYPED_TEST(FileEventsTests, AHandlerMayDestroyItsOwnStream)
+{
+    TypeParam stage;
+    Listener listener(stage);
+    listener.onEvents = [&listener] { listener.stream.reset(); };
+    listener.stream->start();
+    stage.write("Mix.wav");
+    EXPECT_TRUE(stage.happens([&listener] { return !listener.stream; }));
+}
+
+TYPED_TEST(FileEventsTests, NoStreamIsMadeWithoutAHandlerOrFolders)
+{
+    TypeParam stage;
+    const FileEventHandler ignore = [](const auto& /*paths*/, const auto& /*flags*/) {};
+    EXPECT_TRUE(stage.events.createStream(ignore, { stage.path() }, 20ms, 0));
+    EXPECT_FALSE(stage.events.createStream({}, { stage.path() }, 20ms, 0));
+    EXPECT_FALSE(stage.events.createStream(ignore, {}, 20ms, 0));
+}
+
+} // namespace
+} // namespace stemvault
