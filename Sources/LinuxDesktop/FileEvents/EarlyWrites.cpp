@@ -31,7 +31,7 @@ bool EarlyWrites::runSlice()
     if (next == end)
         return false;
     const auto pause = std::chrono::steady_clock::now() + sliceLength;
-    while (next != end && !state.mustEnd && std::chrono::steady_clock::now() < pause)
+    while (next != end && !state.isStopping && std::chrono::steady_clock::now() < pause)
         lookAt(next++);
     if (next == end)
         buffer = {};
@@ -67,7 +67,7 @@ void EarlyWrites::lookAt(NodeId folder, int descriptor, const char* name)
         return;
     state.writes.account(file, status->modified);
     state.reporter.report(
-        folder, name, status->changesSince(state.began), EventWindow::More::Unsaid);
+        folder, name, status->changesSince(state.began), EventCoalescer::More::Unsaid);
 }
 
 } // namespace stemvault

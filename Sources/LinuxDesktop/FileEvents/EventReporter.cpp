@@ -7,7 +7,7 @@ namespace stemvault {
 void EventReporter::report(NodeId folder, std::string_view name, std::uint32_t flags, More more)
 {
     if (isLast(folder, name))
-        return window.addTo(lastEntry, flags, more);
+        return coalescer.addTo(lastEntry, flags, more);
     if (!tree.path(folder, WatchTree::Spelling::Given, text)) {
         deferred.push_back({ tree.ref(folder), std::string(name), flags, more });
         return;
@@ -33,9 +33,9 @@ void EventReporter::report(std::string_view path, std::uint32_t flags)
 std::uint32_t EventReporter::flagsOf(NodeId folder, std::string_view name)
 {
     if (isLast(folder, name))
-        return window.flagsOf(lastEntry);
+        return coalescer.flagsOf(lastEntry);
     const std::optional<std::string> itemPath = path(folder, name);
-    return itemPath ? window.flagsOf(*itemPath) : 0;
+    return itemPath ? coalescer.flagsOf(*itemPath) : 0;
 }
 
 std::optional<std::string> EventReporter::path(NodeId folder, std::string_view name)
@@ -54,7 +54,7 @@ void EventReporter::retryDeferred()
 
 std::size_t EventReporter::add(std::string_view path, std::uint32_t flags, More more)
 {
-    return window.add(path.empty() ? "/" : path, flags, more, std::chrono::steady_clock::now());
+    return coalescer.add(path.empty() ? "/" : path, flags, more, std::chrono::steady_clock::now());
 }
 
 } // namespace stemvault

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/EventCoalescer.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
 
 #include <cstddef>
@@ -16,12 +16,12 @@ namespace stemvault {
 /// folder that is on the move waits until the folder has a path again.
 class EventReporter {
 public:
-    EventReporter(WatchTree& watchTree, EventWindow& eventWindow)
-        : tree(watchTree), window(eventWindow)
+    EventReporter(WatchTree& watchTree, EventCoalescer& eventCoalescer)
+        : tree(watchTree), coalescer(eventCoalescer)
     {
     }
 
-    using More = EventWindow::More;
+    using More = EventCoalescer::More;
 
     /// Something named `name` in a folder.
     void report(NodeId folder, std::string_view name, std::uint32_t flags, More more);
@@ -50,7 +50,7 @@ private:
     };
 
     WatchTree& tree;
-    EventWindow& window;
+    EventCoalescer& coalescer;
     std::size_t add(std::string_view path, std::uint32_t flags, More more);
     [[nodiscard]] bool isLast(NodeId folder, std::string_view name) const
     {

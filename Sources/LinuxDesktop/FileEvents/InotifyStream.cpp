@@ -18,15 +18,15 @@ namespace {
 
 /// The kernel takes its time to free a descriptor's watches, and a user has 128 descriptors. A
 /// stream that begins while this many others are still ending waits for one of them.
-constexpr int mostEnding = 8;
+constexpr int maxEnding = 8;
 
 class EndingStreams {
 public:
-    /// Returns when few enough others are ending, or when `mustEnd` was set and `notify` called.
-    void awaitTurn(const std::atomic<bool>& mustEnd)
+    /// Returns when few enough others are ending, or when `isStopping` was set and `notify` called.
+    void awaitTurn(const std::atomic<bool>& isStopping)
     {
         std::unique_lock lock(mutex);
-        changed.wait(lock, [&] { return mustEnd || count < mostEnding; });
+        changed.wait(lock, [&] { return isStopping || count < maxEnding; });
     }
 
     void add(int difference)
@@ -86,22 +86,22 @@ struct InotifyStream::Shared {
     InotifyCalls& calls;
     FileTime began = wallClock();
     FileDescriptor wakeUp { eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) };
-    std::atomic<bool> mustEnd { false };
+    std::atomic<bool> isStopping { false };
 
     void end()
     {
-        mustEnd = true;
+        isStopping = true;
         eventfd_write(wakeUp.get(), 1);
         EndingStreams::all().notify();
     }
 
     void run()
     {
-        EndingStreams::all().awaitTurn(mustEnd);
-        if (mustEnd)
+        EndingStreams::all().awaitTurn(isStopping);
+        if (isStopping)
             return;
         {
-            StreamWorker worker(options, calls, began, mustEnd, wakeUp.get());
+            StreamWorker worker(options, calls, began, isStopping, wakeUp.get());
             worker.run(deliver, ready);
             EndingStreams::all().add(1);
         }

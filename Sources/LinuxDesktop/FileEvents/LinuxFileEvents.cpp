@@ -12,14 +12,14 @@ namespace {
 
 /// The way from a stream's thread to the main queue. Once it is shut nothing takes it, so that
 /// the queue may go before the thread does.
-class Outlet {
+class DeliveryChannel {
 public:
-    Outlet(Dispatch& mainQueue, std::weak_ptr<const FileEventHandler> receiver)
+    DeliveryChannel(Dispatch& mainQueue, std::weak_ptr<const FileEventHandler> receiver)
         : dispatch(&mainQueue), handler(std::move(receiver))
     {
     }
 
-    void shut()
+    void close()
     {
         const std::lock_guard lock(mutex);
         dispatch = nullptr;
@@ -81,26 +81,26 @@ public:
 
     void start() override
     {
-        if (outlet || isInvalid)
+        if (channel || isInvalid)
             return;
         // What is on its way to the main queue holds this weakly, the handler itself strongly
         // while it runs, so a handler may stop or destroy its own stream.
         running = std::make_shared<const FileEventHandler>(handler);
-        outlet = std::make_shared<Outlet>(dispatch, running);
+        channel = std::make_shared<DeliveryChannel>(dispatch, running);
         StreamOptions ofGroup = options;
         for (auto& group : grouped(options.paths)) {
             ofGroup.paths = std::move(group);
             streams.push_back(InotifyStream::create(
-                ofGroup, [way = outlet](EventBatch batch) { way->deliver(std::move(batch)); }));
+                ofGroup, [way = channel](EventBatch batch) { way->deliver(std::move(batch)); }));
         }
     }
 
     void stop() override
     {
-        if (outlet)
-            outlet->shut();
+        if (channel)
+            channel->close();
         running.reset();
-        outlet.reset();
+        channel.reset();
         streams.clear();
     }
 
@@ -115,7 +115,7 @@ private:
     FileEventHandler handler;
     StreamOptions options;
     std::shared_ptr<const FileEventHandler> running;
-    std::shared_ptr<Outlet> outlet;
+    std::shared_ptr<DeliveryChannel> channel;
     std::vector<std::unique_ptr<InotifyStream>> streams;
     bool isInvalid = false;
 };
@@ -128,8 +128,8 @@ std::unique_ptr<FileEventStream> LinuxFileEvents::createStream(FileEventHandler 
     if (!handler || paths.empty())
         return nullptr;
     const auto first = (flags & FileEventStreamFlag::NoDefer) != 0
-        ? EventWindow::FirstEvent::AtOnce
-        : EventWindow::FirstEvent::Gathered;
+        ? EventCoalescer::FirstEvent::AtOnce
+        : EventCoalescer::FirstEvent::Gathered;
     return std::make_unique<LinuxFileEventStream>(dispatch, std::move(handler),
         StreamOptions { .paths = paths, .latency = latency, .firstEvent = first });
 }

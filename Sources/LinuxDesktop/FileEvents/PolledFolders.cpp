@@ -12,10 +12,10 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestLook { 50 };
+constexpr std::chrono::milliseconds maxPollDuration { 50 };
 
 /// How far another computer's clock may be off where its folders do not tell the time.
-constexpr std::chrono::minutes longestClockError { 1 };
+constexpr std::chrono::minutes maxClockError { 1 };
 
 } // namespace
 
@@ -32,7 +32,7 @@ void PolledFolders::add(NodeId node, Reason reason)
     folder = { state.tree.ref(node), reason, {}, {}, {} };
     read(folder, true);
     if (!nextLook)
-        nextLook = std::chrono::steady_clock::now() + state.lookInterval;
+        nextLook = std::chrono::steady_clock::now() + state.pollInterval;
 }
 
 bool PolledFolders::isSharedWithOthers(NodeId node) const
@@ -41,16 +41,16 @@ bool PolledFolders::isSharedWithOthers(NodeId node) const
     return folder != folders.end() && folder->second.reason == Reason::SharedWithOthers;
 }
 
-std::optional<EventWindow::Time> PolledFolders::due() const
+std::optional<EventCoalescer::Time> PolledFolders::due() const
 {
     return folders.empty() ? std::nullopt : nextLook;
 }
 
-void PolledFolders::look(EventWindow::Time now)
+void PolledFolders::look(EventCoalescer::Time now)
 {
-    const auto end = now + longestLook;
+    const auto end = now + maxPollDuration;
     auto folder = folders.lower_bound(nextInTurn);
-    for (std::size_t left = folders.size(); left > 0 && !state.mustEnd; --left) {
+    for (std::size_t left = folders.size(); left > 0 && !state.isStopping; --left) {
         if (folder == folders.end())
             folder = folders.begin();
         lookAt(folder->second);
@@ -61,7 +61,7 @@ void PolledFolders::look(EventWindow::Time now)
     nextInTurn = folder == folders.end() ? 0 : folder->first;
     nextLook = folders.empty()
         ? std::nullopt
-        : std::optional(std::chrono::steady_clock::now() + state.lookInterval);
+        : std::optional(std::chrono::steady_clock::now() + state.pollInterval);
 }
 
 /// A folder that needs no further look loses its node.
@@ -78,17 +78,17 @@ void PolledFolders::lookAt(Folder& folder)
 bool PolledFolders::isWatchedNow(Folder& folder)
 {
     NodeId node = folder.node.id;
-    switch (walker.placer().place(node)) {
-    case Placement::Gone:
+    switch (walker.installer().place(node)) {
+    case WatchResult::Gone:
         // Whether a root is gone is for others to say.
         if (state.tree.isRoot(node))
             return false;
         state.remove(node);
         return true;
-    case Placement::Fresh:
-    case Placement::Same:
+    case WatchResult::Fresh:
+    case WatchResult::Same:
         return folder.reason == Reason::NoWatch;
-    case Placement::Replaced:
+    case WatchResult::Replaced:
         walker.enqueue(node, TreeWalker::Visit::Check, folder.modified);
         return folder.reason == Reason::NoWatch;
     default:
@@ -139,7 +139,7 @@ PolledFolders::LastLook PolledFolders::lastLookAt(const Folder& folder, FileTime
     const FileTime byTheirs = std::min(modifiedNow - (wallClock() - byOurs), byOurs);
     if (modifiedNow != folder.modified)
         return { byTheirs, byTheirs };
-    return { byTheirs, std::max(byTheirs, byOurs - longestClockError) };
+    return { byTheirs, std::max(byTheirs, byOurs - maxClockError) };
 }
 
 void PolledFolders::compare(
@@ -153,7 +153,7 @@ void PolledFolders::compare(
     const std::uint32_t flags = whatHappened(isKnown ? &*found : nullptr, item, status, lastLook);
     if (flags != 0)
         state.reporter.report(
-            folder.node.id, name, flags | status.kind(), EventWindow::More::Unsaid);
+            folder.node.id, name, flags | status.kind(), EventCoalescer::More::Unsaid);
 }
 
 std::uint32_t PolledFolders::whatHappened(

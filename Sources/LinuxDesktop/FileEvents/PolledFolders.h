@@ -36,10 +36,10 @@ public:
     [[nodiscard]] bool isSharedWithOthers(NodeId node) const;
 
     /// When to look again; absent while every folder is watched.
-    [[nodiscard]] std::optional<EventWindow::Time> due() const;
+    [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
 
     /// Looks at as many folders as a small share of the time allows, each in its turn.
-    void look(EventWindow::Time now);
+    void look(EventCoalescer::Time now);
 
 private:
     /// What is remembered of an item, as hashes where only equality matters.
@@ -81,7 +81,7 @@ private:
     TreeWalker& walker;
     std::map<NodeId, Folder> folders;
     NodeId nextInTurn = 0;
-    std::optional<EventWindow::Time> nextLook;
+    std::optional<EventCoalescer::Time> nextLook;
     std::vector<std::byte> buffer;
     std::string path;
 };

@@ -7,8 +7,8 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::size_t mostUnclosed = 256;
-constexpr std::size_t mostAccounts = 1024;
+constexpr std::size_t maxUnclosed = 256;
+constexpr std::size_t maxAccounts = 1024;
 
 } // namespace
 
@@ -23,7 +23,7 @@ void RecentWrites::noteWrite(File file)
     if (std::find(unclosed.begin(), unclosed.end(), file) != unclosed.end())
         return;
     // Truncating a file by its path is a write that no close follows, so some never leave.
-    if (unclosed.size() == mostUnclosed)
+    if (unclosed.size() == maxUnclosed)
         unclosed.erase(unclosed.begin());
     unclosed.push_back(file);
 }
@@ -39,11 +39,11 @@ bool RecentWrites::takeWrite(File file)
 
 void RecentWrites::account(File file, FileTime until)
 {
-    if (accounts.size() < mostAccounts)
+    if (accounts.size() < maxAccounts)
         accounts.push_back({ file, until });
     else
         accounts[next] = { file, until };
-    next = (next + 1) % mostAccounts;
+    next = (next + 1) % maxAccounts;
 }
 
 FileTime RecentWrites::accountedUntil(File file) const

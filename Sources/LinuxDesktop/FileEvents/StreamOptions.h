@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/EventCoalescer.h"
 
 #include <chrono>
 #include <string>
@@ -12,9 +12,9 @@ namespace stemvault {
 struct StreamOptions {
     std::vector<std::string> paths;
     std::chrono::milliseconds latency { 500 };
-    EventWindow::FirstEvent firstEvent = EventWindow::FirstEvent::AtOnce;
+    EventCoalescer::FirstEvent firstEvent = EventCoalescer::FirstEvent::AtOnce;
     /// How often it looks at folders of which the kernel does not tell enough.
-    std::chrono::milliseconds lookInterval { 3000 };
+    std::chrono::milliseconds pollInterval { 3000 };
 };
 
 } // namespace stemvault

@@ -10,14 +10,14 @@ namespace stemvault {
 
 namespace {
 
-using Time = EventWindow::Time;
+using Time = EventCoalescer::Time;
 
 /// How long a sleeping thread may take to notice that it was woken.
-constexpr std::chrono::milliseconds wakeUpTime { 100 };
+constexpr std::chrono::milliseconds maxWakeUpTime { 100 };
 /// While events stream in, reading them in gulps costs a fraction of reading each at once.
-constexpr std::chrono::milliseconds breather { 5 };
+constexpr std::chrono::milliseconds batchReadInterval { 5 };
 /// A long walk holds a batch up no longer than this.
-constexpr std::chrono::milliseconds longestHoldUp { 20 };
+constexpr std::chrono::milliseconds maxDeliveryDelay { 20 };
 constexpr int readsAtOnce = 64;
 
 Time steadyNow()
@@ -35,9 +35,9 @@ timespec timeUntil(Time time)
 } // namespace
 
 StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime streamBegan,
-    const std::atomic<bool>& mustEnd, int wakeUpDescriptor)
-    : began(streamBegan), wakeUp(wakeUpDescriptor), state(options, calls, mustEnd), walker(state),
-      roots(state, walker, options.paths), sorter(state, walker),
+    const std::atomic<bool>& isStopping, int wakeUpDescriptor)
+    : began(streamBegan), wakeUp(wakeUpDescriptor), state(options, calls, isStopping),
+      walker(state), roots(state, walker, options.paths), sorter(state, walker),
       earlyWrites(state, walker.polled())
 {
 }
@@ -47,12 +47,12 @@ void StreamWorker::run(const Deliver& deliver, const Ready& ready)
     state.began = state.watchedUntil = state.arrivalBound = mountsKnownUntil = began - clockGrain;
     state.inotify.open();
     roots.start(state.watchedUntil);
-    while (!state.mustEnd && !walker.isIdle())
+    while (!state.isStopping && !walker.isIdle())
         turn(deliver);
     earlyWrites.begin();
-    if (!state.mustEnd && ready)
+    if (!state.isStopping && ready)
         ready();
-    while (!state.mustEnd)
+    while (!state.isStopping)
         turn(deliver);
 }
 
@@ -106,8 +106,8 @@ void StreamWorker::followUp()
         roots.lookThrough(*std::exchange(lostSince, std::nullopt));
     roots.recheck();
     const Time now = steadyNow();
-    if (const auto due = state.departures.due(); due && *due <= now && walker.isIdle())
-        sorter.settleDepartures();
+    if (const auto due = state.pendingRenames.due(); due && *due <= now && walker.isIdle())
+        sorter.expirePendingRenames();
     if (const auto due = nextLook(); due && *due <= now)
         look();
 }
@@ -124,10 +124,10 @@ void StreamWorker::look()
 void StreamWorker::deliverIfDue(const Deliver& deliver)
 {
     const Time now = steadyNow();
-    const std::optional<Time> due = state.window.due();
-    if (!due || *due > now || (!walker.isIdle() && now - *due < longestHoldUp))
+    const std::optional<Time> due = state.coalescer.due();
+    if (!due || *due > now || (!walker.isIdle() && now - *due < maxDeliveryDelay))
         return;
-    EventBatch batch = state.window.take(now);
+    EventBatch batch = state.coalescer.take(now);
     state.reporter.forgetLast();
     if (batch.paths.empty())
         return;
@@ -167,8 +167,8 @@ bool StreamWorker::workOn()
 void StreamWorker::wait()
 {
     std::optional<Time> until = nextDue();
-    const Time soon = steadyNow() + breather;
-    const bool isBusy = hasReadEvents && state.window.due() && *state.window.due() > soon;
+    const Time soon = steadyNow() + batchReadInterval;
+    const bool isBusy = hasReadEvents && state.coalescer.due() && *state.coalescer.due() > soon;
     const FileTime before = wallClock();
     if (isBusy)
         sleep(Awaited::EndOnly, std::min(soon, until.value_or(soon)));
@@ -177,7 +177,7 @@ void StreamWorker::wait()
     // Whatever woke us has happened only now, unless it was there before we lay down.
     const FileTime after = wallClock();
     state.arrivalBound =
-        !isBusy && after - before > wakeUpTime ? after - wakeUpTime : state.watchedUntil;
+        !isBusy && after - before > maxWakeUpTime ? after - maxWakeUpTime : state.watchedUntil;
 }
 
 std::optional<Time> StreamWorker::nextLook() const
@@ -191,7 +191,7 @@ std::optional<Time> StreamWorker::nextDue() const
 {
     std::optional<Time> next;
     for (const std::optional<Time>& due :
-        { state.window.due(), state.departures.due(), nextLook() })
+        { state.coalescer.due(), state.pendingRenames.due(), nextLook() })
         if (due && (!next || *due < *next))
             next = due;
     return next;
@@ -210,7 +210,7 @@ void StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
         return;
     const FileTime now = wallClock();
     if ((awaiting[1].revents & POLLPRI) != 0)
-        roots.noticeMounts(std::max(mountsKnownUntil, now - wakeUpTime));
+        roots.noticeMounts(std::max(mountsKnownUntil, now - maxWakeUpTime));
     mountsKnownUntil = now - clockGrain;
 }
 

@@ -2,8 +2,8 @@
 
 #include "Foundation/FileDescriptor.h"
 #include "LinuxDesktop/FileEvents/EarlyWrites.h"
-#include "LinuxDesktop/FileEvents/EventSorter.h"
-#include "LinuxDesktop/FileEvents/RootKeeper.h"
+#include "LinuxDesktop/FileEvents/EventHandler.h"
+#include "LinuxDesktop/FileEvents/RootTracker.h"
 #include "LinuxDesktop/FileEvents/StreamOptions.h"
 #include "LinuxDesktop/FileEvents/TreeWalker.h"
 #include "LinuxDesktop/FileEvents/WatchState.h"
@@ -24,7 +24,7 @@ public:
 
     /// `wakeUp` becomes readable when the worker must end.
     StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime began,
-        const std::atomic<bool>& mustEnd, int wakeUp);
+        const std::atomic<bool>& isStopping, int wakeUp);
 
     /// Runs until it must end. `deliver` gets every batch, `ready` is called once, when everything
     /// that was there is watched; both on this thread.
@@ -42,16 +42,16 @@ private:
     void addKinds(EventBatch& batch) const;
     [[nodiscard]] bool workOn();
     void wait();
-    [[nodiscard]] std::optional<EventWindow::Time> nextLook() const;
-    [[nodiscard]] std::optional<EventWindow::Time> nextDue() const;
-    void sleep(Awaited awaited, std::optional<EventWindow::Time> until);
+    [[nodiscard]] std::optional<EventCoalescer::Time> nextLook() const;
+    [[nodiscard]] std::optional<EventCoalescer::Time> nextDue() const;
+    void sleep(Awaited awaited, std::optional<EventCoalescer::Time> until);
 
     FileTime began;
     int wakeUp;
     WatchState state;
     TreeWalker walker;
-    RootKeeper roots;
-    EventSorter sorter;
+    RootTracker roots;
+    EventHandler sorter;
     EarlyWrites earlyWrites;
     std::optional<FileTime> lostSince;
     FileTime mountsKnownUntil; ///< No mount has come or gone before this moment unnoticed.

@@ -13,7 +13,7 @@ namespace stemvault {
 namespace {
 
 constexpr std::chrono::milliseconds sliceLength { 4 };
-constexpr int mostMisses = 3;
+constexpr int maxMisses = 3;
 
 bool isOutOfDescriptors(int error)
 {
@@ -43,7 +43,7 @@ bool TreeWalker::runSlice()
     if (jobs.empty())
         return false;
     const auto end = std::chrono::steady_clock::now() + sliceLength;
-    while (!jobs.empty() && !state.mustEnd && std::chrono::steady_clock::now() < end) {
+    while (!jobs.empty() && !state.isStopping && std::chrono::steady_clock::now() < end) {
         const Job job = jobs.back();
         jobs.pop_back();
         if (!state.tree.isCurrent(job.node))
@@ -70,7 +70,7 @@ void TreeWalker::postpone(const Job& job)
 /// were read before the next slice tell of it.
 bool TreeWalker::tryAgain(Job job)
 {
-    const bool mayHaveMoved = ++job.misses < mostMisses;
+    const bool mayHaveMoved = ++job.misses < maxMisses;
     if (mayHaveMoved)
         missed.push_back(job);
     return mayHaveMoved;
@@ -86,31 +86,31 @@ void TreeWalker::visitVacated(Visit visit, FileTime since)
 void TreeWalker::visit(Job job)
 {
     NodeId node = job.node.id;
-    const Placement placement = watchPlacer.place(node);
+    const WatchResult result = watchInstaller.place(node);
     visitVacated(job.visit, job.since);
-    if (placement != Placement::Same)
-        job.since = state.departures.sinceUnmet(job.since);
-    switch (placement) {
-    case Placement::Fresh:
+    if (result != WatchResult::Same)
+        job.since = state.pendingRenames.sinceNeverWatched(job.since);
+    switch (result) {
+    case WatchResult::Fresh:
         return visitFolder(node, job);
-    case Placement::Same:
+    case WatchResult::Same:
         // Its events tell all about a known folder, unless they are lost.
         if (job.visit != Visit::Check && lostSince && node != job.node.id)
             job = { job.node, Visit::Check, *lostSince };
         return job.visit == Visit::Check || job.isListDue ? visitFolder(node, job) : void();
-    case Placement::Replaced:
+    case WatchResult::Replaced:
         state.reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
         job.visit = Visit::Arrived;
         return visitFolder(node, job);
-    case Placement::Unwatched:
+    case WatchResult::Unwatched:
         polledFolders.add(node, PolledFolders::Reason::NoWatch);
         return visitFolder(node, job);
-    case Placement::Unreadable:
+    case WatchResult::Unreadable:
         unreadable.emplace_back(state.tree.ref(node), job.since);
         break;
-    case Placement::Gone:
+    case WatchResult::Gone:
         return leave(node, job);
-    case Placement::Loop:
+    case WatchResult::Loop:
         break;
     }
 }
@@ -159,7 +159,7 @@ void TreeWalker::list(NodeId node, const Job& job, bool areItemsReported)
         return (void)tryAgain(job);
     DirectoryReader reader(folder.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next()) {
-        if (state.mustEnd)
+        if (state.isStopping)
             return;
         meet(node, folder.get(), *entry, job, areItemsReported);
     }
@@ -186,7 +186,7 @@ void TreeWalker::meet(
     if (kind == FileEventFlag::ItemIsDir)
         meetFolder(node, entry.name, flags, job);
     else if (isReported && flags != 0)
-        state.reporter.report(node, entry.name, flags, EventWindow::More::Expected);
+        state.reporter.report(node, entry.name, flags, EventCoalescer::More::Expected);
 }
 
 void TreeWalker::meetFolder(

@@ -2,7 +2,7 @@
 
 #include "LinuxDesktop/FileEvents/DirectoryReader.h"
 #include "LinuxDesktop/FileEvents/PolledFolders.h"
-#include "LinuxDesktop/FileEvents/WatchPlacer.h"
+#include "LinuxDesktop/FileEvents/WatchInstaller.h"
 #include "LinuxDesktop/FileEvents/WatchState.h"
 
 #include <cstddef>
@@ -40,7 +40,7 @@ public:
     /// Tries again what could not be read below a folder, since it may be readable now.
     void retryUnreadable(NodeId parent);
 
-    [[nodiscard]] WatchPlacer& placer() { return watchPlacer; }
+    [[nodiscard]] WatchInstaller& installer() { return watchInstaller; }
     [[nodiscard]] PolledFolders& polled() { return polledFolders; }
     [[nodiscard]] const PolledFolders& polled() const { return polledFolders; }
 
@@ -73,7 +73,7 @@ private:
     [[nodiscard]] Device device(std::uint64_t number);
 
     WatchState& state;
-    WatchPlacer watchPlacer { state };
+    WatchInstaller watchInstaller { state };
     std::vector<std::byte> buffer;
     std::vector<Job> jobs;
     std::vector<Job> postponed; ///< Those in folders on the move.

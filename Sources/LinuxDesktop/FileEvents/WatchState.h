@@ -1,10 +1,10 @@
 #pragma once
 
-#include "LinuxDesktop/FileEvents/Departures.h"
+#include "LinuxDesktop/FileEvents/EventCoalescer.h"
 #include "LinuxDesktop/FileEvents/EventReporter.h"
-#include "LinuxDesktop/FileEvents/EventWindow.h"
 #include "LinuxDesktop/FileEvents/FileStatus.h"
 #include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/PendingRenames.h"
 #include "LinuxDesktop/FileEvents/RecentWrites.h"
 #include "LinuxDesktop/FileEvents/StreamOptions.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
@@ -25,8 +25,8 @@ namespace stemvault {
 struct WatchState {
     WatchState(
         const StreamOptions& options, InotifyCalls& systemCalls, const std::atomic<bool>& isEnding)
-        : lookInterval(options.lookInterval), calls(systemCalls), mustEnd(isEnding),
-          inotify(systemCalls), window(options.latency, options.firstEvent)
+        : pollInterval(options.pollInterval), calls(systemCalls), isStopping(isEnding),
+          inotify(systemCalls), coalescer(options.latency, options.firstEvent)
     {
     }
 
@@ -35,14 +35,14 @@ struct WatchState {
         | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
 
     /// How often to look at what the kernel does not tell.
-    const std::chrono::milliseconds lookInterval;
+    const std::chrono::milliseconds pollInterval;
     InotifyCalls& calls;
-    const std::atomic<bool>& mustEnd;
+    const std::atomic<bool>& isStopping;
     Inotify inotify;
     WatchTree tree;
-    EventWindow window;
-    EventReporter reporter { tree, window };
-    Departures departures;
+    EventCoalescer coalescer;
+    EventReporter reporter { tree, coalescer };
+    PendingRenames pendingRenames;
     /// Nodes for whatever stands now where a folder was before it was found elsewhere.
     std::vector<NodeRef> vacated;
     RecentWrites writes;
@@ -70,13 +70,13 @@ struct WatchState {
     }
 
     /// Takes a folder from its place until it is known where it went.
-    void depart(
-        NodeId node, std::uint32_t cookie, std::string formerPath, const Departure& displacer = {})
+    void depart(NodeId node, std::uint32_t cookie, std::string formerPath,
+        const PendingRename& replacement = {})
     {
-        departures.add({ cookie, std::move(formerPath), FileEventFlag::ItemIsDir, tree.ref(node),
-            tree.ref(tree.parent(node)), std::string(tree.name(node)),
-            std::chrono::steady_clock::now() + Departures::patience, arrivalBound,
-            displacer.formerParent, displacer.formerName, tree.watch(node) < 0 });
+        pendingRenames.add({ cookie, std::move(formerPath), FileEventFlag::ItemIsDir,
+            tree.ref(node), tree.ref(tree.parent(node)), std::string(tree.name(node)),
+            std::chrono::steady_clock::now() + PendingRenames::pairingTimeout, arrivalBound,
+            replacement.formerParent, replacement.formerName, tree.watch(node) < 0 });
         tree.detach(node);
     }
 };

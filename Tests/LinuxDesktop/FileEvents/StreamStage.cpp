@@ -134,7 +134,7 @@ void StreamStage::start(const std::vector<std::string>& roots, std::chrono::mill
         options.paths.push_back(root.starts_with('/') ? root : path(root));
     options.paths.push_back(path("beat"));
     options.latency = latency;
-    options.lookInterval = latency * 2;
+    options.pollInterval = latency * 2;
     stream = InotifyStream::create(
         options, [to = record](const EventBatch& batch) { to->add(batch); },
         [to = record] {

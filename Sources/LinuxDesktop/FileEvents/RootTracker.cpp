@@ -1,4 +1,4 @@
-#include "LinuxDesktop/FileEvents/RootKeeper.h"
+#include "LinuxDesktop/FileEvents/RootTracker.h"
 
 #include "LinuxDesktop/FileEvents/FileSystemTraits.h"
 
@@ -34,7 +34,7 @@ bool isSameFolder(const std::optional<FileStatus>& one, const std::optional<File
 
 } // namespace
 
-RootKeeper::RootKeeper(
+RootTracker::RootTracker(
     WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths)
     : state(shared), walker(treeWalker), guard(shared.inotify)
 {
@@ -47,13 +47,13 @@ RootKeeper::RootKeeper(
     }
 }
 
-void RootKeeper::start(FileTime since)
+void RootTracker::start(FileTime since)
 {
     followAll(TreeWalker::Visit::Start, since);
     checkMounts(since);
 }
 
-bool RootKeeper::notice(const InotifyEvent& event)
+bool RootTracker::notice(const InotifyEvent& event)
 {
     bool isDoubtful = guard.concerns(event);
     if (event.has(IN_UNMOUNT))
@@ -69,13 +69,13 @@ bool RootKeeper::notice(const InotifyEvent& event)
     return isDoubtful;
 }
 
-void RootKeeper::noticeMounts(FileTime notBefore)
+void RootTracker::noticeMounts(FileTime notBefore)
 {
     haveMountsChanged = suspicious = true;
     unsureSince = std::min(unsureSince, notBefore);
 }
 
-void RootKeeper::recheck()
+void RootTracker::recheck()
 {
     if (!std::exchange(suspicious, false))
         return;
@@ -86,7 +86,7 @@ void RootKeeper::recheck()
         checkMounts(since);
 }
 
-void RootKeeper::lookThrough(FileTime since)
+void RootTracker::lookThrough(FileTime since)
 {
     for (const Root& root : roots) {
         if (root.node == noNode)
@@ -98,12 +98,12 @@ void RootKeeper::lookThrough(FileTime since)
     noticeMounts(since);
 }
 
-std::optional<EventWindow::Time> RootKeeper::due() const
+std::optional<EventCoalescer::Time> RootTracker::due() const
 {
     return nextLook;
 }
 
-void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
+void RootTracker::followAll(TreeWalker::Visit visit, FileTime since)
 {
     // Where only the clock tells, a root may have come at any time since the last look.
     if (nextLook)
@@ -118,21 +118,21 @@ void RootKeeper::followAll(TreeWalker::Visit visit, FileTime since)
     guard.end();
     nextLook = isAllTold && guard.isComplete()
         ? std::nullopt
-        : std::optional(std::chrono::steady_clock::now() + state.lookInterval);
+        : std::optional(std::chrono::steady_clock::now() + state.pollInterval);
 }
 
 /// Whether others may take a root away, or bring it, and no event tells.
-bool RootKeeper::isShared(const PathGuard::Meaning& meaning) const
+bool RootTracker::isShared(const PathWatcher::Meaning& meaning) const
 {
     const std::string place =
         meaning.folder ? meaning.resolved : meaning.missing.substr(0, meaning.missing.rfind('/'));
     return isSharedWithOthers(state.calls.fileSystemType(place.empty() ? "/" : place.c_str()));
 }
 
-void RootKeeper::update(
-    Root& root, PathGuard::Meaning meaning, TreeWalker::Visit visit, FileTime since)
+void RootTracker::update(
+    Root& root, PathWatcher::Meaning meaning, TreeWalker::Visit visit, FileTime since)
 {
-    const PathGuard::Meaning former = std::exchange(root.meaning, std::move(meaning));
+    const PathWatcher::Meaning former = std::exchange(root.meaning, std::move(meaning));
     const bool isSame = isSameFolder(former.folder, root.meaning.folder)
         && former.resolved == root.meaning.resolved;
     if (isSame && root.node != noNode && !std::exchange(root.isLost, false))
@@ -148,7 +148,7 @@ void RootKeeper::update(
     attach(root, visit, since);
 }
 
-void RootKeeper::attach(Root& root, TreeWalker::Visit visit, FileTime since)
+void RootTracker::attach(Root& root, TreeWalker::Visit visit, FileTime since)
 {
     root.node = state.tree.addRoot(root.given, root.meaning.resolved);
     if (visit == TreeWalker::Visit::Arrived)
@@ -157,14 +157,14 @@ void RootKeeper::attach(Root& root, TreeWalker::Visit visit, FileTime since)
     walker.enqueue(root.node, visit, since);
 }
 
-void RootKeeper::detach(Root& root)
+void RootTracker::detach(Root& root)
 {
     state.reporter.report(root.node,
         FileEventFlag::RootChanged | FileEventFlag::ItemRemoved | FileEventFlag::ItemIsDir);
     state.remove(std::exchange(root.node, noNode));
 }
 
-void RootKeeper::checkMounts(FileTime since)
+void RootTracker::checkMounts(FileTime since)
 {
     haveMountsChanged = false;
     std::set<std::string> points;
@@ -179,7 +179,7 @@ void RootKeeper::checkMounts(FileTime since)
 }
 
 /// A watch stays on the folder that a mount covers, so the folder is looked up by its path again.
-void RootKeeper::checkMount(const Root& root, const std::string& point, FileTime since)
+void RootTracker::checkMount(const Root& root, const std::string& point, FileTime since)
 {
     NodeId node = root.node;
     const std::filesystem::path below(point.substr(root.meaning.resolved.size() + 1));

@@ -1,4 +1,4 @@
-#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/EventCoalescer.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@ namespace stemvault {
 namespace {
 
 using namespace std::chrono_literals;
-using FirstEvent = EventWindow::FirstEvent;
-using More = EventWindow::More;
+using FirstEvent = EventCoalescer::FirstEvent;
+using More = EventCoalescer::More;
 
 struct Event {
     std::chrono::microseconds at;
@@ -22,13 +22,13 @@ using Batches = std::vector<std::pair<std::chrono::microseconds, std::string>>;
 /// its paths with their flags.
 Batches batchesOf(const std::vector<Event>& events, FirstEvent first)
 {
-    const EventWindow::Time start = EventWindow::Time() + 1h;
-    EventWindow window(500ms, first);
+    const EventCoalescer::Time start = EventCoalescer::Time() + 1h;
+    EventCoalescer coalescer(500ms, first);
     Batches batches;
-    const auto takeUntil = [&](EventWindow::Time end) {
-        while (window.due() && *window.due() < end) {
-            const EventWindow::Time due = *window.due();
-            const EventBatch batch = window.take(due);
+    const auto takeUntil = [&](EventCoalescer::Time end) {
+        while (coalescer.due() && *coalescer.due() < end) {
+            const EventCoalescer::Time due = *coalescer.due();
+            const EventBatch batch = coalescer.take(due);
             std::string text;
             for (std::size_t index = 0; index < batch.paths.size(); ++index)
                 text += batch.paths[index] + std::to_string(batch.flags[index]) + " ";
@@ -38,13 +38,13 @@ Batches batchesOf(const std::vector<Event>& events, FirstEvent first)
     };
     for (const Event& event : events) {
         takeUntil(start + event.at);
-        window.add(event.path, event.flags, event.more, start + event.at);
+        coalescer.add(event.path, event.flags, event.more, start + event.at);
     }
-    takeUntil(EventWindow::Time::max());
+    takeUntil(EventCoalescer::Time::max());
     return batches;
 }
 
-TEST(EventWindow, GathersWhatHappensInHalfASecond)
+TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
 {
     const struct {
         const char* what;

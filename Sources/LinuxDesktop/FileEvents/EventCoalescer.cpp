@@ -1,4 +1,4 @@
-#include "LinuxDesktop/FileEvents/EventWindow.h"
+#include "LinuxDesktop/FileEvents/EventCoalescer.h"
 
 #include <algorithm>
 #include <functional>
@@ -15,12 +15,12 @@ std::uint32_t hashOf(std::string_view path)
 
 } // namespace
 
-EventWindow::EventWindow(std::chrono::milliseconds wantedLatency, FirstEvent wantedFirst)
+EventCoalescer::EventCoalescer(std::chrono::milliseconds wantedLatency, FirstEvent wantedFirst)
     : latency(wantedLatency), firstEvent(wantedFirst)
 {
 }
 
-std::size_t EventWindow::add(std::string_view path, std::uint32_t flags, More more, Time now)
+std::size_t EventCoalescer::add(std::string_view path, std::uint32_t flags, More more, Time now)
 {
     const std::uint32_t hash = hashOf(path);
     std::uint32_t place = find(path, hash);
@@ -34,7 +34,7 @@ std::size_t EventWindow::add(std::string_view path, std::uint32_t flags, More mo
     return place;
 }
 
-void EventWindow::addTo(std::size_t place, std::uint32_t flags, More more)
+void EventCoalescer::addTo(std::size_t place, std::uint32_t flags, More more)
 {
     Entry& entry = entries[place];
     entry.flags |= flags;
@@ -42,28 +42,28 @@ void EventWindow::addTo(std::size_t place, std::uint32_t flags, More more)
         --openEntries;
 }
 
-std::uint32_t EventWindow::flagsOf(std::string_view path) const
+std::uint32_t EventCoalescer::flagsOf(std::string_view path) const
 {
     const std::uint32_t place = find(path, hashOf(path));
     return place == FlatIndex::none ? 0 : entries[place].flags;
 }
 
-std::optional<EventWindow::Time> EventWindow::due() const
+std::optional<EventCoalescer::Time> EventCoalescer::due() const
 {
     if (entries.empty())
         return std::nullopt;
     if (openEntries < entries.size())
         return windowEnd();
-    return std::max(windowEnd(), entries.front().since + blink());
+    return std::max(windowEnd(), entries.front().since + holdTime());
 }
 
-EventBatch EventWindow::take(Time now)
+EventBatch EventCoalescer::take(Time now)
 {
     EventBatch batch;
     if (const std::optional<Time> time = due(); !time || now < *time)
         return batch;
     std::vector<Entry> kept;
-    const auto wait = blink();
+    const auto wait = holdTime();
     for (Entry& entry : entries) {
         if (entry.isOpen && now - entry.since < wait) {
             kept.push_back(std::move(entry));
@@ -77,14 +77,14 @@ EventBatch EventWindow::take(Time now)
     return batch;
 }
 
-std::uint32_t EventWindow::find(std::string_view path, std::uint32_t hash) const
+std::uint32_t EventCoalescer::find(std::string_view path, std::uint32_t hash) const
 {
     return byPath.find(hash, [&](std::uint32_t place) {
         return entries[place].hash == hash && entries[place].path == path;
     });
 }
 
-EventWindow::Time EventWindow::windowEnd() const
+EventCoalescer::Time EventCoalescer::windowEnd() const
 {
     const Time first = entries.front().since;
     if (firstEvent == FirstEvent::Gathered)
@@ -92,13 +92,13 @@ EventWindow::Time EventWindow::windowEnd() const
     return lastBatch ? std::max(first, *lastBatch + latency) : first;
 }
 
-std::chrono::steady_clock::duration EventWindow::blink() const
+std::chrono::steady_clock::duration EventCoalescer::holdTime() const
 {
     const bool isQuiet = windowEnd() == entries.front().since;
-    return isQuiet ? std::chrono::steady_clock::duration(blinkWhenQuiet) : blinkWhenBusy;
+    return isQuiet ? std::chrono::steady_clock::duration(holdWhenQuiet) : holdWhenBusy;
 }
 
-void EventWindow::keepOnly(std::vector<Entry> kept)
+void EventCoalescer::keepOnly(std::vector<Entry> kept)
 {
     entries = std::move(kept);
     openEntries = entries.size();
@@ -107,7 +107,7 @@ void EventWindow::keepOnly(std::vector<Entry> kept)
         index(place);
 }
 
-void EventWindow::index(std::uint32_t place)
+void EventCoalescer::index(std::uint32_t place)
 {
     byPath.insert(
         entries[place].hash, place, [this](std::uint32_t other) { return entries[other].hash; });

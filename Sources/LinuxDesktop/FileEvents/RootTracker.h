@@ -1,7 +1,7 @@
 #pragma once
 
 #include "LinuxDesktop/FileEvents/MountTable.h"
-#include "LinuxDesktop/FileEvents/PathGuard.h"
+#include "LinuxDesktop/FileEvents/PathWatcher.h"
 #include "LinuxDesktop/FileEvents/TreeWalker.h"
 #include "LinuxDesktop/FileEvents/WatchState.h"
 
@@ -15,9 +15,9 @@ namespace stemvault {
 
 /// Keeps the roots on the folders their paths lead to, whatever is removed, renamed, mounted or put
 /// in their place, and for as long as there is none waits for one.
-class RootKeeper {
+class RootTracker {
 public:
-    RootKeeper(WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths);
+    RootTracker(WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths);
 
     /// Attaches the roots that are there; `since` is when the stream began.
     void start(FileTime since);
@@ -35,7 +35,7 @@ public:
     void lookThrough(FileTime since);
 
     /// When the paths must be followed by the clock; absent while every change is told.
-    [[nodiscard]] std::optional<EventWindow::Time> due() const;
+    [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
     void suspect() { suspicious = true; }
 
     [[nodiscard]] bool guards(int watch) const { return guard.uses(watch); }
@@ -45,14 +45,14 @@ private:
     struct Root {
         std::string given;
         std::string absolute;
-        PathGuard::Meaning meaning;
+        PathWatcher::Meaning meaning;
         NodeId node = noNode;
         bool isLost = false; ///< Its watch has ended, so its folder has, whatever bears its number.
     };
 
     void followAll(TreeWalker::Visit visit, FileTime since);
-    [[nodiscard]] bool isShared(const PathGuard::Meaning& meaning) const;
-    void update(Root& root, PathGuard::Meaning meaning, TreeWalker::Visit visit, FileTime since);
+    [[nodiscard]] bool isShared(const PathWatcher::Meaning& meaning) const;
+    void update(Root& root, PathWatcher::Meaning meaning, TreeWalker::Visit visit, FileTime since);
     void attach(Root& root, TreeWalker::Visit visit, FileTime since);
     void detach(Root& root);
     void checkMounts(FileTime since);
@@ -60,14 +60,14 @@ private:
 
     WatchState& state;
     TreeWalker& walker;
-    PathGuard guard;
+    PathWatcher guard;
     MountTable mounts;
     std::vector<Root> roots;
     std::set<std::string> mountPoints;
     bool suspicious = false;
     bool haveMountsChanged = true;
     FileTime unsureSince = FileTime::max(); ///< If changes of paths may have been missed.
-    std::optional<EventWindow::Time> nextLook;
+    std::optional<EventCoalescer::Time> nextLook;
     FileTime lastLook;
 };
 

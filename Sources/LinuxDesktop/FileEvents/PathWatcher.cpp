@@ -1,4 +1,4 @@
-#include "LinuxDesktop/FileEvents/PathGuard.h"
+#include "LinuxDesktop/FileEvents/PathWatcher.h"
 
 #include "Platform/FileEvents.h"
 
@@ -17,7 +17,7 @@ namespace {
 constexpr std::uint32_t selfMask = IN_MOVE_SELF | IN_DELETE_SELF | IN_MASK_ADD;
 constexpr std::uint32_t nameMask =
     IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB | IN_ONLYDIR;
-constexpr int mostLinks = 40;
+constexpr int maxLinks = 40;
 
 /// Puts the parts of a path in front of those still to be followed.
 void putInFront(std::deque<std::string>& parts, const std::string& path)
@@ -47,13 +47,13 @@ std::string parentOf(const std::string& path)
 
 } // namespace
 
-void PathGuard::begin()
+void PathWatcher::begin()
 {
     former = std::exchange(watches, {});
     complete = inotify.isOpen();
 }
 
-void PathGuard::end()
+void PathWatcher::end()
 {
     for (const auto& [watch, names] : former)
         if (!watches.contains(watch))
@@ -61,7 +61,7 @@ void PathGuard::end()
     former.clear();
 }
 
-PathGuard::Meaning PathGuard::follow(const std::string& absolutePath)
+PathWatcher::Meaning PathWatcher::follow(const std::string& absolutePath)
 {
     std::deque<std::string> parts;
     putInFront(parts, absolutePath);
@@ -80,7 +80,7 @@ PathGuard::Meaning PathGuard::follow(const std::string& absolutePath)
         if (parts.empty() || !watch(next, selfMask, {}))
             watchNames(here, part);
         const std::optional<FileStatus> status = fileStatus(next);
-        if (status && status->kind() == FileEventFlag::ItemIsSymlink && ++links <= mostLinks) {
+        if (status && status->kind() == FileEventFlag::ItemIsSymlink && ++links <= maxLinks) {
             watch(next, selfMask, {});
             const std::string target = linkTarget(next);
             here = target.starts_with('/') ? std::string() : here;
@@ -95,7 +95,7 @@ PathGuard::Meaning PathGuard::follow(const std::string& absolutePath)
     return { here, fileStatus(here), {} };
 }
 
-bool PathGuard::concerns(const InotifyEvent& event)
+bool PathWatcher::concerns(const InotifyEvent& event)
 {
     const auto found = watches.find(event.watch);
     if (found == watches.end())
@@ -108,7 +108,7 @@ bool PathGuard::concerns(const InotifyEvent& event)
     return concerned;
 }
 
-bool PathGuard::watch(const std::string& path, std::uint32_t mask, const std::string& name)
+bool PathWatcher::watch(const std::string& path, std::uint32_t mask, const std::string& name)
 {
     const int watch = inotify.watch(path, mask);
     if (watch < 0) {
@@ -121,7 +121,7 @@ bool PathGuard::watch(const std::string& path, std::uint32_t mask, const std::st
     return true;
 }
 
-void PathGuard::watchNames(const std::string& folder, const std::string& name)
+void PathWatcher::watchNames(const std::string& folder, const std::string& name)
 {
     watch(folder, nameMask | selfMask, name);
 }

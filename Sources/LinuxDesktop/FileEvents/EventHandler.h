@@ -14,14 +14,14 @@
 namespace stemvault {
 
 /// Turns what the kernel tells of one folder into reports and into changes of the tree.
-class EventSorter {
+class EventHandler {
 public:
-    EventSorter(WatchState& shared, TreeWalker& treeWalker) : state(shared), walker(treeWalker) { }
+    EventHandler(WatchState& shared, TreeWalker& treeWalker) : state(shared), walker(treeWalker) { }
 
     void sort(const InotifyEvent& event);
 
     /// Gives up on what has left and did not turn up in time.
-    void settleDepartures();
+    void expirePendingRenames();
 
 private:
     void sortAt(NodeId folder, const InotifyEvent& event);
@@ -36,13 +36,13 @@ private:
     void fileArrived(NodeId folder, const InotifyEvent& event);
     void folderArrived(NodeId parent, const InotifyEvent& event);
     void meet(NodeId parent, std::string_view name);
-    void put(Departure& departure, NodeId parent, std::string_view name);
-    bool changePlaces(const Departure& departure, NodeId parent, std::string_view name);
-    void reportMove(const std::optional<Departure>& departure, NodeId parent, std::string_view name,
-        std::uint32_t kind);
+    void put(PendingRename& rename, NodeId parent, std::string_view name);
+    bool changePlaces(const PendingRename& rename, NodeId parent, std::string_view name);
+    void reportMove(const std::optional<PendingRename>& rename, NodeId parent,
+        std::string_view name, std::uint32_t kind);
     void watchEnded(int watch);
-    void lookAtFormerPlace(const Departure& departure);
-    bool takeBack(const Departure& departure);
+    void lookAtFormerPlace(const PendingRename& rename);
+    bool takeBack(const PendingRename& rename);
     [[nodiscard]] bool isKnown(NodeRef node) const
     {
         return node.id != noNode && state.tree.isCurrent(node);

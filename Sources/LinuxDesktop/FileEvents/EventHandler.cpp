@@ -1,4 +1,4 @@
-#include "LinuxDesktop/FileEvents/EventSorter.h"
+#include "LinuxDesktop/FileEvents/EventHandler.h"
 
 #include <cerrno>
 #include <utility>
@@ -6,10 +6,10 @@
 namespace stemvault {
 
 using namespace FileEventFlag;
-using More = EventWindow::More;
+using More = EventCoalescer::More;
 using Visit = TreeWalker::Visit;
 
-void EventSorter::sort(const InotifyEvent& event)
+void EventHandler::sort(const InotifyEvent& event)
 {
     if (event.has(IN_IGNORED))
         return watchEnded(event.watch);
@@ -27,7 +27,7 @@ void EventSorter::sort(const InotifyEvent& event)
             sortAt(node.id, event);
 }
 
-void EventSorter::sortAt(NodeId folder, const InotifyEvent& event)
+void EventHandler::sortAt(NodeId folder, const InotifyEvent& event)
 {
     if (event.has(IN_ATTRIB))
         walker.retryUnreadable(folder);
@@ -39,7 +39,7 @@ void EventSorter::sortAt(NodeId folder, const InotifyEvent& event)
         sortFile(folder, event);
 }
 
-void EventSorter::sortFile(NodeId folder, const InotifyEvent& event)
+void EventHandler::sortFile(NodeId folder, const InotifyEvent& event)
 {
     if (event.has(IN_CREATE))
         state.reporter.report(folder, event.name, ItemCreated, More::Expected);
@@ -57,7 +57,7 @@ void EventSorter::sortFile(NodeId folder, const InotifyEvent& event)
         fileLeft(folder, event);
 }
 
-void EventSorter::fileModified(NodeId folder, const InotifyEvent& event)
+void EventHandler::fileModified(NodeId folder, const InotifyEvent& event)
 {
     if (state.reporter.flagsOf(folder, event.name) == 0 && isOnlyDated(folder, event.name))
         return state.writes.account(file(folder, event.name), state.readAt);
@@ -70,7 +70,7 @@ void EventSorter::fileModified(NodeId folder, const InotifyEvent& event)
 /// - or was written through a mapping, which raises no event but this.
 /// One that was opened for writing and left alone raises the same event. So does one that was
 /// touched, and one that was renamed into place and then opened.
-void EventSorter::fileClosed(NodeId folder, const InotifyEvent& event)
+void EventHandler::fileClosed(NodeId folder, const InotifyEvent& event)
 {
     const std::uint32_t flags = state.reporter.flagsOf(folder, event.name);
     const bool isWritten = state.writes.takeWrite(file(folder, event.name))
@@ -82,7 +82,7 @@ void EventSorter::fileClosed(NodeId folder, const InotifyEvent& event)
 
 /// Setting only the time of modification raises the event of a write. A time that is older than the
 /// event, and than the last change of the file's own data, was set by hand.
-bool EventSorter::isOnlyDated(NodeId folder, std::string_view name) const
+bool EventHandler::isOnlyDated(NodeId folder, std::string_view name) const
 {
     const auto status = statusOf(folder, name);
     return status && status->changed - status->modified > std::chrono::seconds(2)
@@ -91,30 +91,30 @@ bool EventSorter::isOnlyDated(NodeId folder, std::string_view name) const
 
 /// A write leaves both times of the file equal. A rename or a date set by hand does not, unless it
 /// happens in the same tick of the clock, and then its own event accounts for that time.
-bool EventSorter::isWrittenUnnoticed(NodeId folder, std::string_view name) const
+bool EventHandler::isWrittenUnnoticed(NodeId folder, std::string_view name) const
 {
     const auto status = statusOf(folder, name);
     return status && status->modified == status->changed && status->isModifiedSince(state.began)
         && status->modified > state.writes.accountedUntil(file(folder, name));
 }
 
-void EventSorter::fileLeft(NodeId folder, const InotifyEvent& event)
+void EventHandler::fileLeft(NodeId folder, const InotifyEvent& event)
 {
-    Departure departure;
-    departure.cookie = event.cookie;
-    departure.formerPath = state.reporter.path(folder, event.name).value_or(std::string());
-    departure.deadline = std::chrono::steady_clock::now() + Departures::patience;
-    departure.isBeingWritten = state.writes.takeWrite(file(folder, event.name));
-    state.departures.add(std::move(departure));
+    PendingRename rename;
+    rename.cookie = event.cookie;
+    rename.formerPath = state.reporter.path(folder, event.name).value_or(std::string());
+    rename.deadline = std::chrono::steady_clock::now() + PendingRenames::pairingTimeout;
+    rename.isBeingWritten = state.writes.takeWrite(file(folder, event.name));
+    state.pendingRenames.add(std::move(rename));
 }
 
-void EventSorter::fileRemoved(NodeId folder, const InotifyEvent& event)
+void EventHandler::fileRemoved(NodeId folder, const InotifyEvent& event)
 {
     state.writes.takeWrite(file(folder, event.name));
     state.reporter.report(folder, event.name, ItemRemoved, More::Done);
 }
 
-void EventSorter::sortFolder(NodeId folder, const InotifyEvent& event)
+void EventHandler::sortFolder(NodeId folder, const InotifyEvent& event)
 {
     if (event.has(IN_CREATE))
         return folderCreated(folder, event.name);
@@ -127,23 +127,23 @@ void EventSorter::sortFolder(NodeId folder, const InotifyEvent& event)
     const std::string path = state.reporter.path(folder, event.name).value_or(std::string());
     if (const NodeId child = state.tree.child(folder, event.name); child != noNode)
         return state.depart(child, event.cookie, path);
-    Departure departure;
-    departure.cookie = event.cookie;
-    departure.formerPath = path;
-    departure.kind = ItemIsDir;
-    departure.formerParent = state.tree.ref(folder);
-    departure.formerName = event.name;
-    departure.deadline = std::chrono::steady_clock::now() + Departures::patience;
-    state.departures.add(std::move(departure));
+    PendingRename rename;
+    rename.cookie = event.cookie;
+    rename.formerPath = path;
+    rename.kind = ItemIsDir;
+    rename.formerParent = state.tree.ref(folder);
+    rename.formerName = event.name;
+    rename.deadline = std::chrono::steady_clock::now() + PendingRenames::pairingTimeout;
+    state.pendingRenames.add(std::move(rename));
 }
 
-void EventSorter::folderCreated(NodeId parent, std::string_view name)
+void EventHandler::folderCreated(NodeId parent, std::string_view name)
 {
     NodeId folder = state.tree.child(parent, name);
     if (folder != noNode) {
         // As a rule a listing was faster than the event and has reported it already.
-        const Placement placement = walker.placer().place(folder);
-        if (placement != Placement::Fresh && placement != Placement::Replaced)
+        const WatchResult result = walker.installer().place(folder);
+        if (result != WatchResult::Fresh && result != WatchResult::Replaced)
             return;
     } else {
         folder = state.tree.add(parent, name);
@@ -153,37 +153,37 @@ void EventSorter::folderCreated(NodeId parent, std::string_view name)
     walker.enqueue(folder, Visit::Created, state.arrivalBound);
 }
 
-void EventSorter::folderRemoved(NodeId parent, std::string_view name)
+void EventHandler::folderRemoved(NodeId parent, std::string_view name)
 {
     state.reporter.report(parent, name, ItemRemoved | ItemIsDir, More::Done);
     if (const NodeId folder = state.tree.child(parent, name); folder != noNode)
         state.remove(folder);
 }
 
-void EventSorter::fileArrived(NodeId folder, const InotifyEvent& event)
+void EventHandler::fileArrived(NodeId folder, const InotifyEvent& event)
 {
     const auto status = statusOf(folder, event.name);
-    const std::optional<Departure> departure = state.departures.take(event.cookie);
+    const std::optional<PendingRename> rename = state.pendingRenames.take(event.cookie);
     // What had the name before is gone, with whatever was known of it.
     state.writes.takeWrite(file(folder, event.name));
-    if (departure && departure->isBeingWritten)
+    if (rename && rename->isBeingWritten)
         state.writes.noteWrite(file(folder, event.name));
     else
         state.writes.account(file(folder, event.name), state.readAt);
-    reportMove(departure, folder, event.name, status ? status->kind() : ItemIsFile);
+    reportMove(rename, folder, event.name, status ? status->kind() : ItemIsFile);
 }
 
-void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
+void EventHandler::folderArrived(NodeId parent, const InotifyEvent& event)
 {
-    std::optional<Departure> departure = state.departures.take(event.cookie);
-    reportMove(departure, parent, event.name, ItemIsDir);
+    std::optional<PendingRename> rename = state.pendingRenames.take(event.cookie);
+    reportMove(rename, parent, event.name, ItemIsDir);
     const NodeId there = state.tree.child(parent, event.name);
-    if (departure) {
+    if (rename) {
         // What was there is gone, or has changed places with what came.
         if (there != noNode)
-            state.depart(there, 0, {}, *departure);
-        if (isKnown(departure->node))
-            return put(*departure, parent, event.name);
+            state.depart(there, 0, {}, *rename);
+        if (isKnown(rename->node))
+            return put(*rename, parent, event.name);
         // One that left before it was met is as new as if it had been met here first.
         return walker.enqueue(
             state.tree.add(parent, event.name), Visit::Created, state.arrivalBound);
@@ -191,52 +191,52 @@ void EventSorter::folderArrived(NodeId parent, const InotifyEvent& event)
     if (there == noNode)
         return meet(parent, event.name);
     NodeId node = there;
-    const Placement placement = walker.placer().place(node);
-    if (placement != Placement::Fresh && placement != Placement::Replaced)
+    const WatchResult result = walker.installer().place(node);
+    if (result != WatchResult::Fresh && result != WatchResult::Replaced)
         return;
     state.tree.clearWatch(node);
     walker.enqueue(
         node, Visit::Arrived, arrivalTime(statusOf(parent, event.name), state.arrivalBound));
 }
 
-void EventSorter::meet(NodeId parent, std::string_view name)
+void EventHandler::meet(NodeId parent, std::string_view name)
 {
     const FileTime since = arrivalTime(statusOf(parent, name), state.arrivalBound);
     walker.enqueue(state.tree.add(parent, name), Visit::Arrived, since);
 }
 
 /// A name may have changed hands again since the event, so the watch decides what it is.
-void EventSorter::put(Departure& departure, NodeId parent, std::string_view name)
+void EventHandler::put(PendingRename& rename, NodeId parent, std::string_view name)
 {
-    const NodeId node = departure.node.id;
+    const NodeId node = rename.node.id;
     state.tree.attach(node, parent, name);
     const int watch = state.tree.watch(node);
     const int found = watch < 0 ? watch : watchOf(parent, name);
-    if ((watch < 0 || found != watch) && changePlaces(departure, parent, name))
+    if ((watch < 0 || found != watch) && changePlaces(rename, parent, name))
         return;
     if (found >= 0 && found != watch) {
         state.tree.detach(node);
         meet(parent, name);
-        if (takeBack(departure))
+        if (takeBack(rename))
             return;
-        departure.formerPath.clear();
-        departure.cookie = 0;
-        departure.deadline = std::chrono::steady_clock::now() + Departures::patience;
-        return state.departures.add(std::move(departure));
+        rename.formerPath.clear();
+        rename.cookie = 0;
+        rename.deadline = std::chrono::steady_clock::now() + PendingRenames::pairingTimeout;
+        return state.pendingRenames.add(std::move(rename));
     }
     state.reporter.retryDeferred();
 }
 
 /// Of two folders that change places the second seems to be the first, which leaves again at once.
-bool EventSorter::changePlaces(const Departure& departure, NodeId parent, std::string_view name)
+bool EventHandler::changePlaces(const PendingRename& rename, NodeId parent, std::string_view name)
 {
-    const NodeId node = departure.node.id;
-    const auto other = state.departures.takeDisplaced(departure, parent, name);
-    if (!other || !state.tree.isCurrent(departure.formerParent)
-        || state.tree.child(departure.formerParent.id, departure.formerName) != noNode)
+    const NodeId node = rename.node.id;
+    const auto other = state.pendingRenames.takeReplaced(rename, parent, name);
+    if (!other || !state.tree.isCurrent(rename.formerParent)
+        || state.tree.child(rename.formerParent.id, rename.formerName) != noNode)
         return false;
     state.tree.detach(node);
-    state.tree.attach(node, departure.formerParent.id, departure.formerName);
+    state.tree.attach(node, rename.formerParent.id, rename.formerName);
     NodeId second = other->node.id;
     if (isKnown(other->node))
         state.tree.attach(second, parent, name);
@@ -248,15 +248,15 @@ bool EventSorter::changePlaces(const Departure& departure, NodeId parent, std::s
     return true;
 }
 
-void EventSorter::reportMove(const std::optional<Departure>& departure, NodeId parent,
+void EventHandler::reportMove(const std::optional<PendingRename>& rename, NodeId parent,
     std::string_view name, std::uint32_t kind)
 {
-    if (departure && !departure->formerPath.empty())
-        state.reporter.report(departure->formerPath, ItemRenamed | kind);
+    if (rename && !rename->formerPath.empty())
+        state.reporter.report(rename->formerPath, ItemRenamed | kind);
     state.reporter.report(parent, name, ItemRenamed | kind, More::Done);
 }
 
-void EventSorter::watchEnded(int watch)
+void EventHandler::watchEnded(int watch)
 {
     while (true) {
         const NodeId node = state.tree.atWatch(watch);
@@ -268,49 +268,48 @@ void EventSorter::watchEnded(int watch)
     }
 }
 
-void EventSorter::settleDepartures()
+void EventHandler::expirePendingRenames()
 {
-    for (const Departure& departure :
-        state.departures.takeOverdue(std::chrono::steady_clock::now())) {
-        if (isKnown(departure.node)) {
-            if (takeBack(departure))
+    for (const PendingRename& rename :
+        state.pendingRenames.takeExpired(std::chrono::steady_clock::now())) {
+        if (isKnown(rename.node)) {
+            if (takeBack(rename))
                 continue;
-            state.remove(departure.node.id);
-            lookAtFormerPlace(departure);
+            state.remove(rename.node.id);
+            lookAtFormerPlace(rename);
         }
-        if (!departure.formerPath.empty())
-            state.reporter.report(departure.formerPath, ItemRenamed | ItemRemoved | departure.kind);
+        if (!rename.formerPath.empty())
+            state.reporter.report(rename.formerPath, ItemRenamed | ItemRemoved | rename.kind);
     }
     state.reporter.retryDeferred();
 }
 
 /// What left may have changed places with something that came from where nobody watched.
-void EventSorter::lookAtFormerPlace(const Departure& departure)
+void EventHandler::lookAtFormerPlace(const PendingRename& rename)
 {
-    const NodeId parent = departure.formerParent.id;
-    if (parent != noNode && state.tree.isCurrent(departure.formerParent)
-        && state.tree.child(parent, departure.formerName) == noNode)
-        walker.enqueue(
-            state.tree.add(parent, departure.formerName), Visit::Arrived, departure.since);
+    const NodeId parent = rename.formerParent.id;
+    if (parent != noNode && state.tree.isCurrent(rename.formerParent)
+        && state.tree.child(parent, rename.formerName) == noNode)
+        walker.enqueue(state.tree.add(parent, rename.formerName), Visit::Arrived, rename.since);
 }
 
 /// Of two names that changed hands in a row the later event may have taken the wrong folder; it is
 /// then still where it was taken from.
-bool EventSorter::takeBack(const Departure& departure)
+bool EventHandler::takeBack(const PendingRename& rename)
 {
-    const NodeId node = departure.node.id;
-    const NodeId parent = departure.formerParent.id;
-    if (parent == noNode || !state.tree.isCurrent(departure.formerParent)
-        || state.tree.child(parent, departure.formerName) != noNode || state.tree.watch(node) < 0
-        || watchOf(parent, departure.formerName) != state.tree.watch(node))
+    const NodeId node = rename.node.id;
+    const NodeId parent = rename.formerParent.id;
+    if (parent == noNode || !state.tree.isCurrent(rename.formerParent)
+        || state.tree.child(parent, rename.formerName) != noNode || state.tree.watch(node) < 0
+        || watchOf(parent, rename.formerName) != state.tree.watch(node))
         return false;
-    state.tree.attach(node, parent, departure.formerName);
+    state.tree.attach(node, parent, rename.formerName);
     state.reporter.retryDeferred();
     return true;
 }
 
 /// Absent while the folder is on the move.
-std::optional<std::string> EventSorter::resolvedPath(NodeId folder, std::string_view name) const
+std::optional<std::string> EventHandler::resolvedPath(NodeId folder, std::string_view name) const
 {
     std::string path;
     if (!state.tree.path(folder, WatchTree::Spelling::Resolved, path))
@@ -318,13 +317,13 @@ std::optional<std::string> EventSorter::resolvedPath(NodeId folder, std::string_
     return path.append("/").append(name);
 }
 
-int EventSorter::watchOf(NodeId folder, std::string_view name) const
+int EventHandler::watchOf(NodeId folder, std::string_view name) const
 {
     const std::optional<std::string> path = resolvedPath(folder, name);
     return path ? state.inotify.watch(*path, WatchState::folderMask) : -ENOENT;
 }
 
-std::optional<FileStatus> EventSorter::statusOf(NodeId folder, std::string_view name) const
+std::optional<FileStatus> EventHandler::statusOf(NodeId folder, std::string_view name) const
 {
     const std::optional<std::string> path = resolvedPath(folder, name);
     return path ? fileStatus(*path) : std::nullopt;

@@ -26,7 +26,7 @@ struct EventBatch {
 /// events of one short write make one entry and not two.
 ///
 /// Pure: it lives in the points of time it is given.
-class EventWindow {
+class EventCoalescer {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
@@ -35,10 +35,10 @@ public:
     /// What an event says about further events of the same write.
     enum class More { Unsaid, Expected, Done };
 
-    static constexpr std::chrono::microseconds blinkWhenQuiet { 500 };
-    static constexpr std::chrono::milliseconds blinkWhenBusy { 50 };
+    static constexpr std::chrono::microseconds holdWhenQuiet { 500 };
+    static constexpr std::chrono::milliseconds holdWhenBusy { 50 };
 
-    EventWindow(std::chrono::milliseconds latency, FirstEvent firstEvent);
+    EventCoalescer(std::chrono::milliseconds latency, FirstEvent firstEvent);
 
     /// Returns the place of the entry, valid until the next `take`.
     std::size_t add(std::string_view path, std::uint32_t flags, More more, Time now);
@@ -65,7 +65,7 @@ private:
 
     [[nodiscard]] std::uint32_t find(std::string_view path, std::uint32_t hash) const;
     [[nodiscard]] Time windowEnd() const;
-    [[nodiscard]] std::chrono::steady_clock::duration blink() const;
+    [[nodiscard]] std::chrono::steady_clock::duration holdTime() const;
     void keepOnly(std::vector<Entry> kept);
     void index(std::uint32_t entry);
 

@@ -15,7 +15,7 @@ namespace stemvault {
 /// path means goes unnoticed: nothing in the root itself tells that a folder above it was renamed.
 /// Each part is asked only to tell when it goes; the folder that holds the root, or the last one
 /// there is of a path that ends early, also tells when names in it come and go.
-class PathGuard {
+class PathWatcher {
 public:
     struct Meaning {
         std::string resolved; ///< Without links; empty for the root of everything.
@@ -23,7 +23,7 @@ public:
         std::string missing; ///< The first part of the path that is not there.
     };
 
-    explicit PathGuard(Inotify& ownInotify) : inotify(ownInotify) { }
+    explicit PathWatcher(Inotify& ownInotify) : inotify(ownInotify) { }
 
     /// Between these two, `follow` every path; afterwards watches of before that nobody asked for
     /// again are retired.

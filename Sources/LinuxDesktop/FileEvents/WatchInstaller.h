@@ -7,7 +7,7 @@
 namespace stemvault {
 
 /// What was found at a node's place.
-enum class Placement : std::uint8_t {
+enum class WatchResult : std::uint8_t {
     Fresh, ///< A folder not watched before: now it is, and wants to be listed.
     Same, ///< The folder the node stands for.
     Replaced, ///< Another folder; what was known below the node is forgotten.
@@ -20,18 +20,18 @@ enum class Placement : std::uint8_t {
 /// Sets the watch of a node on whatever stands at its path now. Folders are known by their watch:
 /// the kernel gives the same one for the same inode, so a folder that was moved is recognised
 /// wherever it is met, and two places of one folder share what it tells.
-class WatchPlacer {
+class WatchInstaller {
 public:
-    explicit WatchPlacer(WatchState& shared) : state(shared) { }
+    explicit WatchInstaller(WatchState& shared) : state(shared) { }
 
     /// A folder known from elsewhere takes the place of `node`, which then names that folder.
-    [[nodiscard]] Placement place(NodeId& node);
+    [[nodiscard]] WatchResult place(NodeId& node);
 
     /// Whether the folder of a watch stands at a path.
     [[nodiscard]] bool isAt(const std::string& path, int watch);
 
 private:
-    [[nodiscard]] Placement settle(NodeId& node, int watch);
+    [[nodiscard]] WatchResult settle(NodeId& node, int watch);
     [[nodiscard]] bool hasLeft(NodeId node, int watch);
     void moveTo(NodeId& fresh, NodeId known);
 
