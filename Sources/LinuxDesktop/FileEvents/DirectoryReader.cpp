@@ -41,7 +41,7 @@ std::optional<DirectoryEntry> DirectoryReader::next()
 
 bool DirectoryReader::fill()
 {
-    const long size = syscall(SYS_getdents64, folder, buffer.data(), buffer.size());
+    const long size = ::syscall(SYS_getdents64, folder, buffer.data(), buffer.size());
     if (size <= 0)
         return false;
     unread = buffer.first(static_cast<std::size_t>(size));

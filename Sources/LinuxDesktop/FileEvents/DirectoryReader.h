@@ -12,8 +12,8 @@ struct DirectoryEntry {
     unsigned char type; ///< A DT_ value; DT_UNKNOWN where the file system does not say.
 };
 
-/// Reads the names in an open folder straight from the kernel, without "." and "..". Names stay
-/// valid until the next call; the buffer is the caller's, so that a walk needs only one.
+/// Reads the names in an open folder with getdents64, without "." and "..". A name is valid until
+/// the next call. The buffer is the caller's, so that scanning many folders needs only one.
 class DirectoryReader {
 public:
     DirectoryReader(int openFolder, std::span<std::byte> ownBuffer)

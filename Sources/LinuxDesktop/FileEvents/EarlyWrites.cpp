@@ -1,7 +1,9 @@
 #include "LinuxDesktop/FileEvents/EarlyWrites.h"
 
 #include "LinuxDesktop/FileEvents/DirectoryReader.h"
+#include "Platform/FileEvents.h"
 
+#include <chrono>
 #include <dirent.h>
 #include <fcntl.h>
 
@@ -9,20 +11,23 @@ namespace stemvault {
 
 namespace {
 
-/// Events wait meanwhile.
+/// Events wait for the end of a slice.
 constexpr std::chrono::milliseconds sliceLength { 1 };
 
 } // namespace
 
-EarlyWrites::EarlyWrites(WatchState& shared, const PolledFolders& polledFolders)
-    : state(shared), polled(polledFolders)
+EarlyWrites::EarlyWrites(const WatchTree& watchTree, const PolledFolders& polledFolders,
+    RecentWrites& recentWrites, EventReporter& eventReporter, const StreamClock& streamClock,
+    const std::atomic<bool>& streamIsStopping)
+    : tree(watchTree), polled(polledFolders), writes(recentWrites), reporter(eventReporter),
+      clock(streamClock), isStopping(streamIsStopping)
 {
 }
 
 void EarlyWrites::begin()
 {
     buffer.resize(32UL * 1024);
-    end = state.tree.end();
+    end = tree.end();
     watchedSince = wallClock();
 }
 
@@ -31,21 +36,21 @@ bool EarlyWrites::runSlice()
     if (next == end)
         return false;
     const auto pause = std::chrono::steady_clock::now() + sliceLength;
-    while (next != end && !state.isStopping && std::chrono::steady_clock::now() < pause)
-        lookAt(next++);
+    while (next != end && !isStopping && std::chrono::steady_clock::now() < pause)
+        check(next++);
     if (next == end)
         buffer = {};
     return true;
 }
 
-void EarlyWrites::lookAt(NodeId folder)
+void EarlyWrites::check(NodeId folder)
 {
-    // A folder that is mounted within itself has neither watch nor turn here.
-    if (state.tree.watch(folder) < 0 && !polled.contains(folder))
+    // A folder that is mounted within itself is neither watched nor polled.
+    if (tree.watch(folder) < 0 && !polled.contains(folder))
         return;
-    // Where others write as well, the times are those of another clock.
+    // On a shared drive the times come from another clock.
     if (polled.isSharedWithOthers(folder)
-        || !state.tree.path(folder, WatchTree::Spelling::Resolved, path))
+        || !tree.path(folder, WatchTree::Spelling::Resolved, path))
         return;
     const FileDescriptor descriptor = openFolder(path, O_RDONLY);
     if (!descriptor)
@@ -53,21 +58,20 @@ void EarlyWrites::lookAt(NodeId folder)
     DirectoryReader reader(descriptor.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next())
         if (entry->type == DT_REG || entry->type == DT_UNKNOWN)
-            lookAt(folder, descriptor.get(), entry->name);
+            check(folder, descriptor.get(), entry->name);
 }
 
-void EarlyWrites::lookAt(NodeId folder, int descriptor, const char* name)
+void EarlyWrites::check(NodeId folder, int descriptor, const char* name)
 {
     const std::optional<FileStatus> status = fileStatus(descriptor, name);
-    if (!status || !status->isModifiedSince(state.began) || status->modified > watchedSince
+    if (!status || !status->isModifiedSince(clock.began) || status->modified > watchedSince
         || status->kind() != FileEventFlag::ItemIsFile)
         return;
-    const RecentWrites::File file = RecentWrites::file(state.tree.ref(folder), name);
-    if (status->modified <= state.writes.accountedUntil(file))
+    const RecentWrites::File file = RecentWrites::file(tree.ref(folder), name);
+    if (status->modified <= writes.accountedUntil(file))
         return;
-    state.writes.account(file, status->modified);
-    state.reporter.report(
-        folder, name, status->changesSince(state.began), EventCoalescer::More::Unsaid);
+    writes.account(file, status->modified);
+    reporter.report(folder, name, status->changesSince(clock.began), EventCoalescer::More::Unsaid);
 }
 
 } // namespace stemvault

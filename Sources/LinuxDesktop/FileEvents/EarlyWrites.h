@@ -1,38 +1,47 @@
 #pragma once
 
+#include "LinuxDesktop/FileEvents/EventReporter.h"
 #include "LinuxDesktop/FileEvents/PolledFolders.h"
-#include "LinuxDesktop/FileEvents/WatchState.h"
+#include "LinuxDesktop/FileEvents/RecentWrites.h"
+#include "LinuxDesktop/FileEvents/StreamClock.h"
 
+#include <atomic>
 #include <cstddef>
 #include <string>
 #include <vector>
 
 namespace stemvault {
 
-/// Finds the files that were last written after the stream had begun and before their folder was
-/// watched. Only the times of the files show that, and asking for all of them takes longer than
-/// placing the watches, so it is done once afterwards, in short slices.
+/// Finds the files that were last written after the stream began and before their folder was
+/// watched. Only the times of the files show that. Reading all of them takes longer than installing
+/// the watches, so it is done once afterwards, in short slices.
 class EarlyWrites {
 public:
-    EarlyWrites(WatchState& shared, const PolledFolders& polledFolders);
+    EarlyWrites(const WatchTree& watchTree, const PolledFolders& polledFolders,
+        RecentWrites& recentWrites, EventReporter& eventReporter, const StreamClock& streamClock,
+        const std::atomic<bool>& streamIsStopping);
 
-    /// To be called when every folder that was there is watched.
+    /// Call it when every folder that was there at the start is watched.
     void begin();
 
-    /// Looks at some folders. Whether there was anything to do.
+    /// Checks folders for a millisecond. Whether there was anything to do.
     bool runSlice();
 
 private:
-    void lookAt(NodeId folder);
-    void lookAt(NodeId folder, int descriptor, const char* name);
+    void check(NodeId folder);
+    void check(NodeId folder, int descriptor, const char* name);
 
-    WatchState& state;
+    const WatchTree& tree;
     const PolledFolders& polled;
+    RecentWrites& writes;
+    EventReporter& reporter;
+    const StreamClock& clock;
+    const std::atomic<bool>& isStopping;
     std::vector<std::byte> buffer;
     std::string path;
     NodeId next = 0;
     NodeId end = 0;
-    FileTime watchedSince; ///< By then all events are read.
+    FileTime watchedSince; ///< What is written from this moment on raises an event.
 };
 
 } // namespace stemvault

@@ -18,21 +18,21 @@ struct EventBatch {
     std::vector<std::uint32_t> flags;
 };
 
-/// Gathers events into batches: one entry per path, flags add up. After a quiet spell the first
-/// event is due at once; what follows is due together, one latency after the batch before. A
-/// window, not a debounce: events that keep coming never put a batch off.
+/// Gathers events into batches: one entry for each path, whose flags add up. After a quiet spell
+/// the first event is due at once; what follows is due together, one latency after the batch
+/// before. This is not a debounce: events that keep coming never put a batch off.
 ///
-/// A file that was created a moment ago and not closed yet is kept back for a blink, so that the
-/// events of one short write make one entry and not two.
+/// A file that was created a moment ago and not closed yet is held briefly, so that the events of
+/// one short write make one entry and not two.
 ///
-/// Pure: it lives in the points of time it is given.
+/// It reads no clock; the caller passes the time.
 class EventCoalescer {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
     enum class FirstEvent { AtOnce, Gathered };
 
-    /// What an event says about further events of the same write.
+    /// Whether more events of the same write are to follow.
     enum class More { Unsaid, Expected, Done };
 
     static constexpr std::chrono::microseconds holdWhenQuiet { 500 };

@@ -27,7 +27,7 @@ void EventReporter::report(NodeId folder, std::uint32_t flags)
 
 void EventReporter::report(std::string_view path, std::uint32_t flags)
 {
-    (void)add(path, flags, More::Unsaid);
+    static_cast<void>(add(path, flags, More::Unsaid));
 }
 
 std::uint32_t EventReporter::flagsOf(NodeId folder, std::string_view name)
@@ -40,9 +40,7 @@ std::uint32_t EventReporter::flagsOf(NodeId folder, std::string_view name)
 
 std::optional<std::string> EventReporter::path(NodeId folder, std::string_view name)
 {
-    if (!tree.path(folder, WatchTree::Spelling::Given, text))
-        return std::nullopt;
-    return text.append("/").append(name);
+    return tree.itemPath(folder, name, WatchTree::Spelling::Given);
 }
 
 void EventReporter::retryDeferred()

@@ -12,33 +12,33 @@
 
 namespace stemvault {
 
-/// Puts what happened into the window, under its path as the consumer knows it. What happens in a
-/// folder that is on the move waits until the folder has a path again.
+/// Passes changes to the coalescer, under the path that the consumer knows. A change in a folder
+/// whose rename is pending is held until the folder has a path again.
 class EventReporter {
 public:
-    EventReporter(WatchTree& watchTree, EventCoalescer& eventCoalescer)
+    EventReporter(const WatchTree& watchTree, EventCoalescer& eventCoalescer)
         : tree(watchTree), coalescer(eventCoalescer)
     {
     }
 
     using More = EventCoalescer::More;
 
-    /// Something named `name` in a folder.
+    /// Reports an item in a folder, by its name.
     void report(NodeId folder, std::string_view name, std::uint32_t flags, More more);
-    /// A folder itself.
+    /// Reports a folder.
     void report(NodeId folder, std::uint32_t flags);
     void report(std::string_view path, std::uint32_t flags);
 
     /// The flags gathered for an item so far; 0 if there are none.
     [[nodiscard]] std::uint32_t flagsOf(NodeId folder, std::string_view name);
 
-    /// To be called when a batch was taken.
+    /// Call it whenever a batch is taken, because the entries are numbered anew.
     void forgetLast() { lastFolder = noNode; }
 
-    /// The path of an item as the consumer knows it; absent while the folder is on the move.
+    /// The path of an item as the consumer knows it; absent while the folder's rename is pending.
     [[nodiscard]] std::optional<std::string> path(NodeId folder, std::string_view name);
 
-    /// To be called whenever folders have arrived somewhere, or are gone for good.
+    /// Call it whenever detached folders were attached or removed.
     void retryDeferred();
 
 private:
@@ -49,17 +49,17 @@ private:
         More more;
     };
 
-    WatchTree& tree;
-    EventCoalescer& coalescer;
     std::size_t add(std::string_view path, std::uint32_t flags, More more);
     [[nodiscard]] bool isLast(NodeId folder, std::string_view name) const
     {
         return lastFolder == folder && lastShape == tree.shape() && lastName == name;
     }
 
+    const WatchTree& tree;
+    EventCoalescer& coalescer;
     std::string text;
     std::vector<Deferred> deferred;
-    /// Events of one file mostly come in a row, and then its path need not be put together again.
+    /// The events of one file mostly come in a row, so the path is built once for all of them.
     NodeId lastFolder = noNode;
     std::uint32_t lastShape = 0;
     std::string lastName;

@@ -21,7 +21,7 @@ bool isCoarse(FileTime time)
     return time.time_since_epoch() % std::chrono::seconds(1) == std::chrono::nanoseconds::zero();
 }
 
-/// File systems that keep whole seconds, or two of them, cannot say more.
+/// File systems that keep whole seconds, or only even ones, are given the benefit of the doubt.
 bool isSince(FileTime time, FileTime since)
 {
     return time >= since || (isCoarse(time) && time + std::chrono::seconds(2) > since);
@@ -93,8 +93,8 @@ std::uint32_t kindOfEntry(unsigned char type)
 std::optional<FileStatus> fileStatus(int folder, const char* name)
 {
     struct statx status { };
-    if (statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT, STATX_BASIC_STATS | STATX_BTIME,
-            &status)
+    if (::statx(folder, name, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT,
+            STATX_BASIC_STATS | STATX_BTIME, &status)
         != 0)
         return std::nullopt;
     FileStatus result;
@@ -120,7 +120,7 @@ std::optional<FileStatus> fileStatus(const std::string& path)
 FileDescriptor openFolder(const std::string& path, int access)
 {
     const KernelPath kernelPath(named(path));
-    return FileDescriptor(openat(kernelPath.folder(), kernelPath.name(),
+    return FileDescriptor(::openat(kernelPath.folder(), kernelPath.name(),
         access | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
 }
 

@@ -9,12 +9,12 @@
 
 namespace stemvault {
 
-/// A moment as file systems keep it, by the wall clock.
+/// A moment of the wall clock, as file systems store it.
 using FileTime = std::chrono::sys_time<std::chrono::nanoseconds>;
 
 [[nodiscard]] FileTime wallClock();
 
-/// Times of files are taken from a clock that ticks this seldom.
+/// The times of files come from a clock that may be this far behind the precise one.
 constexpr std::chrono::milliseconds clockGrain { 10 };
 
 struct FileStatus {
@@ -28,17 +28,17 @@ struct FileStatus {
     FileTime changed;
     std::optional<FileTime> born; ///< Absent where the file system does not keep it.
 
-    /// The bit of FileEventFlag that says what it is; 0 for pipes and the like.
+    /// The bit of FileEventFlag for the kind of item; 0 for pipes, sockets and devices.
     [[nodiscard]] std::uint32_t kind() const;
 
     [[nodiscard]] bool isModifiedSince(FileTime since) const;
 
-    /// Whether both times were set at once, as touching or dating a file does, and not by its
-    /// birth. A file system that keeps whole seconds cannot say.
+    /// Whether the access and modification times were set together, as touching or dating a file
+    /// does, and not by its creation. Always false where the file system keeps whole seconds.
     [[nodiscard]] bool isTouched() const;
 
-    /// What the flags of an item must say that is met in a listing in place of events nobody saw;
-    /// 0 when it has not changed since.
+    /// The flags to report for an item in a listing that stands in for events nobody saw; 0 when it
+    /// has not changed since.
     [[nodiscard]] std::uint32_t changesSince(FileTime since) const;
 };
 
@@ -48,16 +48,16 @@ struct FileStatus {
 /// The status of `name` in an open folder, links not followed.
 [[nodiscard]] std::optional<FileStatus> fileStatus(int folder, const char* name);
 
-/// The same for a path of any length; an empty one is the root of everything.
+/// The same for a path of any length; an empty path is "/".
 [[nodiscard]] std::optional<FileStatus> fileStatus(const std::string& path);
 
-/// Opens a folder for reading, or with O_PATH for naming it. Its path may have any length; the last
-/// component is not followed. Absent with errno set.
+/// Opens a folder, with O_RDONLY or O_PATH. Its path may have any length; a link at its end is not
+/// followed. Absent with errno set.
 [[nodiscard]] FileDescriptor openFolder(const std::string& path, int access);
 
-/// Since when the content of a folder that has just arrived counts as new. `bound` is a moment at
-/// which it was not there yet. A rename sets the change time of what it moves, which tells the
-/// moment exactly, unless the content has changed as well.
+/// The moment from which the contents of a folder that has just arrived count as new. `bound` is a
+/// moment at which it was not there yet. A rename sets the change time of a folder and not its
+/// modification time, so where they differ, the change time is the moment of the rename.
 [[nodiscard]] FileTime arrivalTime(const std::optional<FileStatus>& arrived, FileTime bound);
 
 } // namespace stemvault

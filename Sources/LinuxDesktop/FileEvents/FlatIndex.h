@@ -8,8 +8,8 @@
 
 namespace stemvault {
 
-/// A hash table of indices into a vector that holds the keys: four bytes a slot, nothing else. The
-/// caller hashes and compares, because only it knows where the keys are.
+/// A hash table of indices into a vector that holds the keys, four bytes for each slot. The caller
+/// hashes and compares, because only it knows where the keys are.
 class FlatIndex {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
@@ -33,7 +33,9 @@ public:
         ++used;
     }
 
-    /// Moves what follows back into the gap, so that no search ever stops too early.
+    /// Backward-shift deletion: entries behind the gap that a search would no longer reach are
+    /// moved into it. A marker for deleted slots would be simpler, but folders come and go for
+    /// weeks, and markers would fill the table and slow down every search.
     template <typename HashOf> void erase(std::uint32_t hash, std::uint32_t index, HashOf&& hashOf)
     {
         std::size_t gap = hash & mask();
@@ -41,6 +43,7 @@ public:
             gap = (gap + 1) & mask();
         for (std::size_t next = (gap + 1) & mask(); slots[next] != none;
              next = (next + 1) & mask()) {
+            // An entry may move if the gap lies between its home slot and where it is now.
             const std::size_t home = hashOf(slots[next]) & mask();
             if (((next - home) & mask()) >= ((next - gap) & mask()))
                 slots[std::exchange(gap, next)] = slots[next];
@@ -80,7 +83,8 @@ private:
     std::size_t used = 0;
 };
 
-/// Spreads a value over all bits, because the table takes the lowest.
+/// Fibonacci hashing: multiplies by 2^64 divided by the golden ratio and keeps the upper half,
+/// where every bit of the value has had an effect. The table uses the lowest bits of the result.
 [[nodiscard]] inline std::uint32_t spread(std::uint64_t value)
 {
     value *= 0x9E3779B97F4A7C15U;

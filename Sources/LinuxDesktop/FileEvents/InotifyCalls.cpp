@@ -18,17 +18,17 @@ template <typename Number> Number orError(Number answer)
 
 int InotifyCalls::open()
 {
-    return orError(inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
+    return orError(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC));
 }
 
 int InotifyCalls::addWatch(int descriptor, const char* path, std::uint32_t mask)
 {
-    return orError(inotify_add_watch(descriptor, path, mask));
+    return orError(::inotify_add_watch(descriptor, path, mask));
 }
 
 int InotifyCalls::removeWatch(int descriptor, int watch)
 {
-    return orError(inotify_rm_watch(descriptor, watch));
+    return orError(::inotify_rm_watch(descriptor, watch));
 }
 
 long InotifyCalls::read(int descriptor, void* buffer, std::size_t size)
@@ -39,7 +39,7 @@ long InotifyCalls::read(int descriptor, void* buffer, std::size_t size)
 std::uint32_t InotifyCalls::fileSystemType(const char* path)
 {
     struct statfs status { };
-    return statfs(path, &status) == 0 ? static_cast<std::uint32_t>(status.f_type) : 0;
+    return ::statfs(path, &status) == 0 ? static_cast<std::uint32_t>(status.f_type) : 0;
 }
 
 InotifyCalls& InotifyCalls::system()

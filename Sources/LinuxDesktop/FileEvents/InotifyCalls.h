@@ -5,8 +5,8 @@
 
 namespace stemvault {
 
-/// The system calls of the event stream whose failures a test must be able to bring about. Each
-/// answers what the kernel answers, or a negative errno. From any thread.
+/// The system calls of the event stream whose failures tests bring about. Each returns the kernel's
+/// result or a negative errno. May be called from any thread.
 class InotifyCalls {
 public:
     InotifyCalls() = default;
@@ -20,10 +20,10 @@ public:
     virtual int removeWatch(int descriptor, int watch);
     [[nodiscard]] virtual long read(int descriptor, void* buffer, std::size_t size);
 
-    /// The magic number of the file system that holds `path`; 0 if it cannot be told.
+    /// The magic number of the file system that holds `path`; 0 if statfs fails.
     [[nodiscard]] virtual std::uint32_t fileSystemType(const char* path);
 
-    /// The kernel's own.
+    /// The calls of the running system.
     [[nodiscard]] static InotifyCalls& system();
 };
 

@@ -17,7 +17,7 @@ std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer)
     if (rest.size() < header.len)
         return std::nullopt;
     buffer = rest.subspan(header.len);
-    // The name is padded with zeros to the length told.
+    // The name is padded with zeros to that length.
     const char* const name = reinterpret_cast<const char*>(rest.data());
     return InotifyEvent { header.wd, header.mask, header.cookie,
         std::string_view(name, strnlen(name, header.len)) };

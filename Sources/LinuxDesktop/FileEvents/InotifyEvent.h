@@ -8,7 +8,7 @@
 
 namespace stemvault {
 
-/// One event as the kernel tells it. The name points into the buffer it was read from.
+/// One event. The name points into the buffer that the event was read into.
 struct InotifyEvent {
     int watch = -1;
     std::uint32_t mask = 0;
@@ -18,8 +18,8 @@ struct InotifyEvent {
     [[nodiscard]] bool has(std::uint32_t bits) const { return (mask & bits) != 0; }
 };
 
-/// Takes the first event off the front of what was read. Absent at the end, and when the rest is
-/// not a whole event, which is then dropped. Pure.
+/// Removes the first event from the buffer. Absent at the end, and when the rest is not a whole
+/// event, which is then dropped.
 [[nodiscard]] std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer);
 
 } // namespace stemvault

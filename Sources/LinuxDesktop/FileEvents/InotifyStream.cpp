@@ -16,8 +16,8 @@ namespace stemvault {
 
 namespace {
 
-/// The kernel takes its time to free a descriptor's watches, and a user has 128 descriptors. A
-/// stream that begins while this many others are still ending waits for one of them.
+/// The kernel takes a while to free the watches of a descriptor, and a user has 128 descriptors. A
+/// stream that starts while this many others are still ending waits for one of them.
 constexpr int maxEnding = 8;
 
 class EndingStreams {
@@ -53,18 +53,18 @@ private:
     int count = 0;
 };
 
-/// Signals are the main thread's business.
+/// The stream's thread inherits this mask, so that signals reach the main thread.
 class SignalsBlocked {
 public:
     SignalsBlocked()
     {
         sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_SETMASK, &all, &former);
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &former);
     }
     SignalsBlocked(const SignalsBlocked&) = delete;
     SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-    ~SignalsBlocked() { pthread_sigmask(SIG_SETMASK, &former, nullptr); }
+    ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &former, nullptr); }
 
 private:
     sigset_t former {};
@@ -85,13 +85,13 @@ struct InotifyStream::Shared {
     StreamWorker::Ready ready;
     InotifyCalls& calls;
     FileTime began = wallClock();
-    FileDescriptor wakeUp { eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) };
+    FileDescriptor wakeUp { ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK) };
     std::atomic<bool> isStopping { false };
 
     void end()
     {
         isStopping = true;
-        eventfd_write(wakeUp.get(), 1);
+        ::eventfd_write(wakeUp.get(), 1);
         EndingStreams::all().notify();
     }
 
@@ -118,7 +118,7 @@ std::unique_ptr<InotifyStream> InotifyStream::create(const StreamOptions& option
     try {
         const SignalsBlocked blocked;
         std::thread([shared] {
-            pthread_setname_np(pthread_self(), "file-events");
+            ::pthread_setname_np(::pthread_self(), "file-events");
             shared->run();
         }).detach();
     } catch (const std::system_error&) {

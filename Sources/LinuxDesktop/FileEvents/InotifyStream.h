@@ -6,13 +6,13 @@
 
 namespace stemvault {
 
-/// A running event stream and its thread. Neither ending it nor destroying it ever waits: the
-/// thread abandons what it does, cleans up by itself and is gone a moment later.
+/// A running event stream and its thread. Destroying it never waits: the thread abandons its work,
+/// cleans up by itself and ends a moment later.
 class InotifyStream {
 public:
-    /// Begins at once. `deliver` and `ready` are called on the stream's thread, and perhaps once
+    /// Starts at once. `deliver` and `ready` are called on the stream's thread, and perhaps once
     /// more while the stream is being destroyed. Absent when the system refuses a thread or a
-    /// descriptor. `calls` must live for as long as the program.
+    /// descriptor. `calls` must outlive the thread, which may outlive the stream.
     [[nodiscard]] static std::unique_ptr<InotifyStream> create(const StreamOptions& options,
         StreamWorker::Deliver deliver, StreamWorker::Ready ready = {},
         InotifyCalls& calls = InotifyCalls::system());

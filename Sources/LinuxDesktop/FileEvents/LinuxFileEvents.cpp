@@ -10,8 +10,8 @@ namespace stemvault {
 
 namespace {
 
-/// The way from a stream's thread to the main queue. Once it is shut nothing takes it, so that
-/// the queue may go before the thread does.
+/// Passes batches from a stream's thread to the main queue. After `close` they are dropped, so that
+/// the queue may be destroyed before the thread has ended.
 class DeliveryChannel {
 public:
     DeliveryChannel(Dispatch& mainQueue, std::weak_ptr<const FileEventHandler> receiver)
@@ -49,8 +49,8 @@ bool isWithin(const std::string& path, const std::string& folder)
         && (path.size() == folder.size() || folder.ends_with('/') || path[folder.size()] == '/');
 }
 
-/// The folders, those that lie within each other together. Each group is watched from a thread of
-/// its own: a drive that does not answer holds up what it is asked for, and nothing else.
+/// Groups the folders that lie within each other. Each group is watched on its own thread, so that
+/// a drive that does not answer holds up no other group.
 std::vector<std::vector<std::string>> grouped(const std::vector<std::string>& paths)
 {
     std::vector<std::vector<std::string>> groups;
@@ -83,15 +83,15 @@ public:
     {
         if (channel || isInvalid)
             return;
-        // What is on its way to the main queue holds this weakly, the handler itself strongly
-        // while it runs, so a handler may stop or destroy its own stream.
+        // Batches in the main queue refer to the handler weakly and hold it only while it runs, so
+        // a handler may stop or destroy its own stream.
         running = std::make_shared<const FileEventHandler>(handler);
         channel = std::make_shared<DeliveryChannel>(dispatch, running);
         StreamOptions ofGroup = options;
         for (auto& group : grouped(options.paths)) {
             ofGroup.paths = std::move(group);
             streams.push_back(InotifyStream::create(
-                ofGroup, [way = channel](EventBatch batch) { way->deliver(std::move(batch)); }));
+                ofGroup, [to = channel](EventBatch batch) { to->deliver(std::move(batch)); }));
         }
     }
 

@@ -10,8 +10,8 @@
 
 namespace stemvault {
 
-/// Event streams by inotify, delivered on the main queue. A limit of the system never shows: what
-/// cannot be watched is looked at every few seconds.
+/// Event streams by inotify, delivered on the main queue. No limit of the system is reported to the
+/// user: what cannot be watched is polled every few seconds.
 class LinuxFileEvents final : public FileEvents {
 public:
     /// `mainQueue` must outlive every stream.

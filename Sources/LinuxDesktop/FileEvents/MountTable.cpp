@@ -33,7 +33,7 @@ std::string unescaped(std::string_view text)
     return result;
 }
 
-/// The field of that number, counted from 0, or nothing.
+/// A field of the line, counted from 0; empty if there are fewer.
 std::string_view field(std::string_view line, int number)
 {
     for (; number > 0; --number) {
@@ -57,16 +57,16 @@ std::vector<std::string> parseMountPoints(std::string_view mountInfo)
     return points;
 }
 
-MountTable::MountTable() : descriptor(open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)) { }
+MountTable::MountTable() : descriptor(::open("/proc/self/mountinfo", O_RDONLY | O_CLOEXEC)) { }
 
 std::vector<std::string> MountTable::mountPoints() const
 {
     std::string text;
     std::array<char, 8192> piece {};
-    if (!descriptor || lseek(descriptor.get(), 0, SEEK_SET) != 0)
+    if (!descriptor || ::lseek(descriptor.get(), 0, SEEK_SET) != 0)
         return {};
     while (true) {
-        const ssize_t size = read(descriptor.get(), piece.data(), piece.size());
+        const ssize_t size = ::read(descriptor.get(), piece.data(), piece.size());
         if (size <= 0)
             return parseMountPoints(text);
         text.append(piece.data(), static_cast<std::size_t>(size));

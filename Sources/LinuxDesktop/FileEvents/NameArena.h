@@ -8,10 +8,10 @@
 
 namespace stemvault {
 
-/// File names back to back in one piece of memory; a name costs its bytes and two more.
+/// File names one after the other in one piece of memory; each costs its length and two bytes.
 class NameArena {
 public:
-    /// Names up to 65,535 bytes; every file system's are shorter.
+    /// `name` has at most 65,535 bytes; the limit of file systems is lower.
     [[nodiscard]] std::uint32_t add(std::string_view name)
     {
         const auto place = static_cast<std::uint32_t>(bytes.size());
@@ -32,7 +32,7 @@ public:
 
     void forget(std::uint32_t place) { wasted += at(place).size() + sizeof(std::uint16_t); }
 
-    /// Whether it is worth copying the living names to a new arena.
+    /// Whether it is worth copying the names in use to a new arena.
     [[nodiscard]] bool isWasteful() const { return wasted > 65536 && wasted > bytes.size() / 2; }
 
 private:

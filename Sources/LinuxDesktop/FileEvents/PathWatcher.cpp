@@ -35,7 +35,7 @@ void putInFront(std::deque<std::string>& parts, const std::string& path)
 std::string linkTarget(const std::string& path)
 {
     std::string target(PATH_MAX, 0);
-    const ssize_t size = readlink(path.c_str(), target.data(), target.size());
+    const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
     target.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
     return target;
 }
@@ -61,7 +61,7 @@ void PathWatcher::end()
     former.clear();
 }
 
-PathWatcher::Meaning PathWatcher::follow(const std::string& absolutePath)
+PathWatcher::Target PathWatcher::follow(const std::string& absolutePath)
 {
     std::deque<std::string> parts;
     putInFront(parts, absolutePath);
@@ -76,7 +76,7 @@ PathWatcher::Meaning PathWatcher::follow(const std::string& absolutePath)
         }
         std::string next = here;
         next.append("/").append(part);
-        // Watched before it is looked at, so that no change falls in between.
+        // Watch first and look second, so that no change falls in between.
         if (parts.empty() || !watch(next, selfMask, {}))
             watchNames(here, part);
         const std::optional<FileStatus> status = fileStatus(next);
@@ -95,17 +95,17 @@ PathWatcher::Meaning PathWatcher::follow(const std::string& absolutePath)
     return { here, fileStatus(here), {} };
 }
 
-bool PathWatcher::concerns(const InotifyEvent& event)
+bool PathWatcher::isAffectedBy(const InotifyEvent& event)
 {
     const auto found = watches.find(event.watch);
     if (found == watches.end())
         return false;
     const Names& names = found->second;
-    const bool concerned = event.has(IN_MOVE_SELF | IN_DELETE_SELF | IN_UNMOUNT | IN_IGNORED)
-        || std::find(names.begin(), names.end(), event.name) != names.end();
+    const bool isAffected = event.has(IN_MOVE_SELF | IN_DELETE_SELF | IN_UNMOUNT | IN_IGNORED)
+        || std::ranges::find(names, event.name) != names.end();
     if (event.has(IN_IGNORED))
         watches.erase(found);
-    return concerned;
+    return isAffected;
 }
 
 bool PathWatcher::watch(const std::string& path, std::uint32_t mask, const std::string& name)

@@ -11,13 +11,13 @@
 
 namespace stemvault {
 
-/// Watches everything a root's path leads through, folders and links, so that no change of what the
-/// path means goes unnoticed: nothing in the root itself tells that a folder above it was renamed.
-/// Each part is asked only to tell when it goes; the folder that holds the root, or the last one
-/// there is of a path that ends early, also tells when names in it come and go.
+/// Watches every folder and link that the path of a root leads through. The root itself raises no
+/// event when a folder above it is renamed. Each part is watched for its own removal or rename; the
+/// folder that holds the root, or the last existing one of a path that ends early, is also watched
+/// for names that come and go.
 class PathWatcher {
 public:
-    struct Meaning {
+    struct Target {
         std::string resolved; ///< Without links; empty for the root of everything.
         std::optional<FileStatus> folder; ///< Absent when there is no folder at the path.
         std::string missing; ///< The first part of the path that is not there.
@@ -25,23 +25,23 @@ public:
 
     explicit PathWatcher(Inotify& ownInotify) : inotify(ownInotify) { }
 
-    /// Between these two, `follow` every path; afterwards watches of before that nobody asked for
-    /// again are retired.
+    /// Call `follow` for every path between these two. `end` retires the watches that no path needs
+    /// any more.
     void begin();
     void end();
 
-    [[nodiscard]] Meaning follow(const std::string& absolutePath);
+    [[nodiscard]] Target follow(const std::string& absolutePath);
 
-    /// Whether an event may mean that a path leads elsewhere now. Also forgets watches that ended.
-    [[nodiscard]] bool concerns(const InotifyEvent& event);
+    /// Whether an event means that a path may lead elsewhere now. Forgets a watch that ended.
+    [[nodiscard]] bool isAffectedBy(const InotifyEvent& event);
 
     [[nodiscard]] bool uses(int watch) const { return watches.contains(watch); }
 
-    /// False when something could not be watched, so that the paths must be followed by the clock.
+    /// False when some part could not be watched, so that the paths must be polled.
     [[nodiscard]] bool isComplete() const { return complete; }
 
 private:
-    /// The names that matter in a watched folder; none where only the folder itself does.
+    /// The names that matter in a watched folder; none where only the folder itself matters.
     using Names = std::vector<std::string>;
 
     bool watch(const std::string& path, std::uint32_t mask, const std::string& name);

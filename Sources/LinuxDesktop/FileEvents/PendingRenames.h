@@ -1,7 +1,7 @@
 #pragma once
 
 #include "LinuxDesktop/FileEvents/EventCoalescer.h"
-#include "LinuxDesktop/FileEvents/FileStatus.h"
+#include "LinuxDesktop/FileEvents/StreamClock.h"
 #include "LinuxDesktop/FileEvents/WatchTree.h"
 
 #include <chrono>
@@ -13,50 +13,62 @@
 
 namespace stemvault {
 
-/// An item that has left its place and may turn up in another one.
+/// An item whose old name is gone and whose new name is not known yet.
 struct PendingRename {
-    std::uint32_t cookie = 0; ///< What the kernel gives both halves of a rename; 0 if unknown.
-    std::string formerPath; ///< To be reported; empty if it need not be.
-    std::uint32_t kind = 0; ///< The bit of FileEventFlag that says what left.
-    NodeRef node; ///< A folder's node, detached, still watched.
+    std::uint32_t cookie = 0; ///< The kernel's number for both halves of a rename; 0 if unknown.
+    std::string formerPath; ///< Reported when the rename ends; empty if it need not be.
+    std::uint32_t kind = 0; ///< The bit of FileEventFlag that says what was renamed.
+    NodeRef node; ///< A folder's node: detached, still watched. None for files and unknown folders.
     NodeRef formerParent;
     std::string formerName;
-    EventCoalescer::Time deadline;
-    FileTime since {}; ///< Whatever stands in its place now, came after this.
-    NodeRef replacementParent {}; ///< Where the one came from that has taken its place.
+    FileTime since {}; ///< What stands at the former place came after this moment.
+    NodeRef replacementParent {}; ///< Where the folder came from that has taken its place.
     std::string replacementName {};
-    bool wasNeverWatched = false; ///< A folder that left before it was watched.
+    bool wasNeverWatched = false; ///< A folder that was renamed before it was watched.
     bool isBeingWritten = false; ///< A file that was written and not closed yet.
+    EventCoalescer::Time deadline {}; ///< Set by PendingRenames.
 };
 
-/// The second half of a rename follows the first at once, but perhaps in the next read. Until its
-/// time is up an item is neither here nor gone.
+/// The renames of which only the first half was read. The second half follows at once, but perhaps
+/// in the next read, so an item is neither moved nor gone until its time is up.
 class PendingRenames {
 public:
     static constexpr std::chrono::milliseconds pairingTimeout { 20 };
 
-    void add(PendingRename rename) { waiting.push_back(std::move(rename)); }
+    PendingRenames(WatchTree& watchTree, const StreamClock& streamClock)
+        : tree(watchTree), clock(streamClock)
+    {
+    }
+
+    void add(PendingRename rename);
+
+    /// Detaches a folder's node from the tree until it is known where the folder went. The name of
+    /// the node may have been taken by `replacement`.
+    void detach(NodeId node, std::uint32_t cookie, std::string formerPath,
+        const PendingRename& replacement = {});
 
     [[nodiscard]] std::optional<PendingRename> take(std::uint32_t cookie);
 
-    /// The folder that another one displaced which came from there, and which leaves that place
-    /// now itself: two that change places are told as two moves in a row. Paths would not do, for
-    /// this may happen in folders on the move.
+    /// The folder that was replaced by one from `parent` and `name`, at the place that `other`
+    /// leaves now. The kernel announces an exchange as two renames in a row, so this is its second
+    /// half. Places are compared instead of paths, because the folders around them may be detached.
     [[nodiscard]] std::optional<PendingRename> takeReplaced(
         const PendingRename& other, NodeId parent, std::string_view name);
 
-    /// The folder has been found; only the report of its old path is still owed.
+    /// The folder of a node was found. Only its former path is still to be reported.
     void forgetNode(NodeId node);
 
-    /// Nothing tells a folder that left unmet from any other when it is met elsewhere, so what is
-    /// new in one that is met now may be as old as that. Not later than `since`.
+    /// An unwatched folder that moved cannot be recognised at its new path, so the contents of any
+    /// folder that is found now may be as old as that move. Returns the earlier of both moments.
     [[nodiscard]] FileTime sinceNeverWatched(FileTime since) const;
 
     [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
     [[nodiscard]] std::vector<PendingRename> takeExpired(EventCoalescer::Time now);
 
 private:
-    std::vector<PendingRename> waiting; ///< Hardly ever more than a few; by deadline.
+    WatchTree& tree;
+    const StreamClock& clock;
+    std::vector<PendingRename> waiting; ///< Hardly ever more than a few, by deadline.
 };
 
 } // namespace stemvault

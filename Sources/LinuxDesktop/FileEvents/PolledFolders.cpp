@@ -1,7 +1,7 @@
 #include "LinuxDesktop/FileEvents/PolledFolders.h"
 
 #include "LinuxDesktop/FileEvents/DirectoryReader.h"
-#include "LinuxDesktop/FileEvents/TreeWalker.h"
+#include "Platform/FileEvents.h"
 
 #include <algorithm>
 #include <fcntl.h>
@@ -19,58 +19,61 @@ constexpr std::chrono::minutes maxClockError { 1 };
 
 } // namespace
 
-PolledFolders::PolledFolders(WatchState& shared, TreeWalker& treeWalker)
-    : state(shared), walker(treeWalker), buffer(32UL * 1024)
+PolledFolders::PolledFolders(WatchTree& watchTree, ScanQueue& scanQueue,
+    WatchInstaller& watchInstaller, PendingRenames& renames, EventReporter& eventReporter,
+    std::chrono::milliseconds interval, const std::atomic<bool>& streamIsStopping)
+    : tree(watchTree), queue(scanQueue), installer(watchInstaller), pendingRenames(renames),
+      reporter(eventReporter), pollInterval(interval), isStopping(streamIsStopping),
+      buffer(32UL * 1024)
 {
 }
 
-void PolledFolders::add(NodeId node, Reason reason)
+void PolledFolders::add(NodeId node, PollReason reason)
 {
     Folder& folder = folders[node];
-    if (folder.node.id == node && state.tree.isCurrent(folder.node))
+    if (folder.node.id == node && tree.isCurrent(folder.node))
         return;
-    folder = { state.tree.ref(node), reason, {}, {}, {} };
-    read(folder, true);
-    if (!nextLook)
-        nextLook = std::chrono::steady_clock::now() + state.pollInterval;
+    folder = { tree.ref(node), reason, {}, {}, {} };
+    list(folder, true);
+    if (!nextPoll)
+        nextPoll = std::chrono::steady_clock::now() + pollInterval;
 }
 
 bool PolledFolders::isSharedWithOthers(NodeId node) const
 {
     const auto folder = folders.find(node);
-    return folder != folders.end() && folder->second.reason == Reason::SharedWithOthers;
+    return folder != folders.end() && folder->second.reason == PollReason::SharedWithOthers;
 }
 
 std::optional<EventCoalescer::Time> PolledFolders::due() const
 {
-    return folders.empty() ? std::nullopt : nextLook;
+    return folders.empty() ? std::nullopt : nextPoll;
 }
 
-void PolledFolders::look(EventCoalescer::Time now)
+void PolledFolders::poll(EventCoalescer::Time now)
 {
     const auto end = now + maxPollDuration;
     auto folder = folders.lower_bound(nextInTurn);
-    for (std::size_t left = folders.size(); left > 0 && !state.isStopping; --left) {
+    for (std::size_t left = folders.size(); left > 0 && !isStopping; --left) {
         if (folder == folders.end())
             folder = folders.begin();
-        lookAt(folder->second);
+        poll(folder->second);
         folder = folder->second.node.id == noNode ? folders.erase(folder) : std::next(folder);
         if (std::chrono::steady_clock::now() > end)
             break;
     }
     nextInTurn = folder == folders.end() ? 0 : folder->first;
-    nextLook = folders.empty()
-        ? std::nullopt
-        : std::optional(std::chrono::steady_clock::now() + state.pollInterval);
+    nextPoll = folders.empty() ? std::nullopt
+                               : std::optional(std::chrono::steady_clock::now() + pollInterval);
 }
 
-/// A folder that needs no further look loses its node.
-void PolledFolders::lookAt(Folder& folder)
+/// A folder that need not be polled any more loses its node.
+void PolledFolders::poll(Folder& folder)
 {
-    const bool isKnown = state.tree.isCurrent(folder.node);
+    const bool isKnown = tree.isCurrent(folder.node);
     const bool isLast = !isKnown || isWatchedNow(folder);
-    if (isKnown && state.tree.isCurrent(folder.node))
-        read(folder, false);
+    if (isKnown && tree.isCurrent(folder.node))
+        list(folder, false);
     if (isLast)
         folder.node.id = noNode;
 }
@@ -78,34 +81,34 @@ void PolledFolders::lookAt(Folder& folder)
 bool PolledFolders::isWatchedNow(Folder& folder)
 {
     NodeId node = folder.node.id;
-    switch (walker.installer().place(node)) {
+    switch (installer.install(node)) {
     case WatchResult::Gone:
-        // Whether a root is gone is for others to say.
-        if (state.tree.isRoot(node))
+        // RootTracker follows the roots.
+        if (tree.isRoot(node))
             return false;
-        state.remove(node);
+        tree.remove(node);
         return true;
     case WatchResult::Fresh:
     case WatchResult::Same:
-        return folder.reason == Reason::NoWatch;
+        return folder.reason == PollReason::NoWatch;
     case WatchResult::Replaced:
-        walker.enqueue(node, TreeWalker::Visit::Check, folder.modified);
-        return folder.reason == Reason::NoWatch;
+        queue.add(node, ScanReason::Check, folder.modified);
+        return folder.reason == PollReason::NoWatch;
     default:
         return false;
     }
 }
 
-void PolledFolders::read(Folder& folder, bool isFirst)
+void PolledFolders::list(Folder& folder, bool isFirst)
 {
-    if (!state.tree.path(folder.node.id, WatchTree::Spelling::Resolved, path))
+    if (!tree.path(folder.node.id, WatchTree::Spelling::Resolved, path))
         return;
     const FileTime now = wallClock();
     const FileDescriptor descriptor = openFolder(path, O_RDONLY);
     const std::optional<FileStatus> self = descriptor ? fileStatus(path) : std::nullopt;
     if (!self)
         return;
-    const LastLook lastLook = lastLookAt(folder, self->modified);
+    const LastPoll lastPoll = lastPollOf(folder, self->modified);
     std::vector<Item> items;
     DirectoryReader reader(descriptor.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next()) {
@@ -115,14 +118,14 @@ void PolledFolders::read(Folder& folder, bool isFirst)
         const std::string name = entry->name;
         items.push_back(itemOf(name, *status));
         if (!isFirst)
-            compare(folder, name, *status, lastLook);
+            compare(folder, name, *status, lastPoll);
     }
     if (!isFirst)
-        departUnseen(folder.node.id);
+        detachMissing(folder.node.id);
     std::ranges::sort(items, {}, &Item::name);
     folder.items = std::move(items);
     folder.modified = self->modified;
-    folder.lookedAt = now;
+    folder.polledAt = now;
 }
 
 PolledFolders::Item PolledFolders::itemOf(const std::string& name, const FileStatus& status)
@@ -131,11 +134,11 @@ PolledFolders::Item PolledFolders::itemOf(const std::string& name, const FileSta
         spread(status.inode) };
 }
 
-/// A name that comes sets the folder's own time by the clock of the drive, and comes after the last
-/// look. Some drives do not keep the time of a folder, and then only our own clock is left.
-PolledFolders::LastLook PolledFolders::lastLookAt(const Folder& folder, FileTime modifiedNow)
+/// A new name sets the modification time of its folder by the clock of the drive, so that time is
+/// not older than the last poll. Some drives do not keep it, and then only our own clock is left.
+PolledFolders::LastPoll PolledFolders::lastPollOf(const Folder& folder, FileTime modifiedNow)
 {
-    const FileTime byOurs = folder.lookedAt - clockGrain;
+    const FileTime byOurs = folder.polledAt - clockGrain;
     const FileTime byTheirs = std::min(modifiedNow - (wallClock() - byOurs), byOurs);
     if (modifiedNow != folder.modified)
         return { byTheirs, byTheirs };
@@ -143,21 +146,20 @@ PolledFolders::LastLook PolledFolders::lastLookAt(const Folder& folder, FileTime
 }
 
 void PolledFolders::compare(
-    const Folder& folder, const std::string& name, const FileStatus& status, LastLook lastLook)
+    const Folder& folder, const std::string& name, const FileStatus& status, LastPoll lastPoll)
 {
     if (status.kind() == FileEventFlag::ItemIsDir)
-        return meetFolder(folder, name, status, lastLook.forNames);
+        return handleSubfolder(folder, name, status, lastPoll.forNames);
     const Item item = itemOf(name, status);
     const auto found = std::ranges::lower_bound(folder.items, item.name, {}, &Item::name);
     const bool isKnown = found != folder.items.end() && found->name == item.name;
-    const std::uint32_t flags = whatHappened(isKnown ? &*found : nullptr, item, status, lastLook);
+    const std::uint32_t flags = whatHappened(isKnown ? &*found : nullptr, item, status, lastPoll);
     if (flags != 0)
-        state.reporter.report(
-            folder.node.id, name, flags | status.kind(), EventCoalescer::More::Unsaid);
+        reporter.report(folder.node.id, name, flags | status.kind(), EventCoalescer::More::Unsaid);
 }
 
 std::uint32_t PolledFolders::whatHappened(
-    const Item* former, const Item& item, const FileStatus& status, LastLook lastLook)
+    const Item* former, const Item& item, const FileStatus& status, LastPoll lastPoll)
 {
     const bool isSame = former != nullptr && item.inode == former->inode;
     const bool hasNewSize = former != nullptr && item.size != former->size;
@@ -165,37 +167,37 @@ std::uint32_t PolledFolders::whatHappened(
         return 0;
     if (isSame && !hasNewSize) {
         const bool isDated = item.modified < former->modified || status.isTouched()
-            || !status.isModifiedSince(lastLook.forContent);
+            || !status.isModifiedSince(lastPoll.forContent);
         return isDated ? 0 : FileEventFlag::ItemModified;
     }
     if (isSame && item.modified >= former->modified)
         return FileEventFlag::ItemModified;
-    if (!status.isModifiedSince(lastLook.forNames))
+    if (!status.isModifiedSince(lastPoll.forNames))
         return FileEventFlag::ItemRenamed;
     return former != nullptr ? FileEventFlag::ItemModified : FileEventFlag::ItemCreated;
 }
 
-void PolledFolders::meetFolder(
-    const Folder& folder, const std::string& name, const FileStatus& status, FileTime lastLook)
+void PolledFolders::handleSubfolder(
+    const Folder& folder, const std::string& name, const FileStatus& status, FileTime lastPoll)
 {
-    NodeId child = state.tree.child(folder.node.id, name);
+    NodeId child = tree.child(folder.node.id, name);
     if (child == noNode) {
-        child = state.tree.add(folder.node.id, name);
-        state.reporter.report(child, FileEventFlag::ItemCreated | FileEventFlag::ItemIsDir);
-        walker.enqueue(child, TreeWalker::Visit::Arrived, arrivalTime(status, lastLook));
+        child = tree.add(folder.node.id, name);
+        reporter.report(child, FileEventFlag::ItemCreated | FileEventFlag::ItemIsDir);
+        queue.add(child, ScanReason::Arrived, arrivalTime(status, lastPoll));
     }
-    state.tree.setSeen(child, true);
+    tree.setSeen(child, true);
 }
 
-void PolledFolders::departUnseen(NodeId node)
+void PolledFolders::detachMissing(NodeId node)
 {
     NodeId next = noNode;
-    for (NodeId child = state.tree.firstChild(node); child != noNode; child = next) {
-        next = state.tree.nextSibling(child);
-        if (state.tree.isSeen(child))
-            state.tree.setSeen(child, false);
-        else if (const auto formerPath = state.reporter.path(node, state.tree.name(child)))
-            state.depart(child, 0, *formerPath);
+    for (NodeId child = tree.firstChild(node); child != noNode; child = next) {
+        next = tree.nextSibling(child);
+        if (tree.isSeen(child))
+            tree.setSeen(child, false);
+        else if (const auto formerPath = reporter.path(node, tree.name(child)))
+            pendingRenames.detach(child, 0, *formerPath);
     }
 }
 

@@ -14,15 +14,16 @@ constexpr std::size_t maxAccounts = 1024;
 
 RecentWrites::File RecentWrites::file(NodeRef folder, std::string_view name)
 {
+    // The same multiplier as in `spread`; it keeps equal names in neighbouring folders apart.
     const std::uint64_t place = (std::uint64_t { folder.age } << 32U) | folder.id;
     return std::hash<std::string_view> {}(name) ^ (place * 0x9E3779B97F4A7C15U);
 }
 
 void RecentWrites::noteWrite(File file)
 {
-    if (std::find(unclosed.begin(), unclosed.end(), file) != unclosed.end())
+    if (std::ranges::find(unclosed, file) != unclosed.end())
         return;
-    // Truncating a file by its path is a write that no close follows, so some never leave.
+    // truncate(2) on a path is a write that no close follows, so some entries are never taken.
     if (unclosed.size() == maxUnclosed)
         unclosed.erase(unclosed.begin());
     unclosed.push_back(file);

@@ -10,31 +10,30 @@
 
 namespace stemvault {
 
-/// What recent events said about single files. It decides what a later close means, because the
-/// kernel raises the same event whether a file was written through a mapping or not at all.
+/// What recent events said about single files. It decides what a later IN_CLOSE_WRITE means,
+/// because the kernel raises that event for a file that was written through a mapping and also for
+/// one that was not written at all.
 ///
-/// Only the latest few hundred files are remembered. For a file that was forgotten the times on
-/// disk decide alone.
+/// Only the latest few hundred files are remembered. For any other file its times on disk decide.
 class RecentWrites {
 public:
     using File = std::uint64_t;
 
     [[nodiscard]] static File file(NodeRef folder, std::string_view name);
 
-    /// The file was written, and whoever did so has not closed it yet.
+    /// The file was written and has not been closed yet.
     void noteWrite(File file);
 
-    /// Whether such a write was noted; from now on none is.
+    /// Removes that note. Whether there was one.
     bool takeWrite(File file);
 
-    /// Whatever was written until then has been reported already, or was not written under this
-    /// name.
+    /// What was written to the file up to `until` was reported, or was written under another name.
     void account(File file, FileTime until);
 
-    /// Until when the content is accounted for; the beginning of time if nothing is known.
+    /// The latest such moment; FileTime::min() if nothing is known of the file.
     [[nodiscard]] FileTime accountedUntil(File file) const;
 
-    /// Events were lost.
+    /// Events were lost, so a close may have been among them.
     void clear();
 
 private:

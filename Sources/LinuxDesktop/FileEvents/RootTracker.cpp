@@ -1,9 +1,11 @@
 #include "LinuxDesktop/FileEvents/RootTracker.h"
 
 #include "LinuxDesktop/FileEvents/FileSystemTraits.h"
+#include "Platform/FileEvents.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <sys/inotify.h>
 #include <utility>
 
 namespace stemvault {
@@ -34,160 +36,132 @@ bool isSameFolder(const std::optional<FileStatus>& one, const std::optional<File
 
 } // namespace
 
-RootTracker::RootTracker(
-    WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths)
-    : state(shared), walker(treeWalker), guard(shared.inotify)
+RootTracker::RootTracker(const StreamOptions& options, WatchTree& watchTree, Inotify& inotify,
+    ScanQueue& scanQueue, EventReporter& eventReporter, MountTracker& mountTracker,
+    const StreamClock& streamClock, InotifyCalls& systemCalls)
+    : tree(watchTree), queue(scanQueue), reporter(eventReporter), mounts(mountTracker),
+      clock(streamClock), calls(systemCalls), pollInterval(options.pollInterval), paths(inotify)
 {
-    for (const std::string& path : paths) {
+    for (const std::string& path : options.paths) {
         const std::string given = withoutTrailingSlashes(path);
-        const bool isNew = std::none_of(
-            roots.begin(), roots.end(), [&](const Root& root) { return root.given == given; });
-        if (isNew)
+        if (std::ranges::find(roots, given, &Root::given) == roots.end())
             roots.push_back({ given, absolutePath(path), {}, noNode, false });
     }
 }
 
 void RootTracker::start(FileTime since)
 {
-    followAll(TreeWalker::Visit::Start, since);
-    checkMounts(since);
+    followAll(ScanReason::Start, since);
+    scanMountPoints(since);
 }
 
 bool RootTracker::notice(const InotifyEvent& event)
 {
-    bool isDoubtful = guard.concerns(event);
+    bool mayLeadElsewhere = paths.isAffectedBy(event);
     if (event.has(IN_UNMOUNT))
-        noticeMounts(state.arrivalBound);
+        mounts.noteChange(clock.arrivalBound);
     if (event.has(IN_DELETE_SELF | IN_MOVE_SELF | IN_UNMOUNT | IN_IGNORED))
         for (Root& root : roots) {
-            if (root.node == noNode || state.tree.watch(root.node) != event.watch)
+            if (root.node == noNode || tree.watch(root.node) != event.watch)
                 continue;
             root.isLost = root.isLost || event.has(IN_UNMOUNT | IN_IGNORED);
-            isDoubtful = true;
+            mayLeadElsewhere = true;
         }
-    suspicious = suspicious || isDoubtful;
-    return isDoubtful;
-}
-
-void RootTracker::noticeMounts(FileTime notBefore)
-{
-    haveMountsChanged = suspicious = true;
-    unsureSince = std::min(unsureSince, notBefore);
+    isRecheckDue = isRecheckDue || mayLeadElsewhere;
+    return mayLeadElsewhere;
 }
 
 void RootTracker::recheck()
 {
-    if (!std::exchange(suspicious, false))
+    if (!std::exchange(isRecheckDue, false) && !mounts.mayHaveChanged())
         return;
-    const FileTime since =
-        std::min(state.arrivalBound, std::exchange(unsureSince, FileTime::max()));
-    followAll(TreeWalker::Visit::Arrived, since);
-    if (haveMountsChanged)
-        checkMounts(since);
+    const FileTime since = std::min(clock.arrivalBound, mounts.changedSince());
+    followAll(ScanReason::Arrived, since);
+    if (mounts.mayHaveChanged())
+        scanMountPoints(since);
 }
 
-void RootTracker::lookThrough(FileTime since)
+void RootTracker::rescanAll(FileTime since)
 {
     for (const Root& root : roots) {
         if (root.node == noNode)
             continue;
-        state.reporter.report(root.node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
-        walker.enqueue(root.node, TreeWalker::Visit::Check, since);
+        reporter.report(root.node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
+        queue.add(root.node, ScanReason::Check, since);
     }
-    walker.noteLoss(since);
-    noticeMounts(since);
+    queue.noteLoss(since);
+    // The lost events may have been about mounts, and about the paths of roots.
+    mounts.noteChange(since);
 }
 
-std::optional<EventCoalescer::Time> RootTracker::due() const
+void RootTracker::followAll(ScanReason reason, FileTime since)
 {
-    return nextLook;
-}
-
-void RootTracker::followAll(TreeWalker::Visit visit, FileTime since)
-{
-    // Where only the clock tells, a root may have come at any time since the last look.
-    if (nextLook)
-        since = std::min(since, lastLook);
-    lastLook = wallClock() - clockGrain;
-    guard.begin();
-    bool isAllTold = true;
+    // Where paths are followed by the clock, a root may have come at any time since the last poll.
+    if (nextPoll)
+        since = std::min(since, lastPoll);
+    lastPoll = wallClock() - clockGrain;
+    paths.begin();
+    bool hasEvents = true;
     for (Root& root : roots) {
-        update(root, guard.follow(root.absolute), visit, since);
-        isAllTold = isAllTold && !isShared(root.meaning);
+        update(root, paths.follow(root.absolute), reason, since);
+        hasEvents = hasEvents && !isShared(root.target);
     }
-    guard.end();
-    nextLook = isAllTold && guard.isComplete()
+    paths.end();
+    nextPoll = hasEvents && paths.isComplete()
         ? std::nullopt
-        : std::optional(std::chrono::steady_clock::now() + state.pollInterval);
+        : std::optional(std::chrono::steady_clock::now() + pollInterval);
 }
 
-/// Whether others may take a root away, or bring it, and no event tells.
-bool RootTracker::isShared(const PathWatcher::Meaning& meaning) const
+void RootTracker::scanMountPoints(FileTime since)
+{
+    mounts.update();
+    for (const Root& root : roots)
+        if (root.node != noNode)
+            mounts.scanMountPoints(root.node, root.target.resolved, since);
+}
+
+/// Whether others may remove or create the root without an event here.
+bool RootTracker::isShared(const PathWatcher::Target& target) const
 {
     const std::string place =
-        meaning.folder ? meaning.resolved : meaning.missing.substr(0, meaning.missing.rfind('/'));
-    return isSharedWithOthers(state.calls.fileSystemType(place.empty() ? "/" : place.c_str()));
+        target.folder ? target.resolved : target.missing.substr(0, target.missing.rfind('/'));
+    return isSharedWithOthers(calls.fileSystemType(place.empty() ? "/" : place.c_str()));
 }
 
-void RootTracker::update(
-    Root& root, PathWatcher::Meaning meaning, TreeWalker::Visit visit, FileTime since)
+void RootTracker::update(Root& root, PathWatcher::Target target, ScanReason reason, FileTime since)
 {
-    const PathWatcher::Meaning former = std::exchange(root.meaning, std::move(meaning));
-    const bool isSame = isSameFolder(former.folder, root.meaning.folder)
-        && former.resolved == root.meaning.resolved;
-    if (isSame && root.node != noNode && !std::exchange(root.isLost, false))
-        return walker.retryUnreadable(root.node);
+    const PathWatcher::Target former = std::exchange(root.target, std::move(target));
+    const bool isSame =
+        isSameFolder(former.folder, root.target.folder) && former.resolved == root.target.resolved;
+    if (isSame && root.node != noNode && !std::exchange(root.isLost, false)) {
+        queue.retryUnreadable(root.node);
+        return;
+    }
     if (root.node != noNode)
         detach(root);
-    if (!root.meaning.folder)
+    if (!root.target.folder)
         return;
-    // What came is the first part that was missing; if none was, the folder itself.
-    if (visit == TreeWalker::Visit::Arrived)
+    // What arrived is the first part of the path that was missing; if none was, the root itself.
+    if (reason == ScanReason::Arrived)
         since = arrivalTime(
-            fileStatus(former.missing.empty() ? root.meaning.resolved : former.missing), since);
-    attach(root, visit, since);
+            fileStatus(former.missing.empty() ? root.target.resolved : former.missing), since);
+    attach(root, reason, since);
 }
 
-void RootTracker::attach(Root& root, TreeWalker::Visit visit, FileTime since)
+void RootTracker::attach(Root& root, ScanReason reason, FileTime since)
 {
-    root.node = state.tree.addRoot(root.given, root.meaning.resolved);
-    if (visit == TreeWalker::Visit::Arrived)
-        state.reporter.report(root.node,
+    root.node = tree.addRoot(root.given, root.target.resolved);
+    if (reason == ScanReason::Arrived)
+        reporter.report(root.node,
             FileEventFlag::RootChanged | FileEventFlag::ItemCreated | FileEventFlag::ItemIsDir);
-    walker.enqueue(root.node, visit, since);
+    queue.add(root.node, reason, since);
 }
 
 void RootTracker::detach(Root& root)
 {
-    state.reporter.report(root.node,
+    reporter.report(root.node,
         FileEventFlag::RootChanged | FileEventFlag::ItemRemoved | FileEventFlag::ItemIsDir);
-    state.remove(std::exchange(root.node, noNode));
-}
-
-void RootTracker::checkMounts(FileTime since)
-{
-    haveMountsChanged = false;
-    std::set<std::string> points;
-    for (std::string& point : mounts.mountPoints())
-        points.insert(std::move(point));
-    std::set<std::string> former = std::exchange(mountPoints, points);
-    former.merge(points);
-    for (const Root& root : roots)
-        for (const std::string& point : former)
-            if (root.node != noNode && point.starts_with(root.meaning.resolved + "/"))
-                checkMount(root, point, since);
-}
-
-/// A watch stays on the folder that a mount covers, so the folder is looked up by its path again.
-void RootTracker::checkMount(const Root& root, const std::string& point, FileTime since)
-{
-    NodeId node = root.node;
-    const std::filesystem::path below(point.substr(root.meaning.resolved.size() + 1));
-    for (const std::filesystem::path& part : below)
-        if (node != noNode)
-            node = state.tree.child(node, part.native());
-    if (node != noNode)
-        walker.enqueue(node, TreeWalker::Visit::Arrived, since);
+    tree.remove(std::exchange(root.node, noNode));
 }
 
 } // namespace stemvault

@@ -1,74 +1,79 @@
 #pragma once
 
-#include "LinuxDesktop/FileEvents/MountTable.h"
+#include "LinuxDesktop/FileEvents/EventReporter.h"
+#include "LinuxDesktop/FileEvents/InotifyCalls.h"
+#include "LinuxDesktop/FileEvents/MountTracker.h"
 #include "LinuxDesktop/FileEvents/PathWatcher.h"
-#include "LinuxDesktop/FileEvents/TreeWalker.h"
-#include "LinuxDesktop/FileEvents/WatchState.h"
+#include "LinuxDesktop/FileEvents/ScanQueue.h"
+#include "LinuxDesktop/FileEvents/StreamClock.h"
+#include "LinuxDesktop/FileEvents/StreamOptions.h"
+#include "LinuxDesktop/FileEvents/WatchTree.h"
 
 #include <chrono>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 namespace stemvault {
 
-/// Keeps the roots on the folders their paths lead to, whatever is removed, renamed, mounted or put
-/// in their place, and for as long as there is none waits for one.
+/// Keeps each root on the folder that its path leads to, whatever is removed, renamed, mounted or
+/// put in its place, and waits while there is no folder at the path.
 class RootTracker {
 public:
-    RootTracker(WatchState& shared, TreeWalker& treeWalker, const std::vector<std::string>& paths);
+    RootTracker(const StreamOptions& options, WatchTree& watchTree, Inotify& inotify,
+        ScanQueue& scanQueue, EventReporter& eventReporter, MountTracker& mountTracker,
+        const StreamClock& streamClock, InotifyCalls& systemCalls);
 
     /// Attaches the roots that are there; `since` is when the stream began.
     void start(FileTime since);
 
-    /// To be shown every event, before anything else is done with it. Whether it means that a path
-    /// may lead elsewhere now.
+    /// Call it with every event before anything else handles it. Whether the event means that a
+    /// path may lead elsewhere now.
     bool notice(const InotifyEvent& event);
-    /// The table of mounts has changed, but not before that moment.
-    void noticeMounts(FileTime notBefore);
 
-    /// Follows the paths anew if anything has cast doubt on them.
+    /// The next `recheck` follows the paths again.
+    void requestRecheck() { isRecheckDue = true; }
+
+    /// Follows the paths again if an event, a mount or a request gave reason to.
     void recheck();
 
-    /// Events were lost: everything is looked through for changes since then.
-    void lookThrough(FileTime since);
+    /// Events were lost: scans everything for changes since then.
+    void rescanAll(FileTime since);
 
-    /// When the paths must be followed by the clock; absent while every change is told.
-    [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
-    void suspect() { suspicious = true; }
+    /// When the paths must be followed again by the clock; absent while events report every change.
+    [[nodiscard]] std::optional<EventCoalescer::Time> due() const { return nextPoll; }
 
-    [[nodiscard]] bool guards(int watch) const { return guard.uses(watch); }
-    [[nodiscard]] const MountTable& mountTable() const { return mounts; }
+    [[nodiscard]] bool uses(int watch) const { return paths.uses(watch); }
 
 private:
     struct Root {
         std::string given;
         std::string absolute;
-        PathWatcher::Meaning meaning;
+        PathWatcher::Target target;
         NodeId node = noNode;
-        bool isLost = false; ///< Its watch has ended, so its folder has, whatever bears its number.
+        bool isLost = false; ///< Its watch has ended, so its folder is gone, even if the inode
+                             ///< number is in use again.
     };
 
-    void followAll(TreeWalker::Visit visit, FileTime since);
-    [[nodiscard]] bool isShared(const PathWatcher::Meaning& meaning) const;
-    void update(Root& root, PathWatcher::Meaning meaning, TreeWalker::Visit visit, FileTime since);
-    void attach(Root& root, TreeWalker::Visit visit, FileTime since);
+    void followAll(ScanReason reason, FileTime since);
+    void scanMountPoints(FileTime since);
+    [[nodiscard]] bool isShared(const PathWatcher::Target& target) const;
+    void update(Root& root, PathWatcher::Target target, ScanReason reason, FileTime since);
+    void attach(Root& root, ScanReason reason, FileTime since);
     void detach(Root& root);
-    void checkMounts(FileTime since);
-    void checkMount(const Root& root, const std::string& point, FileTime since);
 
-    WatchState& state;
-    TreeWalker& walker;
-    PathWatcher guard;
-    MountTable mounts;
+    WatchTree& tree;
+    ScanQueue& queue;
+    EventReporter& reporter;
+    MountTracker& mounts;
+    const StreamClock& clock;
+    InotifyCalls& calls;
+    const std::chrono::milliseconds pollInterval;
+    PathWatcher paths;
     std::vector<Root> roots;
-    std::set<std::string> mountPoints;
-    bool suspicious = false;
-    bool haveMountsChanged = true;
-    FileTime unsureSince = FileTime::max(); ///< If changes of paths may have been missed.
-    std::optional<EventCoalescer::Time> nextLook;
-    FileTime lastLook;
+    bool isRecheckDue = false;
+    std::optional<EventCoalescer::Time> nextPoll;
+    FileTime lastPoll; ///< When the paths were last followed.
 };
 
 } // namespace stemvault

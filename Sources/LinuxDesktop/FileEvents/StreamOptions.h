@@ -8,12 +8,12 @@
 
 namespace stemvault {
 
-/// What a stream is told when it is made.
+/// The options of a stream.
 struct StreamOptions {
     std::vector<std::string> paths;
     std::chrono::milliseconds latency { 500 };
     EventCoalescer::FirstEvent firstEvent = EventCoalescer::FirstEvent::AtOnce;
-    /// How often it looks at folders of which the kernel does not tell enough.
+    /// How often it polls folders whose events are not enough.
     std::chrono::milliseconds pollInterval { 3000 };
 };
 

@@ -1,9 +1,12 @@
 #include "LinuxDesktop/FileEvents/StreamWorker.h"
 
+#include "Platform/FileEvents.h"
+
 #include <algorithm>
 #include <array>
 #include <ctime>
 #include <poll.h>
+#include <sys/inotify.h>
 #include <utility>
 
 namespace stemvault {
@@ -12,11 +15,12 @@ namespace {
 
 using Time = EventCoalescer::Time;
 
-/// How long a sleeping thread may take to notice that it was woken.
+/// The longest time between an event and the moment the waiting thread runs again.
 constexpr std::chrono::milliseconds maxWakeUpTime { 100 };
-/// While events stream in, reading them in gulps costs a fraction of reading each at once.
+/// While events stream in and nothing is due, the worker sleeps this long between two reads.
+/// Reading many events at once costs a fraction of waking up for each.
 constexpr std::chrono::milliseconds batchReadInterval { 5 };
-/// A long walk holds a batch up no longer than this.
+/// A batch that is due waits this long for the scans in progress to end.
 constexpr std::chrono::milliseconds maxDeliveryDelay { 20 };
 constexpr int readsAtOnce = 64;
 
@@ -34,108 +38,114 @@ timespec timeUntil(Time time)
 
 } // namespace
 
-StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime streamBegan,
-    const std::atomic<bool>& isStopping, int wakeUpDescriptor)
-    : began(streamBegan), wakeUp(wakeUpDescriptor), state(options, calls, isStopping),
-      walker(state), roots(state, walker, options.paths), sorter(state, walker),
-      earlyWrites(state, walker.polled())
+StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime began,
+    const std::atomic<bool>& mustStop, int wakeUpDescriptor)
+    : isStopping(mustStop), wakeUp(wakeUpDescriptor), inotify(calls),
+      coalescer(options.latency, options.firstEvent),
+      polled(tree, queue, installer, pendingRenames, reporter, options.pollInterval, isStopping),
+      walker(tree, queue, installer, pendingRenames, reporter, writes, clock, calls, isStopping,
+          [this](NodeId folder, PollReason reason) { polled.add(folder, reason); }),
+      roots(options, tree, inotify, queue, reporter, mounts, clock, calls)
 {
+    const FileTime start = began - clockGrain;
+    clock = { start, start, start, start };
+    mountsKnownUntil = start;
 }
 
 void StreamWorker::run(const Deliver& deliver, const Ready& ready)
 {
-    state.began = state.watchedUntil = state.arrivalBound = mountsKnownUntil = began - clockGrain;
-    state.inotify.open();
-    roots.start(state.watchedUntil);
-    while (!state.isStopping && !walker.isIdle())
-        turn(deliver);
+    inotify.open();
+    roots.start(clock.began);
+    while (!isStopping && !queue.isIdle())
+        runOnce(deliver);
     earlyWrites.begin();
-    if (!state.isStopping && ready)
+    if (!isStopping && ready)
         ready();
-    while (!state.isStopping)
-        turn(deliver);
+    while (!isStopping)
+        runOnce(deliver);
 }
 
-void StreamWorker::turn(const Deliver& deliver)
+void StreamWorker::runOnce(const Deliver& deliver)
 {
     const bool isDrained = drain();
-    followUp();
+    handleDue();
     if (isDrained)
         deliverIfDue(deliver);
     if (isDrained && !workOn())
         wait();
     else
-        state.arrivalBound = state.watchedUntil;
+        clock.arrivalBound = clock.watchedUntil;
 }
 
-/// False if there may be more to read, because so much comes that other work must have its turn.
+/// Reads and handles events until there are none. False when it stopped early, because so many
+/// events arrive that other work must have its turn.
 bool StreamWorker::drain()
 {
     hasReadEvents = false;
     for (int reads = 0; reads < readsAtOnce; ++reads) {
         const FileTime now = wallClock();
-        const std::span<const std::byte> events = state.inotify.read();
+        const std::span<const std::byte> events = inotify.read();
         if (events.empty()) {
-            state.watchedUntil = now - clockGrain;
+            clock.watchedUntil = now - clockGrain;
             return true;
         }
         hasReadEvents = true;
-        state.readAt = wallClock();
-        sortAll(events);
+        clock.readAt = wallClock();
+        handleAll(events);
     }
     return false;
 }
 
-void StreamWorker::sortAll(std::span<const std::byte> events)
+void StreamWorker::handleAll(std::span<const std::byte> events)
 {
     while (const std::optional<InotifyEvent> event = takeInotifyEvent(events)) {
         if (event->has(IN_Q_OVERFLOW)) {
-            lostSince = std::min(lostSince.value_or(state.watchedUntil), state.watchedUntil);
-            state.writes.clear();
+            lostSince = std::min(lostSince.value_or(clock.watchedUntil), clock.watchedUntil);
+            writes.clear();
         }
-        // At once, for what follows may have happened in a folder that is no root any more.
+        // At once, because the following events may come from a folder that is no root any more.
         if (roots.notice(*event))
             roots.recheck();
-        sorter.sort(*event);
+        handler.handle(*event);
     }
 }
 
-void StreamWorker::followUp()
+void StreamWorker::handleDue()
 {
     if (lostSince)
-        roots.lookThrough(*std::exchange(lostSince, std::nullopt));
+        roots.rescanAll(*std::exchange(lostSince, std::nullopt));
     roots.recheck();
     const Time now = steadyNow();
-    if (const auto due = state.pendingRenames.due(); due && *due <= now && walker.isIdle())
-        sorter.expirePendingRenames();
-    if (const auto due = nextLook(); due && *due <= now)
-        look();
+    if (const auto due = pendingRenames.due(); due && *due <= now && queue.isIdle())
+        renames.expirePendingRenames();
+    if (const auto due = nextPoll(); due && *due <= now)
+        poll();
 }
 
-void StreamWorker::look()
+void StreamWorker::poll()
 {
-    if (!state.inotify.isOpen() && state.inotify.open())
-        roots.lookThrough(state.watchedUntil);
+    if (!inotify.isOpen() && inotify.open())
+        roots.rescanAll(clock.watchedUntil);
     if (roots.due())
-        roots.suspect();
-    walker.polled().look(steadyNow());
+        roots.requestRecheck();
+    polled.poll(steadyNow());
 }
 
 void StreamWorker::deliverIfDue(const Deliver& deliver)
 {
     const Time now = steadyNow();
-    const std::optional<Time> due = state.coalescer.due();
-    if (!due || *due > now || (!walker.isIdle() && now - *due < maxDeliveryDelay))
+    const std::optional<Time> due = coalescer.due();
+    if (!due || *due > now || (!queue.isIdle() && now - *due < maxDeliveryDelay))
         return;
-    EventBatch batch = state.coalescer.take(now);
-    state.reporter.forgetLast();
+    EventBatch batch = coalescer.take(now);
+    reporter.forgetLast();
     if (batch.paths.empty())
         return;
     addKinds(batch);
     deliver(std::move(batch));
 }
 
-/// The kernel tells folders from the rest, but not files from links.
+/// Events say whether an item is a folder, but not whether it is a file or a link.
 void StreamWorker::addKinds(EventBatch& batch) const
 {
     constexpr std::uint32_t kinds =
@@ -143,7 +153,8 @@ void StreamWorker::addKinds(EventBatch& batch) const
     constexpr std::uint32_t leaving = FileEventFlag::ItemRemoved | FileEventFlag::ItemRenamed;
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
         std::uint32_t& flags = batch.flags[index];
-        // What has left may have been of another kind than what bears the name now.
+        // The item that was removed or renamed may have been of another kind than the one that has
+        // the name now.
         const bool mayHaveChanged =
             (flags & leaving) != 0 && (flags & FileEventFlag::RootChanged) == 0;
         if ((flags & kinds) != 0 && !mayHaveChanged)
@@ -158,8 +169,9 @@ void StreamWorker::addKinds(EventBatch& batch) const
 bool StreamWorker::workOn()
 {
     const bool hasWalked = walker.runSlice();
-    const bool hasRemoved = state.inotify.removeSome(
-        [this](int watch) { return state.tree.atWatch(watch) != noNode || roots.guards(watch); });
+    inotify.retire(tree.takeUnusedWatches());
+    const bool hasRemoved = inotify.removeSome(
+        [this](int watch) { return tree.atWatch(watch) != noNode || roots.uses(watch); });
     const bool hasLooked = !hasWalked && earlyWrites.runSlice();
     return hasWalked || hasRemoved || hasLooked;
 }
@@ -168,30 +180,30 @@ void StreamWorker::wait()
 {
     std::optional<Time> until = nextDue();
     const Time soon = steadyNow() + batchReadInterval;
-    const bool isBusy = hasReadEvents && state.coalescer.due() && *state.coalescer.due() > soon;
+    const bool isBusy = hasReadEvents && coalescer.due() && *coalescer.due() > soon;
     const FileTime before = wallClock();
     if (isBusy)
-        sleep(Awaited::EndOnly, std::min(soon, until.value_or(soon)));
+        sleep(Awaited::StopOnly, std::min(soon, until.value_or(soon)));
     else
         sleep(Awaited::Everything, until);
-    // Whatever woke us has happened only now, unless it was there before we lay down.
+    // After a sleep of some length, the event that ended it happened just now. After a short one it
+    // may have been there before.
     const FileTime after = wallClock();
-    state.arrivalBound =
-        !isBusy && after - before > maxWakeUpTime ? after - maxWakeUpTime : state.watchedUntil;
+    clock.arrivalBound =
+        !isBusy && after - before > maxWakeUpTime ? after - maxWakeUpTime : clock.watchedUntil;
 }
 
-std::optional<Time> StreamWorker::nextLook() const
+std::optional<Time> StreamWorker::nextPoll() const
 {
-    const std::optional<Time> polled = walker.polled().due();
+    const std::optional<Time> folders = polled.due();
     const std::optional<Time> followed = roots.due();
-    return polled && followed ? std::min(polled, followed) : polled ? polled : followed;
+    return folders && followed ? std::min(folders, followed) : folders ? folders : followed;
 }
 
 std::optional<Time> StreamWorker::nextDue() const
 {
     std::optional<Time> next;
-    for (const std::optional<Time>& due :
-        { state.coalescer.due(), state.pendingRenames.due(), nextLook() })
+    for (const std::optional<Time>& due : { coalescer.due(), pendingRenames.due(), nextPoll() })
         if (due && (!next || *due < *next))
             next = due;
     return next;
@@ -199,18 +211,18 @@ std::optional<Time> StreamWorker::nextDue() const
 
 void StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
 {
-    std::array<pollfd, 3> awaiting { { { wakeUp, POLLIN, 0 },
-        { roots.mountTable().get(), POLLPRI, 0 }, { state.inotify.get(), POLLIN, 0 } } };
-    const nfds_t count = awaited == Awaited::EndOnly ? 1 : awaiting.size();
+    std::array<pollfd, 3> awaiting { { { wakeUp, POLLIN, 0 }, { mounts.descriptor(), POLLPRI, 0 },
+        { inotify.get(), POLLIN, 0 } } };
+    const nfds_t count = awaited == Awaited::StopOnly ? 1 : awaiting.size();
     timespec timeout {};
     if (until)
         timeout = timeUntil(*until);
-    (void)ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr);
-    if (awaited == Awaited::EndOnly)
+    static_cast<void>(::ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr));
+    if (awaited == Awaited::StopOnly)
         return;
     const FileTime now = wallClock();
     if ((awaiting[1].revents & POLLPRI) != 0)
-        roots.noticeMounts(std::max(mountsKnownUntil, now - maxWakeUpTime));
+        mounts.noteChange(std::max(mountsKnownUntil, now - maxWakeUpTime));
     mountsKnownUntil = now - clockGrain;
 }
 

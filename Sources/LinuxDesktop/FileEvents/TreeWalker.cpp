@@ -1,9 +1,11 @@
 #include "LinuxDesktop/FileEvents/TreeWalker.h"
 
 #include "LinuxDesktop/FileEvents/FileSystemTraits.h"
+#include "Platform/FileEvents.h"
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <dirent.h>
 #include <fcntl.h>
 #include <utility>
@@ -13,7 +15,6 @@ namespace stemvault {
 namespace {
 
 constexpr std::chrono::milliseconds sliceLength { 4 };
-constexpr int maxMisses = 3;
 
 bool isOutOfDescriptors(int error)
 {
@@ -22,153 +23,129 @@ bool isOutOfDescriptors(int error)
 
 } // namespace
 
-TreeWalker::TreeWalker(WatchState& shared)
-    : state(shared), buffer(32UL * 1024), polledFolders(shared, *this)
+TreeWalker::TreeWalker(WatchTree& watchTree, ScanQueue& scanQueue, WatchInstaller& watchInstaller,
+    PendingRenames& renames, EventReporter& eventReporter, RecentWrites& recentWrites,
+    const StreamClock& streamClock, InotifyCalls& systemCalls,
+    const std::atomic<bool>& streamIsStopping, StartPolling pollFolder)
+    : tree(watchTree), queue(scanQueue), installer(watchInstaller), pendingRenames(renames),
+      reporter(eventReporter), writes(recentWrites), clock(streamClock), calls(systemCalls),
+      isStopping(streamIsStopping), startPolling(std::move(pollFolder)), buffer(32UL * 1024)
 {
-}
-
-void TreeWalker::enqueue(NodeId node, Visit visit, FileTime since)
-{
-    jobs.push_back({ state.tree.ref(node), visit, since });
 }
 
 bool TreeWalker::runSlice()
 {
-    visitVacated(Visit::Arrived, state.arrivalBound);
-    if (shapeWhenPostponed != state.tree.shape())
-        for (const Job& job : std::exchange(postponed, {}))
-            jobs.push_back(job);
-    for (const Job& job : std::exchange(missed, {}))
-        jobs.push_back(job);
-    if (jobs.empty())
+    scanVacatedPlaces(ScanReason::Arrived, clock.arrivalBound);
+    if (!queue.resume())
         return false;
     const auto end = std::chrono::steady_clock::now() + sliceLength;
-    while (!jobs.empty() && !state.isStopping && std::chrono::steady_clock::now() < end) {
-        const Job job = jobs.back();
-        jobs.pop_back();
-        if (!state.tree.isCurrent(job.node))
-            continue;
-        if (state.tree.path(job.node.id, WatchTree::Spelling::Resolved, path))
-            visit(job);
-        else
-            postpone(job);
+    while (!isStopping && std::chrono::steady_clock::now() < end) {
+        const std::optional<Scan> next = queue.next();
+        if (!next)
+            break;
+        scan(*next);
     }
-    if (isIdle()) {
-        jobs.shrink_to_fit();
-        lostSince.reset();
-    }
+    queue.pause();
     return true;
 }
 
-void TreeWalker::postpone(const Job& job)
+void TreeWalker::scanVacatedPlaces(ScanReason reason, FileTime since)
 {
-    postponed.push_back(job);
-    shapeWhenPostponed = state.tree.shape();
+    for (const NodeRef& node : installer.takeVacatedPlaces())
+        if (tree.isCurrent(node))
+            queue.add(node.id, reason, since);
 }
 
-/// A folder may be renamed, by itself or with one above it, while it is looked up. The events that
-/// were read before the next slice tell of it.
-bool TreeWalker::tryAgain(Job job)
+void TreeWalker::scan(Scan scan)
 {
-    const bool mayHaveMoved = ++job.misses < maxMisses;
-    if (mayHaveMoved)
-        missed.push_back(job);
-    return mayHaveMoved;
-}
-
-void TreeWalker::visitVacated(Visit visit, FileTime since)
-{
-    for (const NodeRef& node : std::exchange(state.vacated, {}))
-        if (state.tree.isCurrent(node))
-            enqueue(node.id, visit, since);
-}
-
-void TreeWalker::visit(Job job)
-{
-    NodeId node = job.node.id;
-    const WatchResult result = watchInstaller.place(node);
-    visitVacated(job.visit, job.since);
+    NodeId node = scan.node.id;
+    const WatchResult result = installer.install(node);
+    scanVacatedPlaces(scan.reason, scan.since);
     if (result != WatchResult::Same)
-        job.since = state.pendingRenames.sinceNeverWatched(job.since);
+        scan.since = pendingRenames.sinceNeverWatched(scan.since);
     switch (result) {
     case WatchResult::Fresh:
-        return visitFolder(node, job);
+        scanFolder(node, scan);
+        break;
     case WatchResult::Same:
-        // Its events tell all about a known folder, unless they are lost.
-        if (job.visit != Visit::Check && lostSince && node != job.node.id)
-            job = { job.node, Visit::Check, *lostSince };
-        return job.visit == Visit::Check || job.isListDue ? visitFolder(node, job) : void();
+        // The events of a known folder are complete, unless some were lost.
+        if (const auto lostSince = queue.lossSince();
+            scan.reason != ScanReason::Check && lostSince && node != scan.node.id)
+            scan = { scan.node, ScanReason::Check, *lostSince };
+        if (scan.reason == ScanReason::Check || scan.isListingDue)
+            scanFolder(node, scan);
+        break;
     case WatchResult::Replaced:
-        state.reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
-        job.visit = Visit::Arrived;
-        return visitFolder(node, job);
+        reporter.report(node, FileEventFlag::MustScanSubDirs | FileEventFlag::ItemIsDir);
+        scan.reason = ScanReason::Arrived;
+        scanFolder(node, scan);
+        break;
     case WatchResult::Unwatched:
-        polledFolders.add(node, PolledFolders::Reason::NoWatch);
-        return visitFolder(node, job);
+        startPolling(node, PollReason::NoWatch);
+        scanFolder(node, scan);
+        break;
     case WatchResult::Unreadable:
-        unreadable.emplace_back(state.tree.ref(node), job.since);
+        queue.addUnreadable(node, scan.since);
         break;
     case WatchResult::Gone:
-        return leave(node, job);
+        handleMissingFolder(node, scan);
+        break;
     case WatchResult::Loop:
         break;
     }
 }
 
-void TreeWalker::visitFolder(NodeId node, Job job)
+void TreeWalker::scanFolder(NodeId node, Scan scan)
 {
-    if (!state.tree.path(node, WatchTree::Spelling::Resolved, path))
+    if (!tree.path(node, WatchTree::Spelling::Resolved, path))
         return;
-    job.node = state.tree.ref(node);
-    job.isListDue = true;
+    scan.node = tree.ref(node);
+    scan.isListingDue = true;
     const std::optional<FileStatus> status = fileStatus(path);
-    if (!status)
-        return (void)tryAgain(job);
+    if (!status) {
+        static_cast<void>(queue.retry(scan));
+        return;
+    }
     const Device traits = device(status->device);
     if (traits.isShared)
-        polledFolders.add(node, PolledFolders::Reason::SharedWithOthers);
-    // Timestamps of a shared drive come from its own clock, which the folder tells.
-    if (traits.isShared && job.visit == Visit::Created)
-        job.since = std::min(job.since, status->modified - (wallClock() - job.since));
-    if (job.visit != Visit::Start)
-        return list(node, job, true);
-    // New names show in the folder's own time, which spares a look at every file.
-    const bool hasNewNames = status->modified >= job.since;
-    if (hasNewNames || !traits.countsFolders || status->links != 2)
-        list(node, job, hasNewNames);
-}
-
-void TreeWalker::retryUnreadable(NodeId parent)
-{
-    for (const auto& [node, since] : std::exchange(unreadable, {})) {
-        if (!state.tree.isCurrent(node))
-            continue;
-        if (node.id == parent || state.tree.parent(node.id) == parent)
-            enqueue(node.id, Visit::Arrived, since);
-        else
-            unreadable.emplace_back(node, since);
+        startPolling(node, PollReason::SharedWithOthers);
+    // The timestamps on a shared drive come from its own clock. The folder was just made, so its
+    // modification time says how far that clock is behind.
+    if (traits.isShared && scan.reason == ScanReason::Created)
+        scan.since = std::min(scan.since, status->modified - (wallClock() - scan.since));
+    if (scan.reason != ScanReason::Start) {
+        list(node, scan, true);
+        return;
     }
+    // A new name changes the folder's modification time. While that is old, no file in it needs to
+    // be looked at, and without subfolders the folder need not even be read.
+    const bool hasNewNames = status->modified >= scan.since;
+    if (hasNewNames || !traits.countsFolders || status->links != 2)
+        list(node, scan, hasNewNames);
 }
 
-void TreeWalker::list(NodeId node, const Job& job, bool areItemsReported)
+void TreeWalker::list(NodeId node, const Scan& scan, bool areItemsReported)
 {
     const FileDescriptor folder = openFolder(path, O_RDONLY);
-    if (!folder && isOutOfDescriptors(errno))
-        return polledFolders.add(node, PolledFolders::Reason::NoWatch);
-    if (!folder)
-        return (void)tryAgain(job);
+    if (!folder) {
+        if (isOutOfDescriptors(errno))
+            startPolling(node, PollReason::NoWatch);
+        else
+            static_cast<void>(queue.retry(scan));
+        return;
+    }
     DirectoryReader reader(folder.get(), buffer);
     while (const std::optional<DirectoryEntry> entry = reader.next()) {
-        if (state.isStopping)
+        if (isStopping)
             return;
-        meet(node, folder.get(), *entry, job, areItemsReported);
+        handleEntry(node, folder.get(), *entry, scan, areItemsReported);
     }
-    if (job.visit == Visit::Check)
-        departUnseen(node);
+    if (scan.reason == ScanReason::Check)
+        detachMissing(node);
 }
 
-void TreeWalker::meet(
-    NodeId node, int folder, const DirectoryEntry& entry, const Job& job, bool isReported)
+void TreeWalker::handleEntry(
+    NodeId node, int folder, const DirectoryEntry& entry, const Scan& scan, bool isReported)
 {
     std::uint32_t kind = kindOfEntry(entry.type);
     std::uint32_t flags = 0;
@@ -177,55 +154,57 @@ void TreeWalker::meet(
         if (!status)
             return;
         kind = status->kind();
-        flags = status->changesSince(job.since);
-        // What is not reported now was written elsewhere, or before.
-        if (kind == FileEventFlag::ItemIsFile && status->isModifiedSince(state.began))
-            state.writes.account(
-                RecentWrites::file(state.tree.ref(node), entry.name), status->modified);
+        flags = status->changesSince(scan.since);
+        // What is not reported now was written elsewhere or earlier, so a later close must not
+        // report it.
+        if (kind == FileEventFlag::ItemIsFile && status->isModifiedSince(clock.began))
+            writes.account(RecentWrites::file(tree.ref(node), entry.name), status->modified);
     }
     if (kind == FileEventFlag::ItemIsDir)
-        meetFolder(node, entry.name, flags, job);
+        handleSubfolder(node, entry.name, flags, scan);
     else if (isReported && flags != 0)
-        state.reporter.report(node, entry.name, flags, EventCoalescer::More::Expected);
+        reporter.report(node, entry.name, flags, EventCoalescer::More::Expected);
 }
 
-void TreeWalker::meetFolder(
-    NodeId parent, std::string_view name, std::uint32_t flags, const Job& job)
+void TreeWalker::handleSubfolder(
+    NodeId parent, std::string_view name, std::uint32_t flags, const Scan& scan)
 {
-    const NodeId known = state.tree.child(parent, name);
-    if (known != noNode && job.visit == Visit::Check) {
-        state.tree.setSeen(known, true);
-        enqueue(known, Visit::Check, job.since);
+    const NodeId known = tree.child(parent, name);
+    if (known != noNode && scan.reason == ScanReason::Check) {
+        tree.setSeen(known, true);
+        queue.add(known, ScanReason::Check, scan.since);
     }
     if (known != noNode)
         return;
-    const NodeId child = state.tree.add(parent, name);
-    state.tree.setSeen(child, job.visit == Visit::Check);
+    const NodeId child = tree.add(parent, name);
+    tree.setSeen(child, scan.reason == ScanReason::Check);
     if (flags != 0)
-        state.reporter.report(child, flags);
-    enqueue(child, job.visit, job.since);
+        reporter.report(child, flags);
+    queue.add(child, scan.reason, scan.since);
 }
 
-void TreeWalker::departUnseen(NodeId node)
+/// Folders that a listing did not show may turn up elsewhere in the same check.
+void TreeWalker::detachMissing(NodeId node)
 {
     NodeId next = noNode;
-    for (NodeId child = state.tree.firstChild(node); child != noNode; child = next) {
-        next = state.tree.nextSibling(child);
-        if (!state.tree.isSeen(child))
-            state.depart(child, 0, {});
+    for (NodeId child = tree.firstChild(node); child != noNode; child = next) {
+        next = tree.nextSibling(child);
+        if (tree.isSeen(child))
+            tree.setSeen(child, false);
         else
-            state.tree.setSeen(child, false);
+            pendingRenames.detach(child, 0, {});
     }
 }
 
-void TreeWalker::leave(NodeId node, const Job& job)
+void TreeWalker::handleMissingFolder(NodeId node, const Scan& scan)
 {
-    if (state.tree.parent(node) == noNode)
+    // RootTracker follows the roots.
+    if (tree.parent(node) == noNode)
         return;
-    if (job.visit == Visit::Check)
-        state.depart(node, 0, {});
-    else if (!tryAgain(job))
-        state.remove(node);
+    if (scan.reason == ScanReason::Check)
+        pendingRenames.detach(node, 0, {});
+    else if (!queue.retry(scan))
+        tree.remove(node);
 }
 
 TreeWalker::Device TreeWalker::device(std::uint64_t number)
@@ -233,7 +212,7 @@ TreeWalker::Device TreeWalker::device(std::uint64_t number)
     const auto known = devices.find(number);
     if (known != devices.end())
         return known->second;
-    const std::uint32_t type = state.calls.fileSystemType(path.c_str());
+    const std::uint32_t type = calls.fileSystemType(path.c_str());
     return devices[number] = { isSharedWithOthers(type), countsFoldersByLinks(type) };
 }
 

@@ -1,13 +1,17 @@
 #include "LinuxDesktop/FileEvents/WatchInstaller.h"
 
 #include <cerrno>
-#include <utility>
+#include <sys/inotify.h>
 
 namespace stemvault {
 
 namespace {
 
-WatchResult placementFor(int error)
+/// IN_MASK_ADD, because one inode may be watched for several purposes.
+constexpr std::uint32_t folderMask = IN_CREATE | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB
+    | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
+
+WatchResult resultFor(int error)
 {
     switch (error) {
     case ENOSPC:
@@ -25,36 +29,35 @@ WatchResult placementFor(int error)
 
 } // namespace
 
-WatchResult WatchInstaller::place(NodeId& node)
+WatchResult WatchInstaller::install(NodeId& node)
 {
-    WatchTree& tree = state.tree;
     if (!tree.path(node, WatchTree::Spelling::Resolved, path))
         return WatchResult::Gone;
     const std::uint32_t selfMask = tree.isRoot(node) ? IN_DELETE_SELF | IN_MOVE_SELF : 0;
-    const int watch = state.inotify.watch(path, WatchState::folderMask | selfMask);
+    const int watch = inotify.watch(path, folderMask | selfMask);
     if (watch < 0)
-        return placementFor(-watch);
+        return resultFor(-watch);
     const int former = tree.watch(node);
     if (watch == former)
         return WatchResult::Same;
     if (former < 0)
-        return settle(node, watch);
-    state.removeBelow(node);
+        return assign(node, watch);
+    tree.removeBelow(node);
     tree.clearWatch(node);
     if (tree.atWatch(former) == noNode)
-        state.inotify.retire(former);
-    const WatchResult result = settle(node, watch);
+        inotify.retire(former);
+    const WatchResult result = assign(node, watch);
     return result == WatchResult::Fresh ? WatchResult::Replaced : result;
 }
 
-bool WatchInstaller::isAt(const std::string& place, int watch)
+int WatchInstaller::watchOf(NodeId folder, std::string_view name)
 {
-    return state.inotify.watch(place, WatchState::folderMask) == watch;
+    const auto itemPath = tree.itemPath(folder, name, WatchTree::Spelling::Resolved);
+    return itemPath ? inotify.watch(*itemPath, folderMask) : -ENOENT;
 }
 
-WatchResult WatchInstaller::settle(NodeId& node, int watch)
+WatchResult WatchInstaller::assign(NodeId& node, int watch)
 {
-    WatchTree& tree = state.tree;
     for (NodeId known = tree.atWatch(watch); known != noNode; known = tree.nextPlace(known)) {
         if (tree.isWithin(node, known))
             return WatchResult::Loop;
@@ -69,22 +72,22 @@ WatchResult WatchInstaller::settle(NodeId& node, int watch)
 
 bool WatchInstaller::hasLeft(NodeId node, int watch)
 {
-    return !state.tree.path(node, WatchTree::Spelling::Resolved, otherPath)
-        || !isAt(otherPath, watch);
+    return !tree.path(node, WatchTree::Spelling::Resolved, otherPath)
+        || inotify.watch(otherPath, folderMask) != watch;
 }
 
 void WatchInstaller::moveTo(NodeId& fresh, NodeId known)
 {
-    if (const NodeId parent = state.tree.parent(known); parent != noNode) {
-        const std::string name(state.tree.name(known));
-        state.tree.detach(known);
-        state.vacated.push_back(state.tree.ref(state.tree.add(parent, name)));
+    if (const NodeId parent = tree.parent(known); parent != noNode) {
+        const std::string name(tree.name(known));
+        tree.detach(known);
+        vacated.push_back(tree.ref(tree.add(parent, name)));
     } else {
-        state.pendingRenames.forgetNode(known);
+        pendingRenames.forgetNode(known);
     }
-    state.tree.replace(fresh, known);
+    tree.replace(fresh, known);
     fresh = known;
-    state.reporter.retryDeferred();
+    reporter.retryDeferred();
 }
 
 } // namespace stemvault

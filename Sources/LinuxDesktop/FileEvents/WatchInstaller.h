@@ -1,41 +1,67 @@
 #pragma once
 
-#include "LinuxDesktop/FileEvents/WatchState.h"
+#include "LinuxDesktop/FileEvents/EventReporter.h"
+#include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/PendingRenames.h"
+#include "LinuxDesktop/FileEvents/WatchTree.h"
 
 #include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace stemvault {
 
-/// What was found at a node's place.
+/// What was found at a node's path.
 enum class WatchResult : std::uint8_t {
-    Fresh, ///< A folder not watched before: now it is, and wants to be listed.
-    Same, ///< The folder the node stands for.
-    Replaced, ///< Another folder; what was known below the node is forgotten.
+    Fresh, ///< A folder that was not watched before. It is now, and has to be listed.
+    Same, ///< The folder that the node stands for.
+    Replaced, ///< Another folder. The nodes below were removed.
     Gone, ///< No folder.
-    Unwatched, ///< A folder, but the kernel has no watch to spare.
-    Unreadable, ///< A folder we may not look into.
-    Loop, ///< One of its own parents, by a mount; to be left alone.
+    Unwatched, ///< A folder, but the watch limit is reached.
+    Unreadable, ///< A folder that may not be read.
+    Loop, ///< One of the node's own parents, by a bind mount. Leave it alone.
 };
 
-/// Sets the watch of a node on whatever stands at its path now. Folders are known by their watch:
-/// the kernel gives the same one for the same inode, so a folder that was moved is recognised
-/// wherever it is met, and two places of one folder share what it tells.
+/// Why a folder is polled.
+enum class PollReason : std::uint8_t {
+    NoWatch, ///< The kernel has no watch to spare.
+    SharedWithOthers, ///< Others change it without an event here.
+};
+
+/// Installs the watch of a node on the folder that stands at its path now. The kernel returns the
+/// same watch for the same inode, so a folder that moved is recognised at its new path, and the
+/// places of one folder share its events.
 class WatchInstaller {
 public:
-    explicit WatchInstaller(WatchState& shared) : state(shared) { }
+    WatchInstaller(WatchTree& watchTree, Inotify& streamInotify, PendingRenames& renames,
+        EventReporter& eventReporter)
+        : tree(watchTree), inotify(streamInotify), pendingRenames(renames), reporter(eventReporter)
+    {
+    }
 
-    /// A folder known from elsewhere takes the place of `node`, which then names that folder.
-    [[nodiscard]] WatchResult place(NodeId& node);
+    /// When the folder at the path is already known by another node, that node moves to this place,
+    /// and `node` is set to it.
+    [[nodiscard]] WatchResult install(NodeId& node);
 
-    /// Whether the folder of a watch stands at a path.
-    [[nodiscard]] bool isAt(const std::string& path, int watch);
+    /// The watch of the folder that has a name now, or a negative errno.
+    [[nodiscard]] int watchOf(NodeId folder, std::string_view name);
+
+    /// New nodes for the places that folders were moved away from by `install`: something else may
+    /// stand there now, so they have to be scanned.
+    [[nodiscard]] std::vector<NodeRef> takeVacatedPlaces() { return std::exchange(vacated, {}); }
 
 private:
-    [[nodiscard]] WatchResult settle(NodeId& node, int watch);
+    [[nodiscard]] WatchResult assign(NodeId& node, int watch);
     [[nodiscard]] bool hasLeft(NodeId node, int watch);
     void moveTo(NodeId& fresh, NodeId known);
 
-    WatchState& state;
+    WatchTree& tree;
+    Inotify& inotify;
+    PendingRenames& pendingRenames;
+    EventReporter& reporter;
+    std::vector<NodeRef> vacated;
     std::string path;
     std::string otherPath;
 };

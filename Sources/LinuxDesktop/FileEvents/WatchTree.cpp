@@ -10,6 +10,8 @@ namespace {
 
 std::uint32_t hashOfName(NodeId parent, std::string_view name)
 {
+    // 2^32 divided by the golden ratio: neighbouring parents add numbers far from each other, so
+    // that equal names in them do not land in neighbouring slots.
     return spread(std::hash<std::string_view> {}(name) + parent * 0x9E3779B1UL);
 }
 
@@ -72,6 +74,15 @@ bool WatchTree::path(NodeId node, Spelling spelling, std::string& path) const
     return true;
 }
 
+std::optional<std::string> WatchTree::itemPath(
+    NodeId folder, std::string_view name, Spelling spelling) const
+{
+    std::string text;
+    if (!path(folder, spelling, text))
+        return std::nullopt;
+    return text.append("/").append(name);
+}
+
 void WatchTree::detach(NodeId id)
 {
     byName.erase(hashOf(id), id, [this](NodeId other) { return hashOf(other); });
@@ -97,34 +108,33 @@ void WatchTree::replace(NodeId fresh, NodeId detached)
 {
     const NodeId parent = nodes[fresh].parent;
     const std::string name(names.at(nodes[fresh].name));
-    std::vector<int> unused;
-    remove(fresh, unused);
+    remove(fresh);
     link(detached, parent, name);
 }
 
-void WatchTree::remove(NodeId node, std::vector<int>& unused)
+void WatchTree::remove(NodeId node)
 {
-    removeBelow(node, unused);
+    removeBelow(node);
     if (nodes[node].parent != noNode)
         detach(node);
     const int watch = nodes[node].watch;
     clearWatch(node);
     if (watch >= 0 && atWatch(watch) == noNode)
-        unused.push_back(watch);
+        unusedWatches.push_back(watch);
     freeNode(node);
     if (names.isWasteful())
         collectNames();
 }
 
-void WatchTree::removeBelow(NodeId above, std::vector<int>& unused)
+void WatchTree::removeBelow(NodeId above)
 {
-    // Always the deepest first, so that the way up is still there.
+    // Children before their parents, because the way back up leads through the parent.
     NodeId node = above;
     while (nodes[above].firstChild != noNode) {
         while (nodes[node].firstChild != noNode)
             node = nodes[node].firstChild;
         const NodeId parent = nodes[node].parent;
-        remove(node, unused);
+        remove(node);
         node = parent;
     }
 }

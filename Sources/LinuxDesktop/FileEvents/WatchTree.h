@@ -4,8 +4,10 @@
 #include "LinuxDesktop/FileEvents/NameArena.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace stemvault {
@@ -13,17 +15,18 @@ namespace stemvault {
 using NodeId = std::uint32_t;
 inline constexpr NodeId noNode = UINT32_MAX;
 
-/// A node that may be gone by the time it is used again.
+/// A node that may have been removed by the time it is used again. Node numbers are reused; the age
+/// is not.
 struct NodeRef {
     NodeId id = noNode;
     std::uint32_t age = 0;
 };
 
-/// The folders below the watched roots, one node each, and the kernel's watches on them. Paths are
-/// put together when they are asked for, so a rename moves one node and nothing else.
+/// The folders below the watched roots, one node each, and the kernel's watches on them. A path is
+/// built from the names of the nodes above when it is asked for, so a rename moves a single node.
 ///
-/// One inode has one watch, but may have several places: bind mounts, and roots that lie within
-/// each other. The nodes of one watch form a chain.
+/// An inode has one watch but may have several places: bind mounts, and roots that lie within each
+/// other. The nodes of one watch form a chain.
 class WatchTree {
 public:
     enum class Spelling { Given, Resolved };
@@ -33,7 +36,7 @@ public:
     NodeId addRoot(std::string given, std::string resolved);
     NodeId add(NodeId parent, std::string_view name);
 
-    /// Behind the last of all nodes there are or have been.
+    /// One more than the highest node number in use so far.
     [[nodiscard]] NodeId end() const { return static_cast<NodeId>(nodes.size()); }
     [[nodiscard]] NodeId child(NodeId parent, std::string_view name) const;
     [[nodiscard]] NodeId firstChild(NodeId node) const { return nodes[node].firstChild; }
@@ -46,6 +49,9 @@ public:
 
     /// False, and `path` is left as it is, while the node is below a detached one.
     bool path(NodeId node, Spelling spelling, std::string& path) const;
+    /// The path of an item in a folder; absent while the folder is below a detached one.
+    [[nodiscard]] std::optional<std::string> itemPath(
+        NodeId folder, std::string_view name, Spelling spelling) const;
 
     /// Takes a node with everything below it from its place, and puts it in another.
     void detach(NodeId node);
@@ -53,9 +59,12 @@ public:
     /// Puts a detached node in the place of a fresh one, which is removed.
     void replace(NodeId fresh, NodeId detached);
 
-    /// Removes nodes, and appends the watches that no place uses any more.
-    void remove(NodeId node, std::vector<int>& unused);
-    void removeBelow(NodeId node, std::vector<int>& unused);
+    void remove(NodeId node);
+    void removeBelow(NodeId node);
+
+    /// The watches that lost their last node by a removal since the last call. A node may have got
+    /// one of them since.
+    [[nodiscard]] std::vector<int> takeUnusedWatches() { return std::exchange(unusedWatches, {}); }
 
     [[nodiscard]] int watch(NodeId node) const { return nodes[node].watch; }
     [[nodiscard]] NodeId atWatch(int watch) const;
@@ -63,13 +72,16 @@ public:
     void setWatch(NodeId node, int watch);
     void clearWatch(NodeId node);
 
-    /// Another number whenever any node may have another path than before.
+    /// Changes whenever the path of any node may have changed.
     [[nodiscard]] std::uint32_t shape() const { return changes; }
 
     [[nodiscard]] NodeRef ref(NodeId node) const { return { node, nodes[node].age }; }
-    [[nodiscard]] bool isCurrent(NodeRef node) const { return nodes[node.id].age == node.age; }
+    [[nodiscard]] bool isCurrent(NodeRef node) const
+    {
+        return node.id != noNode && nodes[node.id].age == node.age;
+    }
 
-    /// A mark for whoever goes through the children of a node.
+    /// A mark for a listing that looks for children that are gone.
     void setSeen(NodeId node, bool isSeen) { nodes[node].isSeen = isSeen; }
     [[nodiscard]] bool isSeen(NodeId node) const { return nodes[node].isSeen; }
 
@@ -102,6 +114,7 @@ private:
     std::vector<Node> nodes;
     std::vector<NodeId> freeNodes;
     std::vector<Root> roots;
+    std::vector<int> unusedWatches;
     std::uint32_t changes = 0;
     NameArena names;
     FlatIndex byName;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "LinuxDesktop/FileEvents/FileStatus.h"
+
+namespace stemvault {
+
+/// The moments that the times of files are compared with. The worker sets them; everybody else only
+/// reads them. While events are handled: began <= watchedUntil <= arrivalBound <= readAt.
+/// README.md explains each of them.
+struct StreamClock {
+    FileTime began; ///< When the stream was created, less the clock's grain.
+    FileTime watchedUntil; ///< Every event from before this moment has been handled.
+    FileTime arrivalBound; ///< An item that arrives now was not there yet at this moment.
+    FileTime readAt; ///< When the events that are being handled were read.
+};
+
+} // namespace stemvault
