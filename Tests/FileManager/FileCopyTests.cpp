@@ -38,7 +38,7 @@ TEST_F(CopyTest, CopiesEverythingByWhateverMeansThereAre)
         { "neither", { noRename(RENAME_NOREPLACE, ENOSYS), no(&Calls::linkat, EPERM) } },
     };
     const timespec times[] = { { 5, 0 }, { 1'700'000'000, 123'456'789 } };
-    ASSERT_EQ(::chmod(source.c_str(), 04640), 0);
+    ASSERT_EQ(::chmod(source.c_str(), 04700), 0);
     ASSERT_EQ(::utimensat(AT_FDCWD, source.c_str(), times, 0), 0);
     ASSERT_EQ(::setxattr(source.c_str(), "user.note", "loud", 4, 0), 0);
     for (const auto& row : rows) {
@@ -49,7 +49,7 @@ TEST_F(CopyTest, CopiesEverythingByWhateverMeansThereAre)
         EXPECT_EQ(files.read("to/Mix.wav"), content);
         struct stat status { };
         ASSERT_EQ(::stat(target.c_str(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777U, 0640U);
+        EXPECT_EQ(status.st_mode & 07777U, 0700U);
         EXPECT_EQ(status.st_mtim.tv_sec, times[1].tv_sec);
         EXPECT_EQ(status.st_mtim.tv_nsec, times[1].tv_nsec);
         EXPECT_EQ(::getxattr(target.c_str(), "user.note", nullptr, 0), 4);
