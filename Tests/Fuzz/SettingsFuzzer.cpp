@@ -14,14 +14,15 @@ namespace {
 auto loaded(const std::string& record, const std::vector<StemvaultFolder>& added = {})
 {
     FakePlatform desktop;
-    std::string& kept = desktop.userDefaults.values["settingsStore_v1"] = record;
+    const std::string key = "settingsStore_v1";
+    desktop.userDefaults.values[key] = record;
     SettingsStore& settings = SettingsStore::shared();
     for (const StemvaultFolder& folder : added) {
         settings.addFolder(folder);
         settings.setProjectsRootPath(folder.path);
     }
-    return std::tuple(
-        settings.stemvaultFolders(), settings.alwaysWatchPath(), settings.projectsRootPath(), kept);
+    return std::tuple(settings.stemvaultFolders(), settings.alwaysWatchPath(),
+        settings.projectsRootPath(), desktop.userDefaults.values[key]);
 }
 
 } // namespace
