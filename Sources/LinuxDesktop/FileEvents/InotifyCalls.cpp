@@ -1,6 +1,11 @@
 #include "LinuxDesktop/FileEvents/InotifyCalls.h"
 
+#include "Foundation/FileDescriptor.h"
+
+#include <array>
 #include <cerrno>
+#include <cstdlib>
+#include <fcntl.h>
 #include <sys/inotify.h>
 #include <sys/statfs.h>
 #include <unistd.h>
@@ -34,6 +39,23 @@ int InotifyCalls::removeWatch(int descriptor, int watch)
 long InotifyCalls::read(int descriptor, void* buffer, std::size_t size)
 {
     return orError(::read(descriptor, buffer, size));
+}
+
+int InotifyCalls::wait(std::span<pollfd> awaited, const timespec* timeout)
+{
+    return orError(::ppoll(awaited.data(), awaited.size(), timeout, nullptr));
+}
+
+std::chrono::nanoseconds InotifyCalls::runDelay()
+{
+    // The time on a processor, the time of waiting for one, and the number of turns.
+    std::array<char, 64> text {};
+    const FileDescriptor file(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC));
+    if (!file || ::read(file.get(), text.data(), text.size() - 1) <= 0)
+        return {};
+    char* end = nullptr;
+    static_cast<void>(std::strtoull(text.data(), &end, 10));
+    return std::chrono::nanoseconds(std::strtoull(end, nullptr, 10));
 }
 
 std::uint32_t InotifyCalls::fileSystemType(const char* path)

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <ctime>
+#include <poll.h>
+#include <span>
 
 namespace stemvault {
 
@@ -19,6 +23,13 @@ public:
     [[nodiscard]] virtual int addWatch(int descriptor, const char* path, std::uint32_t mask);
     virtual int removeWatch(int descriptor, int watch);
     [[nodiscard]] virtual long read(int descriptor, void* buffer, std::size_t size);
+
+    /// As ppoll(2), without a signal mask.
+    virtual int wait(std::span<pollfd> awaited, const timespec* timeout);
+
+    /// How long the calling thread has been ready to run and kept waiting for a processor, in all;
+    /// zero if the kernel does not count it.
+    [[nodiscard]] virtual std::chrono::nanoseconds runDelay();
 
     /// The magic number of the file system that holds `path`; 0 if statfs fails.
     [[nodiscard]] virtual std::uint32_t fileSystemType(const char* path);

@@ -15,7 +15,8 @@ namespace {
 
 using Time = EventCoalescer::Time;
 
-/// The longest time between an event and the moment the waiting thread runs again.
+/// The longest time between an event and the moment the waiting thread runs again, not counting the
+/// time that the thread waits for a processor.
 constexpr std::chrono::milliseconds maxWakeUpTime { 100 };
 /// While events stream in and nothing is due, the worker sleeps this long between two reads.
 /// Reading many events at once costs a fraction of waking up for each.
@@ -40,7 +41,7 @@ timespec timeUntil(Time time)
 
 StreamWorker::StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime began,
     const std::atomic<bool>& mustStop, int wakeUpDescriptor)
-    : isStopping(mustStop), wakeUp(wakeUpDescriptor), inotify(calls),
+    : systemCalls(calls), isStopping(mustStop), wakeUp(wakeUpDescriptor), inotify(calls),
       coalescer(options.latency, options.firstEvent),
       polled(tree, queue, installer, pendingRenames, reporter, options.pollInterval, isStopping),
       walker(tree, queue, installer, pendingRenames, reporter, writes, clock, calls, isStopping,
@@ -182,15 +183,15 @@ void StreamWorker::wait()
     const Time soon = steadyNow() + batchReadInterval;
     const bool isBusy = hasReadEvents && coalescer.due() && *coalescer.due() > soon;
     const FileTime before = wallClock();
-    if (isBusy)
+    if (isBusy) {
         sleep(Awaited::StopOnly, std::min(soon, until.value_or(soon)));
-    else
-        sleep(Awaited::Everything, until);
+        clock.arrivalBound = clock.watchedUntil;
+        return;
+    }
+    const FileTime notBefore = sleep(Awaited::Everything, until);
     // After a sleep of some length, the event that ended it happened just now. After a short one it
     // may have been there before.
-    const FileTime after = wallClock();
-    clock.arrivalBound =
-        !isBusy && after - before > maxWakeUpTime ? after - maxWakeUpTime : clock.watchedUntil;
+    clock.arrivalBound = notBefore > before ? notBefore : clock.watchedUntil;
 }
 
 std::optional<Time> StreamWorker::nextPoll() const
@@ -209,21 +210,25 @@ std::optional<Time> StreamWorker::nextDue() const
     return next;
 }
 
-void StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
+/// Returns a moment before which nothing happened that ended the sleep.
+FileTime StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
 {
     std::array<pollfd, 3> awaiting { { { wakeUp, POLLIN, 0 }, { mounts.descriptor(), POLLPRI, 0 },
         { inotify.get(), POLLIN, 0 } } };
-    const nfds_t count = awaited == Awaited::StopOnly ? 1 : awaiting.size();
     timespec timeout {};
     if (until)
         timeout = timeUntil(*until);
-    static_cast<void>(::ppoll(awaiting.data(), count, until ? &timeout : nullptr, nullptr));
-    if (awaited == Awaited::StopOnly)
-        return;
+    const std::chrono::nanoseconds delayBefore = systemCalls.runDelay();
+    systemCalls.wait(std::span(awaiting).first(awaited == Awaited::StopOnly ? 1 : awaiting.size()),
+        until ? &timeout : nullptr);
     const FileTime now = wallClock();
+    const FileTime notBefore = now - maxWakeUpTime - (systemCalls.runDelay() - delayBefore);
+    if (awaited == Awaited::StopOnly)
+        return notBefore;
     if ((awaiting[1].revents & POLLPRI) != 0)
-        mounts.noteChange(std::max(mountsKnownUntil, now - maxWakeUpTime));
+        mounts.noteChange(std::max(mountsKnownUntil, notBefore));
     mountsKnownUntil = now - clockGrain;
+    return notBefore;
 }
 
 } // namespace stemvault

@@ -5,6 +5,7 @@
 #include "LinuxDesktop/FileEvents/EventHandler.h"
 #include "LinuxDesktop/FileEvents/EventReporter.h"
 #include "LinuxDesktop/FileEvents/Inotify.h"
+#include "LinuxDesktop/FileEvents/InotifyCalls.h"
 #include "LinuxDesktop/FileEvents/MountTracker.h"
 #include "LinuxDesktop/FileEvents/PendingRenames.h"
 #include "LinuxDesktop/FileEvents/PolledFolders.h"
@@ -56,8 +57,9 @@ private:
     void wait();
     [[nodiscard]] std::optional<EventCoalescer::Time> nextPoll() const;
     [[nodiscard]] std::optional<EventCoalescer::Time> nextDue() const;
-    void sleep(Awaited awaited, std::optional<EventCoalescer::Time> until);
+    FileTime sleep(Awaited awaited, std::optional<EventCoalescer::Time> until);
 
+    InotifyCalls& systemCalls;
     const std::atomic<bool>& isStopping;
     int wakeUp;
     StreamClock clock;

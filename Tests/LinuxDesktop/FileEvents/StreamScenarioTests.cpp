@@ -184,6 +184,11 @@ Step held(bool isHeld)
     return [=](StreamStage& stage) { stage.calls().holdReads(isHeld); };
 }
 
+Step withoutProcessor(bool isHeld)
+{
+    return [=](StreamStage& stage) { stage.calls().holdWaits(isHeld); };
+}
+
 Step watchLimit(int watches)
 {
     return [=](StreamStage& stage) { stage.calls().watchesLeft = watches; };
@@ -255,6 +260,10 @@ const std::vector<Scenario> scenarios = {
         { sh("mkdir -p root out/$(seq -s/ 5)/x; cd out; for i in $(seq 125); do "
              "mkdir $i.d; echo > $i.d/f; done") },
         { sh("cp -r out root/out") }, {}, { "root" } },
+    { "WrittenWhileNoProcessorWasFree", { sh("mkdir root"), longAgo },
+        { longAgo, withoutProcessor(true), sh("mkdir -p root/d/e; echo > root/d/e/f"), longAgo,
+            longAgo, withoutProcessor(false) },
+        {}, { "root" } },
     { "RemovedWhileInUse", { sh("mkdir -p root/d/e") },
         { sh("exec 3< root/d/e; rm -r root/d; mkdir -p root/d/e"), sync, sh("echo > root/d/e/f") },
         { { "CDO", "root/d" }, { "CDO", "root/d/e" }, { "CMF", "root/d/e/f" } } },

@@ -93,6 +93,29 @@ std::uint32_t FaultyInotifyCalls::fileSystemType(const char* path)
     return areOthersSilent ? 0x6969 : InotifyCalls::fileSystemType(path);
 }
 
+int FaultyInotifyCalls::wait(std::span<pollfd> awaited, const timespec* timeout)
+{
+    const int ready = InotifyCalls::wait(awaited, timeout);
+    std::unique_lock lock(mutex);
+    const auto begin = std::chrono::steady_clock::now();
+    released.wait(lock, [this] { return !areWaitsHeld; });
+    heldFor += std::chrono::steady_clock::now() - begin;
+    return ready;
+}
+
+std::chrono::nanoseconds FaultyInotifyCalls::runDelay()
+{
+    const std::lock_guard lock(mutex);
+    return InotifyCalls::runDelay() + heldFor;
+}
+
+void FaultyInotifyCalls::holdWaits(bool isHeld)
+{
+    const std::lock_guard lock(mutex);
+    areWaitsHeld = isHeld;
+    released.notify_all();
+}
+
 void FaultyInotifyCalls::holdReads(bool isHeld)
 {
     const std::lock_guard lock(mutex);

@@ -33,10 +33,18 @@ public:
     /// While held, nothing is read, as if the reader were busy elsewhere.
     void holdReads(bool isHeld);
 
+    int wait(std::span<pollfd> awaited, const timespec* timeout) override;
+    std::chrono::nanoseconds runDelay() override;
+
+    /// While held, an event ends no wait, as if no processor were free for the reader.
+    void holdWaits(bool isHeld);
+
 private:
     std::mutex mutex;
     std::condition_variable released;
     bool areReadsHeld = false;
+    bool areWaitsHeld = false;
+    std::chrono::nanoseconds heldFor {};
 };
 
 /// A temporary folder, a stream over some of what is in it, and everything it reported.
