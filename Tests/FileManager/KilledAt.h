@@ -14,19 +14,31 @@
 
 namespace stemvault {
 
+/// Counts `callsLeft` down at each call, and kills this process right before the last of them.
+template <typename Call> void killAtTheLast(int& callsLeft, Call& call)
+{
+    call = [&callsLeft, real = call](auto... arguments) {
+        if (--callsLeft == 0)
+            ::raise(SIGKILL);
+        return real(arguments...);
+    };
+}
+
 /// Runs `work` in a child process that is killed right before the given one of its `calls`. False
 /// if it came to its end before.
 template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Work& work)
 {
     const pid_t child = ::fork();
     if (child == 0) {
-        const auto arm = [&call](auto&... targets) {
-            const auto count = [&call] { return --call == 0 ? ::raise(SIGKILL) : 0; };
-            ((targets = [=, real = targets](auto... given) { return count(), real(given...); }),
-                ...);
-        };
-        arm(calls.openat, calls.clone, calls.fallocate, calls.copyFileRange, calls.pwrite);
-        arm(calls.fsync, calls.close, calls.linkat, calls.renameat2);
+        killAtTheLast(call, calls.openat);
+        killAtTheLast(call, calls.clone);
+        killAtTheLast(call, calls.fallocate);
+        killAtTheLast(call, calls.copyFileRange);
+        killAtTheLast(call, calls.pwrite);
+        killAtTheLast(call, calls.fsync);
+        killAtTheLast(call, calls.close);
+        killAtTheLast(call, calls.linkat);
+        killAtTheLast(call, calls.renameat2);
         work();
         ::_exit(0);
     }

@@ -57,11 +57,7 @@ TEST_F(UpdateCheckerTests, ComparesVersionsNumberByNumber)
         { "2.0-beta", "1.9", true },
         { "1.0.1b", "1.0.1", false },
         { "ver2.0", "1.0", false },
-        { "1..2", "1.1", true },
-        { "+2", "1", true },
         { "+-2", "0", false },
-        { "0", "-1", true },
-        { "1. 3", "1.2", false },
         { "9223372036854775807", "9223372036854775806", true },
         { "9223372036854775808", "1", false },
     };
