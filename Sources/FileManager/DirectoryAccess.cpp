@@ -1,6 +1,7 @@
 #include "FileManager/DirectoryAccess.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <climits>
 #include <cstdint>
@@ -133,6 +134,15 @@ std::optional<struct stat> statusOf(int descriptor)
     if (::fstat(descriptor, &status) != 0)
         return std::nullopt;
     return status;
+}
+
+std::optional<std::string> linkTarget(int folder, const std::string& link)
+{
+    std::array<char, PATH_MAX> target; // NOLINT(*-member-init): readlinkat fills what is used.
+    const ssize_t length = ::readlinkat(folder, link.c_str(), target.data(), target.size());
+    if (length <= 0)
+        return std::nullopt;
+    return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
 bool isSameItem(const struct stat& one, const struct stat& other)

@@ -54,6 +54,9 @@ private:
 
 [[nodiscard]] std::optional<struct stat> statusOf(int descriptor);
 
+/// What a link says, as readlinkat(2); absent for all but links.
+[[nodiscard]] std::optional<std::string> linkTarget(int folder, const std::string& link);
+
 [[nodiscard]] bool isSameItem(const struct stat& one, const struct stat& other);
 
 /// The names in a folder in no order, without "." and "..".

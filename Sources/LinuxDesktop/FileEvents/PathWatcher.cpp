@@ -1,13 +1,12 @@
 #include "LinuxDesktop/FileEvents/PathWatcher.h"
 
+#include "FileManager/DirectoryAccess.h"
 #include "Platform/FileEvents.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <deque>
 #include <sys/inotify.h>
-#include <unistd.h>
 #include <utility>
 
 namespace stemvault {
@@ -30,14 +29,6 @@ void putInFront(std::deque<std::string>& parts, const std::string& path)
             parts.push_front(path.substr(start, end - start));
         end = slash == std::string::npos ? 0 : slash;
     }
-}
-
-std::string linkTarget(const std::string& path)
-{
-    std::string target(PATH_MAX, 0);
-    const ssize_t size = ::readlink(path.c_str(), target.data(), target.size());
-    target.resize(size < 0 ? 0 : static_cast<std::size_t>(size));
-    return target;
 }
 
 std::string parentOf(const std::string& path)
@@ -82,7 +73,7 @@ PathWatcher::Target PathWatcher::follow(const std::string& absolutePath)
         const std::optional<FileStatus> status = fileStatus(next);
         if (status && status->kind() == FileEventFlag::ItemIsSymlink && ++links <= maxLinks) {
             watch(next, selfMask, {});
-            const std::string target = linkTarget(next);
+            const std::string target = linkTarget(AT_FDCWD, next).value_or("");
             here = target.starts_with('/') ? std::string() : here;
             putInFront(parts, target);
         } else if (status && status->kind() == FileEventFlag::ItemIsDir) {

@@ -1,5 +1,7 @@
 #include "LinuxDesktop/LoginItem/AutostartText.h"
 
+#include "Foundation/FieldText.h"
+
 #include <algorithm>
 #include <array>
 #include <utility>
@@ -62,14 +64,6 @@ std::vector<std::pair<Text, std::string>> keysFor(const std::string& executable)
     };
 }
 
-Text trimmed(Text text)
-{
-    constexpr Text blanks = " \t\r\n";
-    const auto first = text.find_first_not_of(blanks);
-    return first == Text::npos ? Text()
-                               : text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 /// A line of the text, with its line end.
 struct Line {
     Text whole;
@@ -78,13 +72,14 @@ struct Line {
     /// Empty for a line that sets none.
     [[nodiscard]] Text key() const
     {
-        const bool setsOne = whole.find('=') != Text::npos && !trimmed(whole).starts_with('#');
-        return setsOne ? trimmed(whole.substr(0, whole.find('='))) : Text();
+        const bool setsOne =
+            whole.find('=') != Text::npos && !withoutOuterBlanks(whole).starts_with('#');
+        return setsOne ? withoutOuterBlanks(whole.substr(0, whole.find('='))) : Text();
     }
     [[nodiscard]] Text value() const
     {
         const auto equals = whole.find('=');
-        return equals == Text::npos ? Text() : trimmed(whole.substr(equals + 1));
+        return equals == Text::npos ? Text() : withoutOuterBlanks(whole.substr(equals + 1));
     }
 };
 
@@ -95,7 +90,7 @@ std::vector<Line> linesOf(Text text)
     while (!text.empty()) {
         const auto length = std::min(text.find('\n'), text.size() - 1) + 1;
         const Text whole = text.substr(0, length);
-        if (const Text line = trimmed(whole); line.starts_with('['))
+        if (const Text line = withoutOuterBlanks(whole); line.starts_with('['))
             isInEntry = line == header;
         lines.push_back({ whole, isInEntry });
         text.remove_prefix(length);

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/OpenFiles/LsofFallback.h"
 
+#include "FileManager/DirectoryAccess.h"
 #include "Foundation/FileDescriptor.h"
 #include "Foundation/NumberText.h"
 #include "Foundation/UnicodeText.h"
@@ -7,14 +8,12 @@
 
 #include <algorithm>
 #include <array>
-#include <climits>
 #include <cstdint>
 #include <fcntl.h>
 #include <filesystem>
 #include <optional>
 #include <set>
 #include <system_error>
-#include <unistd.h>
 #include <vector>
 
 namespace stemvault {
@@ -55,15 +54,6 @@ bool isPlain(char byte)
 std::string line(std::string_view name)
 {
     return "n" + nameAsPrinted(name) + "\n";
-}
-
-std::optional<std::string> linkTarget(int folder, const std::string& link)
-{
-    std::array<char, PATH_MAX> target; // NOLINT(*-member-init): readlinkat fills what is used.
-    const ssize_t length = ::readlinkat(folder, link.c_str(), target.data(), target.size());
-    if (length <= 0)
-        return std::nullopt;
-    return std::string(target.data(), static_cast<std::size_t>(length));
 }
 
 FileDescriptor openFolder(const fs::path& folder)

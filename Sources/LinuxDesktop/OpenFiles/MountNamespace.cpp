@@ -1,5 +1,6 @@
 #include "LinuxDesktop/OpenFiles/MountNamespace.h"
 
+#include "Foundation/FieldText.h"
 #include "LinuxDesktop/OpenFiles/LsofFallback.h"
 #include "LinuxDesktop/Workspace/ReadFile.h"
 
@@ -14,39 +15,10 @@ namespace stemvault {
 
 namespace {
 
-/// Takes the text before the next separator off the front.
-std::string_view takeField(std::string_view& text, char separator)
-{
-    const auto end = std::min(text.find(separator), text.size());
-    const auto field = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return field;
-}
-
-bool isOctal(char digit)
-{
-    return digit >= '0' && digit <= '7';
-}
-
-/// Blanks, line feeds and backslashes are written as a backslash and three octal digits.
-std::string unescaped(std::string_view text)
-{
-    std::string result;
-    while (!text.empty()) {
-        const bool isEscape = text.size() >= 4 && text[0] == '\\' && isOctal(text[1])
-            && isOctal(text[2]) && isOctal(text[3]);
-        result += isEscape
-            ? static_cast<char>((text[1] - '0') * 64 + (text[2] - '0') * 8 + (text[3] - '0'))
-            : text.front();
-        text.remove_prefix(isEscape ? 4 : 1);
-    }
-    return result;
-}
-
 /// A path as lsof prints it, without the slash at its end that "/" has.
 std::string printedPath(std::string_view escaped)
 {
-    std::string path = nameAsPrinted(unescaped(escaped));
+    std::string path = nameAsPrinted(unescapedOctal(escaped));
     if (path.ends_with('/'))
         path.pop_back();
     return path;

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Workspace/DesktopEntry.h"
 
+#include "Foundation/FieldText.h"
 #include "Foundation/PathText.h"
 
 #include <algorithm>
@@ -12,29 +13,20 @@ namespace {
 
 using Group = std::map<std::string, std::string, std::less<>>;
 
-std::string_view trimmed(std::string_view text)
-{
-    constexpr std::string_view blanks = " \t\r";
-    const auto first = std::min(text.find_first_not_of(blanks), text.size());
-    text.remove_prefix(first);
-    return text.substr(0, text.find_last_not_of(blanks) + 1);
-}
-
 /// The keys of one group with their values as written. Of a key given twice the first counts.
 Group readGroup(std::string_view text, std::string_view header)
 {
     Group group;
     bool isInside = false;
     while (!text.empty()) {
-        const auto end = std::min(text.find('\n'), text.size());
-        const auto line = trimmed(text.substr(0, end));
-        text.remove_prefix(std::min(end + 1, text.size()));
+        const auto line = withoutOuterBlanks(takeField(text, '\n'));
         if (line.starts_with('['))
             isInside = line == header;
         const auto equals = line.find('=');
         if (!isInside || line.starts_with('#') || equals == std::string_view::npos)
             continue;
-        group.emplace(trimmed(line.substr(0, equals)), trimmed(line.substr(equals + 1)));
+        group.emplace(withoutOuterBlanks(line.substr(0, equals)),
+            withoutOuterBlanks(line.substr(equals + 1)));
     }
     return group;
 }
@@ -85,7 +77,7 @@ std::string localizedText(
 /// as it is, or up to a blank.
 std::string takeWord(std::string_view& line)
 {
-    line = trimmed(line);
+    line = withoutOuterBlanks(line);
     std::string word;
     bool isQuoted = false;
     while (!line.empty() && (isQuoted || (line.front() != ' ' && line.front() != '\t'))) {

@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Workspace/ProcessTable.h"
 
+#include "FileManager/DirectoryAccess.h"
 #include "Foundation/FileDescriptor.h"
 #include "Foundation/NumberText.h"
 #include "Foundation/PathText.h"
@@ -44,14 +45,6 @@ std::uint64_t latestSettledStart()
     const auto seconds = static_cast<std::uint64_t>(sinceStart.tv_sec);
     const auto ticks = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
     return seconds > secondsUntilSettled ? (seconds - secondsUntilSettled) * ticks : 0;
-}
-
-std::string linkTarget(int folder, const std::string& link)
-{
-    std::array<char, 4096> target {};
-    const ssize_t length = ::readlinkat(folder, link.c_str(), target.data(), target.size());
-    return length > 0 ? std::string(target.data(), static_cast<std::size_t>(length))
-                      : std::string();
 }
 
 /// What every sweep reads for every process: the kernel gives it whole at the first reading.
@@ -155,7 +148,7 @@ void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& sta
         read.sandboxIdentifier = parseFlatpakIdentifier(
             readFile(folder, path + "root/.flatpak-info", maxBytes).value_or(""));
     read.isHelper = isHelper(read.program);
-    const std::string executable = linkTarget(folder, path + "exe");
+    const std::string executable = linkTarget(folder, path + "exe").value_or("");
     read.known = knownApplication(read.program, executable);
     if (isWineServer(read.program) || (read.known && isUnderWine(read.program, executable)))
         read.winePrefix =

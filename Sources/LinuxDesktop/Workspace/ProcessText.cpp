@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Workspace/ProcessText.h"
 
+#include "Foundation/FieldText.h"
 #include "Foundation/NumberText.h"
 
 #include <algorithm>
@@ -8,15 +9,6 @@
 namespace stemvault {
 
 namespace {
-
-/// Takes the text before the next separator off the front.
-std::string_view takeField(std::string_view& text, char separator)
-{
-    const auto end = std::min(text.find(separator), text.size());
-    const auto field = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
-    return field;
-}
 
 bool endsWithExe(std::string_view name)
 {
