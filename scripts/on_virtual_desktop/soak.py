@@ -86,7 +86,8 @@ class Soak:
         yield "| --- | ---: | ---: | ---: | ---: |"
         for title, name, unit in ROWS:
             values = [getattr(sample, name) for sample in (self.start, self.warm, self.end)]
-            cells = (f"{value / unit:.{unit > 1:d}f}" for value in (*values, self.vitals.peak(name)))
+            decimals = 1 if unit > 1 else 0
+            cells = (f"{value / unit:.{decimals}f}" for value in (*values, self.vitals.peak(name)))
             yield f"| {title} | {' | '.join(cells)} |"
         yield ""
         yield from self.steps.report()
