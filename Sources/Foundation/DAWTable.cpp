@@ -6,9 +6,9 @@ namespace stemvault {
 
 namespace {
 
-// Where each of these facts comes from is written in docs/daw-facts.md; a new row belongs there
-// too. One row serves the native program and the one under Wine. Releases later than the last one
-// that has an identifier of its own go by that one: their session files are the same.
+// docs/daw-facts.md gives the source of each fact; add a new row there too. One row covers both the
+// native program and the one under Wine. Releases newer than the last one listed use its
+// identifier, because their session files are the same.
 constexpr DAW table[] = {
     {
         .identifier = "com.avid.ProTools",
@@ -86,7 +86,7 @@ constexpr DAW table[] = {
         .workingFolders = { "Recorded", "Sliced audio" },
     },
     {
-        // The audio engine is what has the media open.
+        // Its audio engine is the process that has the media open.
         .identifier = "com.bitwig.BitwigStudio",
         .name = "Bitwig Studio",
         .programs = { "bitwigstudio", "bitwig-studio", "bitwigaudioengine*" },
@@ -119,7 +119,7 @@ constexpr DAW table[] = {
         .workingFolders = { "Recorded", "Imported", "Frozen" },
     },
     {
-        // Its songs hold their samples.
+        // Its songs contain their samples.
         .identifier = "com.renoise.Renoise",
         .name = "Renoise",
         .programs = { "renoise", "renoise-#" },
@@ -136,7 +136,7 @@ constexpr DAW table[] = {
         .workingFolders = { "resources" },
     },
     {
-        // Records beside the session file.
+        // Records next to the session file.
         .identifier = "org.rncbc.qtractor",
         .name = "Qtractor",
         .programs = { "qtractor" },
@@ -161,7 +161,7 @@ constexpr DAW table[] = {
         .workingFolders = { "pool", "plugins", "backups" },
     },
     {
-        // Its projects hold their audio.
+        // Its projects contain their audio.
         .identifier = "org.audacityteam.Audacity",
         .name = "Audacity",
         .programs = { "audacity" },

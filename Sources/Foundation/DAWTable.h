@@ -9,7 +9,7 @@
 
 namespace stemvault {
 
-/// A short list of names, in the order in which a row of the table gives them.
+/// A short list of names, in the order in which a row of the table lists them.
 class DAWNames {
 public:
     constexpr DAWNames(std::initializer_list<std::string_view> list) : count(list.size())
@@ -25,40 +25,41 @@ private:
     std::size_t count;
 };
 
-/// What is known of one DAW. The desktop recognises it by its programs and desktop entries; the
-/// program finds its session by its files and leaves its working folders out.
+/// What we know about one DAW. The desktop adapters recognise it by its programs and desktop
+/// entries; the program finds its session by its session files and ignores its working folders.
 struct DAW {
-    /// What the bundle identifiers of its applications begin with.
+    /// The prefix of its applications' bundle identifiers.
     std::string_view identifier;
 
-    /// As users call it. Empty where the program's own name says more, such as its edition.
+    /// The name that users know it by. Empty where the application's own name is more specific,
+    /// because it includes the edition, for example.
     std::string_view name;
 
-    /// The names of its executables, in lower case and without ".exe". A "*" at the end stands for
-    /// any text, none included, and a "#" for any that begins with a digit.
+    /// The names of its executables, in lower case and without ".exe". A trailing "*" matches any
+    /// text, including none; a trailing "#" matches any text that begins with a digit.
     DAWNames programs;
 
-    /// The names of its desktop entries, in lower case and without ".desktop": those that its
-    /// makers, Flatpak and Snap install. A "*" or "#" at the end is as above.
+    /// The names of its desktop entries, in lower case and without ".desktop", as its vendor,
+    /// Flatpak and Snap install them. A trailing "*" or "#" is as above.
     DAWNames desktopEntries;
 
     /// The extensions of its session files, in lower case and without the dot.
     DAWNames sessionFiles;
 
-    /// Where in the folder of a session it keeps what it works with, such as takes, frozen tracks
-    /// and imports: paths from that folder, spelled as the DAW does. No audio file in or below
-    /// them is a bounce. The folders that it exports to are not among them.
+    /// The folders that it keeps its working files in, such as takes, frozen tracks and imports:
+    /// paths relative to the session folder, spelled as the DAW spells them. No audio file in or
+    /// below them is a bounce. Folders that it exports to are not listed.
     DAWNames workingFolders;
 
-    /// Part of the path that it is installed in, in lower case, where another row's program has
-    /// the same name. Empty otherwise.
+    /// A part of its installation path, in lower case, that distinguishes it from another row with
+    /// the same program name. Empty where the name is enough.
     std::string_view installedIn = {};
 };
 
-/// Every DAW that we know. Where more than one row fits an application, the first one counts.
+/// All known DAWs. If several rows match an application, the first one counts.
 [[nodiscard]] std::span<const DAW> knownDAWs();
 
-/// The DAW that the application with this bundle identifier is; null when it is none.
+/// The DAW that this bundle identifier belongs to; null if there is none.
 [[nodiscard]] const DAW* dawWithBundleIdentifier(std::string_view bundleIdentifier);
 
 } // namespace stemvault

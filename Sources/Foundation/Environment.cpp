@@ -8,12 +8,12 @@ namespace stemvault {
 
 std::string environment(const char* name)
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the environment.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the program changes only XDG_ACTIVATION_TOKEN.
     const char* const value = std::getenv(name);
     return value != nullptr ? value : "";
 }
 
-// A relative path is invalid there and to be passed over.
+// The XDG specification says that a relative path in the variable is invalid and must be ignored.
 std::string configurationFolder()
 {
     const std::string folder = environment("XDG_CONFIG_HOME");

@@ -4,11 +4,11 @@
 
 namespace stemvault {
 
-/// The value of a variable of the environment; empty when it is not set. From any thread: nothing
-/// in the program changes the environment.
+/// The value of an environment variable; empty if it is not set. May be called from any thread: the
+/// program changes no variable but XDG_ACTIVATION_TOKEN.
 [[nodiscard]] std::string environment(const char* name);
 
-/// The folder of the user's configuration files.
+/// The folder for the user's configuration files.
 [[nodiscard]] std::string configurationFolder();
 
 } // namespace stemvault

@@ -5,10 +5,10 @@
 #include <string>
 #include <string_view>
 
-/// Texts of fields, as the kernel prints them below /proc and as desktop entries have them.
+/// Parsing of fields, as found in the kernel's tables below /proc and in desktop entries.
 namespace stemvault {
 
-/// Takes the text before the next separator off the front, and the separator with it.
+/// Removes the text up to and including the next separator; returns it without the separator.
 inline std::string_view takeField(std::string_view& text, char separator)
 {
     const auto end = std::min(text.find(separator), text.size());
@@ -17,7 +17,7 @@ inline std::string_view takeField(std::string_view& text, char separator)
     return field;
 }
 
-/// Without the blanks and line ends at its beginning and its end.
+/// The text without leading and trailing blanks and line ends.
 [[nodiscard]] inline std::string_view withoutOuterBlanks(std::string_view text)
 {
     constexpr std::string_view blanks = " \t\r\n";
@@ -25,8 +25,8 @@ inline std::string_view takeField(std::string_view& text, char separator)
     return text.substr(0, text.find_last_not_of(blanks) + 1);
 }
 
-/// With bytes in place of backslashes and three octal digits, as which the kernel writes blanks,
-/// line ends and backslashes in its tables.
+/// Replaces each backslash with three octal digits by the byte it stands for. The kernel escapes
+/// blanks, line ends and backslashes in its tables this way.
 [[nodiscard]] inline std::string unescapedOctal(std::string_view text)
 {
     const auto isByte = [](std::string_view digits) {

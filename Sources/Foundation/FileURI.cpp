@@ -6,7 +6,7 @@ namespace stemvault {
 
 namespace {
 
-/// The part behind the machine's name; empty when that is not this one.
+/// The part after the host; empty if the host is another machine.
 std::string_view localPart(std::string_view uri)
 {
     for (const std::string_view thisMachine : { "file://localhost", "file://", "file:" })

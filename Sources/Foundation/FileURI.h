@@ -6,12 +6,12 @@
 
 namespace stemvault {
 
-/// The URI of the file of this machine that has this absolute path, byte for byte: a name need not
-/// be text, but what goes over a bus must.
+/// The file URI of an absolute path on this machine, byte for byte: a file name need not be valid
+/// UTF-8, but a string sent over D-Bus must be.
 [[nodiscard]] std::string fileURI(std::string_view path);
 
-/// The absolute path that a file URI stands for, byte for byte. Absent for any other URI, for one
-/// of another machine's file and for one that no file can have.
+/// The absolute path in a file URI, byte for byte. Absent for any other URI, for one with another
+/// machine's name and for one whose path no file can have.
 [[nodiscard]] std::optional<std::string> pathOfFileURI(std::string_view uri);
 
 } // namespace stemvault

@@ -28,7 +28,7 @@ public:
         return FileURL(stemvault::appendingPathComponent(text, name));
     }
 
-    /// Two locations are the same when their paths are, a trailing slash aside.
+    /// Two locations are equal if their paths are equal, ignoring a trailing slash.
     [[nodiscard]] bool operator==(const FileURL& other) const
     {
         return withoutTrailingSlash(text) == withoutTrailingSlash(other.text);

@@ -11,7 +11,7 @@ namespace stemvault {
 
 std::string homeDirectory()
 {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes it.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the program changes the variable.
     if (const char* const home = std::getenv("HOME"); home && *home == '/')
         return std::string(withoutTrailingSlash(home));
     passwd entry {};

@@ -4,8 +4,8 @@
 
 namespace stemvault {
 
-/// The user's home folder as the system reports it, without a trailing slash; empty when it does
-/// not say.
+/// The user's home folder without a trailing slash, from HOME or else the user database; empty if
+/// neither gives one.
 [[nodiscard]] std::string homeDirectory();
 
 } // namespace stemvault

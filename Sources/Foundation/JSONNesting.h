@@ -4,8 +4,8 @@
 
 namespace stemvault {
 
-/// Whether lists and objects stand within one another so deeply that reading the text would take a
-/// multiple of it in memory, and walking what was read could use up the stack. None of ours does.
+/// Whether arrays and objects are nested so deeply that parsing the text would take several times
+/// its size in memory and walking the result could overflow the stack. Our own files never are.
 [[nodiscard]] bool isNestedTooDeeply(std::string_view json);
 
 } // namespace stemvault

@@ -9,7 +9,7 @@
 
 namespace stemvault {
 
-/// One in-process notice: its name and, where it has one, its payload.
+/// One in-process notification: its name and, if it has one, its payload.
 struct Notification {
     std::string name;
     std::map<std::string, std::string> userInfo;
@@ -17,20 +17,22 @@ struct Notification {
     [[nodiscard]] bool operator==(const Notification&) const = default;
 };
 
-/// Hands notices to whoever observes their name. Safe from every thread.
+/// Delivers notifications to the observers of their name. May be used from any thread.
 class NotificationCenter {
 public:
     using Observer = std::function<void(const Notification&)>;
 
     [[nodiscard]] static NotificationCenter& defaultCenter();
 
-    /// Observers are called in the order in which they were added. `owner` is only a handle.
+    /// Observers are called in the order in which they were added. `owner` is an identity for
+    /// `removeObserver` and is never dereferenced.
     void addObserver(const void* owner, const std::string& name, Observer observer);
 
-    /// Afterwards no new notice reaches the owner's observers; one already on its way may.
+    /// Notifications posted afterwards no longer reach the owner's observers; one that is being
+    /// delivered meanwhile may.
     void removeObserver(const void* owner);
 
-    /// Calls the observers on this thread, before returning.
+    /// Calls the observers on the calling thread, before it returns.
     void post(const Notification& notification);
 
 private:

@@ -7,8 +7,8 @@
 
 namespace stemvault {
 
-/// The number that a text is, from its first character to its last; absent for any other text and
-/// for a number out of range. No sign but "-" and no white space.
+/// Parses the whole text as a number. Absent if anything else is in the text or the number is out
+/// of range. White space and a leading "+" are not accepted.
 template <typename Number>
 [[nodiscard]] std::optional<Number> numberOf(std::string_view text, int base = 10)
 {

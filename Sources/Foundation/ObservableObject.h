@@ -6,10 +6,10 @@
 
 namespace stemvault {
 
-/// Tells its subscribers that one of its values is about to change; they read it afterwards.
+/// Notifies its subscribers before one of its values changes; they read the new value afterwards.
 class ObservableObject {
 public:
-    /// Subscribers are called in the order in which they came and are never removed.
+    /// Subscribers are called in the order in which they subscribed and are never removed.
     void onWillChange(std::function<void()> subscriber)
     {
         subscribers.push_back(std::move(subscriber));
@@ -18,7 +18,7 @@ public:
 protected:
     void willChange() const
     {
-        // A copy: a subscriber may bring another one.
+        // A copy, because a subscriber may add another one.
         for (const auto& subscriber : std::vector(subscribers))
             subscriber();
     }

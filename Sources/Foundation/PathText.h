@@ -5,10 +5,10 @@
 
 namespace stemvault {
 
-// Paths are text and are compared as text. Nothing here asks the disk. File names are bytes: a name
-// that is not UTF-8 passes through all of these unchanged.
+// These functions treat paths as text and never access the disk. File names are bytes: a name that
+// is not UTF-8 passes through unchanged.
 
-/// The text after the last slash, a trailing slash left out: "b" of "/a/b" and "/a/b/"; "/" of "/".
+/// The text after the last slash, ignoring trailing ones: "b" of "/a/b" and "/a/b/"; "/" of "/".
 [[nodiscard]] std::string lastPathComponent(std::string_view path);
 
 /// The path without its last component: "/a" of "/a/b" and "/a/b/"; "/" of "/a" and "/".
@@ -20,7 +20,7 @@ namespace stemvault {
 /// The text after the last full stop of the last component; empty if there is none.
 [[nodiscard]] std::string pathExtension(std::string_view path);
 
-/// The path without one trailing slash; "/" stays.
+/// The path without one trailing slash; "/" is kept.
 [[nodiscard]] std::string_view withoutTrailingSlash(std::string_view path);
 
 } // namespace stemvault

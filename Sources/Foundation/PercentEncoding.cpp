@@ -12,7 +12,7 @@ constexpr std::string_view unreserved = "ABCDEFGHIJKLMNOPQRSTUVWXYZ"
                                         "abcdefghijklmnopqrstuvwxyz"
                                         "0123456789-._~/";
 
-/// The byte that two hexadecimal digits stand for; absent if they are not exactly that.
+/// The value of two hexadecimal digits; absent for any other text.
 std::optional<char> byteOf(std::string_view pair)
 {
     unsigned char byte = 0;

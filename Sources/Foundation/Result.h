@@ -10,10 +10,10 @@ namespace stemvault {
 /// Why something could not be done, in words a user can read.
 struct Failure {
     std::string description;
-    bool mayPass = false; ///< What was asked for is still changing; it may work once that ends.
+    bool mayPass = false; ///< The item is still changing; a later attempt may succeed.
 };
 
-/// A value, or the reason why there is none. Shaped like std::expected, so that it can become one.
+/// A value, or the reason why there is none. Shaped like std::expected, which may replace it later.
 template <typename T> class [[nodiscard]] Result {
 public:
     Result(T value) : content(std::move(value)) { }

@@ -8,7 +8,7 @@ namespace {
 
 std::vector<std::function<void()>>& destroyers()
 {
-    // Never destroyed, so that no instance ends in the middle of the process's exit.
+    // Never destroyed, so that no instance is destroyed while the process exits.
     static auto& list = *new std::vector<std::function<void()>>;
     return list;
 }

@@ -5,10 +5,10 @@
 
 namespace stemvault {
 
-/// Keeps the one instance of each long-lived class, in the order in which they were made.
+/// Keeps the single instance of each long-lived class, in the order of their creation.
 class SharedInstances {
 public:
-    /// For tests: drops every instance, the latest first. The program itself never does.
+    /// For tests: destroys every instance, the newest first. The program itself never calls it.
     static void destroyAll();
 
 private:
@@ -28,7 +28,7 @@ public:
         return *instance;
     }
 
-    /// Whether it has been made yet; asking does not make it.
+    /// Whether the instance exists; the call does not create it.
     [[nodiscard]] static bool isMade() { return instance != nullptr; }
 
     Shared(const Shared&) = delete;

@@ -7,13 +7,13 @@
 
 namespace stemvault {
 
-/// A URL, absolute or relative, taken apart where its query stands.
+/// A URL, absolute or relative, split before and after its query.
 class URLComponents {
 public:
-    /// Absent for a text that is not a URL by the letter of RFC 3986.
+    /// Absent if the text is not a URL as defined by RFC 3986.
     [[nodiscard]] static std::optional<URLComponents> fromString(const std::string& text);
 
-    /// Replaces the whole query. Names and values are any bytes; they are percent-encoded.
+    /// Replaces the whole query. Names and values may hold any bytes; they are percent-encoded.
     void setQueryItems(const std::vector<std::pair<std::string, std::string>>& items);
 
     [[nodiscard]] std::string absoluteString() const { return location + query + fragment; }

@@ -26,7 +26,7 @@ bool isASCII(std::string_view text)
     return std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
 }
 
-/// Control characters, separators of lines, and what turns the direction of the text around it.
+/// Control characters, line separators, and characters that change the direction of text.
 bool isInvisible(UChar32 character)
 {
     return character < 0x20 || (character >= 0x7F && character < 0xA0)
@@ -68,7 +68,7 @@ std::string printable(std::string_view name)
 
 std::string lowercased(std::string_view text)
 {
-    // Almost every name and extension is plain ASCII: no call into the library for those.
+    // Almost every name and extension is plain ASCII, which needs no call into ICU.
     if (isASCII(text) || !isValidUTF8(text))
         return asciiLowercased(text);
     std::string lowered;

@@ -7,8 +7,8 @@ namespace stemvault {
 
 [[nodiscard]] bool isValidUTF8(std::string_view bytes);
 
-/// The text to show of a name: what is not UTF-8, every control character, those that end a line,
-/// and those that turn the direction of the text around them, become U+FFFD.
+/// A name as text to display: bytes that are not UTF-8, control characters, line separators and
+/// characters that change the direction of text become U+FFFD.
 [[nodiscard]] std::string printable(std::string_view name);
 
 /// Full Unicode lower case, independent of the locale. Text that is not UTF-8 has only its ASCII

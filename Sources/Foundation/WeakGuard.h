@@ -5,8 +5,9 @@
 
 namespace stemvault {
 
-/// Lets deferred work hold its owner weakly. Declare it as the last member, so that it dies first:
-/// what `guard` returns then does nothing. Guarded work must run on the thread that ends the owner.
+/// Keeps deferred work from running after its owner is destroyed. Declare it as the last member, so
+/// that it is destroyed first; what `guard` returned then does nothing. Guarded work must run on
+/// the thread that destroys the owner.
 class WeakGuard {
 public:
     template <typename Work> [[nodiscard]] auto guard(Work work) const
@@ -18,7 +19,7 @@ public:
             };
     }
 
-    /// A weak token for work on another thread, which may ask only whether the owner is gone.
+    /// A token for work on another thread, which may only check whether the owner still exists.
     [[nodiscard]] std::weak_ptr<const char> token() const { return life; }
 
     WeakGuard() = default;
