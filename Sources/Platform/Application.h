@@ -14,40 +14,41 @@ enum class ActivationPolicy {
     Prohibited = 2, ///< Works in the background only.
 };
 
-/// What the program does at the steps of its life. Called on the main thread, while `run` runs.
+/// Callbacks for the start, the reopening and the end of the program. Called on the main thread
+/// while `run` runs.
 class ApplicationDelegate {
 public:
     virtual ~ApplicationDelegate() = default;
 
-    /// Called once, when the event loop runs and windows can be shown.
+    /// Called once, when the event loop is running and windows can be shown.
     virtual void applicationDidFinishLaunching() = 0;
 
-    /// Called each time that the user starts the program while it runs, between the other two. The
-    /// second process ends at once; this one is to show itself.
+    /// Called each time the user starts the program while it is already running, between the other
+    /// two callbacks. The second process exits at once; this one should show a window.
     virtual void applicationShouldHandleReopen() = 0;
 
     /// Called once, before the event loop ends and before open alerts return; not called if
-    /// launching never finished. Main-queue work that it asks for may not run any more. Settings
-    /// that it changes are still written.
+    /// launching never finished. Main-queue work that it adds may never run. Settings that it
+    /// changes are still written.
     virtual void applicationWillTerminate() = 0;
 };
 
 /// What the user had selected when choosing a service.
 struct Pasteboard {
-    /// Absolute paths, in the file manager's order. Absent when the selection holds no file of this
-    /// machine. Nothing is promised about the items: they may not exist.
+    /// Absolute paths, in the file manager's order. Absent when the selection contains no file on
+    /// this machine. The paths have not been checked: an item may not exist.
     std::optional<std::vector<std::string>> filenames;
 };
 
-/// Answers the services that other programs offer on their selection.
+/// Performs the services that other programs offer for their selection.
 class ServicesProvider {
 public:
     virtual ~ServicesProvider() = default;
 
     /// Performs the service called `message` and returns when it is done. It may run modal alerts,
     /// and while one is open it may be called again for another selection. If the service fails,
-    /// `error` becomes a text for the user; otherwise `error` stays as it was. Returns false only
-    /// when there is no service of that name. Called on the main thread.
+    /// `error` is set to a text for the user; otherwise it is unchanged. Returns false only when
+    /// there is no service of that name. Called on the main thread.
     virtual bool perform(const std::string& message, const Pasteboard& pasteboard,
         const std::string& userData, std::string& error) = 0;
 };
@@ -58,24 +59,24 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    /// Called before `run`; an application without a delegate runs, but does nothing.
+    /// Called before `run`. An application without a delegate runs, but does nothing.
     virtual void setDelegate(ApplicationDelegate* delegate) = 0;
 
-    /// Called before `run`. A desktop without such a distinction ignores it. Whatever the policy,
+    /// Called before `run`. A desktop without this distinction ignores it. Whatever the policy,
     /// closing the last window does not end the program.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
 
-    /// Lets `provider` answer the program's services from now on. Requests that came earlier have
-    /// waited and are answered first, from the event loop, never inside this call.
+    /// Sends service requests to `provider` from now on. Requests that arrived earlier have been
+    /// queued and are performed first, from the event loop, never inside this call.
     virtual void setServicesProvider(ServicesProvider* provider) = 0;
 
-    /// Sets the icon of the program's windows, and of alerts without an icon of their own. The
-    /// image is read when the next of them opens.
+    /// Sets the icon of the program's windows, and of alerts that set no icon. The image is read
+    /// when the next window or alert opens.
     virtual void setApplicationIconImage(const Image& image) = 0;
 
-    /// Asks the desktop to bring the program to the front and to give the keyboard to its modal
-    /// window: the one that is open, or the next one if it opens within a few seconds. A desktop
-    /// may refuse, and then shows the window without the keyboard.
+    /// Asks the desktop to bring the program to the front and to give its modal window the keyboard
+    /// focus: the window that is open, or the next one if it opens within a few seconds. A desktop
+    /// may refuse; it then shows the window without the focus.
     virtual void activateIgnoringOtherApps() = 0;
 
     /// Runs the event loop until `terminate` is called, a signal asks the program to end, the

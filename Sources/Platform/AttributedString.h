@@ -10,26 +10,26 @@ namespace stemvault {
 /// or dark background at hand.
 enum class Color {
     Label, ///< Ordinary text.
-    SecondaryLabel, ///< Text of less weight, such as a path below its name.
-    TertiaryLabel, ///< Text of least weight, such as a hint.
-    Accent, ///< What can be used or is selected.
+    SecondaryLabel, ///< Less prominent text, such as a path below its name.
+    TertiaryLabel, ///< The least prominent text, such as a hint.
+    Accent, ///< Interactive or selected elements.
     SystemGreen,
     SystemYellow,
 };
 
-/// The colour of some characters of a text. Positions count characters as the user sees them from
-/// the start of the text, not bytes.
+/// The colour of some characters of a text. Positions count characters as the user sees them, not
+/// bytes, from the start of the text.
 struct ForegroundColor {
     Color color = Color::Label;
     std::size_t location = 0; ///< The first character.
-    std::size_t length = 0; ///< How many of them.
+    std::size_t length = 0; ///< The number of characters.
 
     [[nodiscard]] bool operator==(const ForegroundColor&) const = default;
 };
 
-/// A text of which some characters may have a colour of their own; the others have the usual colour
-/// of the place where it is shown. A desktop that cannot colour a menu's text may show the same
-/// mark as an image instead.
+/// A text in which some characters may have a different colour; the others have the usual colour of
+/// the place where the text is shown. A desktop that cannot colour the text of a menu may show the
+/// coloured characters as an image instead.
 struct AttributedString {
     std::string string; ///< UTF-8, shown as it stands.
     std::optional<ForegroundColor> foregroundColor;

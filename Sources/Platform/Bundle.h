@@ -7,9 +7,9 @@
 
 namespace stemvault {
 
-/// The program's own resources. Main thread only. The methods look at files of the installation and
-/// at nothing else, so they are fast. What they return is a value: it does not keep a file open,
-/// and drawing it later shows nothing if the file has gone.
+/// The program's own resources. Main thread only. The methods access only files of the
+/// installation, so they are fast. They return values that keep no file open; an image whose file
+/// is gone by the time it is drawn shows nothing.
 class Bundle {
 public:
     virtual ~Bundle() = default;
@@ -19,8 +19,8 @@ public:
     [[nodiscard]] virtual std::optional<std::string> pathForResource(
         const std::string& name, const std::string& type) const = 0;
 
-    /// The image in the file at `path`; absent when there is no such file, or it is damaged, or it
-    /// is in no format that the desktop can show.
+    /// The image in the file at `path`; absent when the file does not exist, is damaged or has a
+    /// format that the desktop cannot show.
     [[nodiscard]] virtual std::optional<Image> imageWithContentsOfFile(
         const std::string& path) const = 0;
 
@@ -33,7 +33,7 @@ public:
     [[nodiscard]] virtual std::optional<std::string> shortVersionString() const = 0;
 
     /// The program's own image of that name, else the one in the desktop's icon theme; absent when
-    /// neither has one.
+    /// neither exists.
     [[nodiscard]] virtual std::optional<Image> imageNamed(const std::string& name) const = 0;
 };
 

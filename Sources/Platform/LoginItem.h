@@ -5,7 +5,7 @@
 namespace stemvault {
 
 enum class LoginItemStatus {
-    NotRegistered = 0, ///< The program is not started at login, or the user switched that off.
+    NotRegistered = 0, ///< The program is not started at login, or the user has disabled that.
     Enabled = 1,
     RequiresApproval = 2, ///< Registered, but the user must allow it in the desktop's settings.
     NotFound = 3, ///< The desktop cannot start programs at login.
@@ -17,18 +17,18 @@ class LoginItem {
 public:
     virtual ~LoginItem() = default;
 
-    /// The status at this moment: nothing is cached, since the user may also change it in the
-    /// desktop's own settings. Only `Enabled` means that the program will be started.
+    /// The current status. It is never cached, because the user may also change it in the desktop's
+    /// own settings. Only `Enabled` means that the program will be started.
     [[nodiscard]] virtual LoginItemStatus status() const = 0;
 
-    /// Has the program started at login, from where it runs now. Calling it while registered is a
-    /// success and useful: it enables an entry that the desktop has switched off, and corrects the
-    /// path of a program that was moved. On failure the status is as before, and the error says
-    /// why.
+    /// Makes the desktop start the program at login, from its current path. Calling it while
+    /// registered succeeds and is useful: it enables an entry that was disabled in the desktop's
+    /// settings, and corrects the path of a program that was moved. On failure the status is
+    /// unchanged, and the error says why.
     virtual Result<void> registerItem() = 0;
 
-    /// Has it no longer started. Calling it while not registered is a success, since the result is
-    /// what was asked for. On failure the status is as before, and the error says why.
+    /// Stops the desktop from starting the program at login. Calling it while not registered
+    /// succeeds. On failure the status is unchanged, and the error says why.
     virtual Result<void> unregisterItem() = 0;
 };
 

@@ -16,11 +16,11 @@
 
 namespace stemvault {
 
-/// Everything that the program asks of a desktop, one interface for each subject. Each interface
-/// says which threads may call it, what failure means and who owns what; where it says nothing of
-/// failure, a method cannot fail. No method throws. Only values cross: a path is a UTF-8 string or
-/// the file system's own bytes, a length is in points, a time is a std::chrono type. The references
-/// stay valid for as long as the platform is installed.
+/// Everything that the program needs from a desktop, one interface per subject. Each interface
+/// states which threads may call it, what failure means and who owns what; a method for which no
+/// failure is described cannot fail. No method throws. Only values are passed: a path is a UTF-8
+/// string or the file system's own bytes, a length is in points, a time is a std::chrono type. The
+/// references stay valid for as long as the platform is installed.
 struct Platform {
     Application& application;
     Bundle& bundle;
@@ -36,12 +36,12 @@ struct Platform {
     Windows& windows;
     Workspace& workspace;
 
-    /// The installed platform. There must be one. May be called from any thread; each interface
-    /// then has its own rule about threads.
+    /// The installed platform. There must be one. May be called from any thread, but each interface
+    /// has its own rules about threads.
     [[nodiscard]] static const Platform& current();
 
-    /// Called by `main` before any other thread is started, and by each test. Not owned; null
-    /// removes it.
+    /// Called by `main` before it starts any other thread, and by each test. The platform is not
+    /// owned; null removes it.
     static void install(const Platform* platform);
 };
 

@@ -41,16 +41,16 @@ class MenuDelegate {
 public:
     virtual ~MenuDelegate() = default;
 
-    /// Called on the main thread before the menu opens, to bring the rows of `menu` up to date. It
-    /// is also called at other times, since many panels show a copy that they fetch when they like.
+    /// Called on the main thread before the menu opens, to bring the rows of `menu` up to date.
+    /// Also called at other times, because many panels show a copy that they may fetch at any time.
     /// It must be quick and must not add, remove or reorder rows. `menu` is valid only during the
     /// call.
     virtual void menuWillOpen(Menu& menu) = 0;
 };
 
 /// An item in the status bar. It is shown from `setMenu` until it is destroyed, whenever the
-/// desktop has a status bar: one that appears later, or again after a crash, shows it as well. Main
-/// thread only.
+/// desktop has a status bar, even one that starts later or restarts after a crash. Main thread
+/// only.
 class StatusItem {
 public:
     StatusItem() = default;
@@ -67,13 +67,13 @@ public:
     /// outlive the item.
     virtual void setMenu(Menu menu, MenuDelegate* delegate) = 0;
 
-    /// Must be called when the delegate would now change a row: some desktops do not say when they
-    /// open a menu, so they are sent the new rows at once. May call menuWillOpen from within. A
-    /// menu that is open keeps its rows.
+    /// Must be called when menuWillOpen would change a row: some desktops do not announce that they
+    /// open a menu, so they are sent the new rows at once. May call menuWillOpen before it returns.
+    /// A menu that is open keeps its rows.
     virtual void setMenuNeedsUpdate() = 0;
 
-    /// Whether a status bar shows the item at this moment. False for the first moments after
-    /// `setMenu`, until the desktop has answered, and on a desktop without a status bar.
+    /// Whether a status bar currently shows the item. False for the first moments after `setMenu`,
+    /// until the desktop has answered, and on a desktop without a status bar.
     [[nodiscard]] virtual bool isVisible() const = 0;
 };
 
@@ -84,8 +84,8 @@ public:
 
     static constexpr double squareLength = -2; ///< As wide as the bar is high.
 
-    /// Makes an item, not yet shown, owned by the caller; never null. `length` is its width in
-    /// points or `squareLength`; panels that decide on the width themselves ignore it.
+    /// Creates an item, not yet shown, owned by the caller; never null. `length` is its width in
+    /// points or `squareLength`; panels that choose the width themselves ignore it.
     [[nodiscard]] virtual std::unique_ptr<StatusItem> statusItem(double length) = 0;
 };
 

@@ -14,15 +14,15 @@ public:
 
     using CompletionHandler = std::function<void(const Result<std::string>& body)>;
 
-    /// Starts a GET without headers of our own and returns at once. Redirects are followed, but not
-    /// from HTTPS to HTTP.
+    /// Starts a GET request without custom headers and returns at once. Redirects are followed, but
+    /// not from HTTPS to HTTP.
     ///
     /// The handler is called once, never inside this call, on any thread; not at all if the program
     /// ends first. It receives the bytes of the body whatever the status of the response: an error
-    /// page is a body, too. Failure means that there is no whole body: the URL or the certificate
-    /// is bad, the server is unreachable, the connection broke, a minute has passed, or the body is
-    /// larger than 4 MiB. The failure then holds a text, never empty, for a log rather than the
-    /// user.
+    /// page is a body, too. It receives a failure when the body is not complete: the URL or the
+    /// certificate is bad, the server is unreachable, the connection broke, a minute has passed, or
+    /// the body is larger than 4 MiB. The text of a failure is never empty and is meant for a log
+    /// rather than the user.
     virtual void dataTask(const std::string& url, CompletionHandler completionHandler) = 0;
 };
 

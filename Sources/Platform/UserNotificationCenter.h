@@ -6,7 +6,7 @@
 
 namespace stemvault {
 
-/// What the program would like to do; options are combined with |.
+/// What the program asks permission for; options are combined with |.
 namespace AuthorizationOption {
 inline constexpr std::uint32_t Sound = 0x02;
 inline constexpr std::uint32_t Alert = 0x04;
@@ -22,7 +22,7 @@ enum class UserNotificationSound { None, Default };
 
 /// A message that needs no answer. Texts are UTF-8 and shown as they stand, never as markup.
 struct UserNotification {
-    std::string identifier; ///< Different for each; one that is used again may replace the earlier.
+    std::string identifier; ///< Unique; if reused, it may replace the earlier notification.
     std::string title; ///< One line.
     std::string body;
     UserNotificationSound sound = UserNotificationSound::None;
@@ -47,19 +47,19 @@ class UserNotificationCenter {
 public:
     virtual ~UserNotificationCenter() = default;
 
-    /// Sets who decides about notifications while the program is in front; without a delegate all
-    /// are shown. Not owned: it must outlive the center, or be replaced by null before. Main thread
-    /// only.
+    /// Sets the delegate that decides about notifications while the program is in front; without
+    /// one, all are shown. Not owned: it must outlive the center or first be replaced by null. Main
+    /// thread only.
     virtual void setDelegate(UserNotificationCenterDelegate* delegate) = 0;
 
     /// Asks for permission and returns at once. The handler is called once on the main thread,
-    /// never inside this call, with false where nothing can be shown; not at all if the program
-    /// ends first. `add` may be called without it, and before the answer. Main thread only.
+    /// never inside this call, with false if nothing can be shown; not at all if the program ends
+    /// first. `add` may be called without asking and before the answer. Main thread only.
     virtual void requestAuthorization(
         std::uint32_t options, std::function<void(bool granted)> completionHandler) = 0;
 
-    /// Posts a notification and returns at once. One that cannot be shown is dropped, and the
-    /// caller does not learn of it. From any thread.
+    /// Posts a notification and returns at once. One that cannot be shown is dropped without
+    /// notice to the caller. From any thread.
     virtual void add(const UserNotification& notification) = 0;
 };
 

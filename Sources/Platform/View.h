@@ -13,11 +13,11 @@
 
 namespace stemvault {
 
-// What a window shows, as values. A program's `body()` builds a tree of these anew for each
-// drawing; the backend compares it with the tree before and changes only what differs. Building and
-// comparing touch no window, so views may be made anywhere and tests read them as data. Texts are
-// UTF-8 and shown as they stand, never as markup. Lengths are in points. Callbacks are called on
-// the main thread, from the event loop.
+// The content of a window, as values. The program's `body()` builds a new tree of views for each
+// drawing; the backend compares it with the previous tree and changes only what differs. Building
+// and comparing trees touches no window, so views can be built anywhere and tests can read them as
+// data. Texts are UTF-8 and shown as they stand, never as markup. Lengths are in points. Callbacks
+// are called on the main thread, from the event loop.
 
 struct View;
 
@@ -43,16 +43,16 @@ struct Text {
     [[nodiscard]] bool operator==(const Text&) const = default;
 };
 
-/// A picture that is as high as a line of the font, coloured like a text.
+/// A picture as high as a line of text in the font, drawn in a text colour.
 struct Symbol {
-    std::string systemName; ///< Of Bundle::imageWithSystemSymbolName; unknown: nothing is drawn.
+    std::string systemName; ///< For Bundle::imageWithSystemSymbolName; unknown: nothing is drawn.
     Color color = Color::Label;
     Font font {};
 
     [[nodiscard]] bool operator==(const Symbol&) const = default;
 };
 
-/// A symbol with a text beside it, such as the title of a section.
+/// A symbol followed by a text, such as the title of a section.
 struct Label {
     std::string title;
     std::string systemImage; ///< The name of the symbol.
@@ -70,20 +70,20 @@ struct Button {
     enum class Style { Bordered, Plain };
 
     std::variant<Text, Symbol> label;
-    Action action; ///< May change the view and so remove the button.
+    Action action; ///< May change the view and thereby remove the button.
     Style style = Style::Bordered;
     ControlSize size = ControlSize::Regular;
-    std::string help; ///< The tool tip. It also names a button with a symbol to screen readers.
+    std::string help; ///< The tooltip. Screen readers also read it for a button with a symbol.
 
     [[nodiscard]] bool operator==(const Button&) const = default;
 };
 
-/// A switch with its title.
+/// A switch with a title.
 struct Toggle {
     std::string title;
     bool isOn = false;
-    /// Called when the user, not the program, moves the switch. The view must then be drawn again:
-    /// the switch shows `isOn` of that drawing, so a change that was refused goes back.
+    /// Called when the user, not the program, changes the switch. The view must then be drawn
+    /// again: the switch shows the new `isOn`, so a change that was refused is undone.
     std::function<void(bool)> onChange;
     ControlSize size = ControlSize::Regular;
 
@@ -98,7 +98,7 @@ struct Divider {
     [[nodiscard]] bool operator==(const Divider&) const = default;
 };
 
-/// Empty room that takes whatever the others in its stack leave.
+/// Empty space that fills the room left by the other views in its stack.
 struct Spacer {
     [[nodiscard]] bool operator==(const Spacer&) const = default;
 };
@@ -110,14 +110,14 @@ struct Stack {
 
     Axis axis = Axis::Vertical;
     Alignment alignment = Alignment::Leading;
-    std::optional<double> spacing; ///< Between two children; absent: the desktop's own.
+    std::optional<double> spacing; ///< Between two children; absent: the desktop's default.
     std::vector<View> children;
-    bool isList = false; ///< It scrolls by itself when the screen has no room for all its rows.
+    bool isList = false; ///< It scrolls separately when the screen has no room for all its rows.
 
     [[nodiscard]] bool operator==(const Stack&) const;
 };
 
-/// The room around a view; absent: the desktop's own.
+/// The space around a view; absent: the desktop's default.
 struct Padding {
     std::optional<double> horizontal = 0;
     std::optional<double> vertical = 0;
@@ -133,9 +133,9 @@ struct View {
 
     Content content;
     Padding padding;
-    std::optional<double> width; ///< Absent: as wide as the content and the surroundings ask.
-    /// Identifies a row of a list from one drawing to the next, so that the keyboard's focus stays
-    /// on it when rows before it come and go. Unique among its siblings, or empty.
+    std::optional<double> width; ///< Absent: as wide as the content and the layout require.
+    /// Identifies a row of a list from one drawing to the next, so that it keeps the keyboard focus
+    /// when rows before it come and go. Unique among its siblings, or empty.
     std::string id;
 
     template <typename Node>

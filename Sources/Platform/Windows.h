@@ -30,29 +30,30 @@ public:
     /// Sets what the frame offers; called before the window is shown for the first time.
     virtual void setStyleMask(std::uint32_t mask) = 0;
 
-    /// Draws the view to know its size and moves the window to the middle of the screen that the
-    /// pointer is on. Desktops that place windows themselves ignore the move. Afterwards it stays
-    /// where the user leaves it.
+    /// Draws the view to determine its size and moves the window to the middle of the screen that
+    /// the pointer is on. Desktops that place windows themselves ignore the move. The window then
+    /// stays where the user leaves it.
     virtual void center() = 0;
 
-    /// Shows it, drawn anew if it was hidden, in front of the program's other windows, and gives it
-    /// the keyboard. A desktop may refuse the keyboard to a program that is not in front.
+    /// Shows the window in front of the program's other windows, redrawn if it was hidden, and
+    /// gives it the keyboard focus. A desktop may refuse the focus to a program that is not in
+    /// front.
     virtual void makeKeyAndOrderFront() = 0;
 
-    /// Has a visible window drawn again from the event loop, never inside this call; several calls
-    /// in a row draw it once. The keyboard's focus and the scroll position stay. On a hidden window
-    /// it does nothing, because showing one draws it.
+    /// Schedules a redraw of a visible window from the event loop, never inside this call; several
+    /// calls in a row cause one redraw. The keyboard focus and the scroll position are kept. Does
+    /// nothing for a hidden window, because showing it redraws it.
     virtual void setNeedsDisplay() = 0;
 };
 
-/// Makes windows. Main thread only.
+/// Creates windows. Main thread only.
 class Windows {
 public:
     virtual ~Windows() = default;
 
-    /// Makes a window, not yet shown; never null. `body` is kept as long as the window, and called
-    /// on the main thread for every drawing. It returns a Stack, must be quick, and must not draw
-    /// or destroy the window.
+    /// Creates a window, not yet shown; never null. `body` is kept as long as the window exists and
+    /// called on the main thread for every drawing. It returns a Stack, must be quick, and must not
+    /// draw or destroy the window.
     [[nodiscard]] virtual std::unique_ptr<Window> window(std::function<View()> body) = 0;
 };
 

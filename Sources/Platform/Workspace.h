@@ -12,25 +12,25 @@ namespace stemvault {
 
 /// An application as it was when it was listed.
 struct RunningApplication {
-    /// What identifies the application on every machine, such as "com.cockos.reaper". Absent where
-    /// nothing does.
+    /// Identifies the application on every machine, such as "com.cockos.reaper". Absent if it has
+    /// no such identifier.
     std::optional<std::string> bundleIdentifier;
     /// Regular from its first window, or from its start if it is a known DAW, until it ends.
     ActivationPolicy activationPolicy = ActivationPolicy::Prohibited;
-    std::optional<std::string> localizedName; ///< As the desktop shows it; absent where unknown.
+    std::optional<std::string> localizedName; ///< As the desktop shows it; absent if unknown.
     std::int32_t processIdentifier = 0;
-    /// The process that holds files open for this one, and perhaps for others as well; 0 when there
-    /// is none. A Windows program's files belong to its Wine server until the program reads them.
+    /// A process that holds files open for this one, and perhaps for others as well; 0 if there is
+    /// none. A Windows program's files are open in its Wine server until the program reads them.
     std::int32_t fileServerIdentifier = 0;
 
     [[nodiscard]] bool operator==(const RunningApplication&) const = default;
 };
 
 enum class WorkspaceNotification {
-    DidLaunchApplication, ///< A process became a regular application, or got another name.
+    DidLaunchApplication, ///< A process became a regular application, or its name changed.
     DidTerminateApplication, ///< The process of a regular application ended.
-    /// The user turned to another window, or the title of a DAW's window changed: either way it may
-    /// have opened another session.
+    /// The user switched to another window, or the title of a DAW's window changed: in either case
+    /// a DAW may have opened another session.
     DidActivateApplication,
 };
 
@@ -39,21 +39,22 @@ class Workspace {
 public:
     virtual ~Workspace() = default;
 
-    /// The applications as of now, oldest first. It looks at the processes each time and does not
-    /// rely on events, but reads no disk. Calls no observer inside this call; if something changed
-    /// since the last look, observers are called from the event loop soon after. Must be called
-    /// once before observers are added: launches and ends are told by comparison with it.
+    /// The applications that are running now, oldest first. Examines the processes each time and
+    /// does not rely on events, but reads no disk. Calls no observer inside this call; if something
+    /// has changed since the last check, observers are called from the event loop soon after. Must
+    /// be called once before observers are added, because launches and exits are detected by
+    /// comparison with it.
     [[nodiscard]] virtual std::vector<RunningApplication> runningApplications() const = 0;
 
-    /// Calls `work` on the main thread, from the event loop, after each event of this kind,
-    /// whichever application it is about; events at the same time may be reported once. Observers
-    /// are called in the order in which they were added. `observer` is an identity for
-    /// `removeObserver` and is never dereferenced.
+    /// Calls `work` on the main thread, from the event loop, after each event of this kind in any
+    /// application; simultaneous events may be reported once. Observers are called in the order in
+    /// which they were added. `observer` is an identity for `removeObserver` and is never
+    /// dereferenced.
     virtual void addObserver(
         const void* observer, WorkspaceNotification notification, std::function<void()> work) = 0;
 
-    /// Removes all that was added for `observer`. None of its work runs afterwards, even when this
-    /// is called by another observer during an event. Does nothing for one that is not known.
+    /// Removes everything that was added for `observer`. None of its work runs afterwards, even
+    /// when another observer makes this call during an event. Does nothing for an unknown observer.
     virtual void removeObserver(const void* observer) = 0;
 
     /// Opens an http or https URL in the user's browser. A URL that begins with
