@@ -115,7 +115,7 @@ std::string writingReason(int error, const std::string& folder)
     case ENAMETOOLONG:
         return "its name is too long";
     case EIO:
-    case ESPIPE: // From drives that take a file in one go, once they have lost a part of it.
+    case ESPIPE: // From drives that only accept sequential writes, after part of a file was lost.
         return "the disk of the folder " + folder + " reported an error";
     case ENOTCONN:
     case ENODEV:

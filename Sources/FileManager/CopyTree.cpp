@@ -17,7 +17,7 @@ bool isUnchanged(int item, const struct stat& before)
         && now->st_mtim.tv_nsec == before.st_mtim.tv_nsec;
 }
 
-// Some file systems have no fsync for some items; theirs are as safe as they get.
+// Some file systems do not support fsync for some items; nothing more can be done for those.
 CopyOutcome sync(int item, const CopyOptions& options)
 {
     if (options.durability == Durability::OnDisk && options.calls.fsync(item) != 0
@@ -34,7 +34,7 @@ CopyOutcome finish(int in, int out, const struct stat& source, const CopyOptions
     return sync(out, options);
 }
 
-/// Copies the entries of one folder, each by what it is.
+/// Copies the entries of one folder, each according to its type.
 class EntryCopy {
 public:
     EntryCopy(int sourceFolder, int newFolder, const CopyOptions& copyOptions)
@@ -74,7 +74,8 @@ CopyOutcome EntryCopy::copy(const std::string& name) const
 
 CopyOutcome EntryCopy::copyFile(const std::string& name) const
 {
-    // What has taken its place meanwhile is not opened: a pipe would be waited for.
+    // Checked before its content is opened: if a pipe has taken its place, opening that would
+    // block.
     const FileDescriptor item(::openat(in, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto source = item ? statusOf(item.get()) : std::nullopt;
     if (!source)

@@ -6,15 +6,15 @@
 
 namespace stemvault {
 
-// From one open item into another that is new and empty. When they succeed, the copy holds what the
-// source held when `source` was taken, attributes included, and is on disk if that is asked for. A
-// source that has changed meanwhile is `Changing`.
+// These copy one open item into another that is new and empty. On success the copy holds what the
+// source held when the status `source` was read, including its attributes, and is on disk if the
+// options ask for that. If the source has changed since then, the fault is `Changing`.
 
 [[nodiscard]] CopyOutcome copyWholeFile(
     int in, int out, const struct stat& source, const CopyOptions& options);
 
-/// Links are copied as links, pipes and sockets are made anew as what they are, never opened. A
-/// device needs a right that users do not have, and so fails the copy.
+/// Links are copied as links. Pipes and sockets are created anew and never opened. Creating a
+/// device needs a privilege that users do not have, so a device makes the copy fail.
 [[nodiscard]] CopyOutcome copyWholeFolder(
     int in, int out, const struct stat& source, const CopyOptions& options);
 

@@ -17,7 +17,7 @@ namespace stemvault {
 
 namespace {
 
-// Opens a copy of the folder's descriptor with a place in the listing of its own.
+// Opens the folder again, so that the new descriptor has its own position in the listing.
 FileDescriptor reopened(int folder)
 {
     return FileDescriptor(::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -28,7 +28,7 @@ bool isDots(std::string_view name)
     return name == "." || name == "..";
 }
 
-// A folder that its owner may not enter is opened up first: it is about to be removed.
+// A folder about to be removed may lack its owner's permissions; it is first given all of them.
 FileDescriptor openToEmpty(int folder, const std::string& name, const struct stat& status)
 {
     const FileDescriptor item(
@@ -160,7 +160,7 @@ std::optional<std::vector<std::string>> namesIn(int folder)
     static_cast<void>(listed.release());
     std::vector<std::string> names;
     errno = 0;
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): the stream belongs to this call alone.
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): no other call uses this stream.
     while (const dirent* entry = ::readdir(stream.get()))
         if (!isDots(entry->d_name))
             names.emplace_back(entry->d_name);

@@ -16,7 +16,7 @@ namespace stemvault {
 
 namespace {
 
-// Attributes are at most this large in the kernel's own interface, and so is the list of names.
+// The kernel's limit for the size of an attribute and for the size of the list of names.
 constexpr std::size_t largestAttribute = 65536;
 
 void copyUserAttributes(int in, int out)
@@ -40,7 +40,7 @@ void copyUserAttributes(int in, int out)
 
 constexpr mode_t groupPermissions = S_IRWXG;
 
-/// The extended access control list of an item, as the kernel hands it out; empty without one.
+/// The extended access control list of an item in the kernel's binary format; empty without one.
 std::string accessList(int item)
 {
     std::string list(largestAttribute, '\0');
@@ -49,8 +49,8 @@ std::string accessList(int item)
     return list;
 }
 
-// With an access control list, the group bits of the mode are its mask. What the group itself may
-// do is an entry of its own.
+// With an access control list, the group bits of the mode are the list's mask. The permissions of
+// the group itself are in a separate entry.
 mode_t groupPermissionsIn(const std::string& list, mode_t mask)
 {
     constexpr std::uint16_t group = 0x04;
@@ -67,8 +67,8 @@ mode_t groupPermissionsIn(const std::string& list, mode_t mask)
     return mask;
 }
 
-// The process's umask, which can be asked for only by setting it, is read where that disturbs no
-// other thread.
+// The process's umask is read from /proc: umask(2) returns it only by changing it, which would
+// affect other threads.
 mode_t currentUmask()
 {
     std::ifstream status("/proc/self/status");
@@ -82,7 +82,7 @@ mode_t permissionsFor(int in, int out, const struct stat& source)
 {
     mode_t mode = source.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
     mode = (mode & ~groupPermissions) | groupPermissionsIn(accessList(in), mode & groupPermissions);
-    // In a folder that hands down an access control list, that list limits new items instead.
+    // If the folder has a default access control list, that list limits new items instead.
     if (accessList(out).empty())
         mode &= ~currentUmask();
     const auto made = statusOf(out);

@@ -9,15 +9,15 @@
 namespace stemvault {
 
 /// Gives `out` the user attributes, the permissions and the modification time of `in`, as far as
-/// the destination can hold them. Permissions are those of the source without what the umask takes
-/// from every new item; special bits stay behind, but a new folder keeps the group that its parent
-/// hands down.
+/// the destination supports them. The umask applies to the permissions as to those of every new
+/// item. The set-user-ID, set-group-ID and sticky bits are not copied, but a new folder keeps the
+/// set-group-ID bit that it inherited from its parent.
 void copyAttributes(int in, int out, const struct stat& source, const CopyOptions& options);
 
 using Times = std::array<timespec, 2>;
 
-/// The source's time of modification and, as time of access, now: file systems built on libfuse 2
-/// set both times or, without an error, neither.
+/// The current time as the access time, and the source's modification time. The access time is
+/// included because file systems built on libfuse 2 set both times or, without an error, neither.
 [[nodiscard]] Times modificationTime(const struct stat& source);
 
 } // namespace stemvault

@@ -17,8 +17,8 @@ bool isFull(int error)
     return error == ENOSPC || error == EDQUOT || error == EFBIG;
 }
 
-// How the kernel and file systems say that they cannot copy between two files by such a means; CIFS
-// has said ENOENT. Anything else is an error that no other means mends.
+// The errors by which the kernel and file systems report that they cannot copy between two files by
+// some method; CIFS has returned ENOENT. After any other error, no other method would succeed.
 bool isRefusal(int error)
 {
     constexpr int refusals[] = { EACCES, EBADF, EINVAL, ENOENT, ENOSYS, ENOTTY, EOPNOTSUPP, EPERM,
@@ -62,7 +62,7 @@ CopyOutcome ContentCopy::copyAll(off_t size)
     return copyRange(0, size);
 }
 
-// A full disk shows before the first byte, and blocks in one piece are written faster.
+// Detects a full disk before the first byte is written; contiguous blocks are also written faster.
 CopyOutcome ContentCopy::reserve(off_t size) const
 {
     if (options.calls.fallocate(out, FALLOC_FL_KEEP_SIZE, 0, size) != 0 && isFull(errno))
@@ -70,7 +70,7 @@ CopyOutcome ContentCopy::reserve(off_t size) const
     return std::nullopt;
 }
 
-// Drives that take a file from its beginning to its end alone cannot leave holes.
+// Drives that only accept sequential writes cannot leave holes.
 CopyOutcome ContentCopy::copyWithHoles(off_t size)
 {
     if (options.calls.ftruncate(out, size) != 0)
@@ -90,8 +90,8 @@ CopyOutcome ContentCopy::copyWithHoles(off_t size)
     return std::nullopt;
 }
 
-// Each way of copying is left for the next at its first refusal. Only reading says for sure where a
-// file ends: the kernel's own ways may move nothing where they do not fit.
+// Switches to the next method when one is refused for the first time. Only reading shows reliably
+// where a file ends: the kernel's methods may copy nothing where they are not supported.
 CopyOutcome ContentCopy::copyRange(off_t at, off_t end)
 {
     while (at < end) {
@@ -148,7 +148,7 @@ CopyOutcome ContentCopy::fault(ssize_t moved) const
     return isReadingAtFault ? readingFault() : writingFault();
 }
 
-// The kernel does not say which of the two files failed; reading the same part shows it.
+// The kernel does not report which of the two files failed; reading the same part shows it.
 CopyOutcome ContentCopy::faultInKernel(off_t at, off_t count)
 {
     const CopyFault written = writingFault();
@@ -159,7 +159,7 @@ CopyOutcome ContentCopy::faultInKernel(off_t at, off_t count)
     return written;
 }
 
-// The disk works while the rest is still being copied; otherwise it would begin at the final fsync.
+// Lets the disk start while the rest is still being copied, rather than at the final fsync.
 void ContentCopy::beginWriting(off_t at, off_t count) const
 {
     if (options.durability == Durability::OnDisk)

@@ -6,9 +6,9 @@
 
 namespace stemvault {
 
-/// Copies what `in` held when `source` was taken into the empty file `out`: by sharing blocks where
-/// the file system can, else inside the kernel, else by reading and writing. Holes stay holes. A
-/// file that has become shorter is `Changing`.
+/// Copies what `in` held when its status `source` was read into the empty file `out`: by sharing
+/// blocks if the file system can, else inside the kernel, else by reading and writing. Holes are
+/// kept if the destination supports them. If `in` has become shorter, the fault is `Changing`.
 [[nodiscard]] CopyOutcome copyContent(
     int in, int out, const struct stat& source, const CopyOptions& options);
 

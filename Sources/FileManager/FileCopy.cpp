@@ -25,7 +25,7 @@ bool isWorthAnotherAttempt(const CopyFault& fault)
     return fault.kind == CopyFault::Kind::Changing || fault.kind == CopyFault::Kind::Removed;
 }
 
-/// One copy, from the first look at the source to the final name.
+/// One copy, from opening the source to giving the copy its final name.
 class ItemCopy {
 public:
     ItemCopy(const std::string& fromPath, const std::string& toPath, const CopyOptions& how)
@@ -86,12 +86,12 @@ CopyOutcome ItemCopy::attempt()
         if (staged.giveName())
             return commit(staged);
     }
-    // A file system may know unnamed files and yet refuse to link one; a named file needs no link.
+    // A file system may support unnamed files but refuse to link one; a named file needs no link.
     triesUnnamed = false;
     return attempt();
 }
 
-// Opened once: some drives change a file's date whenever it is opened.
+// The source stays open between attempts: some drives change a file's date whenever it is opened.
 CopyOutcome ItemCopy::openSource()
 {
     FileDescriptor item;
@@ -142,7 +142,7 @@ CopyOutcome ItemCopy::checkDestination() const
     return std::nullopt;
 }
 
-// Both where the source is named and, when that is a link, where it really lies.
+// Checks both the folder in the source's path and, if links lead elsewhere, its real folder.
 bool ItemCopy::isWithinItem(const struct stat& item) const
 {
     if (isFolder() && isWithin(source.get(), item))
@@ -177,13 +177,13 @@ CopyOutcome ItemCopy::fill(const StagedItem& staged) const
 CopyOutcome ItemCopy::commit(StagedItem& staged) const
 {
     const auto fault = staged.commit();
-    // Syncthing clears up what has the name of a staged item and, by the source, an old date.
+    // Syncthing removes items with a staged item's name and an old date, such as the source's.
     if (fault && staged.isGone())
         return faultOf(CopyFault::Kind::Removed);
     return fault ? namingFault(*fault) : fault;
 }
 
-// In a folder that is there, these say that it cannot hold such a name.
+// In a folder that exists, these errors mean that its disk does not allow the name.
 CopyFault ItemCopy::namingFault(const CopyFault& fault) const
 {
     const auto found = statusOf(folder.get());
@@ -193,8 +193,8 @@ CopyFault ItemCopy::namingFault(const CopyFault& fault) const
     return fault;
 }
 
-// Another item under the source's name is what the user means by it now. No item at all is no loss:
-// what is gone was copied whole.
+// If another item has the source's name now, the user means that one. If there is none, nothing is
+// lost: the item that was removed has been copied completely.
 bool ItemCopy::isReplaced() const
 {
     FileDescriptor item;

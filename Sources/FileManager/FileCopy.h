@@ -17,8 +17,8 @@
 
 namespace stemvault {
 
-/// The calls that some file systems refuse, or whose failure leaves something to clear up. They
-/// answer as their namesakes do, with errno set; a test may put others in their place.
+/// The system calls that some file systems refuse, or whose failure requires a cleanup. They behave
+/// like the functions of the same name and set errno; a test may replace them.
 struct SystemCalls {
     std::function<int(int folder, const char* name, int flags, mode_t mode)> openat =
         [](int folder, const char* name, int flags, mode_t mode) {
@@ -46,29 +46,29 @@ struct SystemCalls {
 };
 
 enum class Durability {
-    OnDisk, ///< The copy, and then its name, have reached the disk before success is told.
-    InMemory, ///< The kernel writes when it likes, as it does after `cp`.
+    OnDisk, ///< The copy, and then its name, have reached the disk before success is reported.
+    InMemory, ///< The kernel writes the copy later, as it does after `cp`.
 };
 
 enum class IfTaken {
-    Fail, ///< Whatever bears the name stays, and the copy fails.
-    Replace, ///< The copy takes its place once it is whole.
+    Fail, ///< The item with that name stays, and the copy fails.
+    Replace, ///< The copy takes its place once it is complete.
 };
 
 struct CopyOptions {
-    /// The folder in which the source was found by the program. Absent when the user has named the
-    /// source: then, and only then, a link is followed.
+    /// The folder in which the program found the source. Absent when the user has chosen the
+    /// source; only then is a link followed.
     std::optional<FileIdentity> foundIn;
     IfTaken ifTaken = IfTaken::Fail;
     Durability durability = Durability::OnDisk;
-    /// Copies that a crash left unfinished in the destination folder are removed at this age.
+    /// Unfinished copies that a crash left in the destination folder are removed at this age.
     std::chrono::seconds leftoverAge = std::chrono::hours(24);
     SystemCalls calls;
 };
 
-/// Copies the file or folder `from` to the path `to`, whole or not at all, as FileManager promises.
-/// A source that changes while it is copied is copied again, twice at most.
-/// Safe from every thread.
+/// Copies the file or folder `from` to the path `to`, completely or not at all, as documented in
+/// FileManager.h. A source that changes while it is copied is copied again, twice at most. May be
+/// called from any thread.
 Result<void> copyItem(
     const std::string& from, const std::string& to, const CopyOptions& options = {});
 

@@ -15,8 +15,8 @@ bool isFolder(const FileDescriptor& folder, const FileIdentity& identity)
     return status && FileIdentity { status->st_dev, status->st_ino } == identity;
 }
 
-// Some drives number a folder anew when the kernel has forgotten it, and a program may make its
-// folder anew. Where the path contains no link at all, it still leads to no other place.
+// Some drives give a folder a new inode number once the kernel no longer caches it, and a program
+// may create its folder again. If the path contains no link, it still leads to the same place.
 CopyOutcome findFolder(const std::string& path, const FileIdentity& foundIn, FileDescriptor& folder)
 {
     folder = openPath(path, O_PATH | O_DIRECTORY);

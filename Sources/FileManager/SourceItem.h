@@ -9,9 +9,9 @@
 
 namespace stemvault {
 
-/// Finds the item to be copied, opened without access to its content (O_PATH), so that nothing is
-/// waited for and nothing acts. Without `foundIn` a final link is followed. With it the item must
-/// lie in that folder and be no link, whatever has been put in its place since it was found.
+/// Opens the item to be copied without access to its content (O_PATH), so that a pipe cannot block
+/// and a device does nothing. Without `foundIn` a final link is followed. With it the item must lie
+/// in that folder and must not be a link, whatever has taken its place since it was found.
 [[nodiscard]] CopyOutcome findSource(
     const std::string& path, const std::optional<FileIdentity>& foundIn, FileDescriptor& item);
 

@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-// How file systems say that they know no such kind of rename.
+// The errors by which file systems report that they do not support a kind of rename.
 bool isUnknownRename(int error)
 {
     return error == EINVAL || error == ENOSYS || error == ENOTSUP;
@@ -24,7 +24,7 @@ StagedItem::StagedItem(int parent, std::string nameToBear, const CopyOptions& co
 {
 }
 
-// Closed first: some drives store a file when it is closed, also one that has been removed.
+// Closes the file before removing it: some drives store a file on close even if it was removed.
 StagedItem::~StagedItem()
 {
     descriptor.reset();
@@ -32,7 +32,7 @@ StagedItem::~StagedItem()
         removeItem(folder, name);
 }
 
-// Tries random names until one is free; the name is kept once the call has made something of it.
+// Tries random names until one is unused; keeps the name once the call has created an item with it.
 template <typename Call> bool StagedItem::underFreshName(Call call)
 {
     constexpr int attempts = 100;
@@ -48,7 +48,7 @@ template <typename Call> bool StagedItem::underFreshName(Call call)
     return false;
 }
 
-// In an append-only folder names can be made and neither changed nor removed.
+// In an append-only folder, names can be created but neither changed nor removed.
 bool StagedItem::isInAppendOnlyFolder() const
 {
     struct statx status { };
@@ -113,10 +113,10 @@ CopyOutcome StagedItem::commit()
         return linkToFreeName();
     if (const auto fault = closeFile())
         return fault;
-    // Sync clients wait for a written file to be closed. A linked file has had no such event, so it
-    // is opened once more, to be closed under its final name. A file that was created by name must
-    // not be: some drives (rclone's without a cache) empty a file that is opened for writing and
-    // closed unwritten.
+    // Sync clients wait until a written file is closed. That event has not occurred for a linked
+    // file, so it is opened once more and closed under its final name. A file that was created with
+    // a name must not be opened again: some drives (rclone's without a cache) empty a file that is
+    // opened for writing and closed without a write.
     const FileDescriptor toClose(isUnnamed
             ? ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)
             : -1);
@@ -136,7 +136,7 @@ CopyOutcome StagedItem::linkToFreeName()
     return std::nullopt;
 }
 
-// Network drives may put off writing until a file is closed, and report only then that it failed.
+// Network drives may delay writing until a file is closed and report only then that it failed.
 CopyOutcome StagedItem::closeFile()
 {
     if (!isFolder && options.calls.close(descriptor.release()) != 0)
@@ -163,7 +163,7 @@ CopyOutcome StagedItem::moveToFreeName()
     }
     if (errno == EEXIST)
         return writingFault();
-    // Neither is known here (a FAT disk behind FUSE, say): a look first is all that is left.
+    // Neither is supported here (on a FAT disk behind FUSE, say), so the name is checked first.
     if (linkStatus(folder, finalName))
         return CopyFault { CopyFault::Kind::Writing, EEXIST };
     if (options.calls.renameat2(folder, from, folder, to, 0) != 0)
@@ -183,8 +183,8 @@ CopyOutcome StagedItem::moveOverOld()
 
 CopyOutcome StagedItem::exchangeWithOld()
 {
-    // Marked before it gets the staged item's name: a copy that is killed right after the exchange
-    // leaves the old item under that name, and only what is marked is ever removed.
+    // The old item is marked before it gets the staged item's name: a copy that is killed right
+    // after the exchange leaves it under that name, and leftovers are recognised by the mark.
     const FileDescriptor old(
         ::openat(folder, finalName.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (old)
@@ -213,8 +213,8 @@ CopyOutcome StagedItem::moveOldAside()
     return fault;
 }
 
-// The copy stands now. That its name could not be forced onto the disk would be no reason to take
-// it away again, so that failure is let pass.
+// The copy has its final name now. If the folder cannot be forced onto the disk, that is no reason
+// to remove the copy again, so the failure is ignored.
 void StagedItem::settle()
 {
     name.clear();

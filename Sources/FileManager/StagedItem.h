@@ -8,19 +8,19 @@
 
 namespace stemvault {
 
-/// An item that is being made in the folder where it will stand. Until it is committed it bears no
-/// name or a temporary one, and it goes with this object.
+/// An item that is being created in its destination folder. Until it is committed it has no name or
+/// a temporary one, and it is removed when this object is destroyed.
 class StagedItem {
 public:
-    /// `finalName` is free, or what bears it may be replaced as the options say. The folder stays
-    /// open for as long as the staged item lives.
+    /// `finalName` is unused, or the options allow replacing the item that has it. The folder must
+    /// stay open for as long as the staged item exists.
     StagedItem(int folder, std::string finalName, const CopyOptions& options);
     StagedItem(const StagedItem&) = delete;
     StagedItem& operator=(const StagedItem&) = delete;
     ~StagedItem();
 
-    /// A file that has no name anywhere, so that even a killed process leaves nothing. Not every
-    /// file system has these.
+    /// Creates a file that has no name anywhere, so that even a killed process leaves nothing
+    /// behind. Not every file system supports these.
     [[nodiscard]] bool createUnnamedFile();
     [[nodiscard]] bool createFile();
     [[nodiscard]] bool createFolder();
@@ -28,14 +28,14 @@ public:
     /// The open file or folder, to be filled.
     [[nodiscard]] int item() const { return descriptor.get(); }
 
-    /// Gives an unnamed file its temporary name; any other has it already.
+    /// Gives an unnamed file a temporary name; any other item already has one.
     [[nodiscard]] bool giveName();
 
-    /// Closes a file and puts the item under its final name, in one step for whoever looks. What
-    /// is replaced stays until the new item stands, and stays for good if anything fails.
+    /// Closes a file and gives the item its final name, in one step if the file system can. An item
+    /// that is replaced stays until the new one has the name, and for good if anything fails.
     [[nodiscard]] CopyOutcome commit();
 
-    /// Whether somebody else has removed the item under its temporary name.
+    /// Whether another program has removed the item under its temporary name.
     [[nodiscard]] bool isGone() const;
 
 private:
@@ -56,8 +56,8 @@ private:
     FileDescriptor descriptor;
     bool isFolder = false;
     bool isUnnamed = false;
-    std::string name; ///< Empty while there is none to remove.
-    std::string displaced; ///< The name that the old item bears now.
+    std::string name; ///< The temporary name; empty while there is none to remove.
+    std::string displaced; ///< The current name of the old item.
 };
 
 } // namespace stemvault

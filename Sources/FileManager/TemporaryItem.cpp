@@ -31,14 +31,14 @@ bool isContinuation(char byte)
     return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
 }
 
-// Some file systems take fewer than 255 bytes: a name as long as the final one fits wherever that
-// one does, and a short one always does.
+// Some file systems allow fewer than 255 bytes: a name as long as the final one fits wherever that
+// one does, and a short one always fits.
 std::size_t lengthToKeep(std::string_view name)
 {
     constexpr std::size_t alwaysFits = 64;
     const std::size_t limit = std::clamp<std::size_t>(name.size(), alwaysFits, NAME_MAX);
     std::size_t length = std::min(name.size(), limit - added);
-    // A character has at most three continuation bytes; more are not text and may be cut anywhere.
+    // A character has at most three continuation bytes; more are not UTF-8 and may be cut anywhere.
     for (int i = 0; i < 3 && length < name.size() && length > 1 && isContinuation(name[length]);
          ++i)
         --length;
@@ -62,7 +62,7 @@ std::string randomName(std::string_view beginning, std::string_view name, std::s
     return text.append(randomText()).append(ending);
 }
 
-// The change time cannot be set, unlike the modification time, which a copy takes from its source.
+// Uses the change time, which cannot be set; a copy takes its modification time from its source.
 bool isUntouchedFor(std::chrono::seconds age, const struct stat& status)
 {
     const auto touched = std::chrono::system_clock::from_time_t(status.st_ctim.tv_sec);
@@ -75,7 +75,7 @@ bool isCandidate(const struct stat& status, std::chrono::seconds age)
         && isUntouchedFor(age, status);
 }
 
-// A lock on a network file system needs a file that is open for writing.
+// On a network file system, only a file that is open for writing can be locked.
 FileDescriptor openToLock(int folder, const std::string& name, const struct stat& status)
 {
     constexpr int flags = O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;
@@ -87,7 +87,7 @@ FileDescriptor openToLock(int folder, const std::string& name, const struct stat
     return item;
 }
 
-// A copy that was killed before it could mark its staged item has left it empty.
+// A copy that was killed before it could mark its staged item has left the item empty.
 bool isOurs(int item, const struct stat& status)
 {
     if (::fgetxattr(item, stagedMark, nullptr, 0) >= 0)
@@ -106,7 +106,7 @@ void removeIfLeftover(int folder, const std::string& name, std::chrono::seconds 
     if (isOurs(item.get(), *status))
         removeItem(folder, name);
     else if (S_ISDIR(status->st_mode))
-        ::unlinkat(folder, name.c_str(), AT_REMOVEDIR); // Goes only if it is empty.
+        ::unlinkat(folder, name.c_str(), AT_REMOVEDIR); // Succeeds only if it is empty.
 }
 
 } // namespace
@@ -142,7 +142,7 @@ void unmarkStaged(int folder, const std::string& name)
     const std::string path = "/proc/self/fd/" + std::to_string(folder) + "/" + name;
     if (::lremovexattr(path.c_str(), stagedMark) == 0 || (errno != EACCES && errno != EPERM))
         return;
-    // What its owner may not write has to be writable for this.
+    // An item that its owner may not write must be made writable for this.
     const auto status = linkStatus(folder, name);
     if (!status || S_ISLNK(status->st_mode)
         || ::chmod(path.c_str(), status->st_mode | S_IWUSR) != 0)

@@ -29,8 +29,8 @@ namespace {
 constexpr unsigned int cifsMagic = 0xFF534D42;
 constexpr unsigned int smb2Magic = 0xFE534D42;
 
-// These grant a lease only while the server has handed the file over to this computer, and refuse
-// it with EAGAIN otherwise, whether or not anyone writes.
+// These grant a lease only while the server has delegated the file to this computer, and otherwise
+// refuse it with EAGAIN, whether or not anyone writes.
 bool refusesWithoutWriters(int file)
 {
     struct statfs fileSystem { };
@@ -41,14 +41,15 @@ bool refusesWithoutWriters(int file)
         || type == SMB_SUPER_MAGIC;
 }
 
-// A read lease is granted while nobody can write. Whoever opens the file for writing before it is
-// given back, a few microseconds later, waits for that long; where the open must not wait it fails.
+// A read lease is granted only while nobody can write. A program that opens the file for writing
+// before the lease is released, a few microseconds later, waits until then; if its open must not
+// block, it fails.
 Writers writersByLease(int item)
 {
     const FileDescriptor file(::open(("/proc/self/fd/" + std::to_string(item)).c_str(),
         O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
-    // The holder of a lease is told of such a writer by SIGIO, which ends a program that does not
-    // handle it. SIGURG is ignored unless handled.
+    // The kernel reports such a writer to the holder of the lease by SIGIO, which ends a program
+    // that does not handle it. SIGURG is ignored unless handled.
     if (!file || ::fcntl(file.get(), F_SETSIG, SIGURG) != 0)
         return Writers::Unknown;
     if (::fcntl(file.get(), F_SETLEASE, F_RDLCK) == 0) {
@@ -69,7 +70,7 @@ std::string contentOf(int folder, const std::string& name)
     return content;
 }
 
-/// What comes before the separator, which is taken out with it and all that repeat it.
+/// Removes the text up to the separator and all its repetitions; returns it without them.
 std::string_view takeWord(std::string_view& text, char separator)
 {
     const auto end = std::min(text.find(separator), text.size());
@@ -78,7 +79,7 @@ std::string_view takeWord(std::string_view& text, char separator)
     return word;
 }
 
-/// Whether the table of a descriptor says that it stands for an item with this inode.
+/// Whether the fdinfo of a descriptor says that it refers to an item with this inode.
 bool hasInode(std::string_view description, std::uint64_t inode)
 {
     while (!description.empty()) {
@@ -86,10 +87,10 @@ bool hasInode(std::string_view description, std::uint64_t inode)
         if (takeWord(line, '\t') == "ino:")
             return numberOf<std::uint64_t>(line) == inode;
     }
-    return true; // Linux before 5.14 does not say.
+    return true; // Linux before 5.14 does not give the inode.
 }
 
-/// The link's permissions are those of the descriptor, and its text tells files from sockets.
+/// The link has the permissions of the descriptor, and its text distinguishes files from sockets.
 bool isFileOpenForWriting(int descriptors, const std::string& name)
 {
     const auto link = linkStatus(descriptors, name);
@@ -119,7 +120,7 @@ bool isDevice(std::string_view text, dev_t device)
     return text == expected.data();
 }
 
-/// Whether a line of /proc/PID/maps is of a mapping that writes to the file:
+/// Whether a line of /proc/PID/maps describes a mapping that writes to the file:
 /// "7f0c0-7f0d0 rw-s 00000000 fd:01 1234     /home/a/Mix.wav".
 bool isWritingMapping(std::string_view line, const struct stat& file, std::string_view name)
 {
@@ -131,7 +132,7 @@ bool isWritingMapping(std::string_view line, const struct stat& file, std::strin
     const std::string_view device = takeWord(line, ' ');
     if (numberOf<std::uint64_t>(takeWord(line, ' ')) != file.st_ino)
         return false;
-    // File systems without a device of their own, such as btrfs, have another one in this table.
+    // File systems without a device of their own, such as btrfs, have another number in this table.
     return isDevice(device, file.st_dev)
         || (major(file.st_dev) == 0 && lastPathComponent(line) == name);
 }

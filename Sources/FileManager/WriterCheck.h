@@ -8,20 +8,20 @@ namespace stemvault {
 enum class Writers {
     None,
     Some,
-    Unknown, ///< The file system does not tell and no process of this user is seen to write it.
+    Unknown, ///< The file system does not tell, and no process of this user is seen writing it.
 };
 
-/// Looks at an ordinary file; a link is not followed, and anything else is Unknown. Reads no data,
-/// changes nothing and waits for no writer, but as everything that asks a disk it may hang. From
-/// any thread.
+/// Checks a regular file; a link is not followed, and anything else is Unknown. Reads no data,
+/// changes nothing and waits for no writer, but may hang like every access to a disk. May be called
+/// from any thread.
 [[nodiscard]] Writers writersOf(const std::string& path);
 
-/// As above, for a file that the caller has open in any way, which counts if it is for writing.
+/// As above, for a file that the caller has open; if that is for writing, the caller is a writer.
 [[nodiscard]] Writers writersOf(int descriptor);
 
 /// Whether a process of this user has the file behind a descriptor open for writing, or mapped so
-/// that it can be written, as far as /proc shows. Takes some milliseconds. Asks no disk but the
-/// file's own: a drive that does not answer and has nothing to do with the file changes nothing.
+/// that it can be written, as far as /proc shows. Takes some milliseconds. Accesses no disk but the
+/// file's own, so that another drive that does not respond cannot block it.
 [[nodiscard]] bool isWrittenByOwnProcess(int descriptor);
 
 } // namespace stemvault
