@@ -67,7 +67,7 @@ bool hasText(sd_bus_message* reply, std::string_view wanted)
     return false;
 }
 
-// A service that does not say what it can do is taken for one that reads markup, as most do.
+// A service that does not report its capabilities is assumed to read markup, as most do.
 bool readsMarkup(sd_bus* bus)
 {
     const Message call = makeNotificationCall(bus, "GetCapabilities");
@@ -121,9 +121,9 @@ Result<std::string> Bus::perform(
     return std::string(text);
 }
 
-// The service's reply is waited for, because GNOME asks the bus who sent a notification, and drops
-// that of a sender who has gone. It also takes away what a desktop entry's program has sent when
-// the sender ends, so there is no hint "desktop-entry".
+// Waits for the service's reply, because GNOME asks the bus for the sender of a notification and
+// drops the notification if the sender has exited. GNOME also removes a notification with the hint
+// "desktop-entry" when its sender exits, so that hint is not set.
 void Bus::notify(const std::string& title, const std::string& body) const
 {
     const std::string text = readsMarkup(connection.get()) ? escapedMarkup(body) : body;

@@ -10,19 +10,19 @@ struct sd_bus;
 
 namespace stemvault {
 
-/// The user's session bus, and what the Courier says on it.
+/// The user's session bus, and the calls that the Courier makes on it.
 class Bus {
 public:
-    /// Absent, with the reason, outside of a desktop session.
+    /// Fails outside of a desktop session.
     [[nodiscard]] static Result<Bus> open();
 
-    /// Has the program, which is started if need be, perform a service, and waits for as long as
-    /// the user takes over it. Gives the program's error text, empty when there is none.
+    /// Makes the program perform a service, starting it if necessary, and waits for as long as the
+    /// user takes to answer it. Returns the program's error text, empty if there is none.
     [[nodiscard]] Result<std::string> perform(
         const std::string& service, const std::vector<std::string>& uris) const;
 
-    /// Shows a notification, the body as plain text. Waits a few seconds at most until the
-    /// notification service, which is started if need be, has taken it.
+    /// Shows a notification with a plain text body. Waits at most a few seconds for the
+    /// notification service, which is started if necessary, to accept it.
     void notify(const std::string& title, const std::string& body) const;
 
 private:

@@ -24,7 +24,7 @@ std::vector<std::string_view> linesOf(std::string_view text)
 
 std::vector<std::string> copiedFiles(std::string_view format, std::string_view content)
 {
-    // Any other text may well have the URI of a file in it.
+    // Any other text may contain a file's URI without being a list of copied files.
     if (format == "UTF8_STRING" && !content.starts_with("x-special/nautilus-clipboard\n"))
         return {};
     std::vector<std::string> uris;

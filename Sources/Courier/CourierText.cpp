@@ -14,8 +14,8 @@ bool leadsUp(const path& name)
     return std::ranges::find(name, path("..")) != name.end();
 }
 
-/// The name with its folder, or itself where it ends in "..", as the disk knows it; as it is when
-/// there is no such folder.
+/// The path with the links in its folder resolved, or all of its links if it ends in "..";
+/// unchanged if there is no such folder.
 path resolved(const path& name)
 {
     std::error_code unknown;
@@ -31,7 +31,7 @@ path resolved(const path& name)
 
 std::string absolutePath(std::string_view argument)
 {
-    std::error_code unknown; // Without a working directory the path stays as it is.
+    std::error_code unknown; // Without a working directory, the path is left unchanged.
     const path whole = std::filesystem::absolute(argument, unknown);
     if (unknown)
         return std::string(argument);

@@ -33,7 +33,7 @@ xcb_window_t parentOf(const X11Display& display, xcb_window_t window)
     return reply ? reply->parent : static_cast<xcb_window_t>(XCB_NONE);
 }
 
-/// The window manager knows it better than the server: toolkits give the focus to windows within.
+/// Prefers the window manager's answer to the server's: toolkits give the focus to child windows.
 xcb_window_t activeWindow(const X11Display& display)
 {
     if (display.firstItem(display.rootWindow(), "_NET_SUPPORTING_WM_CHECK") != XCB_NONE)
@@ -51,7 +51,7 @@ std::string windowClass(const X11Display& display, xcb_window_t window)
     return text;
 }
 
-/// The group of the layout that is in use, in which each has two columns of its own.
+/// The active group of the keyboard layout. Each group has two columns in the keyboard mapping.
 std::size_t currentGroup(const X11Display& display)
 {
     const auto reply = owned(xcb_query_pointer_reply(
@@ -59,7 +59,7 @@ std::size_t currentGroup(const X11Display& display)
     return reply ? (reply->mask >> 13) & 3 : 0;
 }
 
-/// The key that a layout has a symbol on, one in `group` before one in any other; 0 without any.
+/// The key that produces a symbol, preferably in `group`; 0 if there is none.
 xcb_keycode_t keyOf(const X11Display& display, xcb_keysym_t symbol, std::size_t group)
 {
     const xcb_setup_t* const setup = xcb_get_setup(display.get());
@@ -90,7 +90,8 @@ bool isAnyKeyDown(const X11Display& display)
     return reply && std::ranges::any_of(reply->keys, [](auto keys) { return keys != 0; });
 }
 
-/// These come whoever has grabbed the keyboard, as window managers do while a hotkey is held.
+/// Selects raw events: they arrive even while another client has grabbed the keyboard, as window
+/// managers do while a hotkey is held.
 void watchKeys(const X11Display& display)
 {
     const auto version = xcb_input_xi_query_version(display.get(), 2, 1);

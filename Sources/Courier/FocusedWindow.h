@@ -8,19 +8,21 @@
 
 namespace stemvault {
 
-/// The X window that the user works in.
+/// The X window that the user is working in.
 class FocusedWindow {
 public:
-    /// Absent when no window has the keyboard, or one of Wayland's own. `display` must outlive it.
+    /// Absent when no window, or a Wayland window, has the keyboard focus. `display` must outlive
+    /// it.
     [[nodiscard]] static std::optional<FocusedWindow> of(const X11Display& display);
 
-    /// A terminal takes Ctrl+C for an order to stop what runs in it.
+    /// In a terminal, Ctrl+C would interrupt the program that is running there.
     [[nodiscard]] bool isTerminal() const;
 
-    /// Waits until the user has let go of all keys: those of the hotkey would mix with ours.
+    /// Waits until the user has released all keys, because those of the hotkey would combine with
+    /// ours. False when that takes too long.
     [[nodiscard]] bool waitForKeyboard(Deadline deadline) const;
 
-    /// Presses Ctrl+C. False when the server or the keyboard's layout does not allow it.
+    /// Presses Ctrl+C. False when the server or the keyboard layout does not allow it.
     [[nodiscard]] bool pressCopy() const;
 
 private:
@@ -33,7 +35,7 @@ private:
     std::string className;
 };
 
-/// By the name of its class, as "WM_CLASS" has it.
+/// Whether a window with this WM_CLASS is a terminal.
 [[nodiscard]] bool isTerminalClass(std::string_view windowClass);
 
 } // namespace stemvault

@@ -62,8 +62,8 @@ Files filesOnWayland(const std::vector<std::string>& offered)
     return {};
 }
 
-// GNOME keeps the clipboard of X programs the same as its own, and gives a program that has no
-// window only the former. Others keep them apart until an X window has the keyboard.
+// GNOME synchronises the clipboard of X programs with its own, and lets a program without a window
+// read only the former. Other desktops keep them separate until an X window has the focus.
 bool hasCommonClipboard()
 {
     return environment("XDG_CURRENT_DESKTOP").find("GNOME") != std::string::npos;
@@ -83,7 +83,7 @@ Result<Files> copiedBefore(const X11Display* display)
     return files.empty() ? Result<Files>(nothingCopied) : Result<Files>(std::move(files));
 }
 
-/// What an X window was made to copy, and what was on the clipboard before.
+/// The files that an X window was made to copy, and the previous content of the clipboard.
 struct Copied {
     Result<Files> files = nothingSelected;
     X11Clipboard::Content before;
@@ -107,7 +107,7 @@ Copied copyFrom(const FocusedWindow& window, const X11Clipboard& clipboard)
     return copied;
 }
 
-// The answer goes through a pipe: "+" and the URIs with a line feed behind each, or "-" and the
+// The answer goes through a pipe: "+" and the URIs, each followed by a line feed, or "-" and the
 // reason.
 void write(int pipe, const Result<Files>& files)
 {
@@ -138,7 +138,7 @@ Result<Files> read(int pipe)
     return files;
 }
 
-/// Whoever waits for the Courier's output shall not wait for this process too.
+/// Makes sure that a program waiting for the Courier's output does not wait for this process too.
 void standAside()
 {
     ::setsid();
@@ -148,7 +148,8 @@ void standAside()
     static_cast<void>(::chdir("/"));
 }
 
-/// Answers, and then has the old content of the clipboard for as long as it is the clipboard's.
+/// Writes the answer, and then serves the old content of the clipboard until something else is
+/// copied.
 void find(FileDescriptor answer)
 {
     const auto display = X11Display::connect();

@@ -7,12 +7,12 @@
 
 namespace stemvault {
 
-/// The URIs of the files that the user means with a hotkey, or what to tell him when there are
-/// none.
+/// The URIs of the files that the user means with a hotkey, or the text to show if there are none.
 ///
-/// Where an X window has the keyboard, these are the files selected in it: it is made to copy them,
-/// and a process that stays behind then has the clipboard as it was. Elsewhere, and in a terminal,
-/// these are the files last copied, as no program may press a key for another.
+/// If an X window has the keyboard focus, these are the files selected in it: it is made to copy
+/// them, and a process that stays behind then serves the previous content of the clipboard.
+/// Elsewhere, and in a terminal, Ctrl+C cannot be pressed for the user, so these are the files that
+/// were copied last.
 [[nodiscard]] Result<std::vector<std::string>> selectedFiles();
 
 } // namespace stemvault

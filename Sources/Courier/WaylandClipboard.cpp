@@ -17,7 +17,7 @@ namespace {
 
 using Deadline = WaylandClipboard::Deadline;
 
-/// The arguments of a program that is started, and where its output goes.
+/// The arguments of a program to start, and the redirection of its output.
 struct Start {
     Start(std::vector<std::string> its, int output) : arguments(std::move(its))
     {
@@ -59,7 +59,8 @@ std::string outputUntil(int output, Deadline deadline)
     return {};
 }
 
-/// What it has printed when it ends. Absent when there is no such program.
+/// Everything that the command prints; empty if it does not end in time. Absent when there is no
+/// such program.
 std::optional<std::string> outputOf(std::vector<std::string> command, Deadline deadline)
 {
     std::array<int, 2> ends {};
@@ -75,7 +76,7 @@ std::optional<std::string> outputOf(std::vector<std::string> command, Deadline d
         return std::nullopt;
     writing = FileDescriptor();
     std::string text = outputUntil(reading.get(), deadline);
-    // It has ended, or is of no use any more.
+    // It has ended, or it has taken too long.
     ::kill(process, SIGKILL);
     ::waitpid(process, nullptr, 0);
     return text;

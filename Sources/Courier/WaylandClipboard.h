@@ -8,17 +8,17 @@
 
 namespace stemvault {
 
-/// The clipboard of a Wayland desktop, read by the tool wl-paste: how a program without a window of
-/// its own may read it differs from desktop to desktop.
+/// The clipboard of a Wayland desktop. It is read with the tool wl-paste, because the way in which
+/// a program without a window may read it differs between desktops.
 class WaylandClipboard {
 public:
     using Deadline = std::chrono::steady_clock::time_point;
 
-    /// Empty when nothing was copied, or when the tool has not said so in time. Absent when the
-    /// tool is not installed.
+    /// The formats of the content. Empty when nothing was copied, or when the tool does not answer
+    /// in time. Absent when the tool is not installed.
     [[nodiscard]] static std::optional<std::vector<std::string>> formats(Deadline deadline);
 
-    /// Empty when it did not come in time.
+    /// The content in this format; empty when it does not arrive in time.
     [[nodiscard]] static std::string read(std::string_view format, Deadline deadline);
 };
 

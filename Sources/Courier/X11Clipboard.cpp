@@ -10,7 +10,7 @@ namespace stemvault {
 
 namespace {
 
-// These are no content: they ask about it, or have its owner do something.
+// These targets are not content: they are queries about it or requests to its owner.
 constexpr std::array<std::string_view, 7> questions { "TARGETS", "MULTIPLE", "TIMESTAMP",
     "SAVE_TARGETS", "DELETE", "INSERT_SELECTION", "INSERT_PROPERTY" };
 
@@ -63,8 +63,8 @@ std::optional<X11Property> X11Clipboard::convert(xcb_atom_t format, Deadline dea
     return std::nullopt;
 }
 
-// A large content comes in portions. The owner sends the next when the last one was deleted, and an
-// empty one at the end.
+// Large content arrives in portions. The owner sends the next one when the previous one has been
+// deleted, and an empty one at the end.
 std::optional<X11Property> X11Clipboard::readPortions(Deadline deadline) const
 {
     X11Property whole;
@@ -116,7 +116,7 @@ std::vector<xcb_atom_t> X11Clipboard::formatsWorthKeeping(Deadline deadline) con
     const bool hasPicture = std::ranges::find(formats, display.atom("image/png")) != formats.end();
     std::erase_if(formats, [&](xcb_atom_t format) {
         const std::string name = display.atomName(format);
-        // The same picture over and over, each encoded anew.
+        // Owners offer the same picture in many encodings; one is enough.
         const bool isOtherPicture = hasPicture && name.starts_with("image/") && name != "image/png";
         return isOtherPicture || std::ranges::find(questions, name) != questions.end();
     });
@@ -154,10 +154,10 @@ void X11Clipboard::serve(const Content& items) const
 
 void X11Clipboard::answer(const xcb_selection_request_event_t& request, const Content& items) const
 {
-    // Old clients leave the property to the owner.
+    // Old clients let the owner choose the property.
     const xcb_atom_t property = request.property == XCB_NONE ? request.target : request.property;
     const bool isGiven = give(request.requestor, property, request.target, items);
-    // A notice is as long as any event on the wire.
+    // Every event is 32 bytes long on the wire; the struct is shorter.
     union {
         xcb_selection_notify_event_t notice;
         std::array<char, 32> bytes;

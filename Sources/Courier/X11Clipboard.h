@@ -6,7 +6,7 @@
 
 namespace stemvault {
 
-/// The clipboard of X programs: what its owner gives when it is asked, in one of several formats.
+/// The clipboard of X programs. Its owner provides the content on request, in several formats.
 class X11Clipboard {
 public:
     /// `display` must outlive it.
@@ -14,11 +14,11 @@ public:
 
     [[nodiscard]] bool hasOwner() const;
 
-    /// Absent when the owner does not have that format, or does not give it in time.
+    /// Absent when the owner does not have that format, or does not answer in time.
     [[nodiscard]] std::optional<X11Property> read(std::string_view format, Deadline deadline) const;
 
-    /// Waits for a program to put something there after watch() was called; false when none did
-    /// in time.
+    /// waitForChange() waits until a program puts something on the clipboard after watch() was
+    /// called; false when none does in time.
     void watch() const;
     [[nodiscard]] bool waitForChange(Deadline deadline) const;
 
@@ -28,13 +28,14 @@ public:
     };
     using Content = std::vector<Item>;
 
-    /// A copy of what is there, in every format worth keeping that its owner gives in time.
+    /// A copy of the content, in every format worth keeping that its owner provides in time.
     [[nodiscard]] Content content(Deadline deadline) const;
 
-    /// Puts it there; without any, empties the clipboard. What was put is only there for as long
-    /// as serve() runs.
+    /// Takes over the clipboard with these items; without any, empties it. The items can be read
+    /// only while serve() runs.
     void put(const Content& items) const;
-    /// Gives it to whoever asks, until another program puts something there or the server ends.
+    /// Answers requests for the items, until another program puts something on the clipboard or the
+    /// server exits.
     void serve(const Content& items) const;
 
 private:
@@ -47,7 +48,7 @@ private:
 
     const X11Display& display;
     xcb_atom_t clipboard;
-    xcb_atom_t place; ///< The property of our window that answers are put into.
+    xcb_atom_t place; ///< The property of our window that receives the answers.
     xcb_atom_t targets;
     xcb_atom_t portions;
 };

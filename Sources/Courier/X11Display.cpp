@@ -9,7 +9,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::size_t headOfRequest = 64; ///< Generously.
+constexpr std::size_t headOfRequest = 64; ///< In bytes; a generous estimate.
 
 xcb_window_t rootOf(xcb_connection_t* connection, int screen)
 {
@@ -19,7 +19,7 @@ xcb_window_t rootOf(xcb_connection_t* connection, int screen)
     return screens.data->root;
 }
 
-/// For poll(): in milliseconds, rounded up, or -1 for ever.
+/// The timeout for poll(): in milliseconds, rounded up, or -1 for none.
 int timeUntil(std::optional<Deadline> deadline)
 {
     if (!deadline)
@@ -109,7 +109,7 @@ X11Display::Event X11Display::nextEvent(std::optional<Deadline> deadline) const
     return nullptr;
 }
 
-// Nothing but a change of a property brings it.
+// The server sends its time with an event, so a property is changed to cause one.
 xcb_timestamp_t X11Display::time() const
 {
     using namespace std::chrono_literals;

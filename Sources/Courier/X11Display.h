@@ -25,11 +25,11 @@ template <typename Reply> Owned<Reply> owned(Reply* reply)
 
 struct X11Property {
     xcb_atom_t type = XCB_NONE;
-    std::uint8_t bits = 8; ///< Of one of its items.
+    std::uint8_t bits = 8; ///< Of each item.
     std::string bytes;
 };
 
-/// A connection to the X server, with a window that nobody sees.
+/// A connection to the X server, with an invisible window.
 class X11Display {
 public:
     /// Null when there is no X server.
@@ -42,18 +42,19 @@ public:
     [[nodiscard]] xcb_atom_t atom(std::string_view name) const;
     [[nodiscard]] std::string atomName(xcb_atom_t atom) const;
 
-    /// Absent when there is none, or when it is larger than one request to the server can be.
+    /// Absent when the window has no such property, or when it is larger than largestProperty().
     [[nodiscard]] std::optional<X11Property> property(
         xcb_window_t window, xcb_atom_t name, bool isDeleted = false) const;
-    /// The first item of a property of windows or atoms; 0 without one.
+    /// The first item of a property that holds windows or atoms; 0 without one.
     [[nodiscard]] std::uint32_t firstItem(xcb_window_t window, std::string_view name) const;
+    /// The number of bytes that fit into one request to the server.
     [[nodiscard]] std::size_t largestProperty() const;
 
     using Event = Owned<xcb_generic_event_t>;
-    /// Null when the deadline is over, or the server has gone.
+    /// Null when the deadline has passed or the server is gone.
     [[nodiscard]] Event nextEvent(std::optional<Deadline> deadline) const;
 
-    /// The server's, as some requests want it.
+    /// The server's current time, which some requests need.
     [[nodiscard]] xcb_timestamp_t time() const;
 
 private:
@@ -69,7 +70,7 @@ private:
     xcb_window_t own = XCB_NONE;
 };
 
-/// The kind of an event, also of one that another client has sent.
+/// The type of an event, without the flag that marks an event sent by another client.
 [[nodiscard]] inline std::uint8_t kindOf(const xcb_generic_event_t& event)
 {
     return event.response_type & 0x7F;

@@ -11,13 +11,14 @@
 #include <string_view>
 #include <vector>
 
-// Carries a file manager's selection to Stemvault Connect, and its answer back to the user.
+// Sends a file manager's selection to Stemvault Connect and shows its answer to the user.
 //
 //   courier add FILES...         Add to Stemvault
 //   courier playlist FILES...    Create Stemvault Playlist
 //   courier add-selection        Add to Stemvault, for a hotkey: what is selected
 //
-// Status 0 when the service is done, 1 when the user was shown why not, 2 for another first word.
+// Exits with 0 when the service was performed, 1 when the user was shown why not, 2 for wrong
+// usage.
 
 namespace stemvault {
 namespace {
@@ -26,7 +27,7 @@ struct Service {
     std::string_view word;
     const char* message;
     const char* title;
-    bool takesSelection; ///< Instead of arguments.
+    bool takesSelection; ///< The selection replaces the arguments.
 };
 
 constexpr Service services[] = {
@@ -53,7 +54,7 @@ Result<std::vector<std::string>> urisOf(const Service& service, std::span<char*>
     return uris;
 }
 
-/// What the user has to be told; empty when all is well.
+/// The error text to show to the user; empty on success.
 std::string deliver(
     const Result<Bus>& bus, const Service& service, const Result<std::vector<std::string>>& uris)
 {
@@ -73,10 +74,10 @@ int run(std::span<char*> arguments)
                      "       courier add-selection\n";
         return 2;
     }
-    // Before the bus, as a process that this may leave behind must not have a hold of that.
+    // Before the bus is opened, because this may leave a process behind, which must not inherit it.
     const auto uris = urisOf(*service, arguments.subspan(2));
     const auto bus = Bus::open();
-    // Whoever has the program's name on the bus may answer anything.
+    // Any program that owns the name on the bus may send any bytes as its answer.
     const std::string error = printable(deliver(bus, *service, uris));
     if (error.empty())
         return 0;

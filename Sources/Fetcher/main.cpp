@@ -2,9 +2,9 @@
 //
 //   fetcher URL MILLISECONDS BYTES
 //
-// Exits with 0 when the body came whole, within that time and size, whatever the status of the
-// response; with 1 and a reason on standard error otherwise. A process of its own: what the web
-// needs in memory and threads, and what a hostile server may do to it, ends with it.
+// Exits with 0 when the whole body was received within that time and size, whatever the status of
+// the response; otherwise with 1 and a reason on standard error. This is a separate process, so
+// that the memory and threads that the web needs, and any damage by a hostile server, end with it.
 
 #include <QCoreApplication>
 #include <QNetworkAccessManager>
@@ -21,8 +21,8 @@
 
 namespace {
 
-// Response headers are kept in memory by the library, however many there are.
-constexpr rlim_t maxMemory = 128 << 20; ///< On top of what a start takes.
+// Qt keeps all response headers in memory, however many there are.
+constexpr rlim_t maxMemory = 128 << 20; ///< In addition to what the process uses at its start.
 constexpr int maxRedirects = 20;
 
 int fail(const QString& reason)
@@ -31,7 +31,7 @@ int fail(const QString& reason)
     return 1;
 }
 
-/// The process dies when it needs more, and leaves no dump of it.
+/// The process ends if it needs more memory, and leaves no core dump.
 void limitMemory()
 {
     std::ifstream pages("/proc/self/statm");
@@ -50,7 +50,7 @@ void limitMemory()
     ::setrlimit(RLIMIT_CORE, &noDump);
 }
 
-/// One page, from wherever it has moved to.
+/// Fetches one page, following its redirects.
 class Fetch {
 public:
     Fetch(qint64 limit, QObject& owner) : maxBytes(limit), context(owner) { }
@@ -80,7 +80,7 @@ public:
     [[nodiscard]] const QByteArray& page() const { return body; }
 
 private:
-    // By hand, as the library takes a redirect that leads nowhere for an error.
+    // Redirects are followed by hand, because Qt treats a redirect without a target as an error.
     static QNetworkRequest request(const QUrl& url)
     {
         QNetworkRequest request(url);
@@ -112,7 +112,7 @@ private:
         get(next);
     }
 
-    // Statuses such as "not found" are errors to the library; to us they are pages.
+    // Qt treats statuses such as "not found" as errors; to us their bodies are pages.
     [[nodiscard]] bool isWhole() const
     {
         const int error = reply->error();
@@ -160,7 +160,7 @@ int main(int argc, char** argv)
     if (const QString failure = fetch.failure(); !failure.isEmpty())
         return fail(failure);
     const bool isWritten = write(fetch.page());
-    // At an ordinary end the encryption library is taken down while the network's thread may still
-    // be on its way out, and a page that came whole could end in a failure.
+    // A normal exit cleans up the TLS library while the network thread may still be ending, so that
+    // the process could fail after it has received the whole page.
     std::_Exit(isWritten ? 0 : 1);
 }
