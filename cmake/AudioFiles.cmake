@@ -1,8 +1,8 @@
 # stemvault_read_audio_files(FILE)
 #
-# Reads what counts as audio, and sets for whoever calls it:
+# Reads the list of audio file types, and sets in the caller's scope:
 #   audio_extensions   in the order of the file
-#   audio_types        each once
+#   audio_types        without duplicates
 function(stemvault_read_audio_files file)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
     file(STRINGS ${file} lines REGEX "^[a-z0-9]+ ")

@@ -1,6 +1,6 @@
-# Reads CHANGELOG.md, from which the forms are made that a software centre and Debian want. Sets
-# `releases`, the newest first, and for each of them `date_VERSION` and the list `changes_VERSION`. One
-# that has no date yet has today's and is in `unreleased`.
+# Reads CHANGELOG.md, for conversion into the formats of software centres and Debian. Sets
+# `releases`, the newest first, and for each of them `date_VERSION` and the list `changes_VERSION`.
+# A release that has no date yet gets today's, and `unreleased` is set to its version.
 function(stemvault_read_changes file)
     file(STRINGS ${file} lines ENCODING UTF-8)
     string(TIMESTAMP today "%Y-%m-%d" UTC)

@@ -1,14 +1,14 @@
-# What every target of the project is compiled with.
+# The compile and link options of every target of the project.
 add_library(stemvault_compile INTERFACE)
 target_include_directories(stemvault_compile INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 target_compile_options(stemvault_compile INTERFACE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${STEMVAULT_STRICT}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # GCC 12 takes "text" + std::string for an overlapping copy when it optimises (bug 105651).
+    # When it optimises, GCC 12 mistakes "text" + std::string for an overlapping copy (bug 105651).
     target_compile_options(stemvault_compile INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
 endif()
 if(CMAKE_BUILD_TYPE STREQUAL "Release")
-    # Hardened as Debian's own programs are.
+    # Hardened like Debian's own programs.
     include(CheckPIESupported)
     check_pie_supported()
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)
@@ -22,13 +22,13 @@ if(STEMVAULT_SANITIZE)
     target_link_options(stemvault_compile INTERFACE -fsanitize=${STEMVAULT_SANITIZE})
 endif()
 if(STEMVAULT_COVERAGE)
-    # Each program has a file of its own, to which every run of it adds.
+    # Each program has its own profile, into which all of its runs are merged.
     set(counters -fprofile-instr-generate=${CMAKE_BINARY_DIR}/profiles/%m.profraw)
     target_compile_options(stemvault_compile INTERFACE ${counters} -fcoverage-mapping)
     target_link_options(stemvault_compile INTERFACE ${counters})
 endif()
 
-# One room, or one corner of a room: a static library of the named sources.
+# Adds a static library of the named sources: one folder of Sources, or a part of one.
 function(stemvault_library name)
     add_library(${name} STATIC ${ARGN})
     target_link_libraries(${name} PUBLIC stemvault_compile)

@@ -1,16 +1,16 @@
-# What a Debian package has besides the files that every installation has. CPack runs this when they
-# are in their places, before it packs them.
+# Adds the files that only the Debian package has. CPack runs this after it has installed all other
+# files and before it packs them.
 set(source ${CPACK_STEMVAULT_SOURCE})
 set(share ${CPACK_TEMPORARY_DIRECTORY}/usr/share)
 set(documents ${share}/doc/${CPACK_PACKAGE_NAME})
 
-# Runs a command to its end; its output, if it is asked for, goes into a variable.
+# Runs a command, which must succeed, and stores its output in the variable `output`.
 macro(run)
     execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output OUTPUT_STRIP_TRAILING_WHITESPACE
         COMMAND_ERROR_IS_FATAL ANY)
 endmacro()
 
-# The changelog in the form that apt and its kin can read.
+# The changelog in Debian's own format.
 include(${source}/cmake/Changes.cmake)
 stemvault_read_changes(${source}/CHANGELOG.md)
 foreach(version IN LISTS releases)

@@ -1,6 +1,6 @@
-# The Debian package, as scripts/package makes it with CPack.
+# The Debian package, which scripts/package builds with CPack.
 set(STEMVAULT_MAINTAINER "Stemvault Connect developers <connect@stemvault.example>" CACHE STRING
-    "Who answers for the package: a name and an address")
+    "The maintainer of the package: a name and an address")
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME stemvault-connect)
@@ -14,7 +14,7 @@ there, whole or not at all.
 Pro Tools, Ableton Live, Cubase, Studio One and REAPER are recognised, native
 or under Wine. Two entries in the menus of Caja, Dolphin, Nautilus, Nemo,
 PCManFM and Thunar do the same for files that are there already.")
-# The entries for the file managers name programs by the paths that they will have, so the files go
+# The entries for the file managers contain the final paths of programs, so the files are installed
 # below DESTDIR and not into another prefix.
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX /usr)
@@ -30,8 +30,9 @@ set(CPACK_DEBIAN_PACKAGE_SECTION sound)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${PROJECT_SOURCE_DIR}/Resources/debian/prerm)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-# The libraries are found in the programs; these are what they run or load by name. The SVG plugins
-# draw the desktop's own icons in the folder panel; Debian 12 ships them with the library.
+# SHLIBDEPS finds the libraries that the programs link; the lists below add what they run or load by
+# name. The SVG plugins draw the desktop's own icons in the folder panel; Debian 12 ships them with
+# the library.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS "ca-certificates, lsof, xdg-utils")
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "default-dbus-session-bus | dbus-session-bus, libglib2.0-bin, qt6-wayland, qt6-svg-plugins | libqt6svg6 (<< 6.5), wl-clipboard")
