@@ -1,8 +1,8 @@
 // stemvault-copy-bench [--mib N] [--rounds N] [FOLDER [OTHER_FOLDER]]
 //
-// Times our copy of one large file against cp, each as a process of its own, turn and turn about in
-// the same run, and prints the medians as rows of Markdown. FOLDER lies on a disk (the working
-// folder if not given), OTHER_FOLDER on another file system (/dev/shm).
+// Times our copy of one large file against cp, each in a separate process, alternately in the same
+// run, and prints the medians as rows of Markdown. FOLDER is on a disk (by default the working
+// folder), OTHER_FOLDER on another file system (by default /dev/shm).
 
 #include "Foundation/FileDescriptor.h"
 
@@ -40,7 +40,7 @@ struct Settings {
     std::_Exit(1);
 }
 
-/// A folder of this run's own inside a given one.
+/// A new folder inside a given one, removed at the end.
 class WorkFolder {
 public:
     explicit WorkFolder(const std::string& parent) : path(parent + "/stemvault-bench-XXXXXX")
@@ -100,7 +100,7 @@ void writeSource(const std::string& path, int mebibytes)
             fail("cannot write " + path);
 }
 
-// What the copy before left for the disk to do must not be charged to this one.
+// The sync keeps writes that the previous copy left to the kernel out of this measurement.
 double timed(const std::string& target, const std::function<void()>& copy)
 {
     ::unlink(target.c_str());

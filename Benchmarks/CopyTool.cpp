@@ -1,4 +1,4 @@
-// stemvault-copy: one copy as the program makes it, for measuring it and for trying it by hand.
+// stemvault-copy: makes one copy as the program does, for benchmarks and manual tests.
 
 #include "FileManager/FileCopy.h"
 #include "Foundation/PathText.h"

@@ -1,4 +1,4 @@
-// The least that a tray program of this toolkit can be, to measure others against.
+// A minimal tray program with Qt, as a baseline for measurements.
 
 #include <QAction>
 #include <QApplication>

@@ -1,6 +1,6 @@
-// Prints the path of everything that happens below some folders, a line each, until it is told to
-// end; or, with --written, only of the files that were made or written, among which the program
-// looks for bounces. What a script or a comparison with other watchers needs, and nothing else.
+// Prints the path of each event below some folders, one per line, until it receives SIGINT or
+// SIGTERM; with --written, only the files that were created or written, among which the program
+// looks for bounces. Used by scripts and for the comparison with other watchers.
 
 #include "LinuxDesktop/FileEvents/InotifyStream.h"
 #include "Platform/FileEvents.h"
@@ -21,7 +21,7 @@ bool isWrittenFile(std::uint32_t flags)
     return (flags & ItemIsFile) != 0 && (flags & (ItemCreated | ItemModified)) != 0;
 }
 
-/// Only the watched folders themselves bear a slash at the end, as other watchers print them.
+/// Only the watched folders themselves get a trailing slash, as other watchers print them.
 void print(const stemvault::EventBatch& batch, bool isWrittenAlone)
 {
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {

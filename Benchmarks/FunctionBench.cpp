@@ -1,4 +1,4 @@
-// stemvault-function-bench: the small functions that run for every event or every open file.
+// stemvault-function-bench: measures small functions that run for every event or every open file.
 
 #include "Foundation/PathText.h"
 #include "Foundation/UnicodeText.h"
@@ -37,8 +37,8 @@ void lowercasedBeyondASCII(benchmark::State& state)
 }
 BENCHMARK(lowercasedBeyondASCII);
 
-/// 1 MB of what lsof prints for a DAW with thousands of plug-ins; the session file comes last, so
-/// every rule looks at every line.
+/// 1 MB of lsof's output for a DAW with thousands of plug-ins; the session file comes last, so
+/// every rule checks every line.
 std::string lsofText()
 {
     std::string text = "p4711\nfcwd\nn/home/mia\n";

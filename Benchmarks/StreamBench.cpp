@@ -1,7 +1,7 @@
-// Measures the event stream, and other watchers of folders where there are any, and prints a row of
-// a table for each: how long until all watches are in place and what memory that takes, what a
-// storm of new files costs and whether all are told, how soon the first event comes, how often a
-// file that grows is reported, and whether an idle watcher sleeps.
+// Measures the event stream, and other folder watchers if they are installed, and prints a row of a
+// table for each: how long until all watches are in place and how much memory that takes, how much
+// processor time a storm of new files takes and whether all are reported, how soon the first event
+// arrives, how often a growing file is reported, and how often an idle watcher wakes up.
 
 #include "StreamWatchers.h"
 
@@ -38,7 +38,7 @@ double median(std::vector<double> values)
     return values.empty() ? 0 : values[values.size() / 2];
 }
 
-/// A folder in memory where there is one, removed in the end.
+/// A temporary folder, in memory if possible, removed at the end.
 class Scratch {
 public:
     Scratch()
@@ -85,7 +85,7 @@ void makeTree(const std::string& top, int folders)
     }
 }
 
-/// A number from a line of a file of /proc that begins with a word.
+/// The number that follows `word` on the line of a /proc file that begins with it; 0 without one.
 long number(const std::string& path, const std::string& word)
 {
     std::ifstream file(path);
@@ -119,7 +119,7 @@ long wakeUps(pid_t pid)
     return sum;
 }
 
-/// How often each file numbered by `take-NNNNNN` is named in what a watcher prints.
+/// Counts how often a watcher's output names each file `take-NNNNNN`.
 class Tally {
 public:
     void add(const std::string& text)
@@ -154,7 +154,7 @@ std::string take(int number)
     return "/take-" + std::string(6 - digits.size(), '0') + digits + ".wav";
 }
 
-/// Reads until nothing has come for a while.
+/// Reads until the watcher has printed nothing for `quiet`.
 void readUntilQuiet(Watcher& watcher, Tally& tally, std::chrono::milliseconds quiet)
 {
     std::string text;
@@ -174,7 +174,7 @@ void measureStart(Watcher& watcher, const Scratch& scratch, const std::string& t
 {
     std::vector<double> times;
     for (int repetition = 0; repetition < repetitions; ++repetition) {
-        // What the kernel takes to drop the watches of the last round is not part of a start.
+        // The time that the kernel needs to drop the previous round's watches must not count.
         watcher.stop();
         const auto before = Clock::now();
         if (!watcher.start(tree, scratch.path("")))
@@ -206,7 +206,7 @@ void writeStorm(const std::string& top)
     }
 }
 
-/// 20,000 files in 200 folders, and 2,000 in 500 folders made a moment before.
+/// 20,000 files in 200 existing folders, and 2,000 in 500 folders that are created meanwhile.
 void measureStorm(Watcher& watcher, const Scratch& scratch)
 {
     const std::string top = scratch.path("storm");

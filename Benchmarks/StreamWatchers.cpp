@@ -139,7 +139,7 @@ bool Watcher::startDaemon(const std::string& folder, const std::string& scratch)
                 command + "\n");
         return client->awaitWord(answer);
     };
-    // The answer to a query comes when the folder has been walked.
+    // The answer to a query arrives when watchman has scanned the folder.
     return ask(R"(["watch",")" + folder + "\"]", "\"watch\"")
         && ask(R"(["query",")" + folder + R"(",{"expression":["name","none"]}])", "\"files\"")
         && ask(R"(["subscribe",")" + folder

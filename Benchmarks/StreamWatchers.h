@@ -12,10 +12,10 @@
 
 namespace stemvault::bench {
 
-/// A child process whose standard output and error are read here. Ended with the object.
+/// A child process whose standard output and error are read here. It is killed with the object.
 class Child {
 public:
-    /// `input` is what it finds on its standard input, which then stays open.
+    /// `input` is written to its standard input, which then stays open.
     explicit Child(const std::vector<std::string>& command, const std::string& input = {});
     Child(const Child&) = delete;
     Child& operator=(const Child&) = delete;
@@ -23,11 +23,11 @@ public:
 
     [[nodiscard]] pid_t pid() const { return process; }
 
-    /// Appends what there is to read to `text`, waiting until then; false once it is over or the
-    /// time is up.
+    /// Waits for output until `until` and appends it to `text`; false when the output has ended or
+    /// the time is up.
     bool read(std::string& text, std::chrono::steady_clock::time_point until);
 
-    /// Reads until `word` has been printed.
+    /// Reads until `word` has been printed; false if that takes longer than a minute.
     [[nodiscard]] bool awaitWord(const std::string& word);
 
 private:
@@ -41,17 +41,17 @@ class Watcher {
 public:
     explicit Watcher(std::string programName) : program(std::move(programName)) { }
 
-    /// How to call it, where it is to be had; the first is our own.
+    /// The commands of the watchers that are installed; the first is our own.
     [[nodiscard]] static std::vector<std::string> available(const std::string& ownProgram);
 
-    /// Starts watching and waits until the program tells that all watches are in place, if it does.
+    /// Starts watching. If the program reports when all watches are in place, waits for that.
     bool start(const std::string& folder, const std::string& scratch);
     [[nodiscard]] bool tellsWhenReady() const { return isToldWhenReady; }
 
-    /// Makes files until one is reported, for a program that does not tell when it is ready.
+    /// Creates files until one is reported, for a program that does not report when it is ready.
     bool awaitFirstReport(const std::string& folder);
 
-    /// Ends it, so that it can be started anew.
+    /// Ends it, so that it can be started again.
     void stop();
 
     /// The process that does the work.
