@@ -31,8 +31,8 @@ void watch(const std::optional<FileURL>& sessionFolder)
 void prompt(
     const FileURL& file, const std::string& folderName, const std::optional<FileIdentity>& folder)
 {
-    // Where the folder could not be read, an identity that no folder has: a bounce is never copied
-    // through a link.
+    // If the folder could not be read, use an identity that no folder has. Without any, the copy
+    // would follow a link, which it must never do for a bounce.
     const FileIdentity foundIn = folder.value_or(FileIdentity {});
     BounceAlertController::shared().queue.push_back({ file, folderName, foundIn });
     BounceAlertController::shared().showNextIfIdle();
@@ -50,7 +50,7 @@ void AppDelegate::applicationDidFinishLaunching()
     menuBarManager = std::make_unique<MenuBarManager>();
     SessionTracker::shared().observers.emplace_back(
         [this](const std::optional<FileURL>& sessionFolder) {
-            // A look that ends after watching has ended begins no new stream.
+            // A scan that ends after watching has stopped must not start a new stream.
             if (!isTerminating)
                 watch(sessionFolder);
         });
@@ -58,12 +58,12 @@ void AppDelegate::applicationDidFinishLaunching()
     SessionTracker::shared().start();
     watch(SessionTracker::shared().currentSessionFolder());
     UpdateChecker::shared().checkForUpdatesIfNeeded();
-    // Panels fetch the menu's rows when they like, so they are told when these would differ.
+    // Panels may fetch the menu's rows at any time, so they are notified when the rows change.
     SessionTracker::shared().observers.emplace_back(
         [this](const std::optional<FileURL>&) { menuBarManager->sessionDidChange(); });
 }
 
-// Whoever starts the program once more wants to see it; the tray may be missing.
+// A user who starts the program again wants to see it, and there may be no tray.
 void AppDelegate::applicationShouldHandleReopen()
 {
     menuBarManager->openPreferences();

@@ -9,7 +9,8 @@ namespace stemvault {
 
 class MenuBarManager;
 
-/// Makes and connects the long-lived objects, in a fixed order, and stops what runs by itself.
+/// Creates and connects the long-lived objects, in a fixed order, and stops the session tracker and
+/// the bounce watcher at the end.
 class AppDelegate : public ApplicationDelegate {
 public:
     AppDelegate();

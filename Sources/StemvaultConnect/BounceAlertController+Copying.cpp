@@ -38,7 +38,7 @@ void showCopyFailed(const std::string& reason)
         Alert alert;
         alert.messageText = "Copy failed";
         alert.informativeText = reason;
-        // There is nothing to choose: any answer closes it.
+        // The alert offers no choice, so its answer is ignored.
         static_cast<void>(Platform::current().dialogs.runModal(alert));
     });
 }
@@ -50,7 +50,7 @@ Failure notAtRest(const Entry& entry)
         true };
 }
 
-/// What cannot be looked at is left to the copy, which says why.
+/// Also true if the file cannot be read: the copy then fails with the reason.
 bool isAtRestNow(const Entry& entry)
 {
     const auto isLeftAlone = [now = Platform::current().dispatch.now()](
@@ -61,7 +61,7 @@ bool isAtRestNow(const Entry& entry)
     return !state || isLeftAlone(*state);
 }
 
-/// Fails with what may pass while the file is not at rest, also when that shows during the copy.
+/// Fails with `mayPass` set if the file is not at rest, or changes while it is copied.
 Result<void> copyAtRest(
     const Entry& entry, const FileURL& destURL, decltype(FileManager::copyItem)& copyItem)
 {
@@ -70,7 +70,8 @@ Result<void> copyAtRest(
     return copyItem(entry.file, destURL, entry.foundIn);
 }
 
-/// Does the work half a second later. No thread waits for it. From any thread.
+/// Runs the work on the main thread half a second later, without blocking a thread meanwhile. May
+/// be called from any thread.
 void lookLater(const Work& look)
 {
     Dispatch& dispatch = Platform::current().dispatch;
@@ -92,8 +93,8 @@ std::string batchBody(std::size_t copied, std::size_t skipped, const std::string
 struct BounceAlertController::Copy {
     Entry entry;
     StemvaultFolder folder;
-    bool isReplacing = false; ///< The user has agreed that what bears the name goes.
-    int looks = 0; ///< At a source that was not at rest.
+    bool isReplacing = false; ///< The user has agreed to replace the existing file.
+    int looks = 0; ///< How often the source was checked and found not at rest.
 };
 
 struct BounceAlertController::Batch {
@@ -101,7 +102,7 @@ struct BounceAlertController::Batch {
     StemvaultFolder folder;
     std::size_t copied = 0;
     std::size_t skipped = 0;
-    int looks = 0; ///< At files that were not at rest.
+    int looks = 0; ///< How often files were checked and found not at rest.
 
     void copyWhatIsAtRest();
 };
@@ -139,9 +140,9 @@ void BounceAlertController::askToReplace(Copy copy)
         performCopy(copy);
 }
 
-// The look whether the name is taken belongs to the copy: at the program's end neither is dropped.
-// A name that was free may be taken by the time of the copy, by an earlier copy still on its way:
-// that file is not replaced without a question either.
+// The check whether the name is taken runs in the same background work as the copy, so that neither
+// is dropped when the program ends. An earlier copy that is still running may take a free name
+// before this copy does; the user is then asked before that file is replaced, too.
 void BounceAlertController::performCopy(const Copy& copy)
 {
     const auto ask = alive.guard([this, copy] { askToReplace(copy); });
@@ -175,7 +176,7 @@ void BounceAlertController::copyBatch(
     continueBatch({ files, folder });
 }
 
-// The rest waits for its files, and is told of together with them.
+// Files that are not at rest are tried again later; one notification at the end covers all files.
 void BounceAlertController::continueBatch(const Batch& batch)
 {
     const auto lookAgain = alive.guard([this](const Batch& rest) { continueBatch(rest); });
@@ -193,8 +194,8 @@ void BounceAlertController::continueBatch(const Batch& batch)
     Platform::current().dispatch.utilityAsync(work, AtEnd::Finished);
 }
 
-// A batch never replaces and never asks. Of two files with one name the first is copied, also if it
-// is the later one to come to rest.
+// A batch never replaces and never asks. Of two files with the same name the first is copied, even
+// if the second comes to rest before it.
 void BounceAlertController::Batch::copyWhatIsAtRest()
 {
     std::vector<Entry> waiting;

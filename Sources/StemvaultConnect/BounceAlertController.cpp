@@ -59,7 +59,7 @@ std::vector<PromptButton> promptButtons(std::size_t waiting)
     return buttons;
 }
 
-/// An alert that was stopped has no button's answer, and passes over the file.
+/// The button that was pressed; Skip for an alert that was stopped.
 Choice choiceOf(const std::vector<PromptButton>& buttons, int response)
 {
     const int index = response - ModalResponse::alertFirstButton;
@@ -78,7 +78,7 @@ OpenPanel newFolderPanel(const std::optional<std::string>& projectsRoot)
     return panel;
 }
 
-/// The folder that the pop-up's answer stands for; absent for its last item, a new one.
+/// The folder that was selected in the pop-up button; absent for its last item, a new folder.
 std::optional<StemvaultFolder> selectedFolder(
     const std::vector<StemvaultFolder>& folders, int index)
 {
@@ -101,8 +101,8 @@ BounceAlertController::~BounceAlertController()
 
 void BounceAlertController::showNextIfIdle()
 {
-    // Every answer leads to the next prompt, once it has been acted on: what comes in while an
-    // alert or the folder panel is open waits for the loop that opened it.
+    // Files that arrive while an alert or the folder panel is open are left to the loop that opened
+    // it, which shows the next prompt once it has acted on the answer.
     if (isShowing)
         return;
     isShowing = true;
@@ -116,7 +116,7 @@ void BounceAlertController::showNextIfIdle()
 
 void BounceAlertController::show(const Entry& entry)
 {
-    // Copies: while the alert is open, other work may change the settings and the queue.
+    // Copies, because other work may change the settings and the queue while the alert is open.
     const auto folders = SettingsStore::shared().stemvaultFolders();
     const std::size_t waiting = queue.size();
     Alert alert = bounceAlert(entry, waiting);
@@ -166,7 +166,7 @@ void BounceAlertController::add(
         copyFile(current, *destination);
         return;
     }
-    // Whatever arrived while the alert was open goes along.
+    // Includes the files that arrived while the alert was open.
     std::vector<Entry> files { current };
     std::ranges::move(std::exchange(queue, {}), std::back_inserter(files));
     copyBatch(files, *destination);

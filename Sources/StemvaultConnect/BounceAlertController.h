@@ -22,16 +22,16 @@ namespace stemvault {
 struct Alert;
 
 /// Asks, file by file, which Stemvault folder a bounce belongs in, and copies it there. Main thread
-/// only; the copies run elsewhere.
+/// only; the copies run in the background.
 class BounceAlertController : public Shared<BounceAlertController>,
                               public UserNotificationCenterDelegate {
 public:
-    /// A file that waits to be asked about.
+    /// A file that the user is still to be asked about.
     struct Entry {
         FileURL file;
         std::string sourceFolder; ///< The name of the folder that it came from.
-        /// The folder in which the program found it: only a file that is still there, and no link,
-        /// is copied. Absent for a link that the user has named himself; it is followed.
+        /// The folder in which the program found it: the file is copied only if it is still there
+        /// and is not a link. Absent for a link that the user has chosen himself; it is followed.
         std::optional<FileIdentity> foundIn = std::nullopt;
     };
 
@@ -41,10 +41,10 @@ public:
     /// Posted when the user wants to see the preferences. No payload.
     static constexpr std::string_view openPreferences = "openPreferences";
 
-    /// Files waiting to be asked about, oldest first. Append, then call `showNextIfIdle`.
+    /// Files to ask the user about, oldest first. Append, then call `showNextIfIdle`.
     std::deque<Entry> queue;
 
-    /// Asks about the waiting files, one prompt at a time; returns at once when one is open.
+    /// Asks about the files in `queue`, one prompt at a time; returns at once if a prompt is open.
     void showNextIfIdle();
 
 private:

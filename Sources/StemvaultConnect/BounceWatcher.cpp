@@ -27,14 +27,14 @@ bool isWrittenFile(std::uint32_t flag)
         && (flag & (FileEventFlag::ItemCreated | FileEventFlag::ItemModified)) != 0;
 }
 
-/// By text alone: a sibling whose name begins like the folder's counts as well.
+/// Compares text only: a sibling whose name begins with the folder's name counts as well.
 bool isAlwaysWatched(const std::string& path)
 {
     const auto& alwaysWatchPath = SettingsStore::shared().alwaysWatchPath();
     return alwaysWatchPath && !alwaysWatchPath->empty() && path.starts_with(*alwaysWatchPath);
 }
 
-/// Text of a file system that may tell cases apart or not.
+/// Ignores case, because the file system may do so.
 bool isBelow(const std::string& path, const std::string& folder)
 {
     return lowercased(path).starts_with(lowercased(folder) + "/");
@@ -48,23 +48,24 @@ bool isInWorkingFolder(const std::string& path)
 
 } // namespace
 
-/// One check of a file that is being waited for, with what the checks before found.
+/// One check of a file that has not settled yet, with the findings of the previous checks.
 struct BounceWatcher::Wait {
     std::string path;
-    std::int64_t lastSize = -1; ///< Before the first check: no size at all.
+    std::int64_t lastSize = -1; ///< -1 before the first check.
     std::optional<WallTime> stableSince {}; ///< When the size was first seen unchanged.
-    bool isLast = false; ///< The file is reported if it is unchanged and complete.
-    bool isOpen = false; ///< Someone had it open for writing when that was last asked.
+    bool isLast = false; ///< The file is reported if this check finds it unchanged and complete.
+    bool isOpen = false; ///< A program had it open for writing when that was last checked.
     std::optional<FileManager::FileDate> lastDate {};
 };
 
-/// What the disk says of a file.
+/// The state of a file on disk.
 struct BounceWatcher::Look {
-    std::optional<FileIdentity> folder; ///< Only if it was asked for.
+    std::optional<FileIdentity> folder; ///< Only if it was requested.
     std::optional<FileManager::ItemAttributes> item;
     Writers writers = Writers::Unknown;
 
-    /// A file that is gone reads as empty; it is reported, and its copy then says what is wrong.
+    /// 0 for a file that is gone. It is reported all the same, and its copy then fails with the
+    /// reason.
     [[nodiscard]] std::int64_t size() const { return item ? item->size : 0; }
     [[nodiscard]] std::optional<FileManager::FileDate> date() const
     {
@@ -148,7 +149,7 @@ void BounceWatcher::waitForStability(Wait wait)
         return;
     if (wait.stableSince) {
         const WallTime now = Platform::current().dispatch.now();
-        // A clock that was set back must not make the file wait for the time to come again.
+        // If the clock was set back, the file must not wait until it shows the old time again.
         wait.stableSince = std::min(*wait.stableSince, now);
         wait.isLast = now - *wait.stableSince >= stableFor;
     }
@@ -177,7 +178,7 @@ BounceWatcher::Look BounceWatcher::lookAt(
     const std::string& path, bool asksForFolder, bool asksForWriters)
 {
     Look look;
-    // First, so that what is read afterwards of a file that nobody writes is final.
+    // Checked first: if nobody writes the file, the attributes that are read afterwards are final.
     if (asksForWriters)
         look.writers = writersOf(path);
     if (asksForFolder)
@@ -191,7 +192,7 @@ void BounceWatcher::apply(Wait wait, const Look& look)
     if (!isActive || !watchingPaths.contains(wait.path))
         return;
     const WallTime now = Platform::current().dispatch.now();
-    // Space may be reserved first and filled later: while the file is open its date tells as well.
+    // A program may reserve space first and fill it later, so an open file's date counts as well.
     const bool isUnchanged =
         look.size() == wait.lastSize && !(wait.isOpen && look.date() > wait.lastDate);
     if (!isUnchanged) {
@@ -215,11 +216,11 @@ void BounceWatcher::apply(Wait wait, const Look& look)
 void BounceWatcher::report(const std::string& path, const Look& look)
 {
     watchingPaths.erase(path);
-    // Archive tools make a file first and put a link in its place at the end. What a link leads to
-    // was never written here.
+    // Archive tools create a file first and replace it by a link at the end. The target of the link
+    // was not written here.
     if (look.item && !look.item->isRegularFile)
         return;
-    // Not recorded: a bounce over our copy is one, also if it has the same size.
+    // Our copy is not recorded: a bounce that replaces it is reported, even with the same size.
     if (isCopy(path, look))
         return;
     const bool isKnown = isReported(path, look.size());
@@ -230,7 +231,7 @@ void BounceWatcher::report(const std::string& path, const Look& look)
         onBounceDetected(url, url.deletingLastPathComponent().lastPathComponent(), look.folder);
 }
 
-// The copy settles for more than a second before it could be reported, so as a rule this comes in
+// A copy must settle for more than a second before it could be reported, so this normally runs in
 // time.
 void BounceWatcher::noteCopy(const FileURL& file)
 {
@@ -254,7 +255,7 @@ bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
     return copy != copies.end() && copy->second == look.version();
 }
 
-// False when this version was noted before, under whatever path.
+// False if this version was noted before, under any path.
 bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
 {
     if (!look.folder)
@@ -270,7 +271,7 @@ bool BounceWatcher::isAtRest(const FileManager::SourceState& source, WallTime no
     const auto age = now - source.contentModificationDate;
     if (source.writers == Writers::Some)
         return source.size > largestHeader && age >= stableForWhileOpen;
-    // A date in the future is another computer's, whose clock differs; it tells nothing.
+    // A date in the future was set by another computer with a different clock, and is ignored.
     return age >= stableFor || age <= -stableFor;
 }
 

@@ -26,39 +26,39 @@ namespace stemvault {
 class FileEventStream;
 
 /// Finds newly bounced audio files in the folders it is given, and reports each once, when its size
-/// has settled and nobody has it open for writing any more. Main thread only, unless it says
-/// otherwise; the disk is asked in the background.
+/// has settled and no program has it open for writing any more. Main thread only, unless stated
+/// otherwise; the disk is read in the background.
 class BounceWatcher : public Shared<BounceWatcher> {
 public:
-    /// Receives each finished bounce with the name of the folder that holds it, and which folder
-    /// that was; absent when it could not be read.
+    /// Called with each finished bounce, the name of the folder that contains it, and the identity
+    /// of that folder, absent if it could not be read.
     std::function<void(const FileURL& file, const std::string& folderName,
         const std::optional<FileIdentity>& folder)>
         onBounceDetected;
 
-    /// Watches these folders and nothing else; what was known of files is forgotten.
+    /// Watches only these folders from now on, and forgets everything that it knew about files.
     void update(const std::optional<FileURL>& sessionFolder,
         const std::optional<std::string>& alwaysWatchPath);
 
     /// Ends watching.
     void stop();
 
-    /// A copy of ours has just got this name. What it is now is no bounce, also where the drive
-    /// cannot tell a copy from a recording. From any thread; looks at the disk.
+    /// Called when a copy of ours has just got this name. The file in its present state is not a
+    /// bounce, even if the drive reports it like one. From any thread; reads the disk.
     static void noteCopy(const FileURL& file);
 
     /// The extensions that count as audio, in lower case: those of Resources/audio-files.
     [[nodiscard]] static const std::set<std::string, std::less<>>& audioExtensions();
 
-    /// So long a file must be left alone before it counts as finished.
+    /// How long a file must be left alone before it counts as finished.
     static constexpr std::chrono::milliseconds stableFor { 1000 };
 
-    /// A file that someone keeps open for writing counts all the same when it has been left
-    /// alone for so long and is more than a header.
+    /// A file that a program keeps open for writing counts as finished, too, if it has been left
+    /// alone for this long and is larger than a header.
     static constexpr std::chrono::minutes stableForWhileOpen { 5 };
     static constexpr std::int64_t largestHeader = 4096;
 
-    /// Whether a file may be copied, by the watcher's measure of a finished one.
+    /// Whether a file may be copied: the same rules as for a finished bounce, judged by its date.
     [[nodiscard]] static bool isAtRest(const FileManager::SourceState& source, WallTime now);
 
 private:
@@ -97,16 +97,16 @@ private:
     std::unique_ptr<FileEventStream> streamRef;
     std::vector<std::string> watchedFolders;
     FolderLooks looks;
-    std::unordered_set<std::string> watchingPaths; ///< Files that are being waited for.
+    std::unordered_set<std::string> watchingPaths; ///< Files that have not settled yet.
     std::unordered_map<std::string, std::int64_t> alertedFileSizes; ///< In bytes, when reported.
 
-    /// What was reported, by folder and name instead of by path: the session's folder and the other
-    /// one may lead to the same files under two spellings.
+    /// The reported files, by folder and name instead of by path, because the session folder and
+    /// the always-watched one may contain the same files under different paths.
     using Place = std::pair<FileIdentity, std::string>;
     using Version =
         std::pair<std::int64_t, std::optional<FileManager::FileDate>>; ///< Size and date.
     std::map<Place, Version> alertedVersions;
-    std::map<Place, Version> copies; ///< Of ours, as they were when they got their names.
+    std::map<Place, Version> copies; ///< Our own copies, as they were when they got their names.
     bool isActive = false;
 
     static constexpr std::chrono::milliseconds pollInterval { 500 };

@@ -8,7 +8,7 @@ namespace stemvault {
 
 namespace {
 
-// With two roots, a quarter of the background threads may hang and the rest go on.
+// With two roots, at most a quarter of the background threads can hang.
 constexpr std::size_t maxPerRoot = 4;
 
 } // namespace

@@ -11,28 +11,28 @@
 
 namespace stemvault {
 
-/// Looks at folders in the background without filling the background threads with looks that hang:
-/// looks into one folder run one after the other, and at most a few below one root run side by
-/// side. A drive that stops answering therefore holds up only what is asked of it, and costs a few
-/// threads however much is asked. Main thread only.
+/// Runs disk checks ("looks") in the background without letting those that hang use up the
+/// background threads: looks at one folder run one after the other, and only a few below one root
+/// run at the same time. A drive that stops responding therefore delays only its own looks, and
+/// blocks only a few threads, however many looks there are. Main thread only.
 class FolderLooks {
 public:
-    /// Runs on a background thread; what it returns then runs on the main thread.
+    /// Runs on a background thread; the work that it returns then runs on the main thread.
     using Look = std::function<Work()>;
 
     FolderLooks();
     ~FolderLooks();
 
-    /// Runs `look` after all earlier looks into `folder`. `root` is the watched folder above it.
+    /// Runs `look` after all earlier looks at `folder`. `root` is the watched folder above it.
     void ask(const std::string& root, const std::string& folder, Look look);
 
-    /// Drops the looks that have not begun. Those under way keep their place until they end.
+    /// Drops the looks that have not started. Running ones still count until they end.
     void dropWaiting();
 
 private:
     struct Root {
         std::size_t underWay = 0;
-        std::deque<std::string> ready; ///< Folders with waiting looks and none under way.
+        std::deque<std::string> ready; ///< Folders with waiting looks and no running one.
     };
     struct Folder {
         bool isUnderWay = false;
@@ -43,8 +43,8 @@ private:
     void begin(const std::string& root, const std::string& folder);
     void end(const std::string& root, const std::string& folder);
 
-    std::map<std::string, Root> roots; ///< Those below which something waits or is under way.
-    std::map<std::string, Folder> folders; ///< Likewise.
+    std::map<std::string, Root> roots; ///< Only roots with waiting or running looks.
+    std::map<std::string, Folder> folders; ///< Only folders with waiting or running looks.
 
     WeakGuard alive;
 };

@@ -17,18 +17,18 @@ using namespace std::chrono_literals;
 
 constexpr auto patience = 1s;
 
-// A walk that hangs holds up one background thread until its drive answers. One more may look for
-// the rest; the other threads are left to the scans and the copies.
+// A walk that hangs blocks one background thread until its drive responds. One more walk may check
+// the other folders; the remaining threads are left to scans and copies.
 constexpr std::size_t maxWalks = 2;
 
 } // namespace
 
-/// One way through a list of folders.
+/// One pass through a list of folders.
 struct FolderPresence::Walk {
     std::vector<std::string> paths;
-    std::vector<bool> wasMissing; ///< Only what differs from this is reported.
-    std::atomic<std::size_t> position = 0; ///< Of the folder that is being asked for.
-    std::atomic<bool> isLeftBehind = false; ///< Another walk goes on in its place.
+    std::vector<bool> wasMissing; ///< Only differences from this are reported.
+    std::atomic<std::size_t> position = 0; ///< The index of the folder that is being checked.
+    std::atomic<bool> isLeftBehind = false; ///< Stuck; the rest was left to another walk.
 };
 
 FolderPresence::FolderPresence() = default;
@@ -81,7 +81,7 @@ void FolderPresence::end(const std::shared_ptr<Walk>& walk)
 {
     std::erase(walks, walk);
     auto paths = std::exchange(next, {});
-    // A drive that was only slow: what lies beside it was left out so far.
+    // The drive was only slow: check the folders next to the slow one, which were left out so far.
     if (paths.empty() && walk->isLeftBehind)
         paths.assign(walk->paths.begin() + static_cast<std::ptrdiff_t>(walk->position.load()),
             walk->paths.end());
@@ -89,7 +89,7 @@ void FolderPresence::end(const std::shared_ptr<Walk>& walk)
         look(std::move(paths));
 }
 
-// A walk that has not moved between two glances is stuck.
+// A walk that has made no progress between two checks is stuck.
 void FolderPresence::watchOver(const std::shared_ptr<Walk>& walk, std::size_t lastPosition)
 {
     Platform::current().dispatch.mainAsyncAfter(patience, alive.guard([this, walk, lastPosition] {
@@ -115,7 +115,7 @@ void FolderPresence::leaveBehind(const std::shared_ptr<Walk>& walk)
         next = std::move(paths);
 }
 
-// What lies beside a folder that does not answer will hardly answer either.
+// The siblings of a folder that does not respond are unlikely to respond either.
 std::vector<std::string> FolderPresence::withoutStuck(std::vector<std::string> paths) const
 {
     for (const auto& walk : walks) {

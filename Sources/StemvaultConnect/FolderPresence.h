@@ -10,18 +10,18 @@
 
 namespace stemvault {
 
-/// Knows which folders of a list are missing, as of the latest look. Looking never makes anyone
-/// wait, not even for a network drive that has stopped answering: a folder counts as there until a
-/// look has found otherwise. Main thread only; the disk is asked elsewhere.
+/// Records which folders of a list are missing, as of the latest check. A check never blocks the
+/// caller, not even on a network drive that has stopped responding: a folder counts as present
+/// until a check finds it missing. Main thread only; the disk is read in the background.
 class FolderPresence {
 public:
     FolderPresence();
     ~FolderPresence();
 
-    /// Called when a look has found a folder gone or back.
+    /// Called when a check has found that a folder is gone or back.
     std::function<void()> onChange;
 
-    /// Begins to look for each of these and returns at once.
+    /// Starts to check each of these folders and returns at once.
     void look(std::vector<std::string> paths);
 
     [[nodiscard]] bool isMissing(const std::string& path) const { return missing.contains(path); }
@@ -37,8 +37,8 @@ private:
     [[nodiscard]] std::vector<std::string> withoutStuck(std::vector<std::string> paths) const;
 
     std::set<std::string> missing;
-    std::vector<std::shared_ptr<Walk>> walks; ///< Those that have not ended, stuck ones included.
-    std::vector<std::string> next; ///< What to look for when one ends; empty: nothing.
+    std::vector<std::shared_ptr<Walk>> walks; ///< Those that have not ended, including stuck ones.
+    std::vector<std::string> next; ///< The folders to check when a walk ends; may be empty.
 
     WeakGuard alive;
 };

@@ -14,7 +14,7 @@ namespace stemvault {
 
 namespace {
 
-// Counting the folder of the media itself. Ardour needs four: SESSION/interchange/NAME/audiofiles.
+// Including the folder of the media itself. Ardour needs four: SESSION/interchange/NAME/audiofiles.
 constexpr int maxLevels = 6;
 
 constexpr std::array<std::string_view, 19> mediaExtensions = { "aif", "aifc", "aiff", "au", "bwf",
@@ -24,11 +24,11 @@ constexpr std::array<std::string_view, 19> mediaExtensions = { "aif", "aifc", "a
 constexpr std::array<std::string_view, 10> systemFolders = { "/bin/", "/boot/", "/etc/", "/lib/",
     "/lib64/", "/nix/", "/opt/", "/snap/", "/usr/", "/var/lib/" };
 
-/// Of the drive that Wine makes for a user's Windows programs.
+/// On the drive that Wine creates for a user's Windows programs.
 constexpr std::array<std::string_view, 5> windowsSystemFolders = { "program files/",
     "program files (x86)/", "programdata/", "windows/", "users/public/" };
 
-/// Folders in which DAWs and sample players keep what was not made in a session.
+/// Folders in which DAWs and sample players keep files that were not made in a session.
 constexpr std::array<std::string_view, 15> folderNamesOfOthers = { "appdata", "cache", "caches",
     "core library", "factory content", "factory library", "factory packs", "factory samples",
     "libraries", "live packs", "packs", "sample libraries", "sample library", "sound sets",
@@ -58,7 +58,7 @@ bool hasFolderOfOthers(std::string_view path)
     return false;
 }
 
-/// Whether what lies in the folder may belong to a session of the user's.
+/// Whether the files in the folder may belong to one of the user's sessions.
 bool mayBelongToASession(const std::string& folder)
 {
     static constexpr std::string_view windowsDrive = "/drive_c/";
@@ -70,14 +70,15 @@ bool mayBelongToASession(const std::string& folder)
     return !beginsWithOneOf(onDrive, windowsSystemFolders) && !hasFolderOfOthers(onDrive);
 }
 
-/// Whether a folder is `home` or above it: a session file left there says nothing of all below.
+/// Whether a folder is `home` or above it: a stray session file there says nothing about the media
+/// below.
 bool isTooWide(std::string_view folder, std::string_view home)
 {
     return folder == "/" || folder == home
         || (home.starts_with(folder) && home.substr(folder.size()).starts_with('/'));
 }
 
-/// How many open files lie in each folder; session files of the DAW itself count as well.
+/// How many open media files each folder contains; the DAW's own session files count as well.
 std::map<std::string, int> mediaFolders(std::span<const std::string_view> openPaths, const DAW& daw)
 {
     std::map<std::string, int> folders;

@@ -31,7 +31,7 @@ MenuItem item(const std::string& title, const std::string& keyEquivalent, Action
     return made;
 }
 
-/// A row that only tells something.
+/// A row that only shows a text.
 MenuItem line(const std::string& title)
 {
     MenuItem made;
@@ -51,8 +51,8 @@ MenuBarManager::MenuBarManager()
         image->isTemplate = true;
     statusItem->setImage(image);
     build();
-    // Posted from a background thread: the notice is taken over on the main one, and nothing of
-    // this object is touched before.
+    // `bounceAdded` is posted from a background thread. It is handled on the main thread, and
+    // nothing of this object is accessed before that.
     const auto added =
         alive.guard([this](const Notification& notification) { handleBounceAdded(notification); });
     NotificationCenter& center = NotificationCenter::defaultCenter();
@@ -66,7 +66,7 @@ MenuBarManager::MenuBarManager()
         timeForStatusBar, alive.guard([this] { openPreferencesIfNothingElseIsSeen(); }));
 }
 
-// A first start would show nothing at all on a desktop without a status bar.
+// Otherwise the first start would show nothing at all on a desktop without a status bar.
 void MenuBarManager::openPreferencesIfNothingElseIsSeen()
 {
     const SettingsStore& settings = SettingsStore::shared();
@@ -125,8 +125,7 @@ void MenuBarManager::menuWillOpen(Menu& menu)
     lastAdded.isHidden = !lastCopied;
 }
 
-// The colour is that of the dot and the blank behind it: two characters, which never reach into the
-// name.
+// The colour applies to two characters, the dot and the blank after it, but not to the name.
 AttributedString MenuBarManager::sessionTitle(const std::optional<FileURL>& folder)
 {
     if (folder)

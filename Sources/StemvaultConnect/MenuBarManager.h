@@ -27,7 +27,7 @@ public:
     /// Shows the preferences; always the same window.
     void openPreferences();
 
-    /// To be told of each change of the session, whose name the menu shows.
+    /// Must be called on each change of the session, whose name the menu shows.
     void sessionDidChange();
 
 private:
@@ -40,7 +40,7 @@ private:
 
     std::unique_ptr<StatusItem> statusItem;
     std::unique_ptr<Window> preferencesWindow;
-    std::optional<std::string> lastCopied; ///< The line about the file added last.
+    std::optional<std::string> lastCopied; ///< The text of the row about the last file added.
 
     WeakGuard alive;
 };

@@ -82,8 +82,8 @@ void PreferencesView::setAlwaysWatchPath(const std::optional<std::string>& path)
     BounceWatcher::shared().update(SessionTracker::shared().currentSessionFolder(), path);
 }
 
-// The desktop knows this location as that of its keyboard shortcuts. Whether it can show them is
-// not our affair.
+// The backend shows the desktop's keyboard shortcuts for this URL. The result is ignored, because
+// there is nothing to do if that fails.
 void PreferencesView::openServicesShortcutsPane()
 {
     static_cast<void>(Platform::current().workspace.open(
@@ -96,7 +96,7 @@ void PreferencesView::setLaunchAtLogin(bool isOn)
         return;
     LoginItem& loginItem = Platform::current().loginItem;
     const auto done = isOn ? loginItem.registerItem() : loginItem.unregisterItem();
-    // Refused: the switch shows again what is true. That is no change by the user.
+    // If that failed, the switch goes back to the true state, which is no change by the user.
     launchAtLogin = done ? isOn : !isOn;
     needDisplay();
 }

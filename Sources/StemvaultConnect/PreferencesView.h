@@ -15,8 +15,8 @@ class SettingsStore;
 struct OpenPanel;
 struct StemvaultFolder;
 
-/// The content of the preferences window: a function of the settings, the open session and the
-/// switch. Every edit takes effect at once. Main thread only.
+/// The content of the preferences window. It depends on the settings, the open session, the switch
+/// and the missing folders. Every edit takes effect at once. Main thread only.
 class PreferencesView {
 public:
     PreferencesView();
@@ -24,14 +24,14 @@ public:
     PreferencesView(const PreferencesView&) = delete;
     PreferencesView& operator=(const PreferencesView&) = delete;
 
-    /// Called when the view looks different from how it was drawn last, or may soon.
+    /// Called when the view has changed since it was last drawn, or is about to change.
     std::function<void()> onNeedsDisplay;
 
-    /// The view as things stand. Asks nothing of the disk.
+    /// The current view. Does not read the disk.
     [[nodiscard]] View body();
 
-    /// For each drawing: has the listed folders looked for, and gives the body. What they turn out
-    /// to be is drawn once it is known.
+    /// Called for each drawing: starts to check whether the listed folders exist, and returns the
+    /// body. The results are drawn once they are known.
     [[nodiscard]] View draw();
 
 private:
@@ -53,13 +53,13 @@ private:
 
     SettingsStore& store;
     SessionTrackerObservable& session;
-    bool launchAtLogin; ///< Of the view alone: where the switch stands.
+    bool launchAtLogin; ///< The position of the switch.
     FolderPresence presence;
 
     WeakGuard alive;
 };
 
-/// The path with the user's home folder written as "~", wherever in it that stands.
+/// The path with every occurrence of the user's home folder replaced by "~".
 [[nodiscard]] std::string homeAbbreviated(const std::string& path, const std::string& home);
 
 } // namespace stemvault

@@ -7,7 +7,7 @@
 
 namespace stemvault {
 
-/// Puts the program in front of all others and asks the user; the answer of an alert or of a panel.
+/// Brings the program to the front, shows an alert or a panel and returns the user's answer.
 auto runInFront(const auto& question)
 {
     const Platform& platform = Platform::current();
@@ -15,7 +15,7 @@ auto runInFront(const auto& question)
     return platform.dialogs.runModal(question);
 }
 
-/// A panel to choose a folder that is there.
+/// A panel to choose an existing folder.
 [[nodiscard]] inline OpenPanel folderPanel(const std::string& prompt)
 {
     OpenPanel panel;
@@ -25,7 +25,7 @@ auto runInFront(const auto& question)
     return panel;
 }
 
-/// Tells the user without asking anything, with the default sound.
+/// Shows a notification with the default sound.
 inline void notifyUser(const std::string& title, const std::string& body)
 {
     Platform::current().userNotificationCenter.add(

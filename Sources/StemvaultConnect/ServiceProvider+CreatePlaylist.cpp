@@ -20,7 +20,7 @@ namespace {
 
 constexpr Frame textFieldFrame { 0, 0, 280, 24 };
 
-/// Gives whether the user has closed the alert, rather than the end of the program.
+/// True if the user closed the alert, false if the end of the program did.
 bool warn(const std::string& messageText, const std::string& informativeText)
 {
     Alert alert;
@@ -103,8 +103,8 @@ void ServiceProvider::createProject(
     announcePlaylist(projectName, copyCount);
 }
 
-// Gives the number of copies. A file that cannot be copied is left out, and so is the second of a
-// name: copying never overwrites.
+// Returns the number of copies. A file that cannot be copied is left out, and so is the second file
+// with the same name, because copying never overwrites.
 std::size_t ServiceProvider::copyInto(const FileURL& folder, const std::vector<AudioFile>& files)
 {
     std::size_t copyCount = 0;

@@ -59,7 +59,7 @@ bool ServiceProvider::isAudioFile(const FileURL& url)
     return BounceWatcher::audioExtensions().contains(lowercased(url.pathExtension()));
 }
 
-// Of named files only a link is followed. What is an ordinary file now must still be one when it is
+// A link that the user has selected is followed. A regular file must still be one when it is
 // copied.
 ServiceProvider::AudioFile ServiceProvider::namedFile(const FileURL& url)
 {
@@ -70,8 +70,8 @@ ServiceProvider::AudioFile ServiceProvider::namedFile(const FileURL& url)
     return { url, FileManager::identityOfFolder(folder).value_or(FileIdentity {}) };
 }
 
-// By the extension alone: an entry is not asked what it is. Links among them are not followed when
-// they are copied, as they may lead to what nobody meant to select.
+// Judges entries only by their extension, not by their type. Links among them are not followed when
+// they are copied, because they may lead to files that the user did not mean to select.
 std::vector<ServiceProvider::AudioFile> ServiceProvider::audioFilesInFolder(const FileURL& folder)
 {
     const auto foundIn = FileManager::identityOfFolder(folder.path()).value_or(FileIdentity {});

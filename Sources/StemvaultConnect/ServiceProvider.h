@@ -11,32 +11,32 @@
 
 namespace stemvault {
 
-/// Answers the two services that file managers offer on a selection. Keeps nothing between calls.
-/// Main thread only.
+/// Performs the two services that file managers offer for a selection. Keeps no state between
+/// calls. Main thread only.
 class ServiceProvider : public ServicesProvider {
 public:
     /// The services by their message names, "addToStemvault" and "createStemvaultPlaylist".
     bool perform(const std::string& message, const Pasteboard& pasteboard,
         const std::string& userData, std::string& error) override;
 
-    /// Puts every audio file of the selection to the user as if it had just been bounced. Looks one
-    /// level into selected folders.
+    /// Asks the user about every audio file of the selection as if it had just been bounced. That
+    /// includes the files directly in selected folders.
     void addToStemvault(
         const Pasteboard& pasteboard, const std::string& userData, std::string& error);
 
-    /// Makes a project folder of the selection's audio files, and opens the web app on it.
+    /// Creates a project folder with the selection's audio files, and opens it in the web app.
     void createStemvaultPlaylist(
         const Pasteboard& pasteboard, const std::string& userData, std::string& error);
 
 private:
     struct AudioFile {
         FileURL url;
-        std::optional<FileIdentity> foundIn; ///< As in an entry of the prompt's queue.
+        std::optional<FileIdentity> foundIn; ///< As in BounceAlertController::Entry.
     };
 
     struct AudioFiles {
-        std::vector<AudioFile> files; ///< In the order in which they were met.
-        std::string defaultName; ///< What the project is called unless the user says otherwise.
+        std::vector<AudioFile> files; ///< In the order in which they were found.
+        std::string defaultName; ///< The project's name unless the user enters another one.
     };
 
     static const std::string noSelection;

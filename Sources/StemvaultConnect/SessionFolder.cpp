@@ -12,8 +12,8 @@ namespace {
 
 constexpr auto npos = std::string_view::npos;
 
-/// Where the first component that satisfies `matches` begins. The path begins with a slash, so the
-/// component before it, the empty one, is never looked at.
+/// The position of the first component that satisfies `matches`. The path begins with a slash, and
+/// the empty component before it is skipped.
 template <typename Matches> std::size_t findComponent(std::string_view path, Matches matches)
 {
     for (std::size_t begin = path.find('/') + 1; begin != 0;) {
@@ -59,7 +59,7 @@ std::optional<FileURL> audioFilesFolder(std::span<const std::string_view> paths)
             continue;
         const auto folder = findComponent(
             path, [](std::string_view component) { return component == "Audio Files"; });
-        // Directly under the root there is no folder that could be a session's.
+        // If it is directly below the root, its parent cannot be a session folder.
         if (folder != npos && folder > 1)
             return FileURL(std::string(path.substr(0, folder - 1)));
     }

@@ -86,8 +86,8 @@ void SessionTracker::refresh()
         });
 }
 
-// The media are looked at by one scan after the other: on a drive that does not answer all would
-// hang. Of those that wait meanwhile only the last one counts.
+// Only one scan at a time examines the media, because all of them would hang on a drive that does
+// not respond. Of the scans that are waiting, only the latest is kept.
 void SessionTracker::advance(Scan scan)
 {
     if (scan.folder || scan.candidates.empty())
@@ -106,14 +106,15 @@ void SessionTracker::advance(Scan scan)
 void SessionTracker::apply(const Scan& scan)
 {
     lastApplied = std::max(lastApplied, scan.number);
-    // Some DAWs close their media when they lose the focus, others the session once it is read.
+    // Some DAWs close their media when they lose the focus, others close the session file once they
+    // have read it.
     if (!scan.folder && owner && isRunning(*owner))
         return;
     owner = scan.owner;
     if (scan.folder == folder)
         return;
     folder = scan.folder;
-    // A copy: an observer may bring another one.
+    // A copy, because an observer may add another one.
     for (const Observer& observer : std::vector(observers))
         observer(scan.folder);
 }
@@ -161,8 +162,8 @@ void SessionTracker::findOpenSessionFolder(OpenFiles& openFiles, Scan& scan)
     }
 }
 
-/// A server has the files of several programs open, so that only a session file of this DAW's own
-/// kind says anything.
+/// A server has the files of several programs open, so only a session file of this DAW's own type
+/// counts.
 std::optional<FileURL> SessionTracker::sessionFolderFromServer(
     OpenFiles& openFiles, const Candidate& candidate)
 {

@@ -20,26 +20,26 @@ namespace stemvault {
 struct DAW;
 class Timer;
 
-/// Knows which DAW session is open. Main thread only; the scans run elsewhere.
+/// Tracks which DAW session is open. Main thread only; the scans run in the background.
 class SessionTracker : public Shared<SessionTracker> {
 public:
     using Observer = std::function<void(const std::optional<FileURL>& sessionFolder)>;
 
-    /// Looks once, then again at every launch, quit and activation of an application, and every
+    /// Scans once, then again at every launch, quit and activation of an application, and every
     /// 30 seconds while a DAW runs.
     void start();
 
-    /// No further look is begun.
+    /// Starts no further scans.
     void stop();
 
-    /// Begins one look and returns at once. A result that differs is told to the observers later.
+    /// Starts one scan and returns at once. If its result differs, the observers are called later.
     void refresh();
 
-    /// The folder that the latest finished look found.
+    /// The folder that the latest finished scan found.
     [[nodiscard]] const std::optional<FileURL>& currentSessionFolder() const { return folder; }
 
-    /// Where the DAW keeps its own files in a session that was found by its media or a server's
-    /// files; what is written there is no bounce.
+    /// The folders with the DAW's own files, in a session that was found by its media or a server's
+    /// files; a file written there is not a bounce.
     [[nodiscard]] std::vector<std::string> workingFolders() const;
 
     /// Called in order with the new folder whenever it changes. Only ever appended to.
@@ -50,24 +50,24 @@ private:
     SessionTracker();
     ~SessionTracker();
 
-    /// What is worth scanning.
+    /// An application that is worth scanning.
     struct Candidate {
         std::int32_t process;
         std::int32_t fileServer; ///< 0 when there is none.
-        const DAW* daw; ///< Null for one that is scanned for its name.
+        const DAW* daw; ///< Null for one that is scanned because of its name.
         std::optional<std::string> openFiles {}; ///< As lsof prints them.
     };
-    /// A DAW whose open media, or its server's files, told which session it has open.
+    /// A DAW whose session was identified by its open media or its server's files.
     struct Owner {
         std::int32_t process;
         const DAW* daw;
     };
-    /// What a scan came to.
+    /// A scan and its result.
     struct Scan {
-        int number; ///< They are counted as they begin.
+        int number; ///< Scans are numbered in the order in which they start.
         std::vector<Candidate> candidates;
         std::optional<FileURL> folder {};
-        std::optional<Owner> owner {}; ///< Absent when the DAW has files of the session open.
+        std::optional<Owner> owner {}; ///< Absent if sessionFolder() identified the session.
     };
 
     void updateTimer();
@@ -84,8 +84,8 @@ private:
         OpenFiles& openFiles, Candidate& candidate, std::span<const std::string_view> extensions);
     static void findByMedia(Scan& scan);
 
-    std::optional<Owner> owner; ///< Of `folder`, as a scan has it.
-    int lastScan = 0; ///< The number of the one that began last.
+    std::optional<Owner> owner; ///< Of `folder`; absent as in Scan.
+    int lastScan = 0; ///< The number of the scan that was started last.
     int lastApplied = 0;
     FolderLooks mediaLooks;
     std::optional<FileURL> folder;

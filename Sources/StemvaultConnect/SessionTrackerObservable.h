@@ -17,7 +17,7 @@ public:
 private:
     friend class Shared<SessionTrackerObservable>;
 
-    /// Begins one look for the session, so that what is shown first is soon what is true.
+    /// Starts one scan, so that an outdated initial value is soon corrected.
     SessionTrackerObservable();
     ~SessionTrackerObservable();
 

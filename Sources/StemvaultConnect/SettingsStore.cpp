@@ -109,7 +109,7 @@ void SettingsStore::load()
     auto stored = decoded(*bytes);
     if (!stored)
         return;
-    // Plain assignments: each of them writes the record back, the last one in normalized form.
+    // Each of these setters writes the record back; the last one writes it in normalized form.
     setStemvaultFolders(std::move(stored->stemvaultFolders));
     setAlwaysWatchPath(std::move(stored->alwaysWatchPath));
     setProjectsRootPath(std::move(stored->projectsRootPath));

@@ -21,14 +21,14 @@ public:
     [[nodiscard]] const std::optional<std::string>& alwaysWatchPath() const { return alwaysWatch; }
     void setAlwaysWatchPath(std::optional<std::string> path);
 
-    /// The folder under which new project folders are made.
+    /// The folder in which new project folders are created.
     [[nodiscard]] const std::optional<std::string>& projectsRootPath() const
     {
         return projectsRoot;
     }
     void setProjectsRootPath(std::optional<std::string> path);
 
-    /// Appends without looking for an equal one.
+    /// Appends the folder without checking for an equal one.
     void addFolder(const StemvaultFolder& folder);
     void removeFolder(const UUID& id);
 

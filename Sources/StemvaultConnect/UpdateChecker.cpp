@@ -20,10 +20,10 @@ void UpdateChecker::checkForUpdatesIfNeeded()
     const Platform& platform = Platform::current();
     const WallTime now = platform.dispatch.now();
     const auto lastCheck = platform.userDefaults.date(lastCheckKey);
-    // No difference is taken: a date from far in the past would not fit into one.
+    // Compares times instead of a difference, which would overflow for a date far in the past.
     if (lastCheck && *lastCheck > now - checkInterval)
         return;
-    // Written first: a check that fails, too, is the last one for a day.
+    // Written first, so that even a check that fails is not repeated for a day.
     platform.userDefaults.setDate(lastCheckKey, now);
     check(Silent::Yes);
 }
@@ -83,7 +83,7 @@ void UpdateChecker::presentUpdateAvailable(const UpdateInfo& info)
     alert.style = AlertStyle::Informational;
     alert.buttons = { "Download", "Later" };
     const bool isWanted = runInFront(alert).response == ModalResponse::alertFirstButton;
-    // Whether the desktop could open it is not our affair: the user sees what became of it.
+    // The result is ignored, because the user sees whether the page opened.
     if (isWanted && !info.downloadURL.empty() && URLComponents::fromString(info.downloadURL))
         static_cast<void>(Platform::current().workspace.open(info.downloadURL));
 }

@@ -12,13 +12,13 @@ namespace stemvault {
 
 struct UpdateInfo;
 
-/// Tells the user when there is a newer release. Main thread only; the fetch runs elsewhere.
+/// Informs the user about newer releases. Main thread only; the fetch runs in the background.
 class UpdateChecker : public Shared<UpdateChecker> {
 public:
-    /// Looks at most once a day, and says something only when there is an update.
+    /// Checks at most once a day, and shows an alert only if there is an update.
     void checkForUpdatesIfNeeded();
 
-    /// Looks now, and says what came of it.
+    /// Checks now, and shows the result in any case.
     void checkForUpdates();
 
 private:

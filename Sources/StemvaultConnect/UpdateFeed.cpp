@@ -24,7 +24,7 @@ char lowered(char letter)
     return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
 }
 
-/// `wanted` is in lower case.
+/// `wanted` must be in lower case.
 std::size_t findIgnoringCase(std::string_view text, std::string_view wanted, std::size_t from)
 {
     const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(),
@@ -44,7 +44,7 @@ std::string replaced(std::string_view text, std::string_view wanted, std::string
     return result.append(text, from);
 }
 
-// The ampersand comes last: text that was escaped twice keeps one level of it.
+// The ampersand is replaced last, so that text that was escaped twice keeps one level of escaping.
 std::string unescaped(std::string_view html)
 {
     std::string text(html);
@@ -54,7 +54,7 @@ std::string unescaped(std::string_view html)
     return text;
 }
 
-/// False when the member is missing or no text.
+/// False when the member is missing or not a string.
 bool decodeText(const json& object, const char* name, std::string& text)
 {
     const auto member = object.find(name);
@@ -79,7 +79,7 @@ std::optional<UpdateInfo> decodedInfo(const json& object)
     return info;
 }
 
-/// 0 for what is not a decimal number of 64 bits, with a sign or none.
+/// The value of a decimal number of 64 bits with an optional sign; 0 for any other text.
 std::int64_t number(std::string_view piece)
 {
     if (piece.starts_with('+')) {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-// The program takes nothing from its command line.
+// The program ignores its command line.
 int main()
 {
     using namespace stemvault;
