@@ -8,7 +8,7 @@ namespace stemvault {
 
 namespace {
 
-// With two roots, at most a quarter of the background threads can hang.
+// With two roots, at most half of the backend's threads for `Dropped` work can hang.
 constexpr std::size_t maxPerRoot = 4;
 
 } // namespace
