@@ -16,7 +16,7 @@ private:
     static void keep(std::function<void()> destroy);
 };
 
-/// Gives a class its `shared()`: one instance, made at first use and kept. Main thread only.
+/// Provides `shared()` for a class: one instance, created at first use and kept. Main thread only.
 template <typename T> class Shared {
 public:
     [[nodiscard]] static T& shared()

@@ -30,7 +30,7 @@ std::optional<unsigned> hexValue(char c)
 
 UUID::UUID() : bytes {}
 {
-    // getrandom never returns only some of sixteen bytes. Without them no unique value can be made.
+    // getrandom fills sixteen bytes completely or fails. Without them, no UUID can be made.
     if (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size()))
         std::abort();
     bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0F) | 0x40);
