@@ -74,8 +74,8 @@ struct AlertAnswer {
 /// A panel in which the user picks existing files or folders.
 struct OpenPanel {
     bool canChooseFiles = true; ///< False: only folders are listed.
-    bool canChooseDirectories = false; ///< Used without `canChooseFiles`.
-    bool canCreateDirectories = false; ///< Whether the panel offers to make a new folder.
+    bool canChooseDirectories = false; ///< Only used if `canChooseFiles` is false.
+    bool canCreateDirectories = false; ///< Whether the panel offers to create a new folder.
     std::string prompt; ///< The title of its confirm button.
     std::string message; ///< A line above the list.
     /// The folder that is shown first, or its nearest existing ancestor. Absent: the home folder.

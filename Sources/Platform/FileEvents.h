@@ -11,7 +11,7 @@ namespace stemvault {
 
 /// What happened to an item. Everything that happened to one path within a batch is combined in one
 /// set of flags, without an order: a file that was created and removed has both flags. The flags
-/// only tell the handler where to look; it must ask the disk what is there now.
+/// only tell the handler where to look; it must read the disk to see what is there now.
 namespace FileEventFlag {
 /// Events below this folder were lost. The stream has listed the folder again and reports the
 /// changes that it found, so the handler need not list it.
@@ -20,7 +20,7 @@ inline constexpr std::uint32_t RootChanged = 0x20; ///< A watched folder itself 
 inline constexpr std::uint32_t ItemCreated = 0x100;
 inline constexpr std::uint32_t ItemRemoved = 0x200;
 inline constexpr std::uint32_t ItemRenamed = 0x800; ///< It moved to this path or away from it.
-inline constexpr std::uint32_t ItemModified = 0x1000; ///< Its content was written or cut.
+inline constexpr std::uint32_t ItemModified = 0x1000; ///< Its content was written or truncated.
 inline constexpr std::uint32_t ItemIsFile = 0x10000;
 inline constexpr std::uint32_t ItemIsDir = 0x20000;
 inline constexpr std::uint32_t ItemIsSymlink = 0x40000;

@@ -17,8 +17,8 @@ public:
     /// damaged; the caller cannot tell which. The same is true of the two methods below.
     [[nodiscard]] virtual std::optional<std::string> data(const std::string& key) const = 0;
 
-    /// The text under `key`, in UTF-8. The program never writes a text; this reads values that
-    /// somebody has added by hand.
+    /// The text under `key`, in UTF-8. The program never writes a text; this reads values that were
+    /// added by hand.
     [[nodiscard]] virtual std::optional<std::string> string(const std::string& key) const = 0;
 
     /// The time under `key`.

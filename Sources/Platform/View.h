@@ -65,7 +65,7 @@ struct Label {
 
 enum class ControlSize { Regular, Small };
 
-/// A button. Space and Return press it while it has the keyboard.
+/// A button. Space and Return press it while it has the keyboard focus.
 struct Button {
     enum class Style { Bordered, Plain };
 
