@@ -32,7 +32,7 @@ using CopyOutcome = std::optional<CopyFault>;
 [[nodiscard]] CopyFault readingFault();
 [[nodiscard]] CopyFault writingFault();
 
-/// Whether this errno means, in a folder that exists, that the system refuses the name.
+/// Whether this errno means that the system refuses the name, given that the folder exists.
 [[nodiscard]] bool isAboutName(int error);
 
 /// States that a folder's disk does not allow the name, as the end of a sentence.

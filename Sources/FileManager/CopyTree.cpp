@@ -74,8 +74,7 @@ CopyOutcome EntryCopy::copy(const std::string& name) const
 
 CopyOutcome EntryCopy::copyFile(const std::string& name) const
 {
-    // Checked before its content is opened: if a pipe has taken its place, opening that would
-    // block.
+    // Checked before its content is opened: opening a pipe that has taken its place would block.
     const FileDescriptor item(::openat(in, name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
     const auto source = item ? statusOf(item.get()) : std::nullopt;
     if (!source)

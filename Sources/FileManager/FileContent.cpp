@@ -159,7 +159,7 @@ CopyOutcome ContentCopy::faultInKernel(off_t at, off_t count)
     return written;
 }
 
-// Lets the disk start while the rest is still being copied, rather than at the final fsync.
+// Starts to write to the disk while the rest is still being copied, not only at the final fsync.
 void ContentCopy::beginWriting(off_t at, off_t count) const
 {
     if (options.durability == Durability::OnDisk)
