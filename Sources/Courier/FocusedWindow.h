@@ -11,8 +11,7 @@ namespace stemvault {
 /// The X window that the user is working in.
 class FocusedWindow {
 public:
-    /// Absent when no window, or a Wayland window, has the keyboard focus. `display` must outlive
-    /// it.
+    /// Absent when no window, or a Wayland window, has the focus. `display` must outlive it.
     [[nodiscard]] static std::optional<FocusedWindow> of(const X11Display& display);
 
     /// In a terminal, Ctrl+C would interrupt the program that is running there.

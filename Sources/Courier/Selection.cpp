@@ -20,7 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 using Files = std::vector<std::string>;
 
-constexpr auto timeToLetGo = 3s; ///< Of the hotkey.
+constexpr auto timeToLetGo = 3s; ///< For the user to release the hotkey.
 constexpr auto timeToCopy = 1500ms;
 constexpr auto timeToRead = 2s;
 constexpr auto timeToSave = 1s;

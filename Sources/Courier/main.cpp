@@ -15,10 +15,9 @@
 //
 //   courier add FILES...         Add to Stemvault
 //   courier playlist FILES...    Create Stemvault Playlist
-//   courier add-selection        Add to Stemvault, for a hotkey: what is selected
+//   courier add-selection        Add to Stemvault, for a hotkey: the selected files
 //
-// Exits with 0 when the service was performed, 1 when the user was shown why not, 2 for wrong
-// usage.
+// Exits with 0 if the service was performed, 1 if the user was shown why not, 2 on wrong usage.
 
 namespace stemvault {
 namespace {
