@@ -142,7 +142,7 @@ void BounceAlertController::askToReplace(Copy copy)
 
 // The check whether the name is taken runs in the same background work as the copy, so that neither
 // is dropped when the program ends. An earlier copy that is still running may take a free name
-// before this copy does; the user is then asked before that file is replaced, too.
+// before this copy does; the user is asked before that file is replaced as well.
 void BounceAlertController::performCopy(const Copy& copy)
 {
     const auto ask = alive.guard([this, copy] { askToReplace(copy); });

@@ -26,7 +26,7 @@ struct Alert;
 class BounceAlertController : public Shared<BounceAlertController>,
                               public UserNotificationCenterDelegate {
 public:
-    /// A file that the user is still to be asked about.
+    /// A file that the user has not been asked about yet.
     struct Entry {
         FileURL file;
         std::string sourceFolder; ///< The name of the folder that it came from.

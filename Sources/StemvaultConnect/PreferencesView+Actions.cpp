@@ -96,7 +96,7 @@ void PreferencesView::setLaunchAtLogin(bool isOn)
         return;
     LoginItem& loginItem = Platform::current().loginItem;
     const auto done = isOn ? loginItem.registerItem() : loginItem.unregisterItem();
-    // If that failed, the switch goes back to the true state, which is no change by the user.
+    // If that failed, the switch goes back to the true state, without a call of its `onChange`.
     launchAtLogin = done ? isOn : !isOn;
     needDisplay();
 }

@@ -10,7 +10,7 @@
 
 namespace stemvault {
 
-/// The user's settings, held in memory and written whole at every change. Main thread only.
+/// The user's settings, kept in memory and written completely at every change. Main thread only.
 class SettingsStore : public Shared<SettingsStore>, public ObservableObject {
 public:
     /// Destinations in the order in which they were added.
