@@ -1,4 +1,4 @@
-// stemvault-empty-program FOLDER: measures what any Qt Widgets program costs. Starts its event
+// stemvault-empty-program FOLDER: a minimal Qt Widgets program, as a baseline. Starts its event
 // loop, then watches FOLDER, which shows from outside that the loop runs, and does nothing else.
 
 #include <QApplication>
