@@ -31,7 +31,7 @@ const Failure nothingCopied { "No files have been copied. Copy audio files or fo
                               "manager (Ctrl+C), then press the hotkey." };
 const Failure noReader { "Here, copied files can only be read with the tool wl-paste. Install the "
                          "package wl-clipboard, then press the hotkey again." };
-const Failure keysHeld { "The keys of the hotkey were not let go. Press it shortly." };
+const Failure keysHeld { "The keys of the hotkey were not let go. Press it briefly." };
 
 Deadline in(std::chrono::milliseconds time)
 {
