@@ -1,6 +1,6 @@
 """Compares the lines that no test reached with the reasons in docs/coverage.md.
 
-    uncovered.py LINES    the lines and how often each ran, as llvm-cov exports them for lcov
+    uncovered.py LINES    the execution count of each line, as llvm-cov exports it for lcov
 """
 
 import pathlib
@@ -12,7 +12,7 @@ REASONS = pathlib.Path("docs/coverage.md")
 
 
 def counts_by_file(lines):
-    """How often each line ran, by its number, for each file of the program's room."""
+    """The execution counts by line number, for each file of the program's layer."""
     counts, file = {}, None
     for line in pathlib.Path(lines).read_text().splitlines():
         kind, _, rest = line.partition(":")
@@ -25,7 +25,7 @@ def counts_by_file(lines):
 
 
 def reasons():
-    """The pairs of a file's name and the text of a line for which there is a reason."""
+    """The pairs of file name and line text for which there is a reason."""
     found, file = set(), None
     for line in REASONS.read_text().splitlines():
         if heading := re.fullmatch(r"### (\S+)", line):
