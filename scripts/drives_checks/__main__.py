@@ -1,4 +1,4 @@
-"""python3 scripts/drives_checks PROGRAMS FOLDER [DRIVE...]: as root, in a mount namespace of its own."""
+"""python3 scripts/drives_checks PROGRAMS FOLDER [DRIVE...]: run as root, in a separate mount namespace."""
 
 import os
 import platform
@@ -31,7 +31,7 @@ def row(name, programs, folder):
         drive = DRIVES[name](folder)
     except (OSError, TimeoutError, AttributeError) as error:
         return [name] + [f"not tried: {error}"] * len(COLUMNS)
-    except Exception as error:  # The message of a command that failed is all that tells why.
+    except Exception as error:  # Only the message of the failed command gives the reason.
         text = getattr(error, "stderr", b"") or str(error).encode()
         why = text.decode(errors="replace").strip().splitlines()[-1]
         return [name] + ["not tried: " + why] * len(COLUMNS)

@@ -1,4 +1,4 @@
-"""What is tried on every drive. Each check gives what to write into the table; a fault raises Fault."""
+"""The checks for every drive. Each returns the text of its table cell, and raises Fault if it fails."""
 
 import contextlib
 import hashlib
@@ -11,7 +11,7 @@ import time
 from mounts import wait_until
 
 MIB = 1 << 20
-TAKES_PATIENCE = 60  # Seconds that anything may take before it counts as hung.
+TAKES_PATIENCE = 60  # Seconds after which an operation counts as hung.
 OLD = 1_600_000_000
 NAMES = [b"que?y.wav", b"co:lon.wav", b'quo"te.wav', b"back\\slash.wav", b"<a|b>*.wav", b"dot..wav.",
          b" blank .wav ", b"new\nline.wav", b"latin\xe4.wav", "ünïcödé 混音 🎚.wav".encode(),
@@ -41,7 +41,7 @@ def write(path, size, date=OLD):
 
 
 def reason(text):
-    """The part of our sentence that says why."""
+    """The part of our message that gives the reason."""
     found = re.search(r"because (.*)\.\n?$", text, re.DOTALL)
     return found.group(1) if found else text.strip()
 
@@ -60,7 +60,7 @@ class Checks:
         return subprocess.Popen([self.copy_tool, *options, source, to], stderr=subprocess.PIPE)
 
     def copy(self, source, to, *options):
-        """Gives why it failed, or nothing."""
+        """Returns the reason for the failure, or an empty string."""
         process = self.spawn(source, to, *options)
         try:
             text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
@@ -73,7 +73,7 @@ class Checks:
         return [name for name in os.listdir(os.fsencode(folder or self.here)) if name.startswith(b".")]
 
     def both_ways(self):
-        """Six files there and back, small and large, one with holes, and a replacement."""
+        """Copies six files there and back, small and large, one with holes, and makes a replacement."""
         for size in (0, 1, 4097, 3 * MIB + 1, 24 * MIB, -5 * MIB):
             source, there, back = self.home + "/a.wav", self.here + "/a.wav", self.home + "/back.wav"
             write(source, max(size, 0))
@@ -101,7 +101,7 @@ class Checks:
         source, there, back = self.home + "/date.wav", self.here + "/date.wav", self.home + "/dateback.wav"
         write(source, 100_000)
         expect(not self.copy(source, there) and self.has_date(there), "the date was lost on the way there")
-        if self.drive.has_cache:  # Such a file has the date at which it was opened until it is stored.
+        if self.drive.has_cache:  # Until it is stored, such a file has the date at which it was opened.
             stored = there.replace(self.drive.path, self.drive.store)
             wait_until(lambda: os.path.exists(stored) and self.has_date(stored), 20, "storing")
             time.sleep(1)
@@ -133,7 +133,7 @@ class Checks:
 
     def full_disk(self):
         old = write(self.here + "/Mix.wav", 2 * MIB)
-        # Behind drives that pass things on, as some of them remember how much room there was.
+        # Fills the backing store of a drive that has one, as some such drives cache the free space.
         room = self.drive.store if os.path.ismount(self.drive.store) else self.here
         filler = room + "/filler"
         with contextlib.suppress(OSError), open(filler, "wb", buffering=0) as file:
@@ -153,7 +153,7 @@ class Checks:
         return f"“{why}”, the old file stays"
 
     def kills(self):
-        """Replacements and new files, each killed at a random moment of its usual time."""
+        """Copies replacements and new files, and kills each copy at a random moment of its usual duration."""
         source, target = self.home + "/kill.wav", self.here + "/kill.wav"
         versions = {write(source, 12 * MIB)}
         usual = min(self.time_of_copy(source, target) for _ in range(3))
@@ -185,7 +185,7 @@ class Checks:
         return time.monotonic() - start
 
     def watching(self):
-        """What is written is told of; what is moved, renamed, played or dated back is not."""
+        """Written files are reported; moved, renamed, played and re-dated ones are not."""
         watched = os.path.join(self.here, "watched")
         os.makedirs(watched)
         for name in ("written again", "renamed", "played", "with another mode", "dated"):
@@ -205,37 +205,37 @@ class Checks:
                 write(f"{watched}/{name}.wav", 7000, time.time())
             os.makedirs(watched + "/folder")
             write(watched + "/folder/in a new folder.wav", 7000, time.time())
-            wait_until(lambda: written <= self.names_in(told), 20, "what was written is not told of")
+            wait_until(lambda: written <= self.names_in(told), 20, "not every written file was reported")
             took = time.monotonic() - start
-            time.sleep(7)  # Two looks by the clock, in which nothing else may be told of.
+            time.sleep(7)  # Two polls, which must not report anything else.
         finally:
             watcher.terminate()
             watcher.wait()
         others = self.names_in(told) - written
-        expect(others <= {"copied"}, f"told of as written: {', '.join(sorted(others))}")
-        # Where a name can be given without replacing only by a link, a copy looks like a new file.
-        return f"told within {took:.1f} s, " + ("and our own copy" if others else "nothing else")
+        expect(others <= {"copied"}, f"reported as written: {', '.join(sorted(others))}")
+        # Where renaming without replacing is possible only by a hard link, a copy looks like a new file.
+        return f"reported within {took:.1f} s, " + ("and our own copy" if others else "nothing else")
 
     def disturb(self, watched):
-        """All that is no recording."""
+        """Makes all changes that are not recordings."""
         os.rename(watched + "/renamed.wav", watched + "/renamed otherwise.wav")
         os.rename(self.here + "/moved in.wav", watched + "/moved in.wav")
         digest(watched + "/played.wav")
         for change in (lambda: os.chmod(watched + "/with another mode.wav", 0o600),
                        lambda: os.utime(watched + "/dated.wav", (OLD - 1000, OLD - 1000))):
-            with contextlib.suppress(OSError):  # Not every drive knows modes.
+            with contextlib.suppress(OSError):  # Not every drive supports modes.
                 change()
         why = self.copy(self.home + "/copied.wav", watched + "/copied.wav")
         expect(not why, f"our own copy: {why}")
 
     @staticmethod
     def names_in(told):
-        """Of audio files alone: drafts of ours have other names."""
+        """The reported audio files; our staged files have other extensions."""
         with open(told, encoding="utf-8", errors="replace") as lines:
             return set(re.findall(r"([^/\n]*)\.wav$", lines.read(), re.MULTILINE))
 
     def begin_long_copy(self):
-        """Gives a copy onto the drive that has begun to write, and what was copied."""
+        """Starts a copy onto the drive; returns its process, once it writes, and the digest of the source."""
         size = 60 * MIB
         expected = write(self.home + "/long.wav", size)
         process = self.spawn(self.home + "/long.wav", self.here + "/long.wav")
@@ -276,5 +276,5 @@ class Checks:
         except subprocess.TimeoutExpired:
             process.kill()
             raise Fault("a copy hangs when the drive goes") from None
-        expect(process.returncode != 0, "a copy to a drive that went was told as done")
+        expect(process.returncode != 0, "a copy to a disconnected drive was reported as done")
         return f"“{reason(text)}” after {time.monotonic() - start:.1f} s"

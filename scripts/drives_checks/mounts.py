@@ -1,4 +1,4 @@
-"""The drives: how each is made, mounted, taken away and stopped."""
+"""The drives: how each is made, mounted, disconnected and stopped."""
 
 import contextlib
 import fcntl
@@ -27,10 +27,10 @@ def wait_until(is_true, seconds, what):
 
 
 class Drive:
-    """One drive at `path`. Its daemon, if it has one, is a process of ours."""
+    """One drive, mounted at `path`. Its daemon, if it has one, is our child process."""
 
     can_hang = True
-    has_cache = False  # It takes files whole before it stores them elsewhere.
+    has_cache = False  # Whether it takes a whole file before it stores the file elsewhere.
 
     def __init__(self, folder):
         self.path = os.path.join(folder, "drive")
@@ -40,7 +40,7 @@ class Drive:
         os.makedirs(self.store)
 
     def mount_store(self):
-        """What lies behind a drive that passes things on, small enough to be filled."""
+        """Mounts the backing store of a drive that passes data on, small enough to be filled."""
         run("mount", "-t", "tmpfs", "-o", f"size={CAPACITY}", "tmpfs", self.store)
 
     def start(self, *command, **options):
@@ -51,7 +51,7 @@ class Drive:
             raise OSError(f"{command[0]} ended with status {self.daemon.returncode}")
 
     def go(self):
-        """As when the cable is pulled."""
+        """Disconnects the drive, as if its cable were pulled."""
         self.daemon.kill()
         self.daemon.wait()
 
@@ -71,7 +71,7 @@ class Drive:
 
 
 class Disk(Drive):
-    """A file system of the kernel in a file, on a loop device."""
+    """A kernel file system in a file, on a loop device."""
 
     can_hang = False
 
@@ -103,7 +103,7 @@ class Disk(Drive):
 
 
 class FuseDisk(Disk):
-    """A file system of a daemon on a loop device."""
+    """A FUSE file system on a loop device."""
 
     can_hang = True
 
@@ -151,7 +151,7 @@ class FuseOverlay(Overlay):
 
 
 class Passed(Drive):
-    """A daemon that passes on what is in the store."""
+    """A daemon that passes the contents of the store on."""
 
     def __init__(self, folder, *command):
         super().__init__(folder)
@@ -175,7 +175,7 @@ class Encrypted(Drive):
 
 
 class Sshfs(Drive):
-    """Over a socket to the server's program alone, so that no service has to run."""
+    """Talks to the server program directly over a socket, so that no service has to run."""
 
     def __init__(self, folder):
         super().__init__(folder)

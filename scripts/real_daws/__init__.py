@@ -1,6 +1,6 @@
-"""Real audio programs, and the program's package beside them.
+"""Tests the program's package with real audio programs.
 
-`scripts/daws` installs them in a bare system. `check.py` starts each there on a virtual desktop, by a
-module of its own, and notes what the program makes of it: by `trial.py`, which presses *Add* as soon
-as it is asked. `table.py` makes the document of it.
+`scripts/daws` installs them in a bare system. `check.py` starts each there on a virtual desktop, using
+the module for that program. `trial.py` records how the program reacts, and presses *Add* as soon as a
+prompt comes up. `table.py` writes the results into the documentation.
 """

@@ -1,4 +1,4 @@
-"""Ardour: its own Lua interpreter records the sessions, and its command for exporting exports them."""
+"""Ardour: its own Lua interpreter records the sessions, and its export command exports them."""
 
 import shutil
 from pathlib import Path
@@ -12,7 +12,7 @@ INSTALLED = Path("/usr/lib/ardour7")
 CONFIGURATION = """<?xml version="1.0" encoding="UTF-8"?>
 <Ardour><Config><Option name="hide-dummy-backend" value="0"/></Config></Ardour>
 """
-# Sound comes from the engine that needs no sound card.
+# The dummy engine, which needs no sound card, supplies the sound.
 RECORDING = """
 local backend = AudioEngine:set_backend("None (Dummy)", "", "")
 backend:set_device_name("Uniform White Noise")
@@ -57,14 +57,14 @@ def record(desktop, name):
     recorder = desktop.start_audio("recorder", ["ardour7-lua", script])
     wait_for("the recording", lambda: recorder.poll() is not None, STARTING)
     session = folder / f"{name}.ardour"
-    # With the device that Ardour chooses by itself, or it wants its set-up answered first.
+    # With any device but Ardour's default, Ardour first asks for its set-up.
     session.write_text(session.read_text().replace("Uniform White Noise", "Silence"))
     return session
 
 
 def start(desktop, song):
-    """Started as its script does, but only the engine without a sound card is there to choose from. What
-    it tells at the start is answered."""
+    """Starts Ardour as its script does, but with only the dummy engine available. Its messages at the
+    start are dismissed."""
     parts = desktop.made_folder("ardour")
     for part in INSTALLED.iterdir():
         if part.name != "backends":
@@ -72,7 +72,7 @@ def start(desktop, song):
     shutil.copy(INSTALLED / "backends/libdummy_audiobackend.so", desktop.made_folder("ardour/backends"))
     configuration = desktop.home / ".config/ardour7"
     configuration.mkdir(parents=True, exist_ok=True)
-    (configuration / ".a7").touch()  # Without the assistant for the first start.
+    (configuration / ".a7").touch()  # Suppresses the assistant of the first start.
     (configuration / "config").write_text(CONFIGURATION)
     program = desktop.start_audio("ardour", [next(INSTALLED.glob("ardour-7*")), song], {
         "ARDOUR_DATA_PATH": "/usr/share/ardour7", "ARDOUR_CONFIG_PATH": "/etc/ardour7",

@@ -1,4 +1,4 @@
-"""Audacity, driven by its own scripting pipe."""
+"""Audacity, controlled through its own scripting pipe."""
 
 import os
 import shutil
@@ -48,7 +48,7 @@ def audacity(desktop, rows):
 
 
 def make_projects(desktop, songs):
-    """Audacity makes the first one. The other is a copy."""
+    """Audacity creates the first project. The other is a copy."""
     tone = desktop.folder / "tone.wav"
     subprocess.run(["sox", "-n", tone, "synth", "20", "sine", "440"], check=True)
     for song in songs:
@@ -62,8 +62,8 @@ def make_projects(desktop, songs):
 
 
 def look_for_plug_ins(desktop):
-    """As a first start does, with a helper of its own, which would listen to the scripting pipe, too:
-    so that is switched on afterwards."""
+    """Does what a first start does. Its helper process would also listen to the scripting pipe, so the
+    pipe is switched on afterwards."""
     configuration = desktop.home / ".config/audacity/audacity.cfg"
     configuration.parent.mkdir(parents=True)
     configuration.write_text(FIRST_CONFIGURATION)
@@ -97,7 +97,7 @@ class Audacity:
 
 
 def quit_by_key(desktop, process, title):
-    """What ends otherwise has it offer its recovery at the next start."""
+    """After any other end, Audacity offers a recovery at the next start."""
     desktop.display.activate(wait_for("the window", lambda: window_of(desktop, title)))
     desktop.display.press_keys("Control_L", "q")
     process.wait(timeout=30)

@@ -1,6 +1,6 @@
-"""Tries one of the audio programs, or a group of them: check.py NAME PLACE
+"""Tests with one of the audio programs, or a group of them: check.py NAME PLACE
 
-Writes what came of it to PLACE/results, as JSON, with logs, and evidence of failures.
+Writes the outcomes to PLACE/results, as JSON, with logs and evidence of failures.
 """
 
 import importlib
@@ -25,7 +25,7 @@ def version_of(package):
 
 
 def is_wrong(row):
-    """Where a row expects no number of questions, what is seen is documented."""
+    """A row without an expected number of prompts only documents what was observed."""
     if row["expected"] is None:
         return False
     return row["asked"] != row["expected"] or row["early"] or (
@@ -42,7 +42,7 @@ def main():
         with AudioDesktop(results) as desktop:
             try:
                 trial(desktop, rows)
-            except Exception as failure:  # Whatever it is, the others are tried all the same.
+            except Exception as failure:  # The other trials must still run.
                 desktop.keep_evidence(results / "failed")
                 (results / "failed/error.txt").write_text(traceback.format_exc())
                 what = (str(failure) or type(failure).__name__).splitlines()[0]

@@ -1,4 +1,4 @@
-"""The virtual desktop with all applications that are installed, and a home on a disk."""
+"""The virtual desktop with all installed applications, and a home folder on a disk."""
 
 import shutil
 
@@ -9,7 +9,7 @@ KEYS = {"/": "slash", ".": "period", " ": "space", "-": "minus"}
 
 
 class AudioDesktop(VirtualDesktop):
-    """Audio programs stay off the accessibility bus: a busy one would hold up who asks for windows."""
+    """Audio programs do not join the accessibility bus: a busy one would delay every query for windows."""
 
     QUIET = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": None, "NO_AT_BRIDGE": "1", "QT_ACCESSIBILITY": "0",
              "AT_SPI_BUS_ADDRESS": "unix:path=/nowhere"}
@@ -28,12 +28,12 @@ class AudioDesktop(VirtualDesktop):
         return self.start(name, command, self.QUIET | (environment or {}), **options)
 
     def window_with(self, text):
-        """A window by what its title holds; by nothing, one that has no title."""
+        """A window whose title contains the text; for an empty text, one without a title."""
         return next((window for window, title in self.display.windows().items()
                      if (text in title if text else not title)), None)
 
     def open_by_dialog(self, window, dialog_title, path):
-        """As a user does by Ctrl+O and typing the path."""
+        """Presses Ctrl+O and types the path, as a user does."""
         self.display.activate(wait_for(f"the window of {window}", lambda: self.window_with(window)))
         self.display.press_keys("Control_L", "o")
         dialog = wait_for("the dialog for opening", lambda: self.window_with(dialog_title))

@@ -1,4 +1,4 @@
-"""Command line programs that write audio as exporters do, into the folder that is always watched."""
+"""Command line programs that write audio as exporters do, into the always-watched folder."""
 
 import subprocess
 import time
@@ -29,7 +29,7 @@ def at_full_speed(desktop, rows):
 
 
 def slowly(desktop, rows):
-    """Fed with pauses: the files grow every three seconds and are open all along."""
+    """Exports with pauses in the input: the files grow every three seconds and stay open throughout."""
     bounces, trial = start(desktop)
     for ending in ("wav", "mp3"):
         path = bounces / f"Slow.{ending}"

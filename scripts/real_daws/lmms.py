@@ -1,4 +1,4 @@
-"""LMMS, whose own command line renders."""
+"""LMMS, which renders by its own command line."""
 
 import subprocess
 
@@ -42,7 +42,7 @@ def lmms(desktop, rows):
 
 
 def lmms_with_a_window(desktop, rows):
-    """It reads the project and its samples whole, and closes them."""
+    """LMMS reads the project and its samples completely, and closes them."""
     (desktop.home / ".lmmsrc.xml").write_text(CONFIGURATION)
     song = make_project(desktop.home / "Sessions/First Song")
     trial = Trial(desktop)

@@ -1,4 +1,4 @@
-"""Qtractor, with JACK's engine that needs no sound card."""
+"""Qtractor, with JACK's dummy engine, which needs no sound card."""
 
 import subprocess
 from pathlib import Path

@@ -1,4 +1,4 @@
-"""Rosegarden, without sound: it asks for a MIDI sequencer of the kernel's otherwise."""
+"""Rosegarden, without sound, since it would need the kernel's MIDI sequencer otherwise."""
 
 import gzip
 
@@ -18,7 +18,7 @@ DOCUMENT = """<?xml version="1.0" encoding="UTF-8"?>
 
 
 def rosegarden(desktop, rows):
-    """It reads its documents whole and closes them: only a look at that moment finds the session."""
+    """Rosegarden reads a document and closes it: only a scan at that moment finds the session."""
     song = desktop.home / "Sessions/First Song/First Song.rg"
     song.parent.mkdir(parents=True)
     song.write_bytes(gzip.compress(DOCUMENT.encode()))

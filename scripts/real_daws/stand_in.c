@@ -1,12 +1,12 @@
-// A Windows program that does with files what a DAW does, as it is told on its standard input:
+// A Windows program that uses files as a DAW does, controlled by commands on its standard input:
 //
-//   open PATH              holds a file open for reading, as sessions and streamed media are
-//   close                  closes all that it holds
-//   title TEXT             gives its window another title
-//   export MANNER PATH     writes eight seconds of audio in one of the manners below
+//   open PATH              opens a file for reading and keeps it open, like sessions and media
+//   close                  closes all open files
+//   title TEXT             changes the title of its window
+//   export MANNER PATH     writes eight seconds of audio in one of the ways below
 //
-// It repeats each line on its standard output when it is done with it. Its own name, which the
-// script gives it, is what makes it a DAW.
+// It echoes each line on its standard output when it has carried it out. It counts as a DAW because
+// the script gives its executable the name of one.
 #include <stdio.h>
 #include <string.h>
 #include <windows.h>
@@ -55,8 +55,7 @@ static void writeAt(HANDLE file, LONG offset, const void* bytes, DWORD length)
     WriteFile(file, bytes, length, &count, NULL);
 }
 
-/// The content differs from portion to portion, so that a copy with a hole is told from a whole
-/// one.
+/// Each portion has different content, so that a copy with a missing portion is noticed.
 static void writePortion(HANDLE file, int number)
 {
     memset(portion, 'a' + number, portionLength);

@@ -1,7 +1,7 @@
 """Puts the outcomes of scripts/daws into the documentation: table.py RESULTS DOCUMENT
 
-RESULTS holds a folder for each program or group that was tried. The tables are written between two
-marks of the document.
+RESULTS contains a folder for each program or group that was tested. The tables are written between two
+markers in the document.
 """
 
 import json
@@ -18,13 +18,13 @@ def main():
                 if (path := results / name / "outcomes.json").exists()}
     before, marked, rest = document.read_text().partition(START)
     if not marked:
-        sys.exit(f"{document} has no place for the tables")
+        sys.exit(f"{document} has no marker for the tables")
     document.write_text(before + START + text(outcomes) + END + rest.partition(END)[2])
 
 
 def text(outcomes):
-    lines = [f"Tried: {versions(outcomes)}.", "",
-             "| DAW | what it holds open of its session, and how soon the session is found | another session "
+    lines = [f"Tested with: {versions(outcomes)}.", "",
+             "| DAW | open files of its session, and how soon the session is found | another session "
              "in the same program |", "|---|---|---|"]
     sessions = [each for outcome in outcomes.values() for each in outcome["sessions"]]
     for program in dict.fromkeys(each["program"] for each in sessions):
@@ -37,7 +37,7 @@ def text(outcomes):
     failures = [failure for outcome in outcomes.values()
                 for failure in outcome.get("untried", []) + outcome["failures"]]
     if failures:
-        lines += ["", "Could not be tried to the end:", "", *(f"- {failure}" for failure in failures)]
+        lines += ["", "Could not be tested completely:", "", *(f"- {failure}" for failure in failures)]
     return "\n".join(lines) + "\n"
 
 

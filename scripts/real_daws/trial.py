@@ -1,4 +1,4 @@
-"""What the program makes of a session and of exports: everything is read from outside of both."""
+"""Tests how the program reacts to a session and to exports, by observing both from outside."""
 
 import filecmp
 import os
@@ -9,10 +9,10 @@ from virtual_desktop import StemvaultConnect, TimedOut, wait_for
 
 PROGRAM = Path("/usr/bin/stemvault-connect")
 PROMPT, REPLACE = "Bounce detected", "Replace existing file?"
-# Longer than the program takes from an export's end to its question, so that a second one is seen.
+# Longer than from an export's end to its prompt, so that a second prompt would be noticed.
 REST = 8.0
-POLL = 45.0  # The program looks at all DAWs at least every 30 s.
-LONGEST = 300.0  # Of all exports.
+POLL = 45.0  # The program scans all DAWs at least every 30 s.
+LONGEST = 300.0  # Seconds that an export may take.
 STARTING = 120.0
 
 
@@ -25,8 +25,8 @@ class Trial:
         wait_for("the program", lambda: desktop.has_bus_name("net.stemvault.Connect"), 30)
 
     def session(self, program, how, session_file, *processes, expected=True, on=""):
-        """A row of the table of sessions. How soon counts from the window that bears the session's
-        name, which the DAW must have or get. Where nothing is expected, what is seen is documented."""
+        """Returns a row of the table of sessions. The time is measured from the appearance of a window
+        with the session's name. With expected=None, the row only documents what was observed."""
         name, folder = session_file.stem, session_file.parent
         wait_for(f"a window of {name}", lambda: any(
             name in title for title in self.desktop.display.windows().values()), STARTING)
@@ -42,7 +42,7 @@ class Trial:
         return row
 
     def export(self, program, title, path, run, is_over, on_disk="", expected=1):
-        """Has an export run and answers each question about it at once. Returns a row."""
+        """Runs an export and answers each prompt about it at once. Returns a row."""
         before = time.time()
         run()
         asked, quiet_since, is_done = [], before, False
@@ -66,7 +66,7 @@ class Trial:
                 "copy": "identical" if whole else "differs" if copy.exists() else "none"}
 
     def answer(self, path):
-        """Adds what is asked about; returns whether it was this file."""
+        """Answers an open prompt with Add, or with Skip for other files; returns whether it was this file."""
         windows = self.desktop.accessibility
         if replace := windows.find_window(REPLACE):
             replace.answer("Replace")
@@ -88,7 +88,7 @@ def state_of(path):
 
 
 def open_files(pid):
-    """What a process has open, as (path, whether it may write)."""
+    """The open files of a process, as (path, whether it may write)."""
     found = []
     for entry in Path(f"/proc/{pid}/fd").iterdir():
         try:
@@ -102,7 +102,7 @@ def open_files(pid):
 
 
 def held_below(pids, folder):
-    """The files below a session's folder that these processes hold open, by their names there."""
+    """The files below a session's folder that these processes have open, as relative paths."""
     names = {os.path.relpath(path, folder) for pid in pids for path, _ in open_files(pid)
              if path.startswith(f"{folder}/")}
     return sorted(names)

@@ -1,7 +1,7 @@
-"""Windows DAWs, stood in for by a small program of their names (stand_in.c) under Debian's Wine.
+"""Stand-ins for Windows DAWs: a small program with their names (stand_in.c) under Debian's Wine.
 
-It holds open what the DAW is known to hold open, and writes as DAWs do. That the real ones do just so is
-read, not seen.
+It keeps open the files that the DAW is known to keep open, and writes as DAWs do. That the real DAWs do so
+is known from documentation only.
 """
 
 import shutil
@@ -14,7 +14,7 @@ from .trial import STARTING, Trial
 
 PACKAGES = ("wine",)
 COMPILER = "x86_64-w64-mingw32-gcc"
-# The program's name, its session file, and what else it has open, if anything.
+# The DAW, its executable, the extension of its session files, and the audio file that it has open.
 DAWS = (
     ("Pro Tools", "ProTools.exe", "ptx", "Audio Files/Take 1.wav"),
     ("Ableton Live 12", "Ableton Live 12 Suite.exe", "als", "Samples/Recorded/Take 1.wav"),
@@ -25,7 +25,7 @@ DAWS = (
     ("REAPER", "reaper.exe", "rpp", "Media/Take 1.wav"),
     ("FL Studio", "FL64.exe", "flp", "Recorded/Take 1.wav"),
 )
-# The manners that stand_in.c knows, what is seen on the disk, how often a question is right.
+# The ways of writing in stand_in.c, what happens on disk, and the expected number of prompts.
 MANNERS = (
     ("at-once", "written in one go, closed", 1),
     ("paused", "written every 3 s, open all along", 1),
@@ -47,7 +47,7 @@ def windows_daws(desktop, rows):
 
 
 def exports(desktop, rows):
-    """The same whatever the DAW is called."""
+    """Exports do not depend on the name of the DAW, so one name is enough."""
     prepare(desktop)
     song = make_session(desktop, "Big Song", "rpp", "Media/Take 1.wav")
     trial = Trial(desktop)
@@ -67,7 +67,7 @@ def exports(desktop, rows):
 
 
 def try_daw(desktop, trial, rows, name, executable, ending, media):
-    """With the session file open, then with its audio alone, as most DAWs have it, then another one."""
+    """Opens a session by its session file, then two others by their audio only, as most DAWs do."""
     songs = [make_session(desktop, f"{name} {number}", ending, media) for number in ("One", "Two", "Six")]
     program = StandIn(desktop, executable, songs[0], songs[0])
     rows["sessions"].append(trial.session(f"{name}, stand-in", "its session file", songs[0], program.pid()))
@@ -78,7 +78,7 @@ def try_daw(desktop, trial, rows, name, executable, ending, media):
 
 
 def prepare(desktop):
-    """Makes the stand-in, and Wine's drive for a user's programs."""
+    """Compiles the stand-in, and creates the Wine prefix."""
     source = Path(__file__).with_name("stand_in.c")
     subprocess.run([COMPILER, "-O1", "-mwindows", "-o", desktop.folder / "stand_in.exe", source], check=True)
     desktop.environment |= {"WINEDEBUG": "-all", "WINEDLLOVERRIDES": "mscoree,mshtml=",
@@ -114,7 +114,7 @@ class StandIn:
         self.show(song, *files)
 
     def show(self, song, *files):
-        """Opens other files, and a session's name appears in the title."""
+        """Opens other files, then shows the session's name in the title."""
         self.do("close")
         for file in files:
             self.do(f"open {windows(file)}")
@@ -133,7 +133,8 @@ class StandIn:
         return self.answers.read_bytes().count(b"\n") >= self.asked
 
     def pid(self):
-        """Wine's own loader may have started another process for it."""
+        """The process of the stand-in itself, which may not be the one that was started: Wine's loader may
+        start another process for it."""
         return next(int(entry.name) for entry in Path("/proc").iterdir() if entry.name.isdigit()
                     and self.executable.name.encode() in (entry / "cmdline").read_bytes()
                     and b"start.exe" not in (entry / "cmdline").read_bytes()
