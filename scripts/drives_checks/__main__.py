@@ -30,11 +30,11 @@ def row(name, programs, folder):
     try:
         drive = DRIVES[name](folder)
     except (OSError, TimeoutError, AttributeError) as error:
-        return [name] + [f"not tried: {error}"] * len(COLUMNS)
+        return [name] + [f"not tested: {error}"] * len(COLUMNS)
     except Exception as error:  # Only the message of the failed command gives the reason.
         text = getattr(error, "stderr", b"") or str(error).encode()
         why = text.decode(errors="replace").strip().splitlines()[-1]
-        return [name] + ["not tried: " + why] * len(COLUMNS)
+        return [name] + ["not tested: " + why] * len(COLUMNS)
     try:
         checks = Checks(programs, drive, home)
         return [name] + [attempt(name, column, getattr(checks, column)) for column in COLUMNS]

@@ -244,7 +244,7 @@ class Checks:
 
     def hanging(self):
         if not self.drive.can_hang:
-            return "not tried: it has no daemon to stop"
+            return "not tested: it has no daemon to stop"
         process, expected = self.begin_long_copy()
         self.drive.stop()
         time.sleep(2)
@@ -262,14 +262,14 @@ class Checks:
 
     def going(self):
         if not self.drive.go:
-            return "not tried: it lies in memory"
+            return "not tested: it is in memory"
         process, _ = self.begin_long_copy()
         try:
             self.drive.go()
         except OSError as error:
             process.kill()
             process.wait()
-            return f"not tried: it cannot be shut down ({error.strerror})"
+            return f"not tested: it cannot be shut down ({error.strerror})"
         start = time.monotonic()
         try:
             text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")

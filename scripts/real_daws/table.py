@@ -29,7 +29,7 @@ def text(outcomes):
     sessions = [each for outcome in outcomes.values() for each in outcome["sessions"]]
     for program in dict.fromkeys(each["program"] for each in sessions):
         first, *others = [found(each) for each in sessions if each["program"] == program]
-        lines.append(row(program, first, "; ".join(others) or "not tried"))
+        lines.append(row(program, first, "; ".join(others) or "not tested"))
     lines += ["", "| program | export | on disk | lasted | asked | after its end | copy |",
               "|---|---|---|---:|---|---:|---|"]
     for outcome in outcomes.values():

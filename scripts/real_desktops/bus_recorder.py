@@ -1,5 +1,5 @@
-"""Writes what is asked of the notification service, of status items and of their menus, and what is
-answered, to standard output: a line of JSON for each message. It listens only."""
+"""Records calls to the notification service, to status items and to their menus, and the replies: it prints
+a line of JSON for each message. It only listens."""
 
 import json
 

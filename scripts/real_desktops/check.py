@@ -1,6 +1,6 @@
-"""Starts a desktop and tries the program in it: check.py NAME PLACE
+"""Starts a desktop and tests the program in it: check.py NAME PLACE
 
-Writes what came of each check to PLACE/results, as JSON, with a picture, and evidence of failures.
+Writes the result of each check to PLACE/results, as JSON, with a picture and evidence of failures.
 """
 
 import json

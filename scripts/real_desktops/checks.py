@@ -1,4 +1,4 @@
-"""The list of what is checked in each desktop, in the order in which a user comes upon it."""
+"""The checks for each desktop, in the order in which a user encounters the features."""
 
 import time
 import traceback
@@ -13,9 +13,9 @@ from .session import Impossible
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
 HOTKEY = ("Control_L", "Super_L", "y")
-CURSOR = 20  # Squares at most, of one that blinks, or of something as small.
-VISIBLE = 0.3  # The contrast of an icon that can be seen.
-# What a desktop asks of an item that is clicked.
+CURSOR = 20  # Squares that a blinking cursor, or something as small, covers at most.
+VISIBLE = 0.3  # The least contrast of a visible icon.
+# The calls that a desktop makes to a clicked item.
 OPENING = ("Activate", "ContextMenu", "AboutToShow", "AboutToShowGroup", "Event", "EventGroup",
            "GetLayout")
 NEAR = 80  # Pixels between a click and the menu that it opens.
@@ -48,7 +48,7 @@ class Checks:
             result, text = "passed", check() or "yes"
         except Impossible as reason:
             result, text = "impossible", str(reason)
-        except Exception as failure:  # Whatever it is, the other checks are made all the same.
+        except Exception as failure:  # The other checks must still run.
             result, text = "failed", str(failure) or type(failure).__name__
             self.keep_evidence(check.__name__)
         seconds = time.monotonic() - start
@@ -67,7 +67,7 @@ class Checks:
     # The tray.
 
     def tray_item(self):
-        """Something new is in the panel, and a click on it reaches the program."""
+        """Something new appears in the panel, and a click on it reaches the program."""
         without = self.desktop.still_picture()
         self.desktop.display.take_picture(self.results / "without.png")
         self.connect = StemvaultConnect(self.desktop, PROGRAM, folders=[self.client])
@@ -75,7 +75,7 @@ class Checks:
         self.find_icon(without)
 
     def find_icon(self, without, panel=None):
-        """In what is new since a picture without it. A panel may move others to make room."""
+        """Searches what is new since a picture without it. A panel may move other icons to make room."""
         self.item = self.tray.item()
         tried = []
 
@@ -89,7 +89,7 @@ class Checks:
         except TimedOut:
             raise AssertionError(f"no icon in the panel; what is new there: {tried}") from None
         contrast = self.desktop.still_picture().contrast(self.icon)
-        assert contrast > VISIBLE, f"the icon cannot be told from the panel ({contrast:.0%} contrast)"
+        assert contrast > VISIBLE, f"the icon does not stand out from the panel ({contrast:.0%} contrast)"
 
     def click_reaches_program(self, place):
         before, said = self.desktop.still_picture(), len(self.desktop.record.messages())
@@ -100,7 +100,7 @@ class Checks:
         self.desktop.put_pointer_aside()
         asked = [message["member"] for message in self.desktop.record.messages()[said:]
                  if message["kind"] == "call" and message["member"] in OPENING]
-        if self.menu_area and not asked:  # It is that of something else.
+        if self.menu_area and not asked:  # The menu belongs to another item.
             self.click_in(place)
         return bool(asked)
 
@@ -116,7 +116,7 @@ class Checks:
             return None
 
     def menu(self):
-        """Opens at the click, with the right rows."""
+        """The menu opens at the click, with the right rows."""
         assert self.menu_area, "none opened"
         click = [self.icon[axis] + self.icon[axis + 2] // 2 for axis in (0, 1)]
         start, size = self.menu_area[:2], self.menu_area[2:]
@@ -129,7 +129,7 @@ class Checks:
     # A bounce.
 
     def prompt(self):
-        """Comes up in front of a focused window, and has the keyboard."""
+        """The prompt comes up in front of a focused window, and has the keyboard focus."""
         session = self.song / "Big Song.rpp"
         session.write_text("<REAPER_PROJECT>\n")
         empty = self.desktop.still_picture(1, but=CURSOR)
@@ -147,7 +147,7 @@ class Checks:
         self.desktop.display.take_picture(self.results / "picture.png")
 
     def wait_until_seen(self, window, without):
-        """Until what is in its place is not what was there before."""
+        """Waits until most of the window's area looks different from before."""
         area = self.desktop.display.frame(window)
         squares = area[2] * area[3] // SQUARE ** 2
         wait_for("the window on the screen", lambda:
@@ -158,7 +158,7 @@ class Checks:
         wait_for("the copy", (self.client / "Big Song - Mix 1.wav").exists)
 
     def press_return(self, prompt):
-        """Presses Return; where that does nothing, the button, so that the next checks can be made."""
+        """Presses Return; if that does nothing, the button, so that the next checks can run."""
         try:
             prompt.answer_by_key("Return")
         except AssertionError:
@@ -175,14 +175,14 @@ class Checks:
         return self.wait_for_bubble("Add to Stemvault")
 
     def wait_for_bubble(self, text):
-        """Waits until a notification is taken, and sees it go from the screen when it is closed."""
+        """Waits until a notification is accepted, and checks that closing it changes the screen."""
         number = wait_for(f'a notification "{text}"', lambda: self.desktop.record.notification(text))
-        # It may be answered before it is shown, and the time that it stays may run within.
+        # The service may reply before it shows the notification.
         shown = self.desktop.still_picture(1, but=CURSOR)
         try:
             self.desktop.call(NOTIFICATIONS, "/org/freedesktop/Notifications", NOTIFICATIONS,
                               "CloseNotification", "u", number)
-        except dbus.DBusException:  # Not of one that another program has posted; it goes by itself.
+        except dbus.DBusException:  # Refused for another program's notification, which closes by itself.
             pass
         wait_for("the notification to have been on the screen", lambda: any(
             area[2] > 100 and area[3] > 30
@@ -209,7 +209,7 @@ class Checks:
         self.desktop.display.take_picture(self.results / "dark.png")
 
     def tray_item_again(self):
-        """The item is in the panel after every start, and can be seen where the desktop is dark now."""
+        """The item is in the panel after every start, and visible if the desktop is dark now."""
         for _ in range(3):
             self.connect.quit()
             without = self.desktop.still_picture(1)
@@ -231,7 +231,7 @@ class Checks:
     # The services.
 
     def entry(self):
-        """The file manager's entry for what is selected."""
+        """The file manager's entry adds the selection."""
         selected = self.desktop.made_folder("selected")
         (selected / "Old Mix.wav").write_bytes(b"RIFF")
         self.manager = self.desktop.open_file_manager(selected)
@@ -240,7 +240,7 @@ class Checks:
         wait_for("the copy", (self.client / "Old Mix.wav").exists)
 
     def hotkey_page(self):
-        """The button opens the desktop's own page, where the service waits for a key."""
+        """The button opens the desktop's own page, which lists the service without a key."""
         before = self.desktop.still_picture()
         self.preferences.press("Set Up Hotkey…")
         wait_for("the desktop's page for shortcuts", lambda: any(
@@ -256,7 +256,7 @@ class Checks:
             self.desktop.close_shortcuts_page()
 
     def hotkey(self):
-        """A key given as the desktop's page gives it adds what is selected."""
+        """A key assigned as the desktop's page would assign it adds the selection."""
         entry = self.desktop.shortcut()
         assert entry is not None, "it is not among the desktop's shortcuts"
         self.desktop.bind(entry)
@@ -268,9 +268,9 @@ class Checks:
         wait_for("the copy", (self.client / "Old Mix.wav").exists)
 
     def hotkey_asks(self):
-        """No desktop tells when it has taken a new key in: until then nothing comes of it."""
+        """No desktop reports when a new key takes effect; until then pressing it does nothing."""
         self.manager.select_all()
-        if self.desktop.session_type == "wayland":  # There only what was copied can be known.
+        if self.desktop.session_type == "wayland":  # There only copied files can be read.
             self.desktop.still_picture(1, but=CURSOR)
             self.desktop.display.press_keys("Control_L", "c")
         self.desktop.still_picture(1, but=CURSOR)
@@ -283,7 +283,7 @@ class Checks:
 
 
 def places_of_icons(area):
-    """Where in a changed area of the panel an icon may be: at its end where others moved to its left."""
+    """Where an icon may be in a changed area of the panel: from the right, as others may have moved left."""
     left, top, width, height = area
     if min(width, height) < 12 or height > 64:  # A digit of the clock, or a window.
         return []

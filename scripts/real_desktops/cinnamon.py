@@ -1,4 +1,4 @@
-"""Cinnamon: the desktop is one program, with daemons for the settings and for items in the tray."""
+"""Cinnamon: the desktop is one program, plus daemons for the settings and for tray items."""
 
 from pathlib import Path
 
@@ -33,7 +33,7 @@ class Cinnamon(RealDesktop):
 
     def bind(self, entry):
         self.set_option(entry_of(entry), "binding", ["<Primary><Super>y"])
-        # The list is what it watches: so does its own page.
+        # Cinnamon watches the list only, so its own settings page does the same.
         names = self.setting(KEYS, "custom-list")
         self.set_option(KEYS, "custom-list", [*names, "__dummy__"])
         self.set_option(KEYS, "custom-list", names)

@@ -1,4 +1,4 @@
-"""The desktops by the names that scripts/desktops knows them by."""
+"""The desktops by the names that scripts/desktops uses."""
 
 from .cinnamon import Cinnamon
 from .gnome import Gnome

@@ -1,4 +1,4 @@
-"""GNOME: its shell in a window, with the extension that shows items in the tray."""
+"""GNOME: its shell in a window, with the extension that shows tray items."""
 
 import os
 
@@ -27,13 +27,13 @@ class Gnome(RealDesktop):
         self.start("shell", ["gnome-shell", "--nested", "--wayland", "--wayland-display", "wayland-0"],
                    {"DISPLAY": outer, "MUTTER_DEBUG_DUMMY_MODE_SPECS": "1280x800"})
         wait_for("the shell", lambda: "GNOME Shell started" in self.log("shell"), STARTING)
-        # The shell lets in only those who can show what it wrote there.
+        # X11 clients need the authority file that the shell writes there.
         key, = self.runtime.glob(".mutter-Xwaylandauth.*")
         self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": ":1", "XAUTHORITY": str(key)}
         os.environ["XAUTHORITY"] = str(key)
         self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
         self.tell_bus()
-        # It begins with the overview of all windows.
+        # The shell starts with the overview of all windows.
         overview = self.still_picture(2)
         self.display.press_key("Escape")
         wait_for("the overview to go", lambda: self.picture().changes(overview))
@@ -51,7 +51,7 @@ class Gnome(RealDesktop):
                      if SERVICE in self.setting(f"{KEYS}.custom-keybinding:{path}", "command")), None)
 
     def shows_shortcuts(self):
-        """All parts have the same window; the list is behind a row of the part for the keyboard."""
+        """All settings share one window; the list of shortcuts is behind a row of the keyboard page."""
         window = self.accessibility.find_window("Settings")
         return window and any(
             node.name() == "View and Customize Shortcuts" for node in all_below(window.node))

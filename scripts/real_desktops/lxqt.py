@@ -1,4 +1,4 @@
-"""LXQt: its panel and its daemons, with openbox as Debian's task has it."""
+"""LXQt: its panel and its daemons, with openbox, as in Debian's task."""
 
 from pathlib import Path
 
@@ -29,7 +29,7 @@ class Lxqt(RealDesktop):
     shortcuts_title = "Global Actions"
 
     def start_session(self):
-        # What the session's own starter sets.
+        # The variables that the session's own starter sets.
         self.environment |= {"XDG_CONFIG_DIRS": "/etc:/etc/xdg:/usr/share", "QT_PLATFORM_PLUGIN": "lxqt",
                              "QT_QPA_PLATFORMTHEME": "lxqt", "XDG_MENU_PREFIX": "lxqt-"}
         self.configure("light")
@@ -47,7 +47,7 @@ class Lxqt(RealDesktop):
         self.configure(look)
 
     def shortcut(self):
-        """The number under which the daemon has it."""
+        """The daemon's number for the entry."""
         actions = self.call(*DAEMON, "getAllActions")
         return next((number for number, action in actions.items() if SERVICE in str(action)), None)
 

@@ -25,7 +25,7 @@ class Mate(RealDesktop):
         self.set_option("org.mate.interface", "gtk-theme", theme)
 
     def shortcut(self):
-        """Nothing lists the entries: the page looks below this one's folder."""
+        """There is no list of the entries: the page reads the folder that contains this one."""
         return ENTRY if SERVICE in self.setting(ENTRY, "action") else None
 
     def bind(self, entry):

@@ -10,12 +10,12 @@ from .screen import islands
 
 
 class NestedDisplay(Display):
-    """Programs of X11's are on the inner display, which knows their windows. Keys and the mouse are
-    those of the outer one, where pictures are taken, too."""
+    """X11 programs are on the inner display, which knows their windows. Keys and mouse events are sent to
+    the outer display, where pictures are taken, too."""
 
     def __init__(self, name, outer):
-        # The library keeps the numbers of events for all displays together, and fails where another
-        # display has others.
+        # The library shares one table of event numbers among all displays, and fails if two displays have
+        # different numbers.
         protocol.display.Display.event_classes = protocol.event.event_class.copy()
         super().__init__(name)
         self.outer = outer
@@ -38,15 +38,15 @@ class NestedDisplay(Display):
 
 
 class WaylandFileManager(FileManager):
-    """One whose windows only the compositor knows. Its place is seen on the screen, where it is new,
-    and its menus are within the window, or those of Qt."""
+    """A file manager whose windows only the compositor knows. It is located by the change that it makes on
+    the screen; its menus are part of its window, or Qt menus."""
 
     def __init__(self, desktop, name, folder):
         self.without = desktop.still_picture()
         super().__init__(desktop, name, folder)
 
     def _activate(self):
-        """By a click to the right of the files."""
+        """Activates the window by a click to the right of the files."""
         def seen():
             return next((area for area in islands(
                 self.desktop.still_picture(1).changes(self.without)) if area[3] > 200), None)
@@ -65,7 +65,7 @@ class WaylandFileManager(FileManager):
 
 
 def all_below(node):
-    """GTK 4 does not say of what is in a window whether it is on the screen."""
+    """All nodes below one: GTK 4 does not report which nodes in a window are on the screen."""
     yield node
     for child in node.children():
         yield from all_below(child)

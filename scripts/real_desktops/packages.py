@@ -19,7 +19,7 @@ PACKAGES = {
         openbox papirus-icon-theme pcmanfm-qt""",
 }
 
-# What is named otherwise in a release.
+# Packages with another name in a release.
 RENAMED = {"trixie": {"plasma-workspace-wayland": "plasma-workspace"}}
 
 

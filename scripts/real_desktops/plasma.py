@@ -1,4 +1,4 @@
-"""Plasma on X11 and on Wayland: KWin and the shell, with the daemons that they ask for things."""
+"""Plasma on X11 and on Wayland: KWin and the shell, with the daemons that they use."""
 
 import shutil
 from pathlib import Path
@@ -11,7 +11,7 @@ from .nested import NestedDisplay, WaylandFileManager
 from .session import SERVICE, STARTING, RealDesktop
 
 KEYS = ("org.kde.kglobalaccel", "/kglobalaccel", "org.kde.KGlobalAccel")
-CONTROL_SUPER_Y = 0x14000059  # As Qt numbers it.
+CONTROL_SUPER_Y = 0x14000059  # Qt's code for the key combination.
 
 
 class PlasmaX11(RealDesktop):
@@ -41,7 +41,7 @@ class PlasmaX11(RealDesktop):
         self.run("plasma-apply-colorscheme", scheme)
 
     def shortcut(self):
-        """The name of an entry with the command that the daemon knows."""
+        """The name of an entry with the command, if the daemon knows it."""
         components = {str(component[0]) for component in self.call(*KEYS, "allMainComponents")}
         return next((entry.name for entry in Path("/usr/share/kglobalaccel").glob("*.desktop")
                      if SERVICE in entry.read_text() and entry.name in components), None)
@@ -56,9 +56,9 @@ class PlasmaWayland(PlasmaX11):
     session_type = "wayland"
 
     def start_window_manager(self):
-        """Within a window on the display, with an X server of its own for programs of X11's."""
+        """Starts KWin in a window on the display, with its own X server for X11 programs."""
         told = self.folder / "told"
-        self.environment |= {"KWIN_COMPOSE": "Q"}  # Its painter: OpenGL wants a graphics card here.
+        self.environment |= {"KWIN_COMPOSE": "Q"}  # Software rendering: OpenGL would need a graphics card.
         outer = self.environment.pop("DISPLAY")
         self.start("window-manager", [
             "kwin_wayland", "--x11-display", outer, "--width", 1280, "--height", 800, "--xwayland",
@@ -70,7 +70,7 @@ class PlasmaWayland(PlasmaX11):
         self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
 
     def teller(self, told):
-        """A program that says on which display programs of X11's are, and stays."""
+        """A program that writes the name of the display for X11 programs to a file, and keeps running."""
         path = self.made_folder("bin") / "teller"
         path.write_text(f'#!/bin/sh\necho "$DISPLAY" >{told}.new\nmv {told}.new {told}\n'
                         "exec sleep infinity\n")

@@ -1,4 +1,4 @@
-"""What has changed on the screen: two pictures are compared in squares of a few pixels."""
+"""Finds changes on the screen by comparing two pictures in squares of a few pixels."""
 
 SQUARE = 4
 
@@ -27,7 +27,7 @@ class Picture:
         return squares
 
     def is_drawn(self):
-        """Whether there is more on it than plain areas."""
+        """Whether the picture shows more than plain areas."""
         return len({row[at:at + 4] for row in self.rows for at in range(0, len(row), 16)}) > 50
 
     def brightness(self, area):
@@ -42,7 +42,7 @@ class Picture:
         return total / count / 255
 
     def contrast(self, area):
-        """How much an area's brightest pixel differs from its darkest, from 0 to 1."""
+        """The difference between an area's brightest and darkest pixels, from 0 to 1."""
         left, top, width, height = area
         tones = [sum(row[at:at + 3]) for row in self.rows[top:top + height]
                  for at in range(left * 4, (left + width) * 4, 4)]
@@ -50,7 +50,7 @@ class Picture:
 
 
 def islands(squares, gap=2):
-    """The groups of squares that lie together, as areas in pixels, the largest first."""
+    """The groups of neighbouring squares, as areas in pixels, the largest first."""
     left = set(squares)
     found = []
     while left:

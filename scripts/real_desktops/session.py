@@ -1,4 +1,4 @@
-"""A real desktop's session on a display without a screen: what every desktop has in common."""
+"""A real desktop's session on a display without a screen: the parts that all desktops share."""
 
 import ast
 import json
@@ -17,24 +17,24 @@ from virtual_desktop.file_manager import FileManager
 from .screen import Picture
 
 WATCHER = "org.kde.StatusNotifierWatcher"
-SERVICE = "courier add-selection"  # The command that takes the selection, without its folder.
-STARTING = 60  # Seconds for a desktop to come up on a busy machine.
+SERVICE = "courier add-selection"  # The command of the hotkey, without its folder.
+STARTING = 60  # Seconds that a desktop may take to start on a busy machine.
 
 
 class Impossible(Exception):
-    """A check that this desktop gives no way to make; says why."""
+    """Raised with the reason when a check is not possible on this desktop."""
 
 
 class RealDesktop(VirtualDesktop):
-    """Each desktop is a class derived from this one. It says what it is called, how its parts are
-    started, and how a user changes what the checks want changed."""
+    """Each desktop is a class derived from this one. It defines the desktop's name, how its parts are
+    started, and how a user changes the settings that the checks need changed."""
 
-    name = ""  # As XDG_CURRENT_DESKTOP has it.
+    name = ""  # The value of XDG_CURRENT_DESKTOP.
     session_type = "x11"
     file_manager = ""
     shortcuts_page = ""  # The program that shows the desktop's shortcuts.
-    shortcuts_title = ""  # In the name of its window.
-    way_to_entry = ()  # The menus that lead to the program's entries there.
+    shortcuts_title = ""  # Part of the title of its window.
+    way_to_entry = ()  # The menus in the file manager that lead to the program's entries.
 
     def __init__(self, results):
         self.results = results
@@ -45,7 +45,7 @@ class RealDesktop(VirtualDesktop):
         super().__exit__()
 
     def keep_logs(self):
-        """Leaves the last picture and every program's log, whether the desktop came up or not."""
+        """Keeps the last picture and every program's log, whether the desktop started or not."""
         shutil.copytree(self.logs, self.results / "logs", dirs_exist_ok=True)
         self.display.take_picture(self.results / "last.png")
 
@@ -54,14 +54,14 @@ class RealDesktop(VirtualDesktop):
         raise NotImplementedError
 
     def be(self, look):
-        """Makes the running desktop "light" or "dark", as its settings do."""
+        """Switches the running desktop to "light" or "dark", as its settings do."""
         raise NotImplementedError
 
     def open_file_manager(self, folder):
-        """The desktop's own, in front, showing a folder."""
+        """Opens the desktop's own file manager in front, showing a folder."""
         return FileManager(self, self.file_manager, folder)
 
-    # The desktop's own list of commands that keys start. An entry is whatever tells it apart there.
+    # The desktop's own list of commands with shortcuts. An entry is whatever identifies it in that list.
 
     def shortcut(self):
         """The entry of the program's command, or None."""
@@ -72,22 +72,22 @@ class RealDesktop(VirtualDesktop):
         return any(self.shortcuts_title in window.name for window in self.accessibility.windows())
 
     def bind(self, entry):
-        """Gives it Control, Super and Y, as the desktop's page does."""
+        """Assigns Control, Super and Y to the entry, as the desktop's page does."""
         raise NotImplementedError
 
     def close_shortcuts_page(self):
-        """There are no others of its name: all processes here are the desktop's."""
+        """Ends it by name: all processes in this namespace belong to the desktop."""
         self.run("pkill", "--full", self.shortcuts_page)
 
     def version(self):
-        """That of the desktop's main program, as Debian names it."""
+        """The version of the desktop's main package."""
         answer = self.run("dpkg-query", "-W", "-f=${Version}", self.main_package)
         return answer.split(":")[-1].split("-")[0].split("+")[0]
 
     def _start_bus(self):
         self.live_in(Path("/home/engineer"))
         socket = self.runtime / "bus"
-        for of_the_machine in ("BROWSER", "DBUS_SYSTEM_BUS_ADDRESS"):  # It is a bare system's here.
+        for of_the_machine in ("BROWSER", "DBUS_SYSTEM_BUS_ADDRESS"):  # Invalid in the bare system.
             del self.environment[of_the_machine]
         self.environment |= {
             "XDG_CURRENT_DESKTOP": self.name, "XDG_SESSION_TYPE": self.session_type,
@@ -113,11 +113,11 @@ class RealDesktop(VirtualDesktop):
         wait_for("the window manager", self.display.has_window_manager, STARTING)
 
     def put_pointer_aside(self):
-        """Not into a corner: some show there what it points at."""
+        """Moves the pointer to the edge, but not into a corner, where some desktops react to it."""
         self.display.move_pointer(1279, 400)
 
     def tell_bus(self):
-        """What services that the bus starts are to know: the display, the desktop's name."""
+        """Passes the environment, such as the display, to services that the bus starts."""
         environment = dbus.Dictionary(
             {name: value for name, value in self.environment.items()}, signature="ss")
         self.call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
@@ -131,7 +131,7 @@ class RealDesktop(VirtualDesktop):
             bus.close()
 
     def run(self, *command):
-        """Runs a tool to its end and returns what it says."""
+        """Runs a tool until it ends and returns its output."""
         done = subprocess.run([str(part) for part in command], env=self.environment, cwd=self.home,
                               capture_output=True, text=True, timeout=60, check=False)
         if done.returncode != 0:
@@ -149,7 +149,7 @@ class RealDesktop(VirtualDesktop):
         return Picture(self.display)
 
     def still_picture(self, seconds=0.0, but=0):
-        """A picture, once the screen has not changed for so long, but for so many squares."""
+        """A picture, once at most `but` squares of the screen have changed for `seconds`."""
         last, since = [self.picture()], [time.monotonic()]
 
         def rests():
@@ -168,7 +168,7 @@ class RealDesktop(VirtualDesktop):
         self.run("gsettings", "set", schema, key, repr(value))
 
     def write(self, path, text):
-        """Writes a file of the user's, below the home folder."""
+        """Writes a file below the user's home folder."""
         path = self.home / path
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(text)
@@ -176,7 +176,7 @@ class RealDesktop(VirtualDesktop):
 
 
 class BusRecord:
-    """What was said on the bus since it began."""
+    """The messages on the bus since the recording started."""
 
     def __init__(self, desktop):
         self.desktop = desktop
@@ -192,14 +192,14 @@ class BusRecord:
                 if message["kind"] == "call" and message["member"] == member]
 
     def answer(self, call):
-        """The answer to a call, or None as long as there is none."""
+        """The reply to a call, or None if there is none yet."""
         return next((message for message in self.messages()
                      if message["kind"] in ("return", "error")
                      and message["answers"] == call["serial"]
                      and message["to"] == call["sender"]), None)
 
     def notification(self, text):
-        """The number of the notification with this in its texts, once the service has answered."""
+        """The number of the notification with this text, once the service has replied."""
         for call in self.calls("Notify"):
             if any(text in str(argument) for argument in call["arguments"][3:5]):
                 answer = self.answer(call)

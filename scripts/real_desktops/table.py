@@ -1,7 +1,7 @@
 """Puts the outcomes of scripts/desktops into the documentation: table.py RESULTS DOCUMENT RELEASE
 
-RESULTS holds a folder for each desktop. The table of a release is written between two marks of the
-document. Also prints a summary, and ends with status 1 where a check failed.
+RESULTS contains a folder for each desktop. The table of a release is written between two markers in the
+document.
 """
 
 import json
@@ -23,7 +23,7 @@ def main():
     start, end = f"<!-- desktops: {release} -->\n", "<!-- end -->"
     before, marked, rest = text.partition(start)
     if not marked:
-        sys.exit(f"{document} has no place for a table of {release}")
+        sys.exit(f"{document} has no marker for a table of {release}")
     _, _, after = rest.partition(end)
     document.write_text(before + start + table(outcomes) + end + after)
 
@@ -42,7 +42,7 @@ def table(outcomes):
 def cell(found, check, desktop, title, notes):
     outcome = next((each for each in found["checks"] if each["check"] == check), None)
     if outcome is None:
-        return "not tried"
+        return "not tested"
     sign = SIGNS[outcome["result"]]
     if outcome["result"] == "passed":
         return sign

@@ -27,7 +27,7 @@ class Xfce(RealDesktop):
         self.set_option("xsettings", "/Net/IconThemeName", "Adwaita")
 
     def shortcut(self):
-        """Here every command has a key: an entry is the name of its property."""
+        """On XFCE every command has a key: an entry is the name of its property."""
         listed = self.run("xfconf-query", "--channel", KEYS, "--list", "--verbose")
         return next((line.split()[0] for line in listed.splitlines() if SERVICE in line), None)
 
