@@ -1,9 +1,9 @@
-"""Starts the installed program of another system on a virtual desktop of this one, and lets it copy a
-bounce. Of the other system only what is in its folder is there: its own libraries, fonts and tools.
+"""Starts the program installed in another system on a virtual desktop of this system, and lets it copy a
+bounce. The program sees only the other system's folder, with that system's libraries, fonts and tools.
 
     bare_start.py ROOT PICTURE
 
-ROOT is the other system's folder, which is reached by that path from within, too.
+ROOT is the other system's folder; the same path is valid inside it, too.
 """
 
 import subprocess
@@ -17,7 +17,7 @@ from virtual_desktop import StemvaultConnect, VirtualDesktop, live_alone, wait_f
 def main():
     live_alone()
     root, picture = (Path(argument) for argument in sys.argv[1:])
-    # The other system shares what is our own here: the processes and the place of the sockets.
+    # The other system shares our processes, and /tmp for the sockets.
     for what in (["-t", "proc", "proc", root / "proc"], ["--bind", "/tmp", root / "tmp"]):
         subprocess.run(["mount", *what], check=True)
     with VirtualDesktop() as desktop:
@@ -33,7 +33,7 @@ def main():
         prompt = connect.prompt("Mix.wav")
         prompt.focus()
 
-        def is_drawn():  # What is empty is packed into next to nothing.
+        def is_drawn():  # The picture of an empty window compresses to a small file.
             desktop.display.take_picture(picture, prompt.id())
             return picture.stat().st_size > 6_000
         wait_for("the prompt to be drawn", is_drawn)

@@ -1,8 +1,8 @@
-"""The way of a bounce, shown step by step: the real program, a real desktop, no screen.
+"""Demonstrates a bounce step by step: the real program on a real desktop, without a screen.
 
     demonstration.py PROGRAMS PICTURES
 
-PROGRAMS is the folder of the built programs, PICTURES the one that gets a picture of the prompt.
+PROGRAMS is the folder of the built programs, PICTURES the folder for a picture of the prompt.
 """
 
 import filecmp
@@ -28,7 +28,7 @@ class Demonstration:
         self.say(f"    picture: {path}")
 
     def run(self):
-        self.say("A desktop without a screen is up.")
+        self.say("The virtual desktop is running.")
         folders = [self.desktop.made_folder(f"home/Stemvault/{name}")
                    for name in ("Client A", "Client B")]
         song = self.desktop.made_folder("home/Sessions/Big Song")
@@ -40,42 +40,42 @@ class Demonstration:
                  f" and has {session_file.name} open.")
         tray = Tray(self.desktop).start()
         feed = UpdateFeed(self.desktop, self.programs / "stemvault-connect")
-        feed.publish("99.0", notes="Only here, to be seen.")
+        feed.publish("99.0", notes="Exists only in this demonstration.")
         connect = StemvaultConnect(self.desktop, feed.program, folders, is_update_due=True)
         self.say(f"Stemvault Connect runs (process {connect.process.pid}).")
         connect.window("Update Available").answer("Later")
-        self.say("Its daily look for a newer version has found one; it asked, and is put off.")
+        self.say("Its daily check for updates has found one; its question was answered with Later.")
         connect.wait_until_it_watches(song)
-        self.say(f"It has found the session: the kernel now tells it what happens in {song.name}.")
+        self.say(f"It has found the session: the kernel now reports changes in {song.name} to it.")
 
         mix = song / "Mix.wav"
         daw.start_bounce(mix, size=6_000_000, portions=8, milliseconds=250)
-        self.say("The DAW bounces Mix.wav, in eight pieces.")
+        self.say("The DAW bounces Mix.wav, in eight portions.")
         prompt = connect.prompt("Mix.wav")
         if not daw.has_bounced(mix):
-            raise AssertionError("the prompt came before the bounce was whole")
+            raise AssertionError("the prompt came up before the bounce was complete")
         title, text = (" ".join(shown.split("\n")) for shown in prompt.texts())
-        self.say(f'The bounce is whole, and the prompt is up: "{title}", "{text}",')
+        self.say(f'The bounce is complete, and the prompt is open: "{title}", "{text}",')
         self.say(f"    folders {', '.join(prompt.choices())}, buttons {', '.join(prompt.buttons())}.")
         prompt.focus()
         self.take_picture("prompt")
         prompt.choose("Client B")
         prompt.answer("Add")
-        self.say("Client B is chosen and Add pressed.")
+        self.say("Client B was chosen and Add pressed.")
         note = self.desktop.wait_for_notification("Mix.wav → Client B")
-        self.say(f'The notification has come: "{note["summary"]}", "{note["body"]}".')
+        self.say(f'The notification has appeared: "{note["summary"]}", "{note["body"]}".')
         if not filecmp.cmp(mix, folders[1] / "Mix.wav", shallow=False):
             raise AssertionError("the copy differs from the bounce")
-        self.say(f"Client B holds Mix.wav: {mix.stat().st_size} bytes, all as in the bounce.")
+        self.say(f"Client B contains Mix.wav: {mix.stat().st_size} bytes, identical to the bounce.")
 
         self.show_menu(connect, tray.item())
         daw.quit()
         connect.wait_until_it_leaves(song)
-        self.say("The DAW has quit, and its session is watched no more.")
+        self.say("The DAW has quit, and its session is no longer watched.")
         status = connect.quit()
         if status != 0:
             raise AssertionError(f"the program ended with status {status}")
-        self.say("Stemvault Connect was asked to end and did.")
+        self.say("Stemvault Connect was asked to quit and did so.")
 
     def show_menu(self, connect, item):
         session, added = (str(row.get("accessible-desc") or row["label"]) for row in item.open_menu()[:2])

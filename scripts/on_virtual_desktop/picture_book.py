@@ -92,7 +92,7 @@ class FileManagerPages:
 
     def make(self):
         for name in self.MENUS:
-            # Now and then PCManFM-Qt does not tell what is in its menus.
+            # PCManFM-Qt occasionally does not expose the contents of its menus, so a second try is made.
             try:
                 self.take(name)
             except TimedOut:

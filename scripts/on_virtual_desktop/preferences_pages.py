@@ -1,4 +1,4 @@
-"""Pictures of the preferences, the menu in the tray, and what a look for updates can bring."""
+"""Pictures of the preferences, the tray menu, and the results of a check for updates."""
 
 from virtual_desktop import StandInDaw, StemvaultConnect, Tray, UpdateFeed, VirtualDesktop, wait_for
 

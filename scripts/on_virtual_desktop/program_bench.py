@@ -1,4 +1,4 @@
-"""What the whole program costs: from its start until it is ready, and at rest.
+"""Measures the whole program: the time until it is ready, and its cost at rest.
 
     program_bench.py PROGRAMS
 
@@ -17,24 +17,24 @@ from virtual_desktop import StandInDaw, StemvaultConnect, VirtualDesktop, live_a
 
 ROUNDS = 21
 DIRECTORIES = 10_000
-# Threads that are kept for the next piece of work end after this time without any.
+# Seconds: idle worker threads end within SETTLING; the program is observed for OBSERVED.
 SETTLING, OBSERVED = 37.0, 20.0
 
 
 def watches(pid, inode):
-    """Whether a process has an inotify watch on an inode; costs little enough to ask in a loop."""
+    """Whether a process has an inotify watch on an inode; cheap enough to call in a loop."""
     try:
         for entry in os.scandir(f"/proc/{pid}/fdinfo"):
             with open(entry.path, "rb") as info:
                 if inode in info.read():
                     return True
-    except OSError:  # Not yet, or closed meanwhile.
+    except OSError:  # The process is not there yet, or a descriptor was closed meanwhile.
         pass
     return False
 
 
 def milliseconds_until_ready(desktop, command, folder):
-    """From the start until the event loop has run and the kernel reports on the folder."""
+    """The time from the start until the event loop has run and the kernel reports on the folder."""
     inode = f" ino:{os.stat(folder).st_ino:x} ".encode()
     begin = time.perf_counter()
     process = subprocess.Popen(command, env=desktop.environment, cwd=desktop.home)
@@ -97,7 +97,7 @@ def idle_rows(programs):
         connect = StemvaultConnect(desktop, programs / "stemvault-connect", [song])
         connect.wait_until_it_watches(song / "99" / f"{DIRECTORIES - 1}")
         pid = connect.process.pid
-        # Begins right behind a poll, so that none falls into the time observed.
+        # The observation starts right after a poll, so that it contains none.
         time.sleep(SETTLING)
         before, ticks = wake_ups(pid), cpu_ticks(pid)
         time.sleep(OBSERVED)

@@ -1,5 +1,5 @@
-"""How soon the prompt is on the screen after a file manager has started the Courier with a selection of
-1,000 files, as Markdown: the median of seven rounds on the virtual desktop.
+"""Measures the time from a file manager's start of the Courier with 1,000 selected files until the prompt is
+on the screen. Prints the median of seven rounds on the virtual desktop as Markdown.
 
     services_bench.py PROGRAMS
 """
@@ -17,7 +17,7 @@ ROUNDS = 7
 
 
 def until_prompt(desktop, services, connect, files):
-    """Seconds until the prompt's window is on the screen; the prompt is cancelled afterwards."""
+    """The seconds until the prompt's window is on the screen. Cancels the prompt afterwards."""
     begin = time.monotonic()
     courier = services.run("add", *files)
     while "Bounce detected" not in " ".join(desktop.display.windows().values()):

@@ -1,10 +1,10 @@
-"""The program under everything that may happen to it, for a long time.
+"""Exercises every feature of the program for a long time.
 
     soak.py PROGRAMS MINUTES FOLDER
 
-PROGRAMS is the folder of the built programs, FOLDER the one that gets all samples and, after a
-failure, what is known of it. Prints Markdown; ends with status 1 when something was lost, or asked
-twice or unasked, or has grown.
+PROGRAMS is the folder of the built programs, FOLDER the folder for all samples and, after a failure,
+for its evidence. Prints Markdown; exits with status 1 when a bounce was lost, when a prompt came up
+twice or without reason, or when resource use has grown.
 """
 
 import csv
@@ -19,10 +19,10 @@ from virtual_desktop import VirtualDesktop, live_alone, waiting  # noqa: E402
 from soak_steps import Steps  # noqa: E402
 from vitals import Vitals, growth  # noqa: E402
 
-# KiB of private memory in a minute, over the second half. In the first ten minutes and more the heap
-# and the toolkit's caches still find their size, so a short run tells nothing.
+# The growth is in KiB of private memory a minute, over the second half. For at least ten minutes the heap
+# and the toolkit's caches are still growing to their final size, so a short run is not conclusive.
 LARGEST_GROWTH, SHORTEST_TO_TELL = 60, 15 * 60
-# Threads that are kept for more work, the toolkit's own among them, end after half a minute.
+# Idle worker threads, including the toolkit's own, end after half a minute.
 SETTLING = 35.0
 ROWS = (("proportional memory, MiB", "memory", 1024), ("private memory, MiB", "private", 1024),
         ("descriptors", "descriptors", 1), ("threads", "threads", 1), ("inotify watches", "watches", 1))
@@ -44,7 +44,7 @@ class Soak:
         self.vitals.end()
 
     def use_for(self, seconds):
-        """Takes at least one step; the rests are beside the time of use."""
+        """Performs steps for a time, at least one."""
         end = time.monotonic() + seconds
         while True:
             self.steps.take_one()
@@ -54,12 +54,12 @@ class Soak:
                 return
 
     def check_watches(self):
-        """One for each folder, and as many as ever for the way that leads to them."""
+        """Expects one watch for each folder, and an unchanged number for the paths that lead to them."""
         wanted = self.steps.watched_folders() + self.watches_of_paths
         waiting.wait_for(f"{wanted} watches", lambda: self.vitals.watches() == wanted)
 
     def rest(self):
-        """Waits until no thread is left that waits for work; a look at the session may need one."""
+        """Waits until all idle worker threads have ended; a scan for the session may need one meanwhile."""
         self.steps.check_that_nothing_is_left()
         begin, fewest = time.monotonic(), self.vitals.threads()
 
@@ -74,7 +74,7 @@ class Soak:
     def check_growth(self):
         for name in ("descriptors", "threads"):
             before, after = getattr(self.warm, name), getattr(self.end, name)
-            assert after <= before, f"{name} have grown from {before} to {after}"
+            assert after <= before, f"{name} have increased from {before} to {after}"
         assert self.seconds < SHORTEST_TO_TELL or self.growth() <= LARGEST_GROWTH, "memory has grown"
 
     def growth(self):
@@ -91,8 +91,8 @@ class Soak:
             yield f"| {title} | {' | '.join(cells)} |"
         yield ""
         yield from self.steps.report()
-        yield f"The program took {100 * self.end.processor / self.end.seconds:.1f} % of a core."
-        yield "The run was too short to tell whether memory grows." if self.seconds < SHORTEST_TO_TELL \
+        yield f"The program used {100 * self.end.processor / self.end.seconds:.1f} % of a core."
+        yield "The run was too short to show whether memory grows." if self.seconds < SHORTEST_TO_TELL \
             else f"Over the second half private memory grew by {self.growth():.1f} KiB a minute."
 
     def write_samples(self, path):
@@ -105,7 +105,7 @@ class Soak:
 def main():
     live_alone()
     programs, folder = Path(sys.argv[1]).resolve(), Path(sys.argv[3]).resolve()
-    waiting.DEADLINE = 60.0  # Others may keep the machine busy.
+    waiting.DEADLINE = 60.0  # Other programs may keep the machine busy.
     with VirtualDesktop() as desktop:
         try:
             soak = Soak(desktop, programs, float(sys.argv[2]))

@@ -1,7 +1,7 @@
-"""What may happen to the program: each step begins and ends with nothing open.
+"""The steps of the soak test. Each starts and ends without an open window.
 
-Whatever must be asked about is pending until it is, so a prompt about anything else was put twice or
-unasked, and what is pending in the end was lost.
+Every bounce is pending until a prompt asks about it. A prompt about any other file came up twice or without
+reason, and a bounce that is still pending at the end was lost.
 """
 
 import filecmp
@@ -20,7 +20,7 @@ PANEL = "Choose or create a folder for this Stemvault project."
 
 
 class ServicesOfRunning(Services):
-    """A program that runs already has nothing to be installed for."""
+    """The services of a program that is already running, so nothing needs to be installed."""
 
     def __init__(self, desktop, programs):
         self.desktop, self.courier = desktop, programs / "courier"
@@ -49,7 +49,7 @@ class Steps:
         self.round = []
 
     def take_one(self):
-        """Every kind comes once before one comes again, and bounces twice."""
+        """Performs a step. In each round every kind comes once, those with bounces twice."""
         if not self.round:
             self.round = [*self.kinds, self.bounce, self.several_bounces, self.growing_bounce]
             self.random.shuffle(self.round)
@@ -61,23 +61,24 @@ class Steps:
             raise AssertionError(f"{step.__name__}: {error}") from error
 
     def check_that_nothing_is_left(self):
-        """Has what the steps wrote removed, too."""
+        """Expects no pending bounce and no open window. Removes the files of the steps."""
         self.connect.wait_until_it_rests()
         while self.litter:
             remove(self.litter.pop())
-        assert not self.pending, f"not asked about: {', '.join(self.pending)}"
+        assert not self.pending, f"no prompt about: {', '.join(self.pending)}"
         windows = [window.texts() for window in self.desktop.accessibility.windows()]
-        assert not windows, f"asked unasked: {windows}"
+        assert not windows, f"unexpected windows: {windows}"
 
     def report(self):
         counts = self.counts
-        yield f"{counts['bounces']} bounces were asked about by {counts['prompts']} prompts; " \
-            f"{counts['taken along']} went along with another and {counts['dropped']} were dropped " \
-            f"with one. All {counts['copies']} copies asked for arrived whole. Meanwhile the DAW had " \
-            f"{counts['sessions']} sessions and the preferences were open {counts['preferences']} times."
+        yield f"{counts['prompts']} prompts asked about {counts['bounces']} bounces; " \
+            f"{counts['taken along']} bounces were added along with another one, and " \
+            f"{counts['dropped']} were dropped along with one. " \
+            f"All {counts['copies']} requested copies arrived whole. The DAW had " \
+            f"{counts['sessions']} sessions, and the preferences were open {counts['preferences']} times."
 
     def watched_folders(self):
-        """How many there are where the program watches."""
+        """The number of folders that the program watches."""
         return sum(1 for root in (self.song, self.always_watched) for _ in os.walk(root))
 
     # Steps
@@ -99,7 +100,7 @@ class Steps:
                 self.expect_copy(path)
 
     def several_bounces(self):
-        """They wait behind the first prompt; the second one takes or drops what is left."""
+        """Several bounces wait behind the first prompt; the second one adds or drops the rest."""
         for _ in range(self.random.randint(3, 6)):
             self.start_bounce(self.mix())
         for path in self.pending.values():
@@ -108,7 +109,7 @@ class Steps:
         self.answer_queue()
 
     def growing_bounce(self):
-        """A short one overtakes it. The question about the long one comes once it is whole."""
+        """A short bounce overtakes a long one, whose prompt must not come up before it is whole."""
         long, short = self.mix(), self.mix()
         self.expect(long)
         self.daw.start_bounce(long, 6_000_000, portions=12, milliseconds=300)
@@ -157,7 +158,7 @@ class Steps:
         away.rename(self.clients[0])
 
     def storm(self):
-        """A tree is unpacked into the session: hundreds of files of which few are mixes."""
+        """Unpacks a tree into the session: hundreds of files, of which few are mixes."""
         tree = self.song / self.new_name("Stems")
         self.make_tree(tree, self.expect)
         self.litter.append(tree)
@@ -165,7 +166,7 @@ class Steps:
         self.answer_queue()
 
     def folder_moved_in(self):
-        """What such a folder held before is no bounce; what is written into it there is."""
+        """Old files in a folder that is moved in are not bounces; files written into it afterwards are."""
         elsewhere = self.folder("Elsewhere") / self.new_name("Stems")
         self.make_tree(elsewhere, lambda path: None)
         inside = self.song / elsewhere.name
@@ -184,7 +185,7 @@ class Steps:
         self.song = self.random.choice([song for song in self.songs if song != left])
         self.daw.open(session_file(self.song))
         self.daw.close(session_file(left))
-        self.preferences()  # Another window comes to the front, whereupon the program looks.
+        self.preferences()  # Another window comes to the front, which makes the program scan.
         self.connect.wait_until_it_watches(self.song)
         self.connect.wait_until_it_leaves(left)
         self.counts["sessions"] += 1
@@ -245,7 +246,7 @@ class Steps:
         self.tray.item().choose("Check for Updates…")
         self.connect.window("You're Up to Date").answer("OK")
 
-    # What the steps are made of
+    # Parts of the steps
 
     def folder(self, name):
         return self.desktop.made_folder(f"home/{name}")
@@ -258,7 +259,7 @@ class Steps:
         return folder
 
     def make_tree(self, folder, make_of_mix):
-        """Forty folders of ten files, every eightieth of them a mix."""
+        """Makes forty folders of ten files; every eightieth file is a mix."""
         for number in range(400):
             path = folder / f"{number // 10}" / f"{number}.txt"
             path.parent.mkdir(parents=True, exist_ok=True)
@@ -291,16 +292,16 @@ class Steps:
                               portions=self.random.randint(1, 6), milliseconds=80)
 
     def question(self):
-        """The open prompt and what it is about."""
+        """Returns the open prompt and the file that it asks about."""
         prompt = self.connect.prompt("\nfrom ")
         text = next(text for text in prompt.texts() if "\nfrom " in text)
         path = self.pending.pop(text.split("\n")[0], None)
-        assert path, f"asked again, or unasked: {text}"
+        assert path, f"a second or unexpected prompt: {text}"
         self.counts["prompts"] += 1
         return prompt, path
 
     def answer_queue(self):
-        """One by one up to the prompt that knows of all the others, which go or stay together."""
+        """Answers one by one, up to the prompt that offers Add All; the rest is added or dropped together."""
         while True:
             prompt, path = self.question()
             together = next((title for title in prompt.buttons() if title.startswith("Add All")), None)
@@ -326,7 +327,7 @@ class Steps:
             return
 
     def expect_copy(self, path, folder=None):
-        """It is whole as soon as it is there. Its receiver carries it away at once."""
+        """Waits for a copy, which must be whole as soon as it appears. Removes the copy."""
         copy = (folder or self.clients[0]) / path.name
         wait_for(f"the copy of {path.name}", copy.exists)
         assert filecmp.cmp(path, copy, shallow=False), f"{copy} differs from {path}"

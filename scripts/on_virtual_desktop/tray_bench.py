@@ -1,9 +1,9 @@
-"""From the start of a tray program to its item in the tray, and what it costs at rest.
+"""Measures the time from the start of a tray program to its item in the tray, and its cost at rest.
 
     tray_bench.py PROGRAMS
 
-Each program starts on the same virtual desktop in turn, over and over, with a home folder that it
-knows. Prints the medians as Markdown; programs that are not installed are left out.
+The programs are started repeatedly, one after the other, on the same virtual desktop, with a home folder
+that they have used before. Prints the medians as Markdown; programs that are not installed are omitted.
 """
 
 import shutil
@@ -18,7 +18,7 @@ from virtual_desktop import Tray, VirtualDesktop, live_alone, wait_for  # noqa: 
 ROUNDS = 9
 OTHERS = ("flameshot", "copyq", "keepassxc", "syncthingtray")
 ARGUMENTS = {"syncthingtray": ["--wait", "--single-instance"]}
-SETTINGS = {  # So that they sit in the tray and ask nothing.
+SETTINGS = {  # They make the programs start in the tray without asking anything.
     "keepassxc/keepassxc.ini": "[General]\nUpdateCheckMessageShown=true\n"
                                "[GUI]\nShowTrayIcon=true\nMinimizeOnStartup=true\nMinimizeToTray=true\n",
     "syncthingtray.ini": "[General]\nv=1.3.2\n[tray]\nconnections\\size=1\n",
@@ -39,7 +39,7 @@ class Bench:
                 self.commands[name] = [path, *ARGUMENTS.get(name, [])]
 
     def start(self, name):
-        """The process, once its item is registered, and the milliseconds that took."""
+        """Returns the process, once its item is registered, and the milliseconds until then."""
         begin = time.monotonic()
         process = self.desktop.start(name.replace(" ", "-"), self.commands[name])
         wait_for(f"the tray item of {name}", self.tray.has_item, 20)
@@ -56,7 +56,7 @@ class Bench:
             process, milliseconds = self.start(name)
             taken.append(milliseconds)
             self.end(process)
-        return taken[1:]  # The first one fills the disk's cache.
+        return taken[1:]  # The first one fills the page cache.
 
     def at_rest(self, name):
         """Memory in MiB after ten seconds, threads, and wake-ups in the thirty seconds after."""
@@ -76,7 +76,7 @@ def pss(pid):
 
 
 def wake_ups(pid):
-    """Of all its threads: how often one of them gave up the processor and came back."""
+    """The number of context switches of all its threads."""
     total = 0
     for task in Path(f"/proc/{pid}/task").iterdir():
         for line in (task / "status").read_text().splitlines():

@@ -1,4 +1,4 @@
-"""What a process takes up, looked at every few seconds, and whether that grows."""
+"""Samples the resource use of a process every few seconds, and computes its growth."""
 
 import itertools
 import os
@@ -12,16 +12,16 @@ from pathlib import Path
 @dataclass
 class Sample:
     seconds: float
-    memory: int  # KiB of memory, what is shared counted in proportion
-    private: int  # KiB that the process has written and nobody shares
+    memory: int  # KiB, with shared memory counted in proportion (PSS)
+    private: int  # KiB that the process has written and does not share
     descriptors: int
     threads: int
     watches: int
-    processor: float  # seconds of processor time since its start
+    processor: float  # Seconds of processor time since its start
 
 
 class Vitals:
-    """Begins to look at once, on a thread of its own."""
+    """Starts sampling at once, on a separate thread."""
 
     INTERVAL = 3.0
 
@@ -41,7 +41,7 @@ class Vitals:
         return time.monotonic() - self.begin
 
     def take(self):
-        """Looks now, and returns what was seen."""
+        """Takes a sample now, and returns it."""
         memory = (self.process / "smaps_rollup").read_text().split()
         ticks = (self.process / "stat").read_text().rpartition(")")[2].split()[11:13]
         sample = Sample(
@@ -70,12 +70,12 @@ class Vitals:
         while not self.is_over.wait(self.INTERVAL):
             try:
                 self.take()
-            except OSError:  # The process has ended; whoever drives it says so.
+            except OSError:  # The process has ended; the steps report that.
                 return
 
 
 def growth(samples, name):
-    """A minute's growth: the median of the slopes between all pairs, which no single leap moves."""
+    """The growth in a minute: the median of the slopes between all pairs, which ignores single jumps."""
     slopes = [(getattr(later, name) - getattr(earlier, name)) / (later.seconds - earlier.seconds)
               for earlier, later in itertools.combinations(samples, 2)
               if later.seconds > earlier.seconds]
