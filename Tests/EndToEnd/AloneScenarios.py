@@ -1,4 +1,4 @@
-"""What a scenario sees of the machine that it runs on."""
+"""The isolation of a scenario from the machine that it runs on."""
 
 import os
 import socket

@@ -1,4 +1,4 @@
-"""Windows and tray go with the desktop, light or dark, while the program runs."""
+"""Windows and tray icon follow the desktop, light or dark, while the program runs."""
 
 import unittest
 
@@ -18,7 +18,7 @@ ForegroundNormal=252,252,252
 
 
 class AppearanceScenarios(Scenario):
-    """Light and dark, by what is to be seen."""
+    """Light and dark, judged by the pixels on the screen."""
 
     def open(self, desktop):
         self.desktop.environment["XDG_CURRENT_DESKTOP"] = desktop

@@ -1,4 +1,4 @@
-"""The copy: nothing is lost, nothing is half there, nothing is replaced unasked."""
+"""Copies: nothing is lost, left incomplete, or replaced without a question."""
 
 import os
 import unittest

@@ -1,4 +1,4 @@
-"""The hotkey: what is selected, or was copied, is asked about, and the clipboard stays as it was."""
+"""The hotkey: it asks about the selected or copied files, and the clipboard is preserved."""
 
 import itertools
 import subprocess
@@ -31,7 +31,7 @@ class HotkeyScenarios(Scenario):
         self.numbers = itertools.count()
 
     def press_hotkey(self):
-        """Starts what a desktop starts."""
+        """Starts the command that a desktop starts."""
         return self.services.run("add-selection")
 
     def expect_prompt(self, courier, text="Mix & more.wav\nfrom Song Demos"):
@@ -46,7 +46,7 @@ class HotkeyScenarios(Scenario):
 
 class HotkeyOnX11(HotkeyScenarios):
     def start_window(self, window_class, contents):
-        """A window with that selection; "-" for what is on the clipboard at once. Gives its name."""
+        """Opens a window with a selection, or with "-" takes the clipboard at once. Returns its name."""
         name = f"window-{next(self.numbers)}"
         arguments = []
         for format_name, content in contents.items():
@@ -73,7 +73,7 @@ class HotkeyOnX11(HotkeyScenarios):
         display.sync()
 
     def wait_until_it_waits(self, courier):
-        """It does when neither it nor its child was running in any of several looks."""
+        """Waits until neither the Courier nor its child is running in any of twenty checks in a row."""
         looks = []
 
         def asleep():
@@ -92,7 +92,7 @@ class HotkeyOnX11(HotkeyScenarios):
             "text/uri-list": uri + b"\r\n",
             "UTF8_STRING": b"x-special/nautilus-clipboard\ncopy\n" + uri + b"\n",
         }
-        # One that comes in portions, and one that is empty.
+        # One of them is sent in portions, one is empty.
         before = {"UTF8_STRING": b"before", "text/html": b"<b>" * 200_000, "x-test/empty": b""}
         for format_name, content in rows.items():
             with self.subTest(format_name):
@@ -144,7 +144,7 @@ class HotkeyOnX11(HotkeyScenarios):
     def use_file_manager(self, name):
         self.start_window("-", {"UTF8_STRING": b"before"})
         manager = FileManager(self.desktop, name, self.song)
-        if name == "pcmanfm-qt":  # Once its menu was open, Ctrl+C copies the names of files alone.
+        if name == "pcmanfm-qt":  # Once its menu was open, Ctrl+C copies only the names of files.
             self.select_all()
         else:
             manager.open_menu()
@@ -153,7 +153,7 @@ class HotkeyOnX11(HotkeyScenarios):
         self.assertEqual(self.clipboard("UTF8_STRING"), b"before")
 
     def select_all(self):
-        """Until the status bar tells of the selection: the folder may still be being read."""
+        """Selects all until the status bar shows the selection: the folder may still be loading."""
         def is_selected():
             self.desktop.display.press_keys("Control_L", "a")
             return any(node.name().startswith(f'"{self.mix.name}" (')

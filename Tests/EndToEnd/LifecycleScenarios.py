@@ -1,4 +1,4 @@
-"""Starting, starting again, and ending."""
+"""Starting, starting a second time, and quitting."""
 
 import shutil
 import time

@@ -1,4 +1,4 @@
-"""The menu in the tray, and the preferences that it opens."""
+"""The tray menu, and the preferences that it opens."""
 
 import unittest
 
@@ -13,7 +13,7 @@ class TrayScenarios(Scenario):
         self.start()
         tray = Tray(self.desktop).start()
         self.assertEqual(tray.item().property("IconName"), "net.stemvault.Connect-symbolic")
-        # GNOME's panel loses an item now and then that goes by another name than its connection's.
+        # GNOME's panel occasionally loses an item that is registered by a name other than its connection's.
         self.assertTrue(tray.item().owner.startswith(":"))
         tray.end()
         tray.start()
@@ -181,7 +181,7 @@ class PreferencesScenarios(Scenario):
         window = self.open()
         wait_for("the warning", lambda: window.texts().count(
             "Folder not found — move it or remove it") == 1)
-        # What tells of the DAW's files asks every drive, and is given up after ten seconds.
+        # lsof lists the DAW's files; it queries every drive, and is killed after ten seconds.
         wait_for("the session", lambda: self.connect.watches(self.song), 30)
         prompt = self.bounce_and_ask("Mix.wav")
         prompt.choose("Client A")

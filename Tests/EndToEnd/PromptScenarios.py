@@ -64,7 +64,7 @@ class PromptScenarios(Scenario):
         self.assertEqual(self.bounce_and_ask("Next.wav").choices(), ["Client A", "New Folder…"])
 
     def test_without_any_destination_it_leads_to_the_preferences(self):
-        Tray(self.desktop).start()  # Without one the preferences would open by themselves.
+        Tray(self.desktop).start()  # Without a tray the preferences would open by themselves.
         self.start_with_session(folders=[])
         prompt = self.bounce_and_ask("Mix.wav")
         self.assertEqual(prompt.buttons(), ["Open Preferences", "Skip"])

@@ -1,4 +1,4 @@
-"""What the scenarios share: a desktop of its own for each, and evidence of each that fails."""
+"""The base of all scenarios: gives each a separate desktop, and keeps evidence of failures."""
 
 import filecmp
 import os
@@ -9,7 +9,7 @@ from virtual_desktop import (  # noqa: F401 (the scenarios take wait_for from he
     StandInDaw, StemvaultConnect, VirtualDesktop, live_alone, wait_for)
 
 PROGRAMS = Path(os.environ["STEMVAULT_PROGRAMS"])
-# What only a build has, where the programs are those of an installation.
+# The folder of the stand-in DAW, which an installation does not contain.
 BUILT = Path(os.environ.get("STEMVAULT_BUILT", PROGRAMS))
 
 live_alone()
@@ -33,7 +33,7 @@ class Scenario(unittest.TestCase):
         self.client_a, self.client_b = self.folder("Client A"), self.folder("Client B")
 
     def tearDown(self):
-        """When its story is over, the program must still be well and end when asked to."""
+        """At the end of each scenario the program must still run, and quit cleanly when asked."""
         status = self.connect.quit() if troubles(self.result) == self.troubles_before else None
         if status != 0:
             evidence = BUILT.parent / "failures" / self.id()
@@ -54,7 +54,7 @@ class Scenario(unittest.TestCase):
             self.desktop, BUILT / "stand-in-daw", self.session_file(self.song))
 
     def start_with_session(self, **settings):
-        """Starts a DAW with an open session, and the program, which finds it."""
+        """Starts a DAW with an open session, and the program, which must find it."""
         self.start_daw()
         self.start(**settings)
         self.connect.wait_until_it_watches(self.song)
@@ -65,7 +65,7 @@ class Scenario(unittest.TestCase):
         return file
 
     def bounce_and_ask(self, name, **pace):
-        """A mix is bounced; returns the prompt that asks about it."""
+        """Bounces a mix, and returns the prompt that asks about it."""
         self.daw.bounce(self.song / name, **pace)
         return self.connect.prompt(name)
 

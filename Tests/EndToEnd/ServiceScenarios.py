@@ -1,4 +1,4 @@
-"""The services, from the Courier that a file manager starts to the browser."""
+"""The services, from the Courier, which a file manager starts, to the browser."""
 
 import os
 import sys
@@ -10,7 +10,7 @@ from Scenario import PROGRAMS, Scenario, wait_for
 from virtual_desktop import VirtualDesktop
 from virtual_desktop.services import Services, StartedByBus
 
-# Has the program's name on the bus.
+# Another program that owns our program's name on the bus.
 STRANGER = """
 import dbus, dbus.service
 from dbus.mainloop.glib import DBusGMainLoop
@@ -37,7 +37,7 @@ class ServiceScenarios(Scenario):
         self.mixes = [self.make(self.song / name) for name in ("1.wav", "2.WAV", "3.mp3")]
 
     def start(self, is_running=True):
-        """Once it watches, it also is on the bus: nobody starts it a second time."""
+        """A running program is on the bus once it watches, so the bus does not start it again."""
         watched = self.folder("Bounces") if is_running else None
         super().start(projects_root=self.projects, always_watch=watched, is_running=is_running)
 
@@ -161,7 +161,7 @@ class ServiceScenarios(Scenario):
 
 
 class UnreachableProgram(unittest.TestCase):
-    """What the Courier tells by itself."""
+    """Messages that the Courier shows by itself."""
 
     def test_errors_are_seen_where_the_notification_service_must_be_started(self):
         with VirtualDesktop(notifications=None) as desktop:

@@ -1,4 +1,4 @@
-"""What is watched, and when."""
+"""Which folders are watched, and when."""
 
 import unittest
 
@@ -26,7 +26,7 @@ class WatchingScenarios(Scenario):
         self.daw.bounce(self.song / "Old.wav", size=500_000)
         self.daw.bounce(next_song / "New.wav")
         self.assertIn("New.wav\nfrom Next Song", self.connect.prompt().texts())
-        self.connect.wait_until_it_rests()  # The answer of a scan under way may come last.
+        self.connect.wait_until_it_rests()  # A running scan may still deliver an older result.
         self.daw.quit()
         self.connect.wait_until_it_leaves(next_song)
         self.connect.wait_until_it_watches(bounces)

@@ -1,4 +1,4 @@
-"""The way of a bounce where there is no X server, or only one within a Wayland desktop."""
+"""A bounce without an X server, and with only XWayland."""
 
 import unittest
 

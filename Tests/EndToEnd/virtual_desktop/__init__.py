@@ -5,9 +5,9 @@
         dialog = desktop.accessibility.window("Some question")
         dialog.press("Yes")
 
-It has an X server and a window manager, a session bus with the accessibility bus and a notification
-service of its own, and a home folder. Nothing of the user's own session reaches it, and it leaves no
-process behind. A script begins with `live_alone()`, so that any number of them run side by side.
+It has its own X server, window manager, session bus, accessibility bus, notification service and home
+folder. It is isolated from the user's own session, and leaves no process behind. A script starts with
+`live_alone()`, so that any number of scripts can run in parallel.
 """
 
 from .accessibility import Accessibility, Window

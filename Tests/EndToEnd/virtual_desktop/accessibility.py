@@ -1,6 +1,6 @@
-"""What a screen reader knows of the windows, and what it can do in them.
+"""Reads and operates windows as a screen reader does.
 
-The calls go over the accessibility bus directly: no cache of a client library can be stale.
+The calls go over the accessibility bus directly, so there is no client library with a stale cache.
 """
 
 import itertools
@@ -16,9 +16,9 @@ EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 WINDOW_ROLES = ("alert", "dialog", "frame", "window")
 BUTTON_ROLES = ("push button", "button")
 TEXT = "org.a11y.atspi.Text"
-# Menus of Qt are in no window. Qt numbers what it tells of from here; what is gone leaves a gap.
+# Qt's menus belong to no window. Qt numbers its objects from here; removed objects leave gaps.
 FIRST_OF_QT, LARGEST_GAP = 2**31, 100
-FRAMES_OF_GNOME = "mutter-x11-frames"  # It calls them as the windows within are called.
+FRAMES_OF_GNOME = "mutter-x11-frames"  # Its frames have the names of the windows inside them.
 CHECKED, SELECTED, SENSITIVE, SHOWING = 4, 23, 24, 25
 
 
@@ -30,7 +30,7 @@ class Accessibility:
         session.close()
         self.bus = dbus.bus.BusConnection(address)
         self.root = Node(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
-        self.root.call(ACCESSIBLE, "GetChildren")  # Has the registry up before the first program.
+        self.root.call(ACCESSIBLE, "GetChildren")  # Starts the registry before the first program.
         self.display = display
 
     def close(self):
@@ -47,17 +47,17 @@ class Accessibility:
         return next((window for window in self.windows() if window.name == name), None)
 
     def window(self, name):
-        """The window of that name, as soon as there is one."""
+        """Waits for a window with that name."""
         return wait_for(f'a window "{name}"', lambda: self.find_window(name))
 
     def owners(self, process):
-        """A process as the bus knows it. The list of programs there is not always complete."""
+        """The bus names of a process. The bus's own list of programs is not always complete."""
         return [name for name in self.bus.list_names()
                 if name.startswith(":") and self._process_of(name) == process
                 and Node(self.bus, name, "/org/a11y/atspi/accessible/root").role() != "gone"]
 
     def qt_menus(self, owner):
-        """All that is in the open menus of a Qt program."""
+        """All nodes in the open menus of a Qt program."""
         gone = 0
         for number in itertools.count(FIRST_OF_QT):
             node = Node(self.bus, owner, f"/org/a11y/atspi/accessible/{number}")
@@ -74,7 +74,7 @@ class Accessibility:
                                           (name,)))
 
     def dump(self):
-        """Every window with all that is in it, a line for each thing."""
+        """Every window with its contents, one line for each node."""
         lines = []
         for window in self.windows():
             for depth, node in window.node.walk_with_depth():
@@ -83,7 +83,7 @@ class Accessibility:
 
 
 class Node:
-    """One thing in a window. A thing that is gone has no name, no states and no children."""
+    """An accessible object. One that no longer exists has no name, no states and no children."""
 
     def __init__(self, bus, owner, path):
         self.bus, self.owner, self.path = bus, owner, path
@@ -131,12 +131,12 @@ class Node:
                 yield from child.walk_with_depth(depth + 1)
 
     def find(self, roles, name=None):
-        """The first thing of one of these roles, and of that name when one is given."""
+        """The first node with one of these roles, and with that name if one is given."""
         return next((node for node in self.walk()
                      if node.role() in roles and name in (None, node.name())), None)
 
     def do(self, action):
-        """Does a thing's action without waiting: a button's reply may come after its dialog."""
+        """Performs an action without waiting: a button may reply only after its dialog has closed."""
         count = int(self.property(ACTION, "NActions", 0))
         names = [str(self.call(ACTION, "GetName", "i", index)) for index in range(count)]
         index = names.index(action)
@@ -146,7 +146,7 @@ class Node:
 
 
 class Window:
-    """A window, by what can be read and done in it."""
+    """A window, through its accessible contents."""
 
     def __init__(self, node, display):
         self.node, self.display = node, display
@@ -166,7 +166,7 @@ class Window:
         return [str(node.name()) for node in self.node.walk() if node.role() in BUTTON_ROLES]
 
     def press(self, title, number=0):
-        """Presses a button, that of this number where several bear the title, once it can be."""
+        """Presses a button once it is enabled; `number` chooses among several with the same title."""
         def pressable():
             nodes = [node for node in self.node.walk()
                      if node.role() in BUTTON_ROLES and node.name() == title]
@@ -191,7 +191,7 @@ class Window:
         self._press_until(lambda: not self.is_open(), key)
 
     def choices(self):
-        """What the window's pop-up offers."""
+        """The items of the window's pop-up."""
         return [str(node.name()) for node in self._popup_items()]
 
     def choice(self):
@@ -200,8 +200,8 @@ class Window:
     def choose(self, item):
         """Chooses from the window's pop-up as a user does with the keyboard.
 
-        A window that came up unasked may pass over the first keys, which were not meant for it, so
-        a key that moves nothing is pressed again.
+        A window that came up by itself may ignore the first keys, in case they were meant for another
+        program, so a key that has no effect is pressed again.
         """
         if self.choice() == item:
             return
@@ -210,7 +210,7 @@ class Window:
         self.choose_from_list(item)
 
     def choose_by_arrow(self, key, item):
-        """Presses an arrow key that makes an item the choice, with the list closed."""
+        """Chooses an item by an arrow key, with the list closed."""
         self.focus()
         self._press_until(lambda: self.choice() == item, key)
 
@@ -229,7 +229,7 @@ class Window:
         wait_for(f'the choice "{item}"', lambda: self.choice() == item)
 
     def _press_until(self, condition, *keys):
-        """Presses keys together, and again when they came too early to count."""
+        """Presses keys together, and again if they came too early to have an effect."""
         def happened():
             self.display.press_keys(*keys)
             return self._comes_about(condition, 1)
@@ -242,22 +242,22 @@ class Window:
             return False
 
     def type(self, field, text):
-        """Puts text into the field that a label names."""
+        """Puts text into the field with that label."""
         node = wait_for(
             f'a field "{field}" in "{self.name}"', lambda: self.node.find(("text",), field))
         node.call(EDITABLE_TEXT, "SetTextContents", "s", text)
 
     def field_text(self):
-        """What the window's text field holds."""
+        """The text in the window's text field."""
         node = wait_for(f'a field in "{self.name}"', lambda: self.node.find(("text",)))
         return str(node.call(TEXT, "GetText", "ii", 0, -1))
 
     def focus(self):
-        """Waits until the window manager has given the window the keyboard."""
+        """Waits until the window has the keyboard focus."""
         self.display.wait_for_keyboard(self.id())
 
     def id(self):
-        """Its number on the X display."""
+        """Its window ID on the X display."""
         process = self._process()
         return wait_for(
             f'the window of "{self.name}"', lambda: self.display.window_of(self.name, process))

@@ -1,9 +1,9 @@
-"""A script's own process namespace: what runs in it sees no other process of this machine.
+"""A separate process namespace for a script, without any other process of this machine.
 
-The program looks at every process of its user, so it would find the DAWs, buses and browsers of the
-person who works here, and those of another virtual desktop. Hence each script begins with
-`live_alone()`, which starts it once more where there are only its own processes, an empty /tmp and a
-network that leads nowhere.
+The program examines every process of its user, so it would find the DAWs, buses and browsers of the
+person who works here, and those of other virtual desktops. So each script starts with
+`live_alone()`, which restarts it in a namespace with only its own processes, an empty /tmp and a
+network without a connection to the outside.
 """
 
 import ctypes
@@ -18,14 +18,14 @@ from pathlib import Path
 
 MARK = "VIRTUAL_DESKTOP_NAMESPACE"
 NAMESPACES = ["--mount", "--pid", "--ipc", "--net", "--fork", "--kill-child", "--mount-proc"]
-# Who is not root is so within a namespace of users, where the same names hold.
+# Without root, a user namespace is needed in addition; user and group IDs stay the same in it.
 AS_USER = ["--user", "--map-current-user", "--keep-caps"]
 MS_BIND, MS_REC = 4096, 16384
 
 
 def live_alone():
-    """Returns at once where the script lives alone already; where the kernel does not let it, says
-    so, and its desktops wait for those of other scripts."""
+    """Returns at once if the script already lives alone. If the kernel does not allow it, prints a
+    message; the script's desktops then wait for those of other scripts."""
     if is_alone():
         return
     itself = [sys.executable, *sys.orig_argv[1:]]
@@ -47,7 +47,7 @@ def own_namespace():
 
 
 def main(command):
-    """The first process of a namespace, which prepares it, and takes leave of every orphan."""
+    """The first process of a namespace, which sets it up, and reaps every orphan."""
     programs = [value for name, value in os.environ.items() if name.startswith("STEMVAULT_")]
     empty_tmp([*command, *programs, os.getcwd(), __file__])
     start_loopback()
@@ -61,7 +61,7 @@ def main(command):
 
 
 def empty_tmp(names):
-    """Leaves only those folders in /tmp that hold what is used: somebody may keep a clone there."""
+    """Empties /tmp, except for top folders with files in use: the repository may be cloned there."""
     tops = {Path(name).parts[2] for name in names if name.startswith("/tmp/")}
     kept = {f"/tmp/{top}": os.open(f"/tmp/{top}", os.O_PATH | os.O_DIRECTORY)
             for top in tops if os.path.isdir(f"/tmp/{top}")}

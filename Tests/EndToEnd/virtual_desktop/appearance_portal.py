@@ -1,4 +1,4 @@
-"""The part of the desktop portal that says whether windows are to be light or dark."""
+"""The part of the desktop portal that reports whether windows should be light or dark."""
 
 import dbus
 import dbus.service
@@ -20,7 +20,7 @@ class AppearancePortal(dbus.service.Object):
 
     @dbus.service.method("local.VirtualDesktop", in_signature="u")
     def Choose(self, scheme):
-        """What the user does in the settings: 1 for dark, 2 for light, 0 for neither."""
+        """Changes the scheme, as the user does in the settings: 1 is dark, 2 light, 0 neither."""
         self.scheme = scheme
         self.SettingChanged(GROUP, KEY, dbus.UInt32(scheme, variant_level=1))
 

@@ -17,8 +17,8 @@ BUS_NAME = "net.stemvault.Connect"
 class StemvaultConnect:
     def __init__(self, desktop, program, folders=(), always_watch=None, projects_root=None,
                  is_running=True, is_update_due=False, privileged=False):
-        """Starts the program with destination folders, each named as its directory is, and with
-        today's look for an update behind it unless one is to be due.
+        """Starts the program with destination folders, each named like its directory. Unless
+        `is_update_due`, today's check for updates counts as done.
         """
         self.desktop, self.program, self.privileged = desktop, program, privileged
         self.settings_file = desktop.home / ".config/stemvault/connect.json"
@@ -36,16 +36,16 @@ class StemvaultConnect:
         return self.desktop.start(name, [self.program], privileged=self.privileged, **options)
 
     def start_again(self):
-        """As a user does who wants to see it: it must be known to the session by then."""
+        """Starts a second instance, as a user does, once the first one is on the bus."""
         wait_for("the program's name on the bus", lambda: self.desktop.has_bus_name(BUS_NAME))
         return self.start("again").wait(timeout=10)
 
     def settings(self):
-        """The record of its settings, as it stands on disk."""
+        """The settings record on disk."""
         return json.loads(json.loads(self.settings_file.read_text())["settingsStore_v1"]["data"])
 
     def prompt(self, text=""):
-        """The open prompt, as soon as there is one that holds the text."""
+        """Waits for an open prompt that contains the text."""
         def asked():
             window = self.desktop.accessibility.find_window("Bounce detected")
             return window if window and any(text in line for line in window.texts()) else None
@@ -55,7 +55,7 @@ class StemvaultConnect:
         return self.desktop.accessibility.window(name)
 
     def watches(self, folder):
-        """Whether the kernel reports to the program what happens in a folder."""
+        """Whether the kernel reports changes in a folder to the program."""
         inode = f" ino:{os.stat(folder).st_ino:x} "
         return any(inode in line for line in self._inotify_watches())
 
@@ -66,7 +66,7 @@ class StemvaultConnect:
         wait_for(f"{folder} to be watched no more", lambda: not self.watches(folder))
 
     def wait_until_it_rests(self):
-        """Until every file it waits for has settled: up to then it wakes twice a second."""
+        """Waits until every pending file has settled: until then the program wakes twice a second."""
         seen = {}
 
         def rests():
@@ -76,17 +76,17 @@ class StemvaultConnect:
 
     @contextlib.contextmanager
     def wait_until_it_wakes(self):
-        """Until what is done meanwhile has woken it."""
+        """Waits, after the body of the `with` statement, until the program has woken up."""
         before = self._wake_ups()
         yield
         wait_for("the program to wake", lambda: self._wake_ups() != before)
 
     def open_files(self):
-        """What its descriptors stand for."""
+        """The targets of its descriptors."""
         return self._of_each_descriptor("fd", os.readlink)
 
     def quit(self):
-        """Asks the program to end, and returns its exit status."""
+        """Asks the program to quit, and returns its exit status."""
         self.process.send_signal(signal.SIGTERM)
         return self.process.wait(timeout=10)
 

@@ -1,8 +1,8 @@
-"""A window whose selection can be copied: on Ctrl+C, and no other keys with it, it takes the clipboard.
+"""A window whose selection can be copied: on Ctrl+C, without other keys, it takes the clipboard.
 
-Run with its class, a title, and for each format its name and a file with the content. Without formats
-nothing is selected in it. What it sees is written to standard output. With "-" for a class there is no
-window, and the clipboard is taken at once. More than a portion is given portion by portion.
+The arguments are its class, a title, and for each format its name and a file with the content. Without
+formats nothing is selected in it. It logs its events to standard output. With "-" as the class there is
+no window, and it takes the clipboard at once. Long contents are sent in portions.
 """
 
 import sys

@@ -1,4 +1,4 @@
-"""The stand-in DAW, as its user sees it: sessions are opened and closed, mixes bounced."""
+"""Controls the stand-in DAW as a user would: opens and closes sessions, bounces mixes."""
 
 import os
 import shutil
@@ -32,7 +32,7 @@ class StandInDaw:
         self._wait_for_answer("close", session_file)
 
     def start_bounce(self, path, size=400_000, portions=4, milliseconds=100):
-        """Starts a bounce that grows in portions, so many milliseconds apart."""
+        """Starts a bounce that grows in portions, `milliseconds` apart."""
         self._tell("bounce", path, size, portions, milliseconds)
 
     def wait_for_bounce(self, path):

@@ -1,9 +1,9 @@
-"""A file system that has stopped answering, as that of a network drive does whose server is gone.
+"""A file system that has stopped responding, like a network drive whose server is gone.
 
     dead_mount.py FOLDER PROGRAM...
 
-runs a program that alone sees it: whoever asks for anything in the folder waits until the process
-beside the program ends, which keeps the questions and answers none.
+Runs a program; only that program sees the mount. Any access to the folder blocks until the process
+that holds the FUSE device ends, since that process reads all requests and answers none.
 """
 
 import ctypes
@@ -19,7 +19,7 @@ INIT = 26
 
 
 class DeadMount:
-    """`program` is to be started, privileged, instead of a program that is to see a folder so."""
+    """`program` is a wrapper to start, privileged, in place of a program that should see the mount."""
 
     def __init__(self, desktop, folder, program):
         self.desktop = desktop
@@ -31,11 +31,11 @@ class DeadMount:
 
     @staticmethod
     def is_allowed(desktop):
-        """Whether the kernel lets us: then other programs still see into ours as well."""
+        """Whether the kernel allows the mount in a way that other processes can still inspect the program."""
         return (desktop.lives_alone() or os.geteuid() == 0) and os.access("/dev/fuse", os.W_OK)
 
     def answer(self):
-        """Ends it: every question has its answer, that there is no such drive."""
+        """Ends the mount: every blocked access fails because there is no such drive."""
         self.desktop.kill_whatever_runs(__file__)
 
 

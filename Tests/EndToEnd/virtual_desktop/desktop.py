@@ -1,4 +1,4 @@
-"""The virtual desktop: each of its services is started, and waited for by its own sign."""
+"""The virtual desktop: starts each service and waits until that service is ready."""
 
 import fcntl
 import json
@@ -18,7 +18,7 @@ from .waiting import wait_for
 NOTIFICATIONS = "org.freedesktop.Notifications"
 PORTAL = "org.freedesktop.portal.Desktop"
 
-# Only the accessibility bus can be activated: a service that is missing fails at once.
+# Only the accessibility bus can be activated, so that calls to a missing service fail at once.
 BUS_CONFIGURATION = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
 <busconfig>
@@ -52,11 +52,11 @@ LOOKS = {"light": ("Clearlooks", 0x5b7186), "dark": ("Onyx", 0x1d2530)}
 
 
 class VirtualDesktop(PrivateSession):
-    """Ready to use once made; `with` ends it. `notifications` says what the service can do, and
-    None leaves it out. `kind` is what XDG_CURRENT_DESKTOP says, which programs go by.
+    """Ready to use once constructed; `with` ends it. `notifications` lists the service's
+    capabilities; with None there is no service. `kind` is the value of XDG_CURRENT_DESKTOP.
 
-    Desktops that do not live alone are in use one after the other: the program looks at all
-    processes of its user, and would find the DAW of another desktop.
+    Desktops outside a separate namespace take turns: the program examines all processes of its
+    user, and would find the DAW of another desktop.
     """
 
     def __init__(self, size="1280x800", look="light", notifications="body,actions,icon-static",
@@ -93,7 +93,7 @@ class VirtualDesktop(PrivateSession):
         return is_alone()
 
     def notifications(self):
-        """All that was posted so far, the oldest first."""
+        """All notifications so far, the oldest first."""
         lines = self.log("notification_server").splitlines()
         return [json.loads(line) for line in lines if line.startswith("{")]
 
@@ -110,7 +110,7 @@ class VirtualDesktop(PrivateSession):
             bus.close()
 
     def choose_scheme(self, scheme):
-        """As the user does in the desktop's settings: 1 is dark, 2 light, 0 neither."""
+        """Changes the scheme, as the user does in the settings: 1 is dark, 2 light, 0 neither."""
         if not self.has_bus_name(PORTAL):
             self.start_service("appearance_portal", PORTAL)
         bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
@@ -119,7 +119,7 @@ class VirtualDesktop(PrivateSession):
         bus.close()
 
     def keep_evidence(self, folder):
-        """Leaves a picture, what is in the windows, and every log in a folder."""
+        """Saves a picture, the contents of all windows, and every log in a folder."""
         folder.mkdir(parents=True, exist_ok=True)
         self.display.take_picture(folder / "screen.png")
         (folder / "windows.txt").write_text(self.accessibility.dump())
@@ -138,7 +138,7 @@ class VirtualDesktop(PrivateSession):
                              "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb"}
 
     def _start_display(self, size):
-        """The server picks a free number and writes it when it is ready."""
+        """Starts the server, which picks a free display number and writes it when it is ready."""
         ready, number = os.pipe()
         server = self.start("display", ["Xvfb", "-displayfd", number, "-screen", "0", f"{size}x24",
                                         "-nolisten", "tcp", "-noreset"], pass_fds=[number])
@@ -157,7 +157,7 @@ class VirtualDesktop(PrivateSession):
         ready = self.folder / "window-manager-ready"
         self.start("window-manager", ["openbox", "--sm-disable", "--config-file", configuration,
                                       "--startup", f"touch {ready}"])
-        # It announces itself earlier, and forgets a window that comes before it is ready.
+        # It announces itself too early: it does not manage a window that opens before it is ready.
         wait_for("the window manager", ready.exists)
         self.display.set_background(background)
         self.display.move_pointer_aside()
@@ -167,6 +167,6 @@ class VirtualDesktop(PrivateSession):
             self.environment["DBUS_SESSION_BUS_ADDRESS"], self.display)
 
     def start_service(self, name, bus_name, *arguments):
-        """Starts one of the services beside this file, which writes what it is asked to its log."""
+        """Starts one of the services in this folder, which logs the calls that it receives."""
         self.start(name, [sys.executable, Path(__file__).with_name(f"{name}.py"), *arguments])
         wait_for(f"the owner of {bus_name}", lambda: self.has_bus_name(bus_name))

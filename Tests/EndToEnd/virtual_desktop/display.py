@@ -1,4 +1,4 @@
-"""The X display: which window has the keyboard, keys, and pictures."""
+"""The X display: focus, keys, the mouse, and pictures."""
 
 import collections
 import struct
@@ -25,7 +25,7 @@ class Display:
         return bool(self._property(self.root, "_NET_SUPPORTING_WM_CHECK"))
 
     def active_window(self):
-        """The window that the window manager has given the keyboard; 0 when none has it."""
+        """The window that has the keyboard focus; 0 if none has it."""
         value = self._property(self.root, "_NET_ACTIVE_WINDOW")
         return value[0] if value else 0
 
@@ -35,7 +35,7 @@ class Display:
         return {window: self._title(window) for window in ids}
 
     def pop_ups(self):
-        """The menus and the like that are on the screen: windows that no window manager places."""
+        """The menus and similar windows on the screen, which bypass the window manager."""
         found = []
         for window in self.root.query_tree().children:
             try:
@@ -43,19 +43,19 @@ class Display:
                 if shown.override_redirect and shown.map_state == X.IsViewable \
                         and window.get_geometry().width > 100:
                     found.append(window.id)
-            except error.XError:  # The window is gone.
+            except error.XError:  # The window was closed.
                 pass
         return found
 
     def window_of(self, title, pid):
-        """The window of a process that bears a title; a program may have put its name behind it."""
+        """The window of a process by the start of its title, as a program may append its name."""
         for window, its_title in self.windows().items():
             if its_title.startswith(title) and self._property(window, "_NET_WM_PID") == [pid]:
                 return window
         return None
 
     def activate(self, window):
-        """Does what a click on the window's title does, and waits until it has the keyboard."""
+        """Does what a click on the window's title does, and waits until it has the focus."""
         source_is_user = 2
         self._tell_root(self._window(window), "_NET_ACTIVE_WINDOW", source_is_user, X.CurrentTime)
         self.wait_for_keyboard(window)
@@ -81,11 +81,11 @@ class Display:
         self.connection.sync()
 
     def move_pointer_aside(self):
-        """In the middle of the screen, where it begins, the pointer hovers over what pops up."""
+        """Moves the pointer out of the middle of the screen, where it would hover over new windows."""
         self.move_pointer(self.screen.width_in_pixels - 1, self.screen.height_in_pixels - 1)
 
     def move_pointer_into(self, window):
-        """Where a menu that is opened by its key comes up."""
+        """Moves the pointer to where a menu opens that is opened by its key."""
         left, top, width, height = self.frame(window)
         self.move_pointer(left + width // 2, top + height // 3)
 
@@ -102,7 +102,7 @@ class Display:
         self.connection.sync()
 
     def embedded_window(self, outer):
-        """The first window on the screen that another program has put into a window."""
+        """The first visible window that another program has embedded in a window."""
         for child in self._window(outer).query_tree().children:
             if self._property(child, "_XEMBED_INFO") \
                     and child.get_attributes().map_state == X.IsViewable:
@@ -112,7 +112,7 @@ class Display:
         return None
 
     def publish_theme(self, name):
-        """What a desktop's settings manager does (XSETTINGS): names the theme of GTK's windows."""
+        """Publishes the name of the GTK theme, as a desktop's settings manager does (XSETTINGS)."""
         manager, selection = self._settings_manager(), self._atom("_XSETTINGS_S0")
         key, value = b"Net/ThemeName", name.encode()
 
@@ -137,14 +137,14 @@ class Display:
         return self.settings_manager
 
     def brightness(self, window):
-        """That of the most frequent colour in a window, from 0 to 255."""
+        """The brightness of the most frequent colour in a window, from 0 to 255."""
         pixels = self.pixels(self.frame(window))
         colours = collections.Counter(pixels[at:at + 3] for at in range(0, len(pixels), 4))
         return sum(colours.most_common(1)[0][0]) // 3
 
     def watch_startups(self):
-        """From now on listens to what programs tell the desktop about being started. Returns what
-        waits for the next such message and returns it."""
+        """Starts listening to startup notifications of programs. Returns a function that waits for
+        the next such message and returns it."""
         self.root.change_attributes(event_mask=X.PropertyChangeMask)
         self.connection.sync()
         kinds = {self._atom("_NET_STARTUP_INFO_BEGIN"), self._atom("_NET_STARTUP_INFO")}
@@ -169,7 +169,7 @@ class Display:
                  lambda: self._property(self.root, "_NET_CURRENT_DESKTOP") == [number])
 
     def close_window(self, window):
-        """Does what the button in its frame does."""
+        """Does what the close button in its frame does."""
         source_is_user = 2
         self._tell_root(self._window(window), "_NET_CLOSE_WINDOW", X.CurrentTime, source_is_user)
 
@@ -184,20 +184,20 @@ class Display:
         self.connection.sync()
 
     def take_picture(self, path, window=None):
-        """Writes the screen, or what is seen of one window and its frame, as a PNG."""
+        """Writes the screen, or the visible part of one window and its frame, as a PNG."""
         area = self.frame(window) if window else self._whole()
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(png(area[2], area[3], self.pixels(area)))
 
     def pixels(self, area=None):
-        """What is on the screen, or in a part of it."""
+        """The pixels of the screen, or of a part of it."""
         return self.root.get_image(*(area or self._whole()), X.ZPixmap, 0xffffffff).data
 
     def _whole(self):
         return 0, 0, self.screen.width_in_pixels, self.screen.height_in_pixels
 
     def frame(self, window):
-        """x, y, width and height of a window with what the window manager put around it."""
+        """x, y, width and height of a window, including the window manager's frame."""
         outermost = self._window(window)
         while (parent := outermost.query_tree().parent) and parent.id != self.root.id:
             outermost = parent
@@ -209,7 +209,7 @@ class Display:
         return left, top, width, height
 
     def _tell_root(self, window, message, *numbers):
-        """Asks the window manager for something that concerns a window."""
+        """Sends the window manager a request about a window."""
         data = [*numbers, 0, 0, 0, 0, 0][:5]
         self.root.send_event(
             event.ClientMessage(
@@ -228,7 +228,7 @@ class Display:
             window = window if hasattr(window, "get_full_property") else self._window(window)
             found = window.get_full_property(self._atom(name), X.AnyPropertyType)
             return list(found.value) if found else None
-        except error.XError:  # The window is gone.
+        except error.XError:  # The window was closed.
             return None
 
     def _title(self, window):
@@ -237,7 +237,7 @@ class Display:
 
 
 def png(width, height, blue_green_red):
-    """The pixels of an X image of 32 bits each as a PNG file."""
+    """Converts the pixels of an X image, 32 bits each, to a PNG file."""
     pixels = bytearray(width * height * 3)
     for channel in range(3):
         pixels[channel::3] = blue_green_red[2 - channel::4]

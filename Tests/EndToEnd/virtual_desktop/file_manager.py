@@ -1,5 +1,5 @@
-"""A real file manager of Debian's, used as a user does: everything in a folder is selected, the menu
-of the selection opened, and an entry chosen."""
+"""Operates a real file manager as a user does: selects everything in a folder, opens the menu of the
+selection, and chooses an entry."""
 
 import itertools
 
@@ -18,13 +18,13 @@ class FileManager:
     def __init__(self, desktop, name, folder):
         self.desktop, self.name = desktop, name
         self._choose_icons()
-        # More often than not PCManFM-Qt tells nothing of itself, neither at once nor later, until it is
-        # started once more.
+        # PCManFM-Qt usually does not appear on the accessibility bus, neither at once nor later, until it
+        # is restarted.
         wait_for(f"{name} to be accessible", lambda: self._start(folder), 6 * waiting.DEADLINE)
         self._activate()
 
     def open_menu(self):
-        """The menu of everything in the folder."""
+        """Opens the menu for everything in the folder."""
         display = self.desktop.display
         self._point_at_files()
 
@@ -33,13 +33,13 @@ class FileManager:
             display.press_keys("Menu")
             try:
                 return wait_for("the menu", lambda: self._entry("Cut"), waiting.DEADLINE / 3)
-            except TimedOut:  # It was still reading the folder: the menu is the folder's own.
+            except TimedOut:  # The folder was still loading, so the menu is that of the folder.
                 display.press_keys("Escape")
                 return None
         wait_for(f"the menu of {self.name}", opened, 3 * waiting.DEADLINE)
 
     def entry(self, *titles):
-        """The last of these entries, once the menus on the way to it are open."""
+        """Opens the menus that lead to the last of these entries, and returns it."""
         for title in titles[:-1]:
             wait_for(f'an entry "{title}"', lambda: self._entry(title)).do("click")
         return wait_for(f'an entry "{titles[-1]}"', lambda: self._entry(titles[-1]))
@@ -49,7 +49,7 @@ class FileManager:
             self.desktop.display.press_keys("Escape")
 
     def choose(self, *titles):
-        """Opens the menu of everything in the folder, and chooses the last of these entries."""
+        """Opens the menu for everything in the folder, and chooses the last of these entries."""
         self._activate()
         self.open_menu()
         self.entry(*titles).do("Press" if self.name in OF_QT else "click")
@@ -67,7 +67,7 @@ class FileManager:
     def _start(self, folder):
         self.process = self.desktop.start(self.name, [*COMMANDS[self.name], folder])
 
-        # One that hands its folder to another that is just ending shows no window.
+        # An instance that passes its folder to another one that is about to exit shows no window.
         def appeared():
             return self._window(folder.name) or self.process.poll() is not None
         try:
@@ -87,7 +87,7 @@ class FileManager:
                      if node.role() in MENU_ROLES and node.name() == title), None)
 
     def _menu_nodes(self):
-        """All that is in the open menus."""
+        """All nodes in the open menus."""
         accessibility = self.desktop.accessibility
         if self.name in OF_QT:
             return itertools.chain.from_iterable(map(accessibility.qt_menus, self._owners()))
@@ -99,7 +99,7 @@ class FileManager:
         return self.desktop.accessibility.owners(self.process.pid)
 
     def _choose_icons(self):
-        """Outside of its own desktop this one finds no icons by itself."""
+        """Sets PCManFM-Qt's icon theme, which it does not find outside LXQt."""
         settings = self.desktop.home / ".config/pcmanfm-qt/default/settings.conf"
         settings.parent.mkdir(parents=True, exist_ok=True)
         settings.write_text("[System]\nFallbackIconThemeName=Adwaita\n")

@@ -1,4 +1,4 @@
-"""A drive that works until it stops answering, as that of a network does whose server goes."""
+"""A drive that works until it stops responding, like a network drive whose server disappears."""
 
 import os
 import shutil
@@ -9,7 +9,7 @@ from .waiting import wait_for
 
 
 class HangingDrive:
-    """Appears in a folder at once; end it, or whoever waits for it waits for good."""
+    """Mounted on a folder at once. Must be ended, or processes that access it block forever."""
 
     def __init__(self, desktop, folder):
         content = desktop.made_folder("content-of-drive")
@@ -18,13 +18,13 @@ class HangingDrive:
 
     @staticmethod
     def is_allowed(desktop):
-        """Only where no other program of this machine would wait for it too."""
+        """Allowed only if no other program on this machine could block on it."""
         return (desktop.lives_alone() and os.access("/dev/fuse", os.W_OK)
                 and shutil.which("bindfs") is not None)
 
     def stop_answering(self, process):
-        """Between two questions of the process: one that the daemon has taken on and never answers keeps
-        the kernel from ending its asker."""
+        """Stops the daemon between two requests of the process: a request that the daemon has accepted and
+        never answers would keep the kernel from killing the process."""
         def stopped():
             self.daemon.send_signal(signal.SIGSTOP)
             wait_for("the daemon to stop", self._is_stopped)
@@ -35,7 +35,7 @@ class HangingDrive:
         wait_for("a moment without a question to the drive", stopped)
 
     def wait_until_it_holds_up(self, process):
-        """Until a thread of the process has asked the drive for something."""
+        """Waits until a thread of the process blocks on a request to the drive."""
         wait_for("a question to the drive", lambda: self._is_asked_by(process))
 
     def _is_stopped(self):

@@ -1,7 +1,7 @@
 """A notification service that shows nothing and writes each call to standard output as JSON.
 
-Run with a list of capabilities (such as "body,actions"), or with "silent" to take calls and never
-answer them. With "asks-sender" among them it drops, as GNOME's does, what a process sent that is gone.
+The argument is a list of capabilities (such as "body,actions"), or "silent" to accept calls without
+replying. With "asks-sender" in the list it drops notifications of senders that have exited, as GNOME's does.
 """
 
 import json

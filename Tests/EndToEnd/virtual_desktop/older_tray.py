@@ -1,10 +1,10 @@
-"""A tray of the older kind, which takes in a window of each program and knows nothing of menus."""
+"""An XEmbed tray, which embeds a window of each program and has no protocol for menus."""
 
 from .waiting import TimedOut, wait_for
 
 
 class OlderTray:
-    """`start` and `end` let it come late, or again."""
+    """`start` and `end` let the tray appear late, or again."""
 
     def __init__(self, desktop):
         self.desktop, self.display = desktop, desktop.display
@@ -20,20 +20,20 @@ class OlderTray:
         self.process.wait()
 
     def icon(self):
-        """The window of the first program in it, as soon as it is to be seen."""
+        """Waits for the window of the first program in it to be visible."""
         def shown():
             panel = self.display.window_of("panel", self.process.pid)
             return panel and self.display.embedded_window(panel)
         return wait_for("an icon in the tray", shown)
 
     def open_menu(self, process, button=1):
-        """Presses a button of the mouse on the icon; the titles in the menu that the program, which
-        is made with Qt, has put up then."""
+        """Presses a mouse button on the icon, and returns the titles in the menu that the program (a Qt
+        program) then opens."""
         def opened():
             self.display.click(self.icon(), button)
             try:
                 return wait_for("the menu", self.display.pop_ups, 1)
-            except TimedOut:  # A window that has the keyboard since just now has it close again.
+            except TimedOut:  # A window that just got the focus closes the menu again.
                 return None
         wait_for("the menu", opened)
         return wait_for("its rows", lambda: self._rows(process))

@@ -1,4 +1,4 @@
-"""Processes that share a private environment, and whose every descendant ends with them."""
+"""Processes that share a private environment, and end with all their descendants."""
 
 import os
 import shutil
@@ -10,15 +10,15 @@ from pathlib import Path
 
 from .waiting import wait_for
 
-# The only inherited variables: how sanitized programs are to behave.
+# The only inherited variables: options for sanitized programs.
 INHERITED = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 MARK = "VIRTUAL_DESKTOP_MARK"
 
 
 class PrivateSession:
-    """A temporary home and the processes that live in it.
+    """A temporary home and its processes.
 
-    The path of the folder is short, because the names of sockets in it end at 107 bytes.
+    The path of the folder is short, because the path of a socket can have at most 107 bytes.
     """
 
     def __init__(self):
@@ -30,7 +30,7 @@ class PrivateSession:
         self.environment = {name: os.environ[name] for name in INHERITED if name in os.environ}
         self.environment |= {
             MARK: self.mark,
-            # No browser of this machine is ever started, and none of its services asked.
+            # Keeps programs from starting this machine's browser and from using its services.
             "BROWSER": "/nowhere",
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.runtime}/none",
             "LC_ALL": "C.UTF-8",
@@ -51,7 +51,7 @@ class PrivateSession:
         }
 
     def _shared_data(self):
-        """What is installed here, all but the applications: a browser among them would be found."""
+        """The installed data, except the applications, among which programs would find a browser."""
         folder = self.made_folder("share")
         for entry in Path("/usr/share").iterdir():
             if entry.name != "applications":
@@ -64,9 +64,9 @@ class PrivateSession:
         return folder
 
     def start(self, name, command, environment=None, privileged=False, **options):
-        """Starts a program with its output in the log of that name. It ends with us, even killed.
+        """Starts a program with its output in the log of that name. It ends with us, even if we are killed.
 
-        `environment` changes the desktop's own; a variable that is None is left out.
+        `environment` overrides the desktop's own; a variable that is None is removed.
         """
         command = command if privileged else self.unprivileged(command)
         merged = self.environment | (environment or {})
@@ -82,7 +82,7 @@ class PrivateSession:
 
     @staticmethod
     def unprivileged(command):
-        """A script that lives alone has more privileges there than its user has elsewhere."""
+        """Drops the extra privileges that a script has in its own namespace."""
         return ["setpriv", "--inh-caps=-all", "--ambient-caps=-all", *command]
 
     def log(self, name):
@@ -90,7 +90,7 @@ class PrivateSession:
         return path.read_text(errors="replace") if path.exists() else ""
 
     def end(self):
-        """Ends what was started, last first, and then whatever of it is left anywhere."""
+        """Ends the started programs, the last first, and then any remaining descendants."""
         for process in reversed(self.processes.values()):
             end_process(process)
         self.kill_whatever_runs()
@@ -98,14 +98,14 @@ class PrivateSession:
         shutil.rmtree(self.folder, ignore_errors=True)
 
     def kill_whatever_runs(self, argument=None):
-        """Kills every process, or those that were started with an argument."""
+        """Kills every process, or only those with that argument."""
         for pid in self.marked_processes():
             words = read_bytes(Path(f"/proc/{pid}/cmdline")).split(b"\0")
             if argument is None or os.fsencode(argument) in words:
                 signal_process(pid, signal.SIGKILL)
 
     def marked_processes(self):
-        """Services that a bus has started are nobody's children; they carry our mark all the same."""
+        """All processes with our mark, which even services have that the bus started."""
         mark = f"{MARK}={self.mark}".encode()
         return [int(entry.name) for entry in Path("/proc").iterdir()
                 if entry.name.isdigit() and mark in read_bytes(entry / "environ").split(b"\0")]
@@ -131,7 +131,7 @@ def signal_process(pid, number):
 
 
 def read_bytes(path):
-    """The content of a file in /proc, or nothing where it is gone or not ours to read."""
+    """The content of a file in /proc, or nothing if it is gone or not readable."""
     try:
         return path.read_bytes()
     except OSError:

@@ -1,4 +1,4 @@
-"""The program's services as a file manager finds them: entries, Courier, bus; and a browser."""
+"""Sets up the program's services as a file manager uses them: entries, Courier, bus; and a browser."""
 
 import os
 import select
@@ -29,8 +29,8 @@ MimeType=x-scheme-handler/https;
 
 
 class Services:
-    """What belongs to the services, where the programs that are started from now on find it. Starts
-    nothing. Programs of a build are installed into a folder of the desktop; others are already."""
+    """Makes the services available to programs that are started afterwards; starts nothing itself. The
+    services of a build are installed into a folder of the desktop; an installation has them already."""
 
     def __init__(self, desktop, programs):
         self.desktop = desktop
@@ -47,7 +47,7 @@ class Services:
         return self.desktop.start("courier", [self.courier, word, *files], **options)
 
     def offer_notifications(self, capabilities):
-        """A notification service that is started by the bus when it is first needed."""
+        """Adds a notification service that the bus starts when it is first needed."""
         (self.desktop.folder / "services/notifications.service").write_text(
             NOTIFICATION_SERVICE.format(
                 python=sys.executable, server=Path(__file__).with_name("notification_server.py"),
@@ -55,7 +55,7 @@ class Services:
         self._tell_bus()
 
     def opened(self):
-        """The URLs that the browser was given so far."""
+        """The URLs that the browser was started with so far."""
         return self.desktop.log("browser").splitlines()
 
     def wait_for_url(self):
@@ -68,7 +68,7 @@ class Services:
         for link, target in (("libexec/stemvault-connect/courier", programs / "courier"),
                              ("bin/stemvault-connect", programs / "stemvault-connect"),
                              ("share/icons", programs.parent / "Resources/icons"),
-                             # Caja looks below /usr and here.
+                             # Caja searches only /usr and this folder.
                              (self.desktop.home / ".local/share/caja-python",
                               prefix / "share/caja-python")):
             (prefix / link).parent.mkdir(parents=True, exist_ok=True)
@@ -78,7 +78,7 @@ class Services:
         return prefix
 
     def _tell_bus(self):
-        """What a session tells its bus at the start: where the display is."""
+        """Passes the environment to the bus, as a session does at its start, and reloads its services."""
         environment = dbus.Dictionary(self.desktop.environment, signature="ss")
         bus = dbus.bus.BusConnection(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         interface = dbus.Interface(bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus"),
@@ -100,7 +100,7 @@ class Services:
 
 
 class StartedByBus:
-    """The process of a program that the bus has started: not ours, so its status is unknown."""
+    """A program that the bus has started. It is not our child process, so its exit status is unknown."""
 
     def __init__(self, desktop):
         bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])

@@ -1,4 +1,4 @@
-"""The tray as its panel knows it: the items there, and the menu of each."""
+"""The tray from the panel's side: its items, and the menu of each."""
 
 import dbus
 import dbus.bus
@@ -10,7 +10,7 @@ MENU = "com.canonical.dbusmenu"
 
 
 class Tray:
-    """`start` and `end` let the panel come late, or again."""
+    """`start` and `end` let the panel appear late, or again."""
 
     def __init__(self, desktop):
         self.desktop = desktop
@@ -26,13 +26,13 @@ class Tray:
         process.wait()
 
     def item(self):
-        """The program's own, as soon as it answers. The toolkit may offer one for a moment, where the
-        panel starts just when it looks whether there is one."""
+        """Waits for the program's own item to respond. The toolkit may briefly offer another one, if the
+        panel starts just when the toolkit checks for a tray."""
         return wait_for("the program's item", lambda: next(
             (item for item in self._items() if item.has("Id", "net.stemvault.Connect")), None))
 
     def new_icons(self):
-        """How often the panel was told to read an icon again."""
+        """How often the panel was asked to read an icon again."""
         return self.desktop.log("tray_host").count("new icon\n")
 
     def has_item(self):
@@ -50,7 +50,7 @@ class Tray:
 
 
 def owner_and_path(item):
-    """GNOME has an @ between them, and leaves out a path that is the usual one."""
+    """Splits an item's name. GNOME puts an @ before the path, and omits the default path."""
     owner, _, path = item.partition("/")
     return owner.rstrip("@"), path or "StatusNotifierItem"
 
@@ -65,32 +65,32 @@ class TrayItem:
     def has(self, name, value):
         try:
             return self.property(name) == value
-        except dbus.DBusException:  # It is gone already.
+        except dbus.DBusException:  # The item no longer exists.
             return False
 
     def activate(self, method="Activate", x=10, y=10):
         self._call(self.path, ITEM, method, "ii", x, y)
 
     def pass_token(self, token):
-        """As a panel does with the click that comes next."""
+        """Passes an activation token, as a panel does before a click."""
         self._call(self.path, ITEM, "ProvideXdgActivationToken", "s", token)
 
     def open_menu(self):
-        """Its rows, as a panel shows them that announces the opening."""
+        """Opens the menu like a panel that announces this by AboutToShow, and returns its rows."""
         self._menu("AboutToShow", "i", 0)
         return self.rows()
 
     def open_menu_by_event(self):
-        """As one does it that only says that it has opened the menu."""
+        """Opens the menu like a panel that only sends the event "opened"."""
         self._menu("Event", "isvu", 0, "opened", dbus.String("", variant_level=1), 0)
 
     def rows(self):
-        """The properties of each row, its number among them."""
+        """The properties of each row, including its number."""
         _, (_, _, children) = self._menu("GetLayout", "iias", 0, -1, dbus.Array([], signature="s"))
         return [dict(properties, id=int(number)) for number, properties, _ in children]
 
     def titles(self):
-        """Those of the visible rows, a dash for a separator."""
+        """The titles of the visible rows, with a dash for a separator."""
         return ["-" if row.get("type") == "separator" else str(row["label"])
                 for row in self.open_menu() if row.get("visible", True)]
 

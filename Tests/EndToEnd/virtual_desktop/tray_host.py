@@ -1,6 +1,6 @@
 """A panel's side of the tray: the watcher that status items register with, and a host of them.
 
-Says on standard output which items it has, a line for each change, and when one has a new icon.
+Prints its items, one line for each change, and a line for each new icon.
 """
 
 import json
@@ -26,7 +26,7 @@ class TrayHost(dbus.service.Object):
 
     @dbus.service.method(WATCHER, in_signature="s", sender_keyword="sender")
     def RegisterStatusNotifierItem(self, service, sender):
-        """Takes a bus name, or the path of an object of the sender."""
+        """Accepts a bus name, or the path of an object of the sender."""
         item = f"{sender}{service}" if service.startswith("/") else f"{service}/StatusNotifierItem"
         if item in self.items:
             return
@@ -60,7 +60,7 @@ class TrayHost(dbus.service.Object):
     @dbus.service.method("org.freedesktop.DBus.Introspectable", out_signature="s",
                          path_keyword="path", connection_keyword="connection")
     def Introspect(self, path, connection):
-        """With the properties, which the library leaves out and some programs ask for."""
+        """Adds the properties, which the library omits and some programs query."""
         mark = f'<interface name="{WATCHER}">'
         return super().Introspect(path, connection).replace(mark, mark + DECLARED)
 

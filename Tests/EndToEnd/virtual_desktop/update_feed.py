@@ -1,4 +1,4 @@
-"""An update feed without a network: a copy of the program beside which a stand-in fetches pages."""
+"""An update feed without a network: a copy of the program next to a stand-in for its fetcher."""
 
 import json
 import shutil
@@ -9,7 +9,7 @@ class UpdateFeed:
         folder = desktop.made_folder("programs/bin")
         self.page = folder.parent / "feed.html"
         self.program = shutil.copy2(program, folder)
-        for resources in ("Resources", "share"):  # Of a build, or of an installation.
+        for resources in ("Resources", "share"):  # In a build, or in an installation.
             if (program.parents[1] / resources).exists():
                 (folder.parent / resources).symlink_to((program.parents[1] / resources).resolve())
         fetcher = folder / "fetcher"
@@ -22,5 +22,5 @@ class UpdateFeed:
         self.page.write_text(f"<html><body><pre>{text}</pre></body></html>")
 
     def withdraw(self):
-        """As without a network."""
+        """Makes the fetch fail, as without a network."""
         self.page.unlink()

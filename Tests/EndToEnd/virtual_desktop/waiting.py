@@ -1,4 +1,4 @@
-"""Every wait is for something that can be seen, and says what it was when it did not come."""
+"""Waits for observable conditions; a wait that times out names its condition."""
 
 import time
 
@@ -10,7 +10,7 @@ class TimedOut(AssertionError):
 
 
 def wait_for(what, condition, seconds=None):
-    """Returns the condition's first answer that is true."""
+    """Waits until the condition returns a true value, and returns it."""
     seconds = seconds or DEADLINE
     end = time.monotonic() + seconds
     while not (answer := condition()):

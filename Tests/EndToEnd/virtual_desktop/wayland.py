@@ -1,4 +1,4 @@
-"""The virtual desktop on a Wayland compositor, with or without a place for X11 programs."""
+"""The virtual desktop on a Wayland compositor, with or without XWayland."""
 
 import json
 import os
@@ -19,7 +19,7 @@ exec echo "$WAYLAND_DISPLAY,$SWAYSOCK,$DISPLAY" > {folder}/starting && mv {folde
 """
 
 
-# An X server lets in only its own user, unless that one says otherwise.
+# An X server accepts only its own user, unless that user admits others.
 ADMISSION = """
 import sys
 from Xlib import X, display
@@ -33,7 +33,7 @@ class WaylandDesktop(VirtualDesktop):
     has_x = False
 
     def _start_display(self, size):
-        """The compositor refuses to run as root: another user has it then, in a folder of its own."""
+        """Starts the compositor. It refuses to run as root, so another user runs it, in its own folder."""
         self.compositor_folder = folder = Path(tempfile.mkdtemp(prefix="wayland-", dir="/tmp"))
         self.other_user = []
         if os.geteuid() == 0:
@@ -48,11 +48,11 @@ class WaylandDesktop(VirtualDesktop):
             "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"})
         wait_for("the compositor", (folder / "ready").exists)
         wayland, socket, x11 = (folder / "ready").read_text().strip().split(",")
-        # The toolkit loads the machine's graphics drivers with its first window, and some leave memory
-        # behind when they are unloaded: the scenarios go without drivers.
+        # The toolkit loads the machine's graphics drivers with its first window, and some of them leak
+        # memory when they are unloaded, so the scenarios run without drivers.
         self.environment |= {"__EGL_VENDOR_LIBRARY_FILENAMES": "/dev/null",
                              "LIBGL_DRIVERS_PATH": "/nonexistent"}
-        # The toolkit leaves parts of its connection behind when it ends.
+        # The toolkit leaks parts of its connection when it ends.
         (folder / "leaks").write_text("leak:libwayland-client.so\n")
         self.environment["LSAN_OPTIONS"] = f"suppressions={folder}/leaks:print_suppressions=0"
         del self.environment["QT_QPA_PLATFORM"]
@@ -60,7 +60,7 @@ class WaylandDesktop(VirtualDesktop):
         if self.has_x:
             self._enter_x(x11)
         self.display = WaylandDisplay(self.environment)
-        # Programs get to know a keyboard too late for its first key, so one is there all the time.
+        # Programs notice a new keyboard too late for its first key, so one is present all the time.
         self.start("keyboard", ["wtype", "-s", "86400000"])
 
     def _enter_x(self, display):
@@ -83,7 +83,7 @@ class XWaylandDesktop(WaylandDesktop):
 
 
 class WaylandDisplay:
-    """As the compositor knows it: it alone can tell which windows there are."""
+    """The display, queried from the compositor, which is the only source for the list of windows."""
 
     def __init__(self, environment):
         self.environment = environment
@@ -92,7 +92,7 @@ class WaylandDisplay:
         pass
 
     def window_of(self, title, pid):
-        """The window of a process that bears a title; a program may have put its name behind it."""
+        """The window of a process by the start of its title, as a program may append its name."""
         return next((window["id"] for window in self.windows()
                      if (window["name"] or "").startswith(title) and window["pid"] == pid), None)
 
@@ -101,7 +101,7 @@ class WaylandDisplay:
                 if "pid" in node]
 
     def protocol_of(self, window):
-        """"xdg_shell" for a window of Wayland's own, "xwayland" for one of X11's."""
+        """"xdg_shell" for a native Wayland window, "xwayland" for an X11 window."""
         return next(each["shell"] for each in self.windows() if each["id"] == window)
 
     def wait_for_keyboard(self, window):
@@ -112,7 +112,7 @@ class WaylandDisplay:
         self._run("wtype", "-k", name)
 
     def press_keys(self, name):
-        """One at a time is all that is asked for here."""
+        """Presses one key; scenarios on Wayland need no combinations."""
         self.press_key(name)
 
     def take_picture(self, path):
