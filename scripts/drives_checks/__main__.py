@@ -11,8 +11,8 @@ from checks import Checks, Fault
 from mounts import DRIVES
 
 COLUMNS = ["both_ways", "dates", "odd_names", "full_disk", "kills", "watching", "hanging", "going"]
-HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", "killed", "watched", "hangs",
-            "goes"]
+HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", "killed", "watched",
+            "daemon stopped", "disconnected"]
 
 
 def attempt(name, column, check):

@@ -254,7 +254,7 @@ class Checks:
             text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
         except subprocess.TimeoutExpired:
             process.kill()
-            raise Fault("never ends once the drive goes on") from None
+            raise Fault("a copy does not end after the drive has resumed") from None
         expect(process.returncode == 0, reason(text))
         expect(digest(self.here + "/long.wav") == expected, "the copy differs")
         os.unlink(self.here + "/long.wav")
@@ -275,6 +275,6 @@ class Checks:
             text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
         except subprocess.TimeoutExpired:
             process.kill()
-            raise Fault("a copy hangs when the drive goes") from None
+            raise Fault("a copy hangs when the drive is disconnected") from None
         expect(process.returncode != 0, "a copy to a disconnected drive was reported as done")
         return f"“{reason(text)}” after {time.monotonic() - start:.1f} s"
