@@ -1,6 +1,8 @@
 // A Windows program that uses files as a DAW does, controlled by commands on its standard input:
 //
 //   open PATH              opens a file for reading and keeps it open, like sessions and media
+//   open-unread PATH       the same without reading from it: until a program reads, Wine gives it no
+//                          descriptor of its own
 //   close                  closes all open files
 //   title TEXT             changes the title of its window
 //   export MANNER PATH     writes eight seconds of audio in one of the ways below
@@ -25,14 +27,15 @@ static wchar_t* wide(const char* text)
     return result;
 }
 
-static void hold(const char* path)
+static void hold(const char* path, int isRead)
 {
     HANDLE file = CreateFileW(
         wide(path), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, NULL, OPEN_EXISTING, 0, NULL);
     DWORD count;
     if (file == INVALID_HANDLE_VALUE || heldCount == mostFiles)
         return;
-    ReadFile(file, portion, 4, &count, NULL);
+    if (isRead)
+        ReadFile(file, portion, 4, &count, NULL);
     held[heldCount++] = file;
 }
 
@@ -136,7 +139,9 @@ static void exportTo(const char* manner, const char* path)
 static void obey(char* line)
 {
     if (strncmp(line, "open ", 5) == 0)
-        hold(line + 5);
+        hold(line + 5, 1);
+    else if (strncmp(line, "open-unread ", 12) == 0)
+        hold(line + 12, 0);
     else if (strcmp(line, "close") == 0)
         closeAll();
     else if (strncmp(line, "title ", 6) == 0)

@@ -46,6 +46,17 @@ def windows_daws(desktop, rows):
         try_daw(desktop, trial, rows, *daw)
 
 
+def unread_session(desktop, rows):
+    """A session file that is open but not read yet, which lsof lists under wineserver only."""
+    prepare(desktop)
+    trial = Trial(desktop)
+    song = make_session(desktop, "Unread Song", "rpp", "Media/Take 1.wav")
+    program = StandIn(desktop, "reaper.exe", song, song, order="open-unread")
+    rows["sessions"].append(trial.session(
+        "REAPER, stand-in, its session file open but not read", "", song, program.pid()))
+    program.quit()
+
+
 def exports(desktop, rows):
     """Exports do not depend on the name of the DAW, so one name is enough."""
     prepare(desktop)
@@ -101,7 +112,7 @@ def windows(path):
 
 
 class StandIn:
-    def __init__(self, desktop, executable, song, *files):
+    def __init__(self, desktop, executable, song, *files, order="open"):
         folder = desktop.home / ".wine/drive_c/Program Files" / Path(executable).stem
         folder.mkdir(parents=True, exist_ok=True)
         self.executable = folder / executable
@@ -111,13 +122,13 @@ class StandIn:
         with open(self.answers, "wb") as answers:
             self.process = desktop.start_audio(
                 executable, ["wine", self.executable], stdin=subprocess.PIPE, stdout=answers)
-        self.show(song, *files)
+        self.show(song, *files, order=order)
 
-    def show(self, song, *files):
+    def show(self, song, *files, order="open"):
         """Opens other files, then shows the session's name in the title."""
         self.do("close")
         for file in files:
-            self.do(f"open {windows(file)}")
+            self.do(f"{order} {windows(file)}")
         self.do(f"title {song.stem} - {self.executable.stem}")
 
     def do(self, line):
@@ -146,4 +157,4 @@ class StandIn:
         self.process.wait(timeout=30)
 
 
-TRIALS = (windows_daws, exports)
+TRIALS = (windows_daws, unread_session, exports)
