@@ -7,7 +7,7 @@ import pathlib
 import re
 import sys
 
-ROOM = pathlib.Path("Sources/StemvaultConnect").resolve()
+LAYER = pathlib.Path("Sources/StemvaultConnect").resolve()
 REASONS = pathlib.Path("docs/coverage.md")
 
 
@@ -21,7 +21,7 @@ def counts_by_file(lines):
         elif kind == "DA":
             number, count = rest.split(",")[:2]
             file[int(number)] = int(count)
-    return {path: file for path, file in counts.items() if path.parent == ROOM}
+    return {path: file for path, file in counts.items() if path.parent == LAYER}
 
 
 def reasons():

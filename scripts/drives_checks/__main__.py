@@ -10,7 +10,7 @@ import time
 from checks import Checks, Fault
 from mounts import DRIVES
 
-COLUMNS = ["both_ways", "dates", "odd_names", "full_disk", "kills", "watching", "hanging", "going"]
+COLUMNS = ["both_ways", "dates", "odd_names", "full_disk", "kills", "watching", "hanging", "disconnection"]
 HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", "killed", "watched",
             "daemon stopped", "disconnected"]
 
@@ -18,11 +18,11 @@ HEADINGS = ["drive", "copied there and back", "date", "odd names", "full disk", 
 def attempt(name, column, check):
     start = time.monotonic()
     try:
-        told = check()
+        outcome = check()
     except (Fault, OSError, TimeoutError) as fault:
-        told = f"**FAILED:** {fault}"
-    print(f"{name:20} {column:10} {time.monotonic() - start:6.1f} s  {told}", flush=True)
-    return told
+        outcome = f"**FAILED:** {fault}"
+    print(f"{name:20} {column:10} {time.monotonic() - start:6.1f} s  {outcome}", flush=True)
+    return outcome
 
 
 def row(name, programs, folder):

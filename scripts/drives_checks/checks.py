@@ -11,7 +11,7 @@ import time
 from mounts import wait_until
 
 MIB = 1 << 20
-TAKES_PATIENCE = 60  # Seconds after which an operation counts as hung.
+TIMEOUT = 60  # Seconds after which an operation counts as hung.
 OLD = 1_600_000_000
 NAMES = [b"que?y.wav", b"co:lon.wav", b'quo"te.wav', b"back\\slash.wav", b"<a|b>*.wav", b"dot..wav.",
          b" blank .wav ", b"new\nline.wav", b"latin\xe4.wav", "ünïcödé 混音 🎚.wav".encode(),
@@ -63,7 +63,7 @@ class Checks:
         """Returns the reason for the failure, or an empty string."""
         process = self.spawn(source, to, *options)
         try:
-            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+            text = process.communicate(timeout=TIMEOUT)[1].decode(errors="replace")
         except subprocess.TimeoutExpired:
             process.kill()
             raise Fault("a copy hangs") from None
@@ -192,8 +192,8 @@ class Checks:
             write(f"{watched}/{name}.wav", 5000)
         for path in (self.here + "/moved in.wav", self.home + "/copied.wav"):
             write(path, 5000)
-        told = os.path.join(self.home, "told")
-        with open(told, "wb") as output:
+        reports = os.path.join(self.home, "reports")
+        with open(reports, "wb") as output:
             watcher = subprocess.Popen([self.watch_tool, "--written", watched], stdout=output,
                                        stderr=subprocess.PIPE)
         try:
@@ -205,13 +205,14 @@ class Checks:
                 write(f"{watched}/{name}.wav", 7000, time.time())
             os.makedirs(watched + "/folder")
             write(watched + "/folder/in a new folder.wav", 7000, time.time())
-            wait_until(lambda: written <= self.names_in(told), 20, "not every written file was reported")
+            wait_until(lambda: written <= self.reported_names(reports), 20,
+                       "not every written file was reported")
             took = time.monotonic() - start
             time.sleep(7)  # Two polls, which must not report anything else.
         finally:
             watcher.terminate()
             watcher.wait()
-        others = self.names_in(told) - written
+        others = self.reported_names(reports) - written
         expect(others <= {"copied"}, f"reported as written: {', '.join(sorted(others))}")
         # Where renaming without replacing is possible only by a hard link, a copy looks like a new file.
         return f"reported within {took:.1f} s, " + ("and our own copy" if others else "nothing else")
@@ -229,9 +230,9 @@ class Checks:
         expect(not why, f"our own copy: {why}")
 
     @staticmethod
-    def names_in(told):
+    def reported_names(reports):
         """The reported audio files; our staged files have other extensions."""
-        with open(told, encoding="utf-8", errors="replace") as lines:
+        with open(reports, encoding="utf-8", errors="replace") as lines:
             return set(re.findall(r"([^/\n]*)\.wav$", lines.read(), re.MULTILINE))
 
     def begin_long_copy(self):
@@ -249,9 +250,9 @@ class Checks:
         self.drive.stop()
         time.sleep(2)
         waited = process.poll() is None
-        self.drive.go_on()
+        self.drive.resume()
         try:
-            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+            text = process.communicate(timeout=TIMEOUT)[1].decode(errors="replace")
         except subprocess.TimeoutExpired:
             process.kill()
             raise Fault("a copy does not end after the drive has resumed") from None
@@ -260,19 +261,19 @@ class Checks:
         os.unlink(self.here + "/long.wav")
         return "waits, then whole" if waited else "was faster than the stop, whole"
 
-    def going(self):
-        if not self.drive.go:
+    def disconnection(self):
+        if not self.drive.disconnect:
             return "not tested: it is in memory"
         process, _ = self.begin_long_copy()
         try:
-            self.drive.go()
+            self.drive.disconnect()
         except OSError as error:
             process.kill()
             process.wait()
             return f"not tested: it cannot be shut down ({error.strerror})"
         start = time.monotonic()
         try:
-            text = process.communicate(timeout=TAKES_PATIENCE)[1].decode(errors="replace")
+            text = process.communicate(timeout=TIMEOUT)[1].decode(errors="replace")
         except subprocess.TimeoutExpired:
             process.kill()
             raise Fault("a copy hangs when the drive is disconnected") from None

@@ -50,7 +50,7 @@ class Drive:
         if self.daemon.poll() is not None:
             raise OSError(f"{command[0]} ended with status {self.daemon.returncode}")
 
-    def go(self):
+    def disconnect(self):
         """Disconnects the drive, as if its cable were pulled."""
         self.daemon.kill()
         self.daemon.wait()
@@ -58,7 +58,7 @@ class Drive:
     def stop(self):
         self.daemon.send_signal(signal.SIGSTOP)
 
-    def go_on(self):
+    def resume(self):
         self.daemon.send_signal(signal.SIGCONT)
 
     def unmount(self):
@@ -88,7 +88,7 @@ class Disk(Drive):
     def mount(self, kind):
         run("mount", "-t", kind, self.device, self.path)
 
-    def go(self):
+    def disconnect(self):
         """Shuts the file system down without writing anything more, as a lost device does."""
         shutdown = 0x8004587D  # _IOR('X', 125, __u32)
         folder = os.open(self.path, os.O_RDONLY)
@@ -113,7 +113,7 @@ class FuseDisk(Disk):
         else:
             self.start("ntfs-3g", "-o", "no_detach", self.device, self.path)
 
-    go = Drive.go
+    disconnect = Drive.disconnect
 
 
 class Memory(Drive):
@@ -123,12 +123,12 @@ class Memory(Drive):
         super().__init__(folder)
         run("mount", "-t", "tmpfs", "-o", f"size={CAPACITY}", "tmpfs", self.path)
 
-    go = None
+    disconnect = None
 
 
 class Overlay(Drive):
     can_hang = False
-    go = None
+    disconnect = None
 
     def __init__(self, folder):
         super().__init__(folder)
@@ -144,13 +144,13 @@ class Overlay(Drive):
 
 class FuseOverlay(Overlay):
     can_hang = True
-    go = Drive.go
+    disconnect = Drive.disconnect
 
     def mount(self, layers):
         self.start("fuse-overlayfs", "-f", "-o", layers, self.path)
 
 
-class Passed(Drive):
+class PassThroughDrive(Drive):
     """A daemon that passes the contents of the store on."""
 
     def __init__(self, folder, *command):
@@ -159,7 +159,7 @@ class Passed(Drive):
         self.start(*[part.format(store=self.store, path=self.path) for part in command])
 
 
-class Cached(Passed):
+class Cached(PassThroughDrive):
     has_cache = True
 
 
@@ -208,9 +208,9 @@ DRIVES = {
     "exfat-fuse": lambda folder: FuseDisk(folder, "exfat"),
     "ntfs-3g": lambda folder: FuseDisk(folder, "ntfs", CAPACITY, "-q", "-F"),
     "sshfs": Sshfs,
-    "bindfs": lambda folder: Passed(folder, "bindfs", "-f", "{store}", "{path}"),
+    "bindfs": lambda folder: PassThroughDrive(folder, "bindfs", "-f", "{store}", "{path}"),
     "encfs": lambda folder: Encrypted(folder, "encfs"),
     "gocryptfs": lambda folder: Encrypted(folder, "gocryptfs"),
-    "rclone": rclone(Passed),
+    "rclone": rclone(PassThroughDrive),
     "rclone with a cache": rclone(Cached, "--vfs-cache-mode", "writes", "--vfs-write-back", "1s"),
 }

@@ -5,7 +5,7 @@
 //                          descriptor of its own
 //   close                  closes all open files
 //   title TEXT             changes the title of its window
-//   export MANNER PATH     writes eight seconds of audio in one of the ways below
+//   export PATTERN PATH     writes eight seconds of audio in one of the ways below
 //
 // It echoes each line on its standard output when it has carried it out. It counts as a DAW because
 // the script gives its executable the name of one.
@@ -102,33 +102,33 @@ static void exportAs(const char* temporary, const char* path)
     MoveFileExW(from, wide(path), MOVEFILE_REPLACE_EXISTING);
 }
 
-static void exportTo(const char* manner, const char* path)
+static void exportTo(const char* pattern, const char* path)
 {
     char temporary[pathLength + 8];
     HANDLE file;
-    if (strcmp(manner, "reopened") == 0 || strcmp(manner, "reopened-fast") == 0) {
-        exportReopening(path, strcmp(manner, "reopened") == 0 ? pause : pause / 10);
+    if (strcmp(pattern, "reopened") == 0 || strcmp(pattern, "reopened-fast") == 0) {
+        exportReopening(path, strcmp(pattern, "reopened") == 0 ? pause : pause / 10);
         return;
     }
-    if (strcmp(manner, "renamed") == 0) {
+    if (strcmp(pattern, "renamed") == 0) {
         snprintf(temporary, sizeof temporary, "%s.tmp", path);
         exportAs(temporary, path);
         return;
     }
-    if (strcmp(manner, "renamed-audio") == 0) {
+    if (strcmp(pattern, "renamed-audio") == 0) {
         snprintf(temporary, sizeof temporary, "%.*s-temp.wav", (int)strlen(path) - 4, path);
         exportAs(temporary, path);
         return;
     }
     file = opened(path, CREATE_ALWAYS);
-    if (strcmp(manner, "reserved") == 0) {
+    if (strcmp(pattern, "reserved") == 0) {
         reserve(file);
         Sleep(2 * pause);
     }
-    writePortions(file, strcmp(manner, "paused") == 0 ? pause : 0);
-    if (strcmp(manner, "held") == 0)
+    writePortions(file, strcmp(pattern, "paused") == 0 ? pause : 0);
+    if (strcmp(pattern, "held") == 0)
         Sleep(2 * pause);
-    if (strcmp(manner, "header-last") == 0) {
+    if (strcmp(pattern, "header-last") == 0) {
         writeAt(file, 0, "\0\0\0\0", 4);
         Sleep(2 * pause);
         writeAt(file, 0, "RIFF", 4);
@@ -147,10 +147,10 @@ static void obey(char* line)
     else if (strncmp(line, "title ", 6) == 0)
         SetWindowTextW(window, wide(line + 6));
     else if (strncmp(line, "export ", 7) == 0) {
-        char manner[32];
+        char pattern[32];
         int at = 0;
-        if (sscanf(line + 7, "%31s %n", manner, &at) == 1)
-            exportTo(manner, line + 7 + at);
+        if (sscanf(line + 7, "%31s %n", pattern, &at) == 1)
+            exportTo(pattern, line + 7 + at);
     }
 }
 

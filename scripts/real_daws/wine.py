@@ -26,7 +26,7 @@ DAWS = (
     ("FL Studio", "FL64.exe", "flp", "Recorded/Take 1.wav"),
 )
 # The ways of writing in stand_in.c, what happens on disk, and the expected number of prompts.
-MANNERS = (
+WRITE_PATTERNS = (
     ("at-once", "written in one go, closed", 1),
     ("paused", "written every 3 s, open all along", 1),
     ("held", "written in one go, closed 6 s later", 1),
@@ -64,11 +64,11 @@ def exports(desktop, rows):
     trial = Trial(desktop)
     program = StandIn(desktop, "reaper.exe", song, song.parent / "Media/Take 1.wav")
     wait_for("the session", lambda: trial.connect.watches(song.parent), STARTING)
-    for manner, on_disk, expected in MANNERS:
-        path = song.parent / f"{manner}.wav"
+    for pattern, on_disk, expected in WRITE_PATTERNS:
+        path = song.parent / f"{pattern}.wav"
         rows["exports"].append(trial.export(
-            "stand-in for a Windows DAW", manner.replace("-", " "), path,
-            lambda: program.tell(f"export {manner} {windows(path)}"), program.is_done,
+            "stand-in for a Windows DAW", pattern.replace("-", " "), path,
+            lambda: program.tell(f"export {pattern} {windows(path)}"), program.is_done,
             on_disk, expected))
     path = song.parent / "at-once.wav"
     rows["exports"].append(trial.export(

@@ -8,7 +8,7 @@ import dbus
 
 from virtual_desktop import StandInDaw, StemvaultConnect, TimedOut, Tray, wait_for
 
-from .screen import SQUARE, islands
+from .screen import SQUARE, changed_areas
 from .session import Impossible
 
 NOTIFICATIONS = "org.freedesktop.Notifications"
@@ -81,7 +81,7 @@ class Checks:
 
         def found():
             now = self.desktop.still_picture(1)
-            tried[:] = islands(now.changes(without, panel), gap=1)
+            tried[:] = changed_areas(now.changes(without, panel), gap=1)
             places = [place for area in tried for place in places_of_icons(area)]
             return next((place for place in places if self.click_reaches_program(place)), None)
         try:
@@ -110,7 +110,7 @@ class Checks:
     def opened_menu(self, before):
         try:
             return wait_for("a menu", lambda: next(
-                (area for area in islands(self.desktop.still_picture().changes(before))
+                (area for area in changed_areas(self.desktop.still_picture().changes(before))
                  if area[2] > 100 and area[3] > 60), None), 5)
         except TimedOut:
             return None
@@ -186,7 +186,7 @@ class Checks:
             pass
         wait_for("the notification to have been on the screen", lambda: any(
             area[2] > 100 and area[3] > 30
-            for area in islands(self.desktop.picture().changes(shown))))
+            for area in changed_areas(self.desktop.picture().changes(shown))))
 
     # Light and dark.
 
@@ -197,12 +197,12 @@ class Checks:
     def preferences_live(self):
         self.open_preferences()
         for look in ("dark", "light"):
-            self.desktop.be(look)
+            self.desktop.set_appearance(look)
             self.wait_for_look(look)
 
     def preferences_dark(self):
         self.connect.quit()
-        self.desktop.be("dark")
+        self.desktop.set_appearance("dark")
         self.connect.process = self.connect.start()
         self.open_preferences()
         self.wait_for_look("dark")
@@ -245,7 +245,7 @@ class Checks:
         self.preferences.press("Set Up Hotkey…")
         wait_for("the desktop's page for shortcuts", lambda: any(
             area[2] > 300 and area[3] > 200
-            for area in islands(self.desktop.picture().changes(before))))
+            for area in changed_areas(self.desktop.picture().changes(before))))
         try:
             wait_for("its right part", self.desktop.shows_shortcuts)
             wait_for('"Add to Stemvault" among the shortcuts', self.desktop.shortcut)

@@ -15,7 +15,7 @@ class Cinnamon(RealDesktop):
     shortcuts_title = "Keyboard"
 
     def start_session(self):
-        self.be("light")
+        self.set_appearance("light")
         self.start("settings", ["csd-xsettings"])
         self.start("keys", ["csd-media-keys"])
         watcher = Path("/usr/libexec/xapps/sn-watcher/xapp-sn-watcher")
@@ -23,7 +23,7 @@ class Cinnamon(RealDesktop):
         self.start("desktop", ["cinnamon"])
         self.wait_for_window_manager()
 
-    def be(self, look):
+    def set_appearance(self, look):
         theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
         self.set_option("org.cinnamon.desktop.interface", "gtk-theme", theme)
 

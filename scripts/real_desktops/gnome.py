@@ -22,7 +22,7 @@ class Gnome(RealDesktop):
         for key, value in (("enabled-extensions", [EXTENSION]),
                            ("welcome-dialog-last-shown-version", "999")):
             self.set_option("org.gnome.shell", key, value)
-        self.be("light")
+        self.set_appearance("light")
         outer = self.environment.pop("DISPLAY")
         self.start("shell", ["gnome-shell", "--nested", "--wayland", "--wayland-display", "wayland-0"],
                    {"DISPLAY": outer, "MUTTER_DEBUG_DUMMY_MODE_SPECS": "1280x800"})
@@ -40,7 +40,7 @@ class Gnome(RealDesktop):
         self.start("settings", ["/usr/libexec/gsd-xsettings"])
         self.start("keys", ["/usr/libexec/gsd-media-keys"])
 
-    def be(self, look):
+    def set_appearance(self, look):
         scheme = {"light": "default", "dark": "prefer-dark"}[look]
         theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
         self.set_option("org.gnome.desktop.interface", "color-scheme", scheme)

@@ -41,7 +41,7 @@ class Lxqt(RealDesktop):
         self.start("keys", ["lxqt-globalkeysd"])
         self.start("panel", ["lxqt-panel"])
 
-    def be(self, look):
+    def set_appearance(self, look):
         if not list(Path("/usr/lib").glob("*/qt6/plugins/platformthemes/*lxqt*")):
             raise Impossible("Debian 12 has LXQt's colours for programs of Qt 5 only")
         self.configure(look)

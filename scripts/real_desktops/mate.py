@@ -13,14 +13,14 @@ class Mate(RealDesktop):
     shortcuts_title = "Keyboard Shortcuts"
 
     def start_session(self):
-        self.be("light")
+        self.set_appearance("light")
         self.start("settings", ["mate-settings-daemon"])
         self.start("window-manager", ["marco", "--no-composite"])
         self.wait_for_window_manager()
         self.display.set_background(0x5b7186)
         self.start("panel", ["mate-panel"])
 
-    def be(self, look):
+    def set_appearance(self, look):
         theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
         self.set_option("org.mate.interface", "gtk-theme", theme)
 

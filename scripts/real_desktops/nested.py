@@ -6,7 +6,7 @@ from virtual_desktop import wait_for
 from virtual_desktop.display import Display
 from virtual_desktop.file_manager import OF_QT, FileManager
 
-from .screen import islands
+from .screen import changed_areas
 
 
 class NestedDisplay(Display):
@@ -48,7 +48,7 @@ class WaylandFileManager(FileManager):
     def _activate(self):
         """Activates the window by a click to the right of the files."""
         def seen():
-            return next((area for area in islands(
+            return next((area for area in changed_areas(
                 self.desktop.still_picture(1).changes(self.without)) if area[3] > 200), None)
         left, top, width, height = wait_for(f"{self.name} on the screen", seen)
         self.desktop.display.click_at(left + width * 4 // 5, top + height // 2)

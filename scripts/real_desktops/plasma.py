@@ -27,7 +27,7 @@ class PlasmaX11(RealDesktop):
                              "DESKTOP_SESSION": "plasma", "XDG_MENU_PREFIX": "plasma-"}
         self.tell_bus()
         self.start_window_manager()
-        self.be("light")
+        self.set_appearance("light")
         self.start("daemon", [f"kded{generation}"])
         self.start("shell", ["plasmashell"])
 
@@ -36,7 +36,7 @@ class PlasmaX11(RealDesktop):
         self.start("window-manager", ["kwin_x11"])
         self.wait_for_window_manager()
 
-    def be(self, look):
+    def set_appearance(self, look):
         scheme = {"light": "BreezeLight", "dark": "BreezeDark"}[look]
         self.run("plasma-apply-colorscheme", scheme)
 
@@ -57,22 +57,22 @@ class PlasmaWayland(PlasmaX11):
 
     def start_window_manager(self):
         """Starts KWin in a window on the display, with its own X server for X11 programs."""
-        told = self.folder / "told"
+        display_file = self.folder / "display_file"
         self.environment |= {"KWIN_COMPOSE": "Q"}  # Software rendering: OpenGL would need a graphics card.
         outer = self.environment.pop("DISPLAY")
         self.start("window-manager", [
             "kwin_wayland", "--x11-display", outer, "--width", 1280, "--height", 800, "--xwayland",
             "--no-lockscreen", "--socket", "wayland-0", "--exit-with-session",
-            self.teller(told)], {"DISPLAY": outer})
-        wait_for("the compositor", told.exists, STARTING)
-        self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": told.read_text().strip()}
+            self.display_writer(display_file)], {"DISPLAY": outer})
+        wait_for("the compositor", display_file.exists, STARTING)
+        self.environment |= {"WAYLAND_DISPLAY": "wayland-0", "DISPLAY": display_file.read_text().strip()}
         self.tell_bus()
         self.display = NestedDisplay(self.environment["DISPLAY"], self.display)
 
-    def teller(self, told):
+    def display_writer(self, file):
         """A program that writes the name of the display for X11 programs to a file, and keeps running."""
         path = self.made_folder("bin") / "teller"
-        path.write_text(f'#!/bin/sh\necho "$DISPLAY" >{told}.new\nmv {told}.new {told}\n'
+        path.write_text(f'#!/bin/sh\necho "$DISPLAY" >{file}.new\nmv {file}.new {file}\n'
                         "exec sleep infinity\n")
         path.chmod(0o755)
         return path

@@ -49,7 +49,7 @@ class Picture:
         return (max(tones) - min(tones)) / 765
 
 
-def islands(squares, gap=2):
+def changed_areas(squares, gap=2):
     """The groups of neighbouring squares, as areas in pixels, the largest first."""
     left = set(squares)
     found = []

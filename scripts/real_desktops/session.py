@@ -53,7 +53,7 @@ class RealDesktop(VirtualDesktop):
         """Starts the desktop's own programs, up to the panel."""
         raise NotImplementedError
 
-    def be(self, look):
+    def set_appearance(self, look):
         """Switches the running desktop to "light" or "dark", as its settings do."""
         raise NotImplementedError
 

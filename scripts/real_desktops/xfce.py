@@ -14,14 +14,14 @@ class Xfce(RealDesktop):
     way_to_entry = ("Send To",)
 
     def start_session(self):
-        self.be("light")
+        self.set_appearance("light")
         self.start("settings", ["xfsettingsd", "--no-daemon", "--disable-wm-check"])
         self.start("window-manager", ["xfwm4", "--compositor=off"])
         self.wait_for_window_manager()
         self.start("background", ["xfdesktop"])
         self.start("panel", ["xfce4-panel"])
 
-    def be(self, look):
+    def set_appearance(self, look):
         theme = {"light": "Adwaita", "dark": "Adwaita-dark"}[look]
         self.set_option("xsettings", "/Net/ThemeName", theme)
         self.set_option("xsettings", "/Net/IconThemeName", "Adwaita")
