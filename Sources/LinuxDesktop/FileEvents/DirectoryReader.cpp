@@ -9,7 +9,7 @@ namespace stemvault {
 
 namespace {
 
-/// What the kernel writes before each name.
+/// The header that the kernel writes in front of each name.
 struct EntryHead {
     std::uint64_t inode;
     std::int64_t offset;

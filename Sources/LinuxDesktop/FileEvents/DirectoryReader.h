@@ -9,11 +9,11 @@ namespace stemvault {
 
 struct DirectoryEntry {
     const char* name;
-    unsigned char type; ///< A DT_ value; DT_UNKNOWN where the file system does not say.
+    unsigned char type; ///< A DT_ value; DT_UNKNOWN if the file system does not report types.
 };
 
 /// Reads the names in an open folder with getdents64, without "." and "..". A name is valid until
-/// the next call. The buffer is the caller's, so that scanning many folders needs only one.
+/// the next call. The caller provides the buffer, so that one buffer serves many folders.
 class DirectoryReader {
 public:
     DirectoryReader(int openFolder, std::span<std::byte> ownBuffer)

@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-/// Events wait for the end of a slice.
+/// Short, because events are read only between slices.
 constexpr std::chrono::milliseconds sliceLength { 1 };
 
 } // namespace
@@ -48,7 +48,7 @@ void EarlyWrites::check(NodeId folder)
     // A folder that is mounted within itself is neither watched nor polled.
     if (tree.watch(folder) < 0 && !polled.contains(folder))
         return;
-    // On a shared drive the times come from another clock.
+    // File times on a shared drive come from the server's clock.
     if (polled.isSharedWithOthers(folder)
         || !tree.path(folder, WatchTree::Spelling::Resolved, path))
         return;

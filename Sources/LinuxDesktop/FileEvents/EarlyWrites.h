@@ -13,18 +13,18 @@
 namespace stemvault {
 
 /// Finds the files that were last written after the stream began and before their folder was
-/// watched. Only the times of the files show that. Reading all of them takes longer than installing
-/// the watches, so it is done once afterwards, in short slices.
+/// watched. Only their modification times show that. Reading those of all files takes longer than
+/// installing the watches, so it is done once afterwards, in short slices.
 class EarlyWrites {
 public:
     EarlyWrites(const WatchTree& watchTree, const PolledFolders& polledFolders,
         RecentWrites& recentWrites, EventReporter& eventReporter, const StreamClock& streamClock,
         const std::atomic<bool>& streamIsStopping);
 
-    /// Call it when every folder that was there at the start is watched.
+    /// Call it once every folder that existed at the start is watched.
     void begin();
 
-    /// Checks folders for a millisecond. Whether there was anything to do.
+    /// Checks folders for a millisecond. Returns whether there was anything to do.
     bool runSlice();
 
 private:
@@ -41,7 +41,7 @@ private:
     std::string path;
     NodeId next = 0;
     NodeId end = 0;
-    FileTime watchedSince; ///< What is written from this moment on raises an event.
+    FileTime watchedSince; ///< Writes from this moment on raise events.
 };
 
 } // namespace stemvault

@@ -12,15 +12,16 @@
 
 namespace stemvault {
 
-/// Paths and their flags, index for index, in the order in which they first occurred.
+/// Paths in the order in which they first occurred; `flags[i]` belongs to `paths[i]`.
 struct EventBatch {
     std::vector<std::string> paths;
     std::vector<std::uint32_t> flags;
 };
 
-/// Gathers events into batches: one entry for each path, whose flags add up. After a quiet spell
-/// the first event is due at once; what follows is due together, one latency after the batch
-/// before. This is not a debounce: events that keep coming never put a batch off.
+/// Gathers events into batches, with one entry per path that combines the flags of its events.
+/// With FirstEvent::AtOnce, the first event after a quiet spell is due at once; later events are
+/// due together, one latency after the previous batch. This is not a debounce: further events
+/// never delay a batch.
 ///
 /// A file that was created a moment ago and not closed yet is held briefly, so that the events of
 /// one short write make one entry and not two.
@@ -32,7 +33,7 @@ public:
 
     enum class FirstEvent { AtOnce, Gathered };
 
-    /// Whether more events of the same write are to follow.
+    /// Whether more events of the same write will follow.
     enum class More { Unsaid, Expected, Done };
 
     static constexpr std::chrono::microseconds holdWhenQuiet { 500 };
@@ -40,7 +41,7 @@ public:
 
     EventCoalescer(std::chrono::milliseconds latency, FirstEvent firstEvent);
 
-    /// Returns the place of the entry, valid until the next `take`.
+    /// Returns the index of the entry, valid until the next `take`.
     std::size_t add(std::string_view path, std::uint32_t flags, More more, Time now);
     void addTo(std::size_t entry, std::uint32_t flags, More more);
 
@@ -48,10 +49,10 @@ public:
     [[nodiscard]] std::uint32_t flagsOf(std::string_view path) const;
     [[nodiscard]] std::uint32_t flagsOf(std::size_t entry) const { return entries[entry].flags; }
 
-    /// When the next batch is to go out; absent while there is none.
+    /// When the next batch is due; absent while there are no entries.
     [[nodiscard]] std::optional<Time> due() const;
 
-    /// The batch, if it is due.
+    /// Removes and returns the entries that are due; empty before `due()`. Files held briefly stay.
     [[nodiscard]] EventBatch take(Time now);
 
 private:

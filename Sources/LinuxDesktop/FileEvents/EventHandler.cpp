@@ -15,7 +15,7 @@ void EventHandler::handle(const InotifyEvent& event)
         watchEnded(event.watch);
         return;
     }
-    // Handling an event may change the chain of places, so it is copied first.
+    // Handling an event may change the chain of places, so copy it first.
     places.clear();
     for (NodeId node = tree.atWatch(event.watch); node != noNode; node = tree.nextPlace(node))
         places.push_back(tree.ref(node));
@@ -28,7 +28,7 @@ void EventHandler::handleAt(NodeId folder, const InotifyEvent& event)
 {
     if (event.has(IN_ATTRIB))
         queue.retryUnreadable(folder);
-    // Without a name the event is about the watched folder itself, which its parent reports.
+    // Without a name the event is about the watched folder itself; its parent's watch reports it.
     if (event.name.empty())
         return;
     if (event.has(IN_ISDIR))
@@ -71,7 +71,7 @@ void EventHandler::folderCreated(NodeId parent, std::string_view name)
 {
     NodeId folder = tree.child(parent, name);
     if (folder != noNode) {
-        // Usually a listing of the parent was faster than the event and has reported the folder.
+        // Usually a listing of the parent has found and reported the folder before its event.
         const WatchResult result = installer.install(folder);
         if (result != WatchResult::Fresh && result != WatchResult::Replaced)
             return;
@@ -79,7 +79,7 @@ void EventHandler::folderCreated(NodeId parent, std::string_view name)
         folder = tree.add(parent, name);
     }
     reporter.report(folder, ItemCreated | ItemIsDir);
-    // Without its watch the scan finds the folder fresh and lists it.
+    // Without a watch on the node, the scan treats the folder as fresh and lists it.
     tree.clearWatch(folder);
     queue.add(folder, ScanReason::Created, clock.arrivalBound);
 }

@@ -14,7 +14,7 @@
 
 namespace stemvault {
 
-/// Finds the folder that an event is about and turns the event into reports, changes of the tree
+/// Finds the folder that an event is about and turns the event into reports, changes to the tree
 /// and scans.
 class EventHandler {
 public:

@@ -12,8 +12,8 @@
 
 namespace stemvault {
 
-/// Passes changes to the coalescer, under the path that the consumer knows. A change in a folder
-/// whose rename is pending is held until the folder has a path again.
+/// Passes changes to the coalescer under the path that the consumer knows. Changes in a folder
+/// whose rename is pending are kept until the folder has a path again.
 class EventReporter {
 public:
     EventReporter(const WatchTree& watchTree, EventCoalescer& eventCoalescer)
@@ -23,22 +23,22 @@ public:
 
     using More = EventCoalescer::More;
 
-    /// Reports an item in a folder, by its name.
+    /// Reports the item `name` in a folder.
     void report(NodeId folder, std::string_view name, std::uint32_t flags, More more);
-    /// Reports a folder.
+    /// Reports the folder itself.
     void report(NodeId folder, std::uint32_t flags);
     void report(std::string_view path, std::uint32_t flags);
 
     /// The flags gathered for an item so far; 0 if there are none.
     [[nodiscard]] std::uint32_t flagsOf(NodeId folder, std::string_view name);
 
-    /// Call it whenever a batch is taken, because the entries are numbered anew.
+    /// Call it whenever a batch is taken, because that renumbers the entries.
     void forgetLast() { lastFolder = noNode; }
 
     /// The path of an item as the consumer knows it; absent while the folder's rename is pending.
     [[nodiscard]] std::optional<std::string> path(NodeId folder, std::string_view name);
 
-    /// Call it whenever detached folders were attached or removed.
+    /// Call it whenever detached folders have been attached or removed.
     void retryDeferred();
 
 private:
@@ -59,7 +59,7 @@ private:
     EventCoalescer& coalescer;
     std::string text;
     std::vector<Deferred> deferred;
-    /// The events of one file mostly come in a row, so the path is built once for all of them.
+    /// The item reported last. Events of one file mostly come in a row, so its path is built once.
     NodeId lastFolder = noNode;
     std::uint32_t lastShape = 0;
     std::string lastName;

@@ -21,13 +21,13 @@ bool isCoarse(FileTime time)
     return time.time_since_epoch() % std::chrono::seconds(1) == std::chrono::nanoseconds::zero();
 }
 
-/// File systems that keep whole seconds, or only even ones, are given the benefit of the doubt.
+/// Some file systems store only whole or even seconds, so such a time may be up to 2 s too early.
 bool isSince(FileTime time, FileTime since)
 {
     return time >= since || (isCoarse(time) && time + std::chrono::seconds(2) > since);
 }
 
-/// An empty path is the root of everything.
+/// An empty path stands for "/".
 const std::string& named(const std::string& path)
 {
     static const std::string root = "/";
@@ -64,15 +64,15 @@ std::uint32_t FileStatus::changesSince(FileTime since) const
 {
     if (!isSince(changed, since))
         return 0;
-    // A copy that keeps the date is as little a recording as a file that was moved.
+    // A copy that keeps its date is reported like a moved file: neither is a new recording.
     if (S_ISREG(mode) && !isModifiedSince(since))
         return FileEventFlag::ItemRenamed | kind();
     if (!born || isSince(*born, since))
         return FileEventFlag::ItemCreated | kind();
-    // A folder's own time changes with the names in it, which are reported themselves.
+    // A folder's modification time changes with the names in it, which are reported separately.
     if (isModifiedSince(since))
         return S_ISDIR(mode) ? 0 : FileEventFlag::ItemModified | kind();
-    // Neither new nor written: it came by a rename, and a move is not a recording.
+    // The item was neither created nor written since, so it was renamed.
     return FileEventFlag::ItemRenamed | kind();
 }
 

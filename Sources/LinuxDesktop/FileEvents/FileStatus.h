@@ -14,7 +14,7 @@ using FileTime = std::chrono::sys_time<std::chrono::nanoseconds>;
 
 [[nodiscard]] FileTime wallClock();
 
-/// The times of files come from a clock that may be this far behind the precise one.
+/// File systems stamp files with a coarse clock that may be this far behind the precise one.
 constexpr std::chrono::milliseconds clockGrain { 10 };
 
 struct FileStatus {
@@ -26,38 +26,38 @@ struct FileStatus {
     FileTime accessed;
     FileTime modified;
     FileTime changed;
-    std::optional<FileTime> born; ///< Absent where the file system does not keep it.
+    std::optional<FileTime> born; ///< Absent if the file system does not record it.
 
-    /// The bit of FileEventFlag for the kind of item; 0 for pipes, sockets and devices.
+    /// The FileEventFlag bit for the kind of item; 0 for pipes, sockets and devices.
     [[nodiscard]] std::uint32_t kind() const;
 
     [[nodiscard]] bool isModifiedSince(FileTime since) const;
 
-    /// Whether the access and modification times were set together, as touching or dating a file
-    /// does, and not by its creation. Always false where the file system keeps whole seconds.
+    /// Whether the access and modification times were set to the same value after the file was
+    /// created, as touch(1) does. Always false if the file system stores only whole seconds.
     [[nodiscard]] bool isTouched() const;
 
-    /// The flags to report for an item in a listing that stands in for events nobody saw; 0 when it
-    /// has not changed since.
+    /// The flags to report for a listed item whose events were missed; 0 if there is nothing to
+    /// report.
     [[nodiscard]] std::uint32_t changesSince(FileTime since) const;
 };
 
-/// The bit of FileEventFlag for a `d_type`.
+/// The FileEventFlag bit for a `d_type`; 0 for other kinds and DT_UNKNOWN.
 [[nodiscard]] std::uint32_t kindOfEntry(unsigned char type);
 
-/// The status of `name` in an open folder, links not followed.
+/// The status of `name` in an open folder, without following a link.
 [[nodiscard]] std::optional<FileStatus> fileStatus(int folder, const char* name);
 
-/// The same for a path of any length; an empty path is "/".
+/// The same for a path of any length; an empty path stands for "/".
 [[nodiscard]] std::optional<FileStatus> fileStatus(const std::string& path);
 
 /// Opens a folder, with O_RDONLY or O_PATH. Its path may have any length; a link at its end is not
-/// followed. Absent with errno set.
+/// followed. On failure the descriptor is not open and errno is set.
 [[nodiscard]] FileDescriptor openFolder(const std::string& path, int access);
 
 /// The moment from which the contents of a folder that has just arrived count as new. `bound` is a
-/// moment at which it was not there yet. A rename sets the change time of a folder and not its
-/// modification time, so where they differ, the change time is the moment of the rename.
+/// moment at which the folder was not there yet. A rename sets the change time of a folder but not
+/// its modification time, so if the change time is later, it is the moment of the rename.
 [[nodiscard]] FileTime arrivalTime(const std::optional<FileStatus>& arrived, FileTime bound);
 
 } // namespace stemvault

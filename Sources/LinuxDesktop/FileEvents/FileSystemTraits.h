@@ -4,8 +4,8 @@
 
 namespace stemvault {
 
-/// Whether another computer or program may change a file system of this type without an event here.
-/// The type is the magic number from statfs.
+/// Whether another computer or program may change a file system of this type without raising an
+/// event here. The type is the magic number from statfs.
 [[nodiscard]] constexpr bool isSharedWithOthers(std::uint32_t type)
 {
     switch (type) {
@@ -25,9 +25,9 @@ namespace stemvault {
     }
 }
 
-/// Whether a folder's link count is two plus the number of folders in it, so that a folder with a
-/// count of two has no subfolders. These file systems do so by design; others (btrfs, overlayfs)
-/// always return one or an unrelated number.
+/// Whether a folder's link count is two plus its number of subfolders, so that a folder with a
+/// count of two has none. These file systems count so by design; others (btrfs, overlayfs) always
+/// return one or an unrelated number.
 [[nodiscard]] constexpr bool countsFoldersByLinks(std::uint32_t type)
 {
     switch (type) {

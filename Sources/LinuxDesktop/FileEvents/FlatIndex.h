@@ -8,8 +8,8 @@
 
 namespace stemvault {
 
-/// A hash table of indices into a vector that holds the keys, four bytes for each slot. The caller
-/// hashes and compares, because only it knows where the keys are.
+/// A hash table of indices into a vector that holds the keys, with four bytes per slot. The caller
+/// hashes and compares, because the table does not hold the keys.
 class FlatIndex {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;
@@ -34,8 +34,8 @@ public:
     }
 
     /// Backward-shift deletion: entries behind the gap that a search would no longer reach are
-    /// moved into it. A marker for deleted slots would be simpler, but folders come and go for
-    /// weeks, and markers would fill the table and slow down every search.
+    /// moved into it. Tombstones would be simpler, but folders come and go for weeks, and
+    /// tombstones would fill the table and slow down every search.
     template <typename HashOf> void erase(std::uint32_t hash, std::uint32_t index, HashOf&& hashOf)
     {
         std::size_t gap = hash & mask();
@@ -84,7 +84,7 @@ private:
 };
 
 /// Fibonacci hashing: multiplies by 2^64 divided by the golden ratio and keeps the upper half,
-/// where every bit of the value has had an effect. The table uses the lowest bits of the result.
+/// which depends on every bit of the value. The table uses the lowest bits of the result.
 [[nodiscard]] inline std::uint32_t spread(std::uint64_t value)
 {
     value *= 0x9E3779B97F4A7C15U;

@@ -12,8 +12,8 @@
 
 namespace stemvault {
 
-/// The inotify descriptor of a stream. While the user has none to spare, watches fail with -EMFILE
-/// and there is nothing to read.
+/// The inotify descriptor of a stream. While the user's limit on inotify descriptors is reached,
+/// it stays closed: `watch` fails with -EMFILE and `read` returns nothing.
 class Inotify {
 public:
     explicit Inotify(InotifyCalls& systemCalls);
@@ -23,19 +23,19 @@ public:
     [[nodiscard]] int get() const { return descriptor.get(); }
     void close() { descriptor.reset(); }
 
-    /// Watches what is at a path of any length, without following a link. Returns the watch, which
+    /// Watches the item at a path of any length, without following a link. Returns the watch, which
     /// is the same for the same inode, or a negative errno.
     [[nodiscard]] int watch(const std::string& path, std::uint32_t mask);
 
-    /// Removes a watch in a later `removeSome`, unless it is in use again by then.
+    /// A later `removeSome` removes the watch, unless it is in use again by then.
     void retire(int watch) { retired.push_back(watch); }
     void retire(const std::vector<int>& watches);
 
-    /// Removes some of the retired watches. The kernel answers each removal with an event, and too
-    /// many at once would overflow its queue. Whether there was anything to do.
+    /// Removes some of the retired watches. Each removal raises an event, and too many at once
+    /// would overflow the kernel's queue. Returns whether there was anything to do.
     bool removeSome(const std::function<bool(int watch)>& isInUse);
 
-    /// Reads as many events as fit into the buffer; none when all have been read.
+    /// Reads as many events as fit into the buffer; empty when all have been read.
     [[nodiscard]] std::span<const std::byte> read();
 
 private:

@@ -48,7 +48,7 @@ int InotifyCalls::wait(std::span<pollfd> awaited, const timespec* timeout)
 
 std::chrono::nanoseconds InotifyCalls::runDelay()
 {
-    // The time on a processor, the time of waiting for one, and the number of turns.
+    // The fields are the time on a processor, the time spent waiting for one, and the run count.
     std::array<char, 64> text {};
     const FileDescriptor file(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC));
     if (!file || ::read(file.get(), text.data(), text.size() - 1) <= 0)
@@ -66,7 +66,7 @@ std::uint32_t InotifyCalls::fileSystemType(const char* path)
 
 InotifyCalls& InotifyCalls::system()
 {
-    // Never destroyed: a worker may outlive the end of main by a moment.
+    // Never destroyed, because a worker may run for a moment after main has returned.
     static InotifyCalls& calls = *new InotifyCalls;
     return calls;
 }

@@ -18,8 +18,8 @@ struct InotifyEvent {
     [[nodiscard]] bool has(std::uint32_t bits) const { return (mask & bits) != 0; }
 };
 
-/// Removes the first event from the buffer. Absent at the end, and when the rest is not a whole
-/// event, which is then dropped.
+/// Removes the first event from the buffer and returns it. Absent when the buffer is empty or holds
+/// only a part of an event, which is dropped.
 [[nodiscard]] std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer);
 
 } // namespace stemvault

@@ -16,13 +16,14 @@ namespace stemvault {
 
 namespace {
 
-/// The kernel takes a while to free the watches of a descriptor, and a user has 128 descriptors. A
-/// stream that starts while this many others are still ending waits for one of them.
+/// The kernel takes a while to free the watches of a descriptor, and a user may have 128 inotify
+/// descriptors. A stream that starts while this many others are still ending waits for one of them.
 constexpr int maxEnding = 8;
 
 class EndingStreams {
 public:
-    /// Returns when few enough others are ending, or when `isStopping` was set and `notify` called.
+    /// Waits until fewer than `maxEnding` streams are ending, or until `isStopping` has been set
+    /// and `notify` called.
     void awaitTurn(const std::atomic<bool>& isStopping)
     {
         std::unique_lock lock(mutex);
@@ -40,7 +41,7 @@ public:
 
     void notify() { add(0); }
 
-    /// Never destroyed: a stream's thread may outlive the end of main by a moment.
+    /// Never destroyed, because a stream's thread may run for a moment after main has returned.
     [[nodiscard]] static EndingStreams& all()
     {
         static EndingStreams& streams = *new EndingStreams;
@@ -53,7 +54,8 @@ private:
     int count = 0;
 };
 
-/// The stream's thread inherits this mask, so that signals reach the main thread.
+/// Blocks all signals while it exists. A thread created meanwhile inherits the mask, so that
+/// signals go to the main thread.
 class SignalsBlocked {
 public:
     SignalsBlocked()

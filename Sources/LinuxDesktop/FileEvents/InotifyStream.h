@@ -6,12 +6,12 @@
 
 namespace stemvault {
 
-/// A running event stream and its thread. Destroying it never waits: the thread abandons its work,
-/// cleans up by itself and ends a moment later.
+/// A running event stream and its thread. Destroying it never blocks: the thread stops its work,
+/// cleans up and ends by itself later.
 class InotifyStream {
 public:
     /// Starts at once. `deliver` and `ready` are called on the stream's thread, and perhaps once
-    /// more while the stream is being destroyed. Absent when the system refuses a thread or a
+    /// more while the stream is being destroyed. Null when the system cannot provide a thread or a
     /// descriptor. `calls` must outlive the thread, which may outlive the stream.
     [[nodiscard]] static std::unique_ptr<InotifyStream> create(const StreamOptions& options,
         StreamWorker::Deliver deliver, StreamWorker::Ready ready = {},

@@ -10,8 +10,8 @@ namespace stemvault {
 
 namespace {
 
-/// Passes batches from a stream's thread to the main queue. After `close` they are dropped, so that
-/// the queue may be destroyed before the thread has ended.
+/// Passes batches from a stream's thread to the main queue. After `close` it drops them, so the
+/// queue may be destroyed before the thread has ended.
 class DeliveryChannel {
 public:
     DeliveryChannel(Dispatch& mainQueue, std::weak_ptr<const FileEventHandler> receiver)
@@ -50,7 +50,7 @@ bool isWithin(const std::string& path, const std::string& folder)
 }
 
 /// Groups the folders that lie within each other. Each group is watched on its own thread, so that
-/// a drive that does not answer holds up no other group.
+/// an unresponsive drive does not block the other groups.
 std::vector<std::vector<std::string>> grouped(const std::vector<std::string>& paths)
 {
     std::vector<std::vector<std::string>> groups;
@@ -83,8 +83,8 @@ public:
     {
         if (channel || isInvalid)
             return;
-        // Batches in the main queue refer to the handler weakly and hold it only while it runs, so
-        // a handler may stop or destroy its own stream.
+        // Queued batches hold the handler weakly and lock it only while it runs, so the handler may
+        // stop or destroy its own stream.
         running = std::make_shared<const FileEventHandler>(handler);
         channel = std::make_shared<DeliveryChannel>(dispatch, running);
         StreamOptions ofGroup = options;

@@ -10,8 +10,8 @@
 
 namespace stemvault {
 
-/// Event streams by inotify, delivered on the main queue. No limit of the system is reported to the
-/// user: what cannot be watched is polled every few seconds.
+/// Event streams based on inotify, delivered on the main queue. Folders that cannot be watched,
+/// for example because the watch limit is reached, are polled every few seconds instead.
 class LinuxFileEvents final : public FileEvents {
 public:
     /// `mainQueue` must outlive every stream.

@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-/// A field of the line, counted from 0; empty if there are fewer.
+/// Field `number` of the line, counted from 0; empty if there are fewer.
 std::string_view field(std::string_view line, int number)
 {
     for (; number > 0; --number)

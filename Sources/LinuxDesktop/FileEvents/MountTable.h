@@ -11,7 +11,7 @@ namespace stemvault {
 /// The paths of all mount points in the text of /proc/self/mountinfo.
 [[nodiscard]] std::vector<std::string> parseMountPoints(std::string_view mountInfo);
 
-/// The mounts this process sees. A change makes the descriptor ready for POLLPRI.
+/// The mounts that this process sees. When they change, poll(2) reports POLLPRI on the descriptor.
 class MountTable {
 public:
     MountTable();

@@ -9,27 +9,27 @@
 
 namespace stemvault {
 
-/// Notices mounts below the roots. A watch stays on the folder that a mount covers, so every mount
-/// point that came or went is scanned anew by its path.
+/// Notices mounts below the roots. When a file system is mounted over a watched folder, the watch
+/// stays on the covered folder, so the path of every mount point that came or went is rescanned.
 class MountTracker {
 public:
     MountTracker(WatchTree& watchTree, ScanQueue& scanQueue) : tree(watchTree), queue(scanQueue) { }
 
-    /// Mounts may have changed, but not before that moment.
+    /// Records that mounts may have changed at `notBefore` or later.
     void noteChange(FileTime notBefore);
 
     [[nodiscard]] bool mayHaveChanged() const { return isChanged; }
     /// The earliest moment of a change since the last `update`; FileTime::max() if there was none.
     [[nodiscard]] FileTime changedSince() const { return notBefore; }
 
-    /// Reads the table of mounts again.
+    /// Reads the mount table again.
     void update();
 
-    /// Scans what was mounted or unmounted below a root between the last two updates, or is still
-    /// mounted there.
+    /// Queues a scan of every mount point below a root that either of the last two updates found,
+    /// so that what was mounted or unmounted in between is scanned.
     void scanMountPoints(NodeId root, const std::string& rootPath, FileTime since);
 
-    /// Readable for POLLPRI when mounts have changed.
+    /// poll(2) reports POLLPRI on it when mounts have changed.
     [[nodiscard]] int descriptor() const { return table.get(); }
 
 private:

@@ -8,10 +8,10 @@
 
 namespace stemvault {
 
-/// File names one after the other in one piece of memory; each costs its length and two bytes.
+/// Stores file names back to back in one block of memory; each takes its length plus two bytes.
 class NameArena {
 public:
-    /// `name` has at most 65,535 bytes; the limit of file systems is lower.
+    /// `name` must have at most 65,535 bytes; the limit of file systems is lower.
     [[nodiscard]] std::uint32_t add(std::string_view name)
     {
         const auto place = static_cast<std::uint32_t>(bytes.size());

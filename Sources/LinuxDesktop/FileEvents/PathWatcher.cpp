@@ -18,7 +18,7 @@ constexpr std::uint32_t nameMask =
     IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_ATTRIB | IN_ONLYDIR;
 constexpr int maxLinks = 40;
 
-/// Puts the parts of a path in front of those still to be followed.
+/// Puts the parts of a path in front of the parts still to be followed.
 void putInFront(std::deque<std::string>& parts, const std::string& path)
 {
     std::size_t end = path.size();
@@ -67,7 +67,7 @@ PathWatcher::Target PathWatcher::follow(const std::string& absolutePath)
         }
         std::string next = here;
         next.append("/").append(part);
-        // Watch first and look second, so that no change falls in between.
+        // Watch before reading the status, so that no change in between is missed.
         if (parts.empty() || !watch(next, selfMask, {}))
             watchNames(here, part);
         const std::optional<FileStatus> status = fileStatus(next);

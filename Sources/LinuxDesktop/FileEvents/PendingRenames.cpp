@@ -40,7 +40,7 @@ std::optional<PendingRename> PendingRenames::take(std::uint32_t cookie)
         return std::nullopt;
     PendingRename rename = std::move(*found);
     waiting.erase(found);
-    // Where roots lie within each other, one name is removed at two places but reported once.
+    // If roots lie within each other, one name is removed at two places but reported only once.
     for (PendingRename& other : waiting)
         if (other.cookie == cookie && other.formerPath == rename.formerPath)
             other.formerPath.clear();

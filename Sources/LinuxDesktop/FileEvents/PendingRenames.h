@@ -16,21 +16,21 @@ namespace stemvault {
 /// An item whose old name is gone and whose new name is not known yet.
 struct PendingRename {
     std::uint32_t cookie = 0; ///< The kernel's number for both halves of a rename; 0 if unknown.
-    std::string formerPath; ///< Reported when the rename ends; empty if it need not be.
-    std::uint32_t kind = 0; ///< The bit of FileEventFlag that says what was renamed.
+    std::string formerPath; ///< Reported when the rename ends; empty if it need not be reported.
+    std::uint32_t kind = 0; ///< The FileEventFlag bit for the kind of the renamed item.
     NodeRef node; ///< A folder's node: detached, still watched. None for files and unknown folders.
     NodeRef formerParent;
     std::string formerName;
-    FileTime since {}; ///< What stands at the former place came after this moment.
-    NodeRef replacementParent {}; ///< Where the folder came from that has taken its place.
+    FileTime since {}; ///< Any item that is now at the former place arrived after this moment.
+    NodeRef replacementParent {}; ///< The former parent of the folder that replaced this one.
     std::string replacementName {};
     bool wasNeverWatched = false; ///< A folder that was renamed before it was watched.
     bool isBeingWritten = false; ///< A file that was written and not closed yet.
     EventCoalescer::Time deadline {}; ///< Set by PendingRenames.
 };
 
-/// The renames of which only the first half was read. The second half follows at once, but perhaps
-/// in the next read, so an item is neither moved nor gone until its time is up.
+/// The renames of which only the first half has been read. The second half follows at once, but
+/// perhaps in the next read, so an item counts as removed only after the pairing timeout.
 class PendingRenames {
 public:
     static constexpr std::chrono::milliseconds pairingTimeout { 20 };
@@ -42,24 +42,24 @@ public:
 
     void add(PendingRename rename);
 
-    /// Detaches a folder's node from the tree until it is known where the folder went. The name of
-    /// the node may have been taken by `replacement`.
+    /// Detaches a folder's node from the tree until the folder's new place is known. If another
+    /// folder has replaced it, `replacement` is the rename of that folder.
     void detach(NodeId node, std::uint32_t cookie, std::string formerPath,
         const PendingRename& replacement = {});
 
     [[nodiscard]] std::optional<PendingRename> take(std::uint32_t cookie);
 
-    /// The folder that was replaced by one from `parent` and `name`, at the place that `other`
-    /// leaves now. The kernel announces an exchange as two renames in a row, so this is its second
-    /// half. Places are compared instead of paths, because the folders around them may be detached.
+    /// Takes the folder that was at the former place of `other` until a folder from `name` in
+    /// `parent` replaced it. If there is one, `other` is the second of the two renames that an
+    /// exchange raises. Compares nodes and names, because detached folders have no paths.
     [[nodiscard]] std::optional<PendingRename> takeReplaced(
         const PendingRename& other, NodeId parent, std::string_view name);
 
-    /// The folder of a node was found. Only its former path is still to be reported.
+    /// Call it when a node's folder has been found. Then only its former path remains to report.
     void forgetNode(NodeId node);
 
-    /// An unwatched folder that moved cannot be recognised at its new path, so the contents of any
-    /// folder that is found now may be as old as that move. Returns the earlier of both moments.
+    /// An unwatched folder that moved cannot be recognised at its new path, so any folder that is
+    /// found now may be that one. Returns `since`, or the `since` of such a folder if earlier.
     [[nodiscard]] FileTime sinceNeverWatched(FileTime since) const;
 
     [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
@@ -68,7 +68,7 @@ public:
 private:
     WatchTree& tree;
     const StreamClock& clock;
-    std::vector<PendingRename> waiting; ///< Hardly ever more than a few, by deadline.
+    std::vector<PendingRename> waiting; ///< Sorted by deadline; rarely more than a few.
 };
 
 } // namespace stemvault

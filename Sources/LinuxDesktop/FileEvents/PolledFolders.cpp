@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds maxPollDuration { 50 };
 
-/// How far another computer's clock may be off where its folders do not tell the time.
+/// How far another computer's clock may be off if the times of its folders do not show it.
 constexpr std::chrono::minutes maxClockError { 1 };
 
 } // namespace
@@ -67,7 +67,7 @@ void PolledFolders::poll(EventCoalescer::Time now)
                                : std::optional(std::chrono::steady_clock::now() + pollInterval);
 }
 
-/// A folder that need not be polled any more loses its node.
+/// Clears the node of a folder that need not be polled any more.
 void PolledFolders::poll(Folder& folder)
 {
     const bool isKnown = tree.isCurrent(folder.node);
@@ -134,8 +134,9 @@ PolledFolders::Item PolledFolders::itemOf(const std::string& name, const FileSta
         spread(status.inode) };
 }
 
-/// A new name sets the modification time of its folder by the clock of the drive, so that time is
-/// not older than the last poll. Some drives do not keep it, and then only our own clock is left.
+/// A changed modification time of the folder was set after the last poll, by the drive's clock.
+/// Less the time elapsed since that poll, it is a lower bound of the poll's time by that clock.
+/// Some drives do not update it for new names, and then only our own clock is left.
 PolledFolders::LastPoll PolledFolders::lastPollOf(const Folder& folder, FileTime modifiedNow)
 {
     const FileTime byOurs = folder.polledAt - clockGrain;

@@ -18,21 +18,21 @@
 namespace stemvault {
 
 /// The folders whose events are not enough: those beyond the watch limit, and those on file systems
-/// that others change as well. They are listed at intervals and compared with the listing before,
-/// which needs no clock that both sides agree on:
+/// that others change as well. Each is listed at intervals and compared with its previous listing,
+/// which works without a common clock:
 ///
-/// - A file that is known counts as written when its size or its time of modification has changed,
-///   unless it was touched or dated back. Its mode and its inode number do not matter; some file
-///   systems make the latter up.
-/// - A file that was not there, or was another one, counts as written when its content is newer
-///   than the last poll. Otherwise it was moved here, or copied with its date.
+/// - A known file counts as written when its size or modification time has changed, unless it was
+///   touched or its date was set back. A change of only its mode or inode number does not count;
+///   some file systems make inode numbers up.
+/// - A file that is new or has replaced another one counts as written when it was modified since
+///   the last poll. Otherwise it was moved here, or copied with its date.
 class PolledFolders {
 public:
     PolledFolders(WatchTree& watchTree, ScanQueue& scanQueue, WatchInstaller& watchInstaller,
         PendingRenames& renames, EventReporter& eventReporter, std::chrono::milliseconds interval,
         const std::atomic<bool>& streamIsStopping);
 
-    /// Polls a folder from now on. What it holds already is not reported.
+    /// Polls a folder from now on. Its present contents are not reported.
     void add(NodeId node, PollReason reason);
 
     [[nodiscard]] bool contains(NodeId node) const { return folders.contains(node); }
@@ -41,12 +41,12 @@ public:
     /// When to poll again; absent while every folder is watched.
     [[nodiscard]] std::optional<EventCoalescer::Time> due() const;
 
-    /// Polls folders in turn for a few milliseconds. The rest has to wait for the next interval, so
-    /// polling takes a small share of the time, however many folders there are.
+    /// Polls folders in turn for about 50 ms. The rest wait for the next interval, so polling takes
+    /// a small share of the time, however many folders there are.
     void poll(EventCoalescer::Time now);
 
 private:
-    /// What is remembered of an item, as hashes where only equality matters.
+    /// An item of the previous listing; values that are only compared for equality are hashed.
     struct Item {
         std::uint64_t name;
         FileTime modified;
@@ -58,14 +58,14 @@ private:
         NodeRef node;
         PollReason reason;
         FileTime modified; ///< By the clock of the drive.
-        FileTime polledAt; ///< By ours.
-        std::vector<Item> items; ///< By name.
+        FileTime polledAt; ///< By our clock.
+        std::vector<Item> items; ///< Sorted by the hash of the name.
     };
 
-    /// The moment of the last poll by the clock of the drive, or an earlier one.
+    /// Lower bounds of the time of the last poll, by the clock of the drive.
     struct LastPoll {
         FileTime forContent;
-        FileTime forNames; ///< More exact, as long as a new name changes the time of its folder.
+        FileTime forNames; ///< More exact, provided that a new name changes its folder's time.
     };
 
     void poll(Folder& folder);

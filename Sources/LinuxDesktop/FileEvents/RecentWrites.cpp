@@ -14,7 +14,7 @@ constexpr std::size_t maxAccounts = 1024;
 
 RecentWrites::File RecentWrites::file(NodeRef folder, std::string_view name)
 {
-    // The same multiplier as in `spread`; it keeps equal names in neighbouring folders apart.
+    // The multiplier is that of `spread`; it keeps equal names in neighbouring folders apart.
     const std::uint64_t place = (std::uint64_t { folder.age } << 32U) | folder.id;
     return std::hash<std::string_view> {}(name) ^ (place * 0x9E3779B97F4A7C15U);
 }
@@ -23,7 +23,7 @@ void RecentWrites::noteWrite(File file)
 {
     if (std::ranges::find(unclosed, file) != unclosed.end())
         return;
-    // truncate(2) on a path is a write that no close follows, so some entries are never taken.
+    // truncate(2) raises a write event without a close, so some entries are never taken.
     if (unclosed.size() == maxUnclosed)
         unclosed.erase(unclosed.begin());
     unclosed.push_back(file);

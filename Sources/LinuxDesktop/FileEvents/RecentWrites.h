@@ -10,30 +10,30 @@
 
 namespace stemvault {
 
-/// What recent events said about single files. It decides what a later IN_CLOSE_WRITE means,
-/// because the kernel raises that event for a file that was written through a mapping and also for
-/// one that was not written at all.
+/// Remembers recent writes of individual files, to interpret a later IN_CLOSE_WRITE. The kernel
+/// raises that event also for a file that was written only through a mapping, and for one that was
+/// not written at all.
 ///
-/// Only the latest few hundred files are remembered. For any other file its times on disk decide.
+/// Only the latest few hundred files are remembered. Others are judged by their times on disk.
 class RecentWrites {
 public:
     using File = std::uint64_t;
 
     [[nodiscard]] static File file(NodeRef folder, std::string_view name);
 
-    /// The file was written and has not been closed yet.
+    /// Notes that the file was written and has not been closed yet.
     void noteWrite(File file);
 
-    /// Removes that note. Whether there was one.
+    /// Removes that note. Returns whether there was one.
     bool takeWrite(File file);
 
-    /// What was written to the file up to `until` was reported, or was written under another name.
+    /// Notes that all writes to the file up to `until` were reported or made under another name.
     void account(File file, FileTime until);
 
-    /// The latest such moment; FileTime::min() if nothing is known of the file.
+    /// The latest `until` noted for the file; FileTime::min() if there is none.
     [[nodiscard]] FileTime accountedUntil(File file) const;
 
-    /// Events were lost, so a close may have been among them.
+    /// Forgets unclosed writes. Call it when events were lost, as a close may have been among them.
     void clear();
 
 private:
@@ -43,7 +43,7 @@ private:
     };
 
     std::vector<File> unclosed;
-    std::vector<Account> accounts; ///< A ring once it is full.
+    std::vector<Account> accounts; ///< A ring buffer once it is full.
     std::size_t next = 0;
 };
 

@@ -55,14 +55,14 @@ void RenameHandler::folderArrived(NodeId parent, const InotifyEvent& event)
 
 void RenameHandler::folderArrivedFrom(PendingRename& rename, NodeId parent, std::string_view name)
 {
-    // A folder that was at this place was replaced, or is the other half of an exchange.
+    // A folder that is known at this place was replaced, or is the other half of an exchange.
     if (const NodeId there = tree.child(parent, name); there != noNode)
         pendingRenames.detach(there, 0, {}, rename);
     if (tree.isCurrent(rename.node)) {
         attach(rename, parent, name);
         return;
     }
-    // A folder that had no node yet is as new as if it had been created here.
+    // A folder that has no node yet is handled as if it had been created here.
     queue.add(tree.add(parent, name), ScanReason::Created, clock.arrivalBound);
 }
 
@@ -76,7 +76,7 @@ void RenameHandler::folderArrivedFromElsewhere(NodeId parent, std::string_view n
     const WatchResult result = installer.install(node);
     if (result != WatchResult::Fresh && result != WatchResult::Replaced)
         return;
-    // Without its watch the scan finds the folder fresh and lists it.
+    // Without a watch on the node, the scan treats the folder as fresh and lists it.
     tree.clearWatch(node);
     queue.add(
         node, ScanReason::Arrived, arrivalTime(itemStatus(tree, parent, name), clock.arrivalBound));
@@ -94,7 +94,7 @@ void RenameHandler::attach(PendingRename& rename, NodeId parent, std::string_vie
         reporter.retryDeferred();
         return;
     }
-    // Another folder has this name by now, and later events say where the renamed one is.
+    // Another folder has this name by now. Later events will show where the renamed one is.
     tree.detach(node);
     addArrived(parent, name);
     if (undo(rename))
@@ -104,9 +104,9 @@ void RenameHandler::attach(PendingRename& rename, NodeId parent, std::string_vie
     pendingRenames.add(std::move(rename));
 }
 
-/// The kernel announces an exchange of A and B as two renames: A to B, then B to A. The second
-/// takes the node from B, which is the node of A, so that A seems to move there and back. Puts A's
-/// node at B and B's node, which the first rename replaced, at A.
+/// The kernel announces an exchange of A and B as two renames: A to B, then B to A. The second one
+/// finds A's node at B, so A seems to move there and back. This function puts A's node at B, and
+/// B's node, which the first rename detached, at A.
 bool RenameHandler::completeExchange(
     const PendingRename& rename, NodeId parent, std::string_view name)
 {
@@ -127,8 +127,8 @@ bool RenameHandler::completeExchange(
     return true;
 }
 
-/// When two names changed hands in a row, the second event may have taken the wrong folder, which
-/// is then still at its former place. Puts it back; false if it is not there.
+/// When a name is reused by several renames in a row, a later event may detach the wrong folder,
+/// which is then still at its former place. Puts its node back; false if the folder is not there.
 bool RenameHandler::undo(const PendingRename& rename)
 {
     const int watch = tree.watch(rename.node.id);
@@ -156,8 +156,8 @@ void RenameHandler::expirePendingRenames()
     reporter.retryDeferred();
 }
 
-/// A folder that left may have been exchanged with one from outside the watched folders, which is
-/// announced only as a rename from nowhere.
+/// A folder that left may have been exchanged with one from outside the watched folders, whose
+/// arrival is announced only as a rename without a first half.
 void RenameHandler::scanFormerPlace(const PendingRename& rename)
 {
     if (isPlaceFree(rename.formerParent, rename.formerName))

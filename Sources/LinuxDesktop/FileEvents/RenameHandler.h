@@ -16,8 +16,8 @@
 
 namespace stemvault {
 
-/// Pairs the two halves of renames and moves the nodes of folders accordingly. A name may have
-/// changed hands again by the time its event is read, so for folders the watch at the path decides.
+/// Pairs the two halves of renames and moves the nodes of folders accordingly. By the time an event
+/// is read, its name may belong to another folder, so the watch at the path identifies the folder.
 class RenameHandler {
 public:
     RenameHandler(WatchTree& watchTree, PendingRenames& renames, ScanQueue& scanQueue,
@@ -35,7 +35,7 @@ public:
     void fileArrived(NodeId folder, const InotifyEvent& event);
     void folderArrived(NodeId parent, const InotifyEvent& event);
 
-    /// Treats as removed what was renamed and did not turn up within the pairing timeout.
+    /// Treats renamed items as removed if they did not turn up within the pairing timeout.
     void expirePendingRenames();
 
 private:

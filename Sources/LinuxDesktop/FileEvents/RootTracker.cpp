@@ -90,13 +90,13 @@ void RootTracker::rescanAll(FileTime since)
         queue.add(root.node, ScanReason::Check, since);
     }
     queue.noteLoss(since);
-    // The lost events may have been about mounts, and about the paths of roots.
+    // The lost events may have concerned mounts or the paths of roots.
     mounts.noteChange(since);
 }
 
 void RootTracker::followAll(ScanReason reason, FileTime since)
 {
-    // Where paths are followed by the clock, a root may have come at any time since the last poll.
+    // While paths are polled, a root may have appeared at any time since the last poll.
     if (nextPoll)
         since = std::min(since, lastPoll);
     lastPoll = wallClock() - clockGrain;
@@ -120,7 +120,7 @@ void RootTracker::scanMountPoints(FileTime since)
             mounts.scanMountPoints(root.node, root.target.resolved, since);
 }
 
-/// Whether others may remove or create the root without an event here.
+/// Whether others may remove or create the root without raising an event here.
 bool RootTracker::isShared(const PathWatcher::Target& target) const
 {
     const std::string place =
@@ -141,7 +141,7 @@ void RootTracker::update(Root& root, PathWatcher::Target target, ScanReason reas
         detach(root);
     if (!root.target.folder)
         return;
-    // What arrived is the first part of the path that was missing; if none was, the root itself.
+    // The item that arrived is the first part of the path that was missing, or else the root.
     if (reason == ScanReason::Arrived)
         since = arrivalTime(
             fileStatus(former.missing.empty() ? root.target.resolved : former.missing), since);

@@ -16,31 +16,31 @@
 
 namespace stemvault {
 
-/// Keeps each root on the folder that its path leads to, whatever is removed, renamed, mounted or
-/// put in its place, and waits while there is no folder at the path.
+/// Keeps each root attached to the folder at its path, even when folders are removed, renamed,
+/// replaced or mounted over. While there is no folder at the path, the root is detached.
 class RootTracker {
 public:
     RootTracker(const StreamOptions& options, WatchTree& watchTree, Inotify& inotify,
         ScanQueue& scanQueue, EventReporter& eventReporter, MountTracker& mountTracker,
         const StreamClock& streamClock, InotifyCalls& systemCalls);
 
-    /// Attaches the roots that are there; `since` is when the stream began.
+    /// Attaches the roots that exist. `since` is when the stream began.
     void start(FileTime since);
 
-    /// Call it with every event before anything else handles it. Whether the event means that a
-    /// path may lead elsewhere now.
+    /// Call it with every event before anything else handles the event. Returns whether a path may
+    /// lead elsewhere now.
     bool notice(const InotifyEvent& event);
 
-    /// The next `recheck` follows the paths again.
+    /// Makes the next `recheck` follow the paths again.
     void requestRecheck() { isRecheckDue = true; }
 
-    /// Follows the paths again if an event, a mount or a request gave reason to.
+    /// Follows the paths again if an event, a mount change or a request requires it.
     void recheck();
 
-    /// Events were lost: scans everything for changes since then.
+    /// Queues scans of all roots for changes since `since`. Call it when events were lost.
     void rescanAll(FileTime since);
 
-    /// When the paths must be followed again by the clock; absent while events report every change.
+    /// When the paths must be polled next; absent while events report every change.
     [[nodiscard]] std::optional<EventCoalescer::Time> due() const { return nextPoll; }
 
     [[nodiscard]] bool uses(int watch) const { return paths.uses(watch); }

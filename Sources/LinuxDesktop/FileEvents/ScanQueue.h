@@ -11,12 +11,12 @@
 
 namespace stemvault {
 
-/// Why a folder is scanned, which decides what is reported of its contents.
+/// Why a folder is scanned. Every scan reports what has changed since `Scan::since`.
 enum class ScanReason : std::uint8_t {
-    Start, ///< It was there before the stream: report what has changed since the stream began.
-    Created, ///< It was made while we watched: report everything but what was moved into it.
-    Arrived, ///< It came as a whole: report what has changed since.
-    Check, ///< Events were lost: report what has changed since, and find out which folders moved.
+    Start, ///< It existed when the stream began.
+    Created, ///< It was created while the stream was running.
+    Arrived, ///< It arrived together with its contents.
+    Check, ///< Events may have been lost, so the scan also finds out which folders moved.
 };
 
 /// One folder that must be watched and listed.
@@ -24,11 +24,11 @@ struct Scan {
     NodeRef node;
     ScanReason reason;
     FileTime since; ///< What changed at this moment or later is new.
-    int misses = 0; ///< How often there was no folder at its path.
+    int misses = 0; ///< How often no folder was found at its path.
     bool isListingDue = false; ///< It is watched, but has not been listed yet.
 };
 
-/// The folders that are still to be scanned, last in first out, so that a tree is walked depth
+/// The folders that are still to be scanned, last in, first out, so that a tree is walked depth
 /// first and the queue stays short.
 class ScanQueue {
 public:
@@ -36,25 +36,26 @@ public:
 
     void add(NodeId node, ScanReason reason, FileTime since);
 
-    /// Queues a scan again whose folder was not at its path: it may have been renamed, by itself or
-    /// with a folder above it, and the events that say so are read before the next slice. False
-    /// when it has been tried often enough.
+    /// Queues a scan again because no folder was found at its path. The folder or one above it may
+    /// have been renamed, and the events of that are read before the next slice. False when the
+    /// scan has been tried often enough.
     [[nodiscard]] bool retry(Scan scan);
 
-    /// Keeps a folder that may not be read until `retryUnreadable` is called for it or its parent.
+    /// Keeps a folder that cannot be read until `retryUnreadable` is called for it or its parent.
     void addUnreadable(NodeId node, FileTime since);
     void retryUnreadable(NodeId parent);
 
-    /// Events were lost. Until the queue is idle, known folders that turn up elsewhere are checked
-    /// as well.
+    /// Call it when events were lost. Until the queue is idle, known folders that turn up elsewhere
+    /// are then checked as well.
     void noteLoss(FileTime since) { lostSince = since; }
     [[nodiscard]] std::optional<FileTime> lossSince() const { return lostSince; }
 
-    /// Begins a slice: queues what was put off and can be tried again. Whether there is work.
+    /// Begins a slice: queues postponed scans that can be tried again. Returns whether any scan is
+    /// queued.
     [[nodiscard]] bool resume();
 
-    /// The next scan whose folder has a path; absent at the end of the queue. Folders below a
-    /// detached one are put off until the tree changes.
+    /// Removes and returns the next scan whose folder has a path; absent at the end of the queue.
+    /// Scans of folders below a detached one are postponed until the tree changes.
     [[nodiscard]] std::optional<Scan> next();
 
     /// Ends a slice.
@@ -66,9 +67,9 @@ private:
     const WatchTree& tree;
     std::vector<Scan> scans;
     std::vector<Scan> withoutPath; ///< Below a detached folder.
-    std::vector<Scan> missed; ///< Until the events are read that say why.
+    std::vector<Scan> missed; ///< To be tried again in the next slice.
     std::vector<std::pair<NodeRef, FileTime>> unreadable;
-    std::uint32_t shapeWithoutPath = 0; ///< The tree's shape when `withoutPath` was added to.
+    std::uint32_t shapeWithoutPath = 0; ///< The tree's shape at the last addition to `withoutPath`.
     std::optional<FileTime> lostSince;
     std::string path;
 };

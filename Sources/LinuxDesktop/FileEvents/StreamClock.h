@@ -4,8 +4,8 @@
 
 namespace stemvault {
 
-/// The moments that the times of files are compared with. The worker sets them; everybody else only
-/// reads them. While events are handled: began <= watchedUntil <= arrivalBound <= readAt.
+/// The moments that file times are compared with. StreamWorker sets them; other classes only read
+/// them. While events are handled: began <= watchedUntil <= arrivalBound <= readAt.
 /// README.md explains each of them.
 struct StreamClock {
     FileTime began; ///< When the stream was created, less the clock's grain.

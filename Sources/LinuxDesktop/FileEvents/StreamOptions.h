@@ -8,12 +8,11 @@
 
 namespace stemvault {
 
-/// The options of a stream.
 struct StreamOptions {
     std::vector<std::string> paths;
     std::chrono::milliseconds latency { 500 };
     EventCoalescer::FirstEvent firstEvent = EventCoalescer::FirstEvent::AtOnce;
-    /// How often it polls folders whose events are not enough.
+    /// The interval at which folders are polled whose events are not enough.
     std::chrono::milliseconds pollInterval { 3000 };
 };
 

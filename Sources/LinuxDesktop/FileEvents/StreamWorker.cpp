@@ -78,8 +78,8 @@ void StreamWorker::runOnce(const Deliver& deliver)
         clock.arrivalBound = clock.watchedUntil;
 }
 
-/// Reads and handles events until there are none. False when it stopped early, because so many
-/// events arrive that other work must have its turn.
+/// Reads and handles events until there are none. Returns false if so many events arrived that it
+/// stopped early to give other work a turn.
 bool StreamWorker::drain()
 {
     hasReadEvents = false;
@@ -104,7 +104,7 @@ void StreamWorker::handleAll(std::span<const std::byte> events)
             lostSince = std::min(lostSince.value_or(clock.watchedUntil), clock.watchedUntil);
             writes.clear();
         }
-        // At once, because the following events may come from a folder that is no root any more.
+        // Recheck at once, because the next events may come from a folder that is no longer a root.
         if (roots.notice(*event))
             roots.recheck();
         handler.handle(*event);
@@ -146,7 +146,7 @@ void StreamWorker::deliverIfDue(const Deliver& deliver)
     deliver(std::move(batch));
 }
 
-/// Events say whether an item is a folder, but not whether it is a file or a link.
+/// Events show whether an item is a folder, but not whether it is a file or a link.
 void StreamWorker::addKinds(EventBatch& batch) const
 {
     constexpr std::uint32_t kinds =
@@ -154,8 +154,8 @@ void StreamWorker::addKinds(EventBatch& batch) const
     constexpr std::uint32_t leaving = FileEventFlag::ItemRemoved | FileEventFlag::ItemRenamed;
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
         std::uint32_t& flags = batch.flags[index];
-        // The item that was removed or renamed may have been of another kind than the one that has
-        // the name now.
+        // The item that was removed or renamed may differ in kind from the one that has the name
+        // now.
         const bool mayHaveChanged =
             (flags & leaving) != 0 && (flags & FileEventFlag::RootChanged) == 0;
         if ((flags & kinds) != 0 && !mayHaveChanged)
@@ -189,8 +189,8 @@ void StreamWorker::wait()
         return;
     }
     const FileTime notBefore = sleep(Awaited::Everything, until);
-    // After a sleep of some length, the event that ended it happened just now. After a short one it
-    // may have been there before.
+    // If the sleep was long enough, the event that ended it has only just happened. Otherwise the
+    // event may have happened before the sleep.
     clock.arrivalBound = notBefore > before ? notBefore : clock.watchedUntil;
 }
 
@@ -210,7 +210,7 @@ std::optional<Time> StreamWorker::nextDue() const
     return next;
 }
 
-/// Returns a moment before which nothing happened that ended the sleep.
+/// Returns a moment that is no later than the event that ended the sleep.
 FileTime StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
 {
     std::array<pollfd, 3> awaiting { { { wakeUp, POLLIN, 0 }, { mounts.descriptor(), POLLPRI, 0 },

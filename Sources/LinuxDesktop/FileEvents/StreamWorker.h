@@ -39,8 +39,8 @@ public:
     StreamWorker(const StreamOptions& options, InotifyCalls& calls, FileTime began,
         const std::atomic<bool>& mustStop, int wakeUp);
 
-    /// Runs until it must stop. `deliver` is called with every batch, `ready` once, when everything
-    /// that was there at the start is watched; both on this thread.
+    /// Runs until it must stop. Calls `deliver` with every batch, and `ready` once, when everything
+    /// that existed at the start is watched or polled; both on the calling thread.
     void run(const Deliver& deliver, const Ready& ready);
 
 private:
@@ -80,7 +80,7 @@ private:
     MountTracker mounts { tree, queue };
     RootTracker roots;
     std::optional<FileTime> lostSince; ///< Events from this moment on may have been lost.
-    FileTime mountsKnownUntil; ///< Every change of mounts from before this moment was noticed.
+    FileTime mountsKnownUntil; ///< All mount changes before this moment have been noticed.
     bool hasReadEvents = false;
 };
 

@@ -109,16 +109,16 @@ void TreeWalker::scanFolder(NodeId node, Scan scan)
     const Device traits = device(status->device);
     if (traits.isShared)
         startPolling(node, PollReason::SharedWithOthers);
-    // The timestamps on a shared drive come from its own clock. The folder was just made, so its
-    // modification time says how far that clock is behind.
+    // Timestamps on a shared drive come from its own clock. The folder was just created, so its
+    // modification time shows how far that clock is behind.
     if (traits.isShared && scan.reason == ScanReason::Created)
         scan.since = std::min(scan.since, status->modified - (wallClock() - scan.since));
     if (scan.reason != ScanReason::Start) {
         list(node, scan, true);
         return;
     }
-    // A new name changes the folder's modification time. While that is old, no file in it needs to
-    // be looked at, and without subfolders the folder need not even be read.
+    // A new name changes the folder's modification time. If that is older than `since`, no file in
+    // it needs to be checked, and a folder without subfolders need not even be read.
     const bool hasNewNames = status->modified >= scan.since;
     if (hasNewNames || !traits.countsFolders || status->links != 2)
         list(node, scan, hasNewNames);
@@ -155,8 +155,8 @@ void TreeWalker::handleEntry(
             return;
         kind = status->kind();
         flags = status->changesSince(scan.since);
-        // What is not reported now was written elsewhere or earlier, so a later close must not
-        // report it.
+        // Content that is not reported now was written elsewhere or earlier, so a later close must
+        // not report it either.
         if (kind == FileEventFlag::ItemIsFile && status->isModifiedSince(clock.began))
             writes.account(RecentWrites::file(tree.ref(node), entry.name), status->modified);
     }
@@ -183,7 +183,7 @@ void TreeWalker::handleSubfolder(
     queue.add(child, scan.reason, scan.since);
 }
 
-/// Folders that a listing did not show may turn up elsewhere in the same check.
+/// Detaches the subfolders that the listing did not show; the same check may find them elsewhere.
 void TreeWalker::detachMissing(NodeId node)
 {
     NodeId next = noNode;

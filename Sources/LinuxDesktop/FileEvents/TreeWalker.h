@@ -21,11 +21,11 @@
 
 namespace stemvault {
 
-/// Scans the folders in the queue: installs the watch first and lists second, so that nothing falls
-/// in between. Works in short slices, because the kernel's queue must be read meanwhile.
+/// Scans the folders in the queue: installs each watch before listing the folder, so that no change
+/// is missed. Works in short slices, because the kernel's queue must be read in between.
 class TreeWalker {
 public:
-    /// Called before a folder is listed whose events are not enough. From then on it is polled.
+    /// Called before a folder whose events are not enough is listed; must poll it from then on.
     using StartPolling = std::function<void(NodeId, PollReason)>;
 
     TreeWalker(WatchTree& watchTree, ScanQueue& scanQueue, WatchInstaller& watchInstaller,
@@ -33,13 +33,13 @@ public:
         const StreamClock& streamClock, InotifyCalls& systemCalls,
         const std::atomic<bool>& streamIsStopping, StartPolling pollFolder);
 
-    /// Scans folders for a few milliseconds. Whether there was anything to do.
+    /// Scans folders for a few milliseconds. Returns whether there was anything to do.
     bool runSlice();
 
 private:
-    /// What is known of a file system by its type.
+    /// Properties of a file system, derived from its type.
     struct Device {
-        bool isShared; ///< Others may change it without an event here.
+        bool isShared; ///< Others may change it without raising an event here.
         bool countsFolders; ///< A folder's link count is two plus the number of folders in it.
     };
 

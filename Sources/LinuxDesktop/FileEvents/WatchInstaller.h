@@ -13,26 +13,26 @@
 
 namespace stemvault {
 
-/// What was found at a node's path.
+/// What `install` found at a node's path.
 enum class WatchResult : std::uint8_t {
-    Fresh, ///< A folder that was not watched before. It is now, and has to be listed.
+    Fresh, ///< A folder that the node did not watch before. It does now; the folder must be listed.
     Same, ///< The folder that the node stands for.
     Replaced, ///< Another folder. The nodes below were removed.
     Gone, ///< No folder.
-    Unwatched, ///< A folder, but the watch limit is reached.
-    Unreadable, ///< A folder that may not be read.
-    Loop, ///< One of the node's own parents, by a bind mount. Leave it alone.
+    Unwatched, ///< A folder that cannot be watched, because a system limit is reached.
+    Unreadable, ///< A folder without read permission.
+    Loop, ///< One of the node's own ancestors, through a bind mount. It must not be scanned.
 };
 
 /// Why a folder is polled.
 enum class PollReason : std::uint8_t {
-    NoWatch, ///< The kernel has no watch to spare.
-    SharedWithOthers, ///< Others change it without an event here.
+    NoWatch, ///< A system limit is reached, usually that of watches.
+    SharedWithOthers, ///< Others may change it without raising an event here.
 };
 
-/// Installs the watch of a node on the folder that stands at its path now. The kernel returns the
-/// same watch for the same inode, so a folder that moved is recognised at its new path, and the
-/// places of one folder share its events.
+/// Installs a node's watch on the folder that is at its path now. The kernel returns the same watch
+/// for the same inode, so a folder that moved is recognised at its new path, and a folder with
+/// several places has one watch for all of them.
 class WatchInstaller {
 public:
     WatchInstaller(WatchTree& watchTree, Inotify& streamInotify, PendingRenames& renames,
@@ -41,15 +41,15 @@ public:
     {
     }
 
-    /// When the folder at the path is already known by another node, that node moves to this place,
-    /// and `node` is set to it.
+    /// If the folder at the path has moved there from the place of another node, that node moves
+    /// here and `node` is set to it.
     [[nodiscard]] WatchResult install(NodeId& node);
 
-    /// The watch of the folder that has a name now, or a negative errno.
+    /// The watch of the folder that now has this name, or a negative errno.
     [[nodiscard]] int watchOf(NodeId folder, std::string_view name);
 
-    /// New nodes for the places that folders were moved away from by `install`: something else may
-    /// stand there now, so they have to be scanned.
+    /// New nodes for the places from which `install` moved nodes away. Something else may be there
+    /// now, so they must be scanned.
     [[nodiscard]] std::vector<NodeRef> takeVacatedPlaces() { return std::exchange(vacated, {}); }
 
 private:

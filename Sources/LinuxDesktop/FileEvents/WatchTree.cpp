@@ -10,8 +10,8 @@ namespace {
 
 std::uint32_t hashOfName(NodeId parent, std::string_view name)
 {
-    // 2^32 divided by the golden ratio: neighbouring parents add numbers far from each other, so
-    // that equal names in them do not land in neighbouring slots.
+    // Multiplying by 2^32 divided by the golden ratio spreads the numbers of neighbouring parents,
+    // so that equal names in them do not land in neighbouring slots.
     return spread(std::hash<std::string_view> {}(name) + parent * 0x9E3779B1UL);
 }
 
@@ -128,7 +128,7 @@ void WatchTree::remove(NodeId node)
 
 void WatchTree::removeBelow(NodeId above)
 {
-    // Children before their parents, because the way back up leads through the parent.
+    // Remove children before their parents, because the loop climbs back up through the parent.
     NodeId node = above;
     while (nodes[above].firstChild != noNode) {
         while (nodes[node].firstChild != noNode)

@@ -15,15 +15,15 @@ namespace stemvault {
 using NodeId = std::uint32_t;
 inline constexpr NodeId noNode = UINT32_MAX;
 
-/// A node that may have been removed by the time it is used again. Node numbers are reused; the age
-/// is not.
+/// A reference that stays safe to check after its node was removed. Node numbers are reused, but
+/// with another age.
 struct NodeRef {
     NodeId id = noNode;
     std::uint32_t age = 0;
 };
 
 /// The folders below the watched roots, one node each, and the kernel's watches on them. A path is
-/// built from the names of the nodes above when it is asked for, so a rename moves a single node.
+/// built from the names of the nodes above on demand, so a rename moves a single node.
 ///
 /// An inode has one watch but may have several places: bind mounts, and roots that lie within each
 /// other. The nodes of one watch form a chain.
@@ -31,12 +31,12 @@ class WatchTree {
 public:
     enum class Spelling { Given, Resolved };
 
-    /// A root stands for a path: as it was given, for events, and resolved, for the kernel. Neither
-    /// ends with a slash; the root of everything is empty.
+    /// Adds a root: its path as given is used in events, its resolved path for the kernel. Neither
+    /// may end with a slash; "/" is the empty string.
     NodeId addRoot(std::string given, std::string resolved);
     NodeId add(NodeId parent, std::string_view name);
 
-    /// One more than the highest node number in use so far.
+    /// One more than the highest node number used so far.
     [[nodiscard]] NodeId end() const { return static_cast<NodeId>(nodes.size()); }
     [[nodiscard]] NodeId child(NodeId parent, std::string_view name) const;
     [[nodiscard]] NodeId firstChild(NodeId node) const { return nodes[node].firstChild; }
@@ -47,23 +47,22 @@ public:
     /// Valid until the next node is added.
     [[nodiscard]] std::string_view name(NodeId node) const { return names.at(nodes[node].name); }
 
-    /// False, and `path` is left as it is, while the node is below a detached one.
+    /// False, with `path` left unchanged, while the node or a node above it is detached.
     bool path(NodeId node, Spelling spelling, std::string& path) const;
-    /// The path of an item in a folder; absent while the folder is below a detached one.
+    /// The path of an item in a folder; absent while the folder or one above it is detached.
     [[nodiscard]] std::optional<std::string> itemPath(
         NodeId folder, std::string_view name, Spelling spelling) const;
 
-    /// Takes a node with everything below it from its place, and puts it in another.
+    /// Removes a node from its place, with everything below it, and puts it at another.
     void detach(NodeId node);
     void attach(NodeId node, NodeId parent, std::string_view name);
-    /// Puts a detached node in the place of a fresh one, which is removed.
+    /// Puts a detached node at the place of `fresh`, which is removed.
     void replace(NodeId fresh, NodeId detached);
 
     void remove(NodeId node);
     void removeBelow(NodeId node);
 
-    /// The watches that lost their last node by a removal since the last call. A node may have got
-    /// one of them since.
+    /// The watches whose last node was removed since the last call. Some may have a node again.
     [[nodiscard]] std::vector<int> takeUnusedWatches() { return std::exchange(unusedWatches, {}); }
 
     [[nodiscard]] int watch(NodeId node) const { return nodes[node].watch; }
@@ -81,7 +80,7 @@ public:
         return node.id != noNode && nodes[node.id].age == node.age;
     }
 
-    /// A mark for a listing that looks for children that are gone.
+    /// Marks a child that a listing has found, so that those that are gone can be told apart.
     void setSeen(NodeId node, bool isSeen) { nodes[node].isSeen = isSeen; }
     [[nodiscard]] bool isSeen(NodeId node) const { return nodes[node].isSeen; }
 
@@ -92,7 +91,7 @@ private:
         NodeId next = noNode;
         NodeId previous = noNode;
         NodeId nextPlace = noNode;
-        std::uint32_t name = 0; ///< In the arena; of a root in `roots`.
+        std::uint32_t name = 0; ///< The place in `names`; for a root, the index in `roots`.
         int watch = -1;
         std::uint32_t age : 30 = 0;
         bool isRoot : 1 = false;

@@ -23,7 +23,7 @@ void WriteDetector::modified(NodeId folder, std::string_view name)
 /// - was written since it was last closed, under this name or under another one in a watched
 /// folder;
 /// - or was written through a mapping, which raises no other event.
-/// The same event is raised for a file that was opened for writing and left alone.
+/// IN_CLOSE_WRITE is also raised for a file that was opened for writing but not written.
 void WriteDetector::closed(NodeId folder, std::string_view name)
 {
     const std::uint32_t flags = reporter.flagsOf(folder, name);
@@ -46,7 +46,7 @@ bool WriteDetector::nameLost(NodeId folder, std::string_view name)
 
 void WriteDetector::nameGained(NodeId folder, std::string_view name, bool isBeingWritten)
 {
-    // The file that had this name before was replaced, so what is known of it no longer applies.
+    // The file that had this name before was replaced, so its unclosed write no longer counts.
     writes.takeWrite(file(folder, name));
     if (isBeingWritten)
         writes.noteWrite(file(folder, name));
@@ -54,8 +54,8 @@ void WriteDetector::nameGained(NodeId folder, std::string_view name, bool isBein
         writes.account(file(folder, name), clock.readAt);
 }
 
-/// Setting only the modification time raises the event of a write. A time that is older than the
-/// event and older than the file's change time was set by hand.
+/// Setting only the modification time raises the same event as a write. If that time is older than
+/// both the event and the file's change time, it was set explicitly.
 bool WriteDetector::isOnlyDated(NodeId folder, std::string_view name) const
 {
     const auto status = itemStatus(tree, folder, name);
@@ -63,9 +63,9 @@ bool WriteDetector::isOnlyDated(NodeId folder, std::string_view name) const
         && status->modified < clock.watchedUntil;
 }
 
-/// A write leaves the modification time and the change time of a file equal. A rename or a date set
-/// by hand does not, unless it happens in the same tick of the clock, and then its own event
-/// accounts for that time.
+/// After a write, the modification time and the change time of a file are equal. After a rename or
+/// an explicitly set date they differ, unless it happened in the same clock tick as the write. In
+/// that case, the event of the rename or the date accounts for the time.
 bool WriteDetector::isWrittenUnnoticed(NodeId folder, std::string_view name) const
 {
     const auto status = itemStatus(tree, folder, name);

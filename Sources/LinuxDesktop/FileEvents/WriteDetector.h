@@ -12,8 +12,8 @@
 
 namespace stemvault {
 
-/// Decides which events of a file mean that its content was written, and reports those. Touching,
-/// dating, renaming, or opening a file for writing raises some of the same events.
+/// Decides which events of a file mean that its content was written, and reports those. Touching a
+/// file, setting its date, renaming it or opening it for writing raises some of the same events.
 class WriteDetector {
 public:
     WriteDetector(const WatchTree& watchTree, EventReporter& eventReporter, RecentWrites& recent,
@@ -29,9 +29,9 @@ public:
     /// IN_ATTRIB
     void attributesChanged(NodeId folder, std::string_view name);
 
-    /// A file lost its name, by a removal or a rename. Whether it was being written.
+    /// Call it when a file was removed or renamed away. Returns whether it was being written.
     bool nameLost(NodeId folder, std::string_view name);
-    /// A file was renamed to this name.
+    /// Call it when a file was renamed to this name.
     void nameGained(NodeId folder, std::string_view name, bool isBeingWritten);
 
 private:
