@@ -17,8 +17,8 @@ namespace {
 
 constexpr qsizetype maxTokenSize = 1024;
 
-// A longer one, which anything on the bus may send, would break the limit of a Wayland message and
-// end the program.
+// A longer token, which any program on the bus may send, would exceed the size limit of a Wayland
+// message, and that ends the program.
 bool isUsable(const QByteArray& token)
 {
     return !token.isEmpty() && token.size() <= maxTokenSize
@@ -35,13 +35,13 @@ QByteArray escaped(QByteArray text)
     return text.replace('\\', "\\\\").replace('"', "\\\"");
 }
 
-/// A connection of our own for a moment, so that nothing of the toolkit's is touched.
+/// Uses a separate, short-lived X connection, so that the toolkit's connection is not touched.
 class StartupMessage {
 public:
     StartupMessage() : connection(xcb_connect(nullptr, nullptr), &xcb_disconnect) { }
 
-    // The startup notification protocol: a text in pieces of 20 bytes, broadcast to the root
-    // window.
+    // The startup notification protocol: the text is broadcast to the root window in pieces of
+    // 20 bytes.
     void broadcast(const QByteArray& text)
     {
         if (xcb_connection_has_error(connection.get()))
@@ -66,7 +66,7 @@ public:
             piece.type = following;
         }
         xcb_destroy_window(connection.get(), piece.window);
-        // The server may drop what it has not read yet when the connection ends: it answers first.
+        // When the connection closes, the server may drop unread requests, so wait for a reply.
         static_cast<void>(atom("_NET_STARTUP_INFO"));
     }
 
@@ -97,7 +97,7 @@ void takeActivationToken(const QByteArray& token)
         StartupMessage().broadcast("remove: ID=\"" + escaped(token) + '"');
 }
 
-// On X11 the token is done with, and child processes must not take it for theirs.
+// On X11 the token is used up by then, and child processes must not inherit it.
 void takeActivationTokenOfStart()
 {
     if (!isOn("xcb"))

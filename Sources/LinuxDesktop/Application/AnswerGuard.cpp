@@ -9,7 +9,7 @@ namespace stemvault {
 AnswerGuard::AnswerGuard(QWidget& guarded, std::chrono::milliseconds quiet)
     : QObject(&guarded), quietTime(quiet)
 {
-    guarded.winId(); // Makes the native window, through which all input comes.
+    guarded.winId(); // Creates the native window, which receives all input.
     guarded.installEventFilter(this);
     guarded.windowHandle()->installEventFilter(this);
 }

@@ -9,15 +9,15 @@ class QWidget;
 
 namespace stemvault {
 
-/// Keeps a window that comes up unasked from being answered by what was meant for another program:
-/// somebody typing or clicking in the DAW. Keys count once the keyboard has been quiet for
-/// `quietTime` since the window got it, so that a held key or a flow of typing never answers;
-/// clicks count once the window has been on the screen that long. Accessibility actions are always
-/// deliberate and pass.
+/// Keeps a window that opens unexpectedly from being answered by input that was meant for another
+/// program, such as typing or clicking in the DAW. Keys count once the keyboard has been quiet for
+/// `quietTime` while the window has the focus, so that a held key or continuous typing never
+/// answers. Clicks count once the window has been on the screen that long. Accessibility actions
+/// are always deliberate and pass.
 class AnswerGuard final : public QObject {
     Q_OBJECT
 public:
-    /// Belongs to the window, which must be a top-level one.
+    /// The window must be a top-level one; it owns the guard.
     AnswerGuard(QWidget& guarded, std::chrono::milliseconds quiet);
 
     [[nodiscard]] bool takesKeys() const { return keysFrom.hasExpired(); }

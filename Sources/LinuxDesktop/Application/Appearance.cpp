@@ -25,7 +25,7 @@ const QString colorScheme = QStringLiteral("color-scheme");
 constexpr uint preferDark = 1;
 constexpr uint preferLight = 2;
 
-// The portal has been known to wrap the value once more than it says.
+// The portal may wrap the value in one more variant than it declares.
 uint numberOf(QVariant value)
 {
     while (value.canConvert<QDBusVariant>())
@@ -33,7 +33,7 @@ uint numberOf(QVariant value)
     return value.toUInt();
 }
 
-/// That of the windows in Plasma's settings, which has none there until one was chosen.
+/// A window colour in Plasma's settings; absent until the user has chosen a colour scheme.
 std::optional<QColor> colorOfPlasma(const QString& role)
 {
     const QString file =
@@ -87,9 +87,9 @@ QPalette paletteOf(const Shades& shades)
 
 } // namespace
 
-// The portal is asked when it is there and again whenever it comes; it is not
-// started for our sake. The match names no service, as the toolkit would wait
-// for that service's owner.
+// Asks the portal at once if it runs, and again whenever it appears, but never
+// starts it. The signal match names no service, because the toolkit would then
+// block to look up the service's owner.
 Appearance::Appearance(QDBusConnection sessionBus)
     : bus(std::move(sessionBus)), toolkitsOwn(QApplication::palette())
 {
@@ -127,7 +127,7 @@ void Appearance::settingChanged(
         take(value.variant());
 }
 
-// Plasma's own programs hear of new colours this way, also while no portal runs.
+// Plasma announces new colours to its own programs by this signal, even if no portal runs.
 void Appearance::plasmaChanged(int what, int /*detail*/)
 {
     constexpr int colors = 0;
@@ -145,9 +145,9 @@ void Appearance::take(const QVariant& value)
     apply();
 }
 
-// The portal's word counts most; one that prefers nothing leaves it to the
-// theme. Where neither says dark the toolkit's own palette stands, unless it is
-// from before a change: the toolkit reads Plasma's colours once.
+// A preference of the portal or Plasma comes first; without one, the theme
+// decides. If neither is dark, the toolkit's own palette is used, unless it is
+// dark and outdated: the toolkit reads Plasma's colours only once.
 void Appearance::apply()
 {
     const bool dark = preference == preferDark || (preference != preferLight && theme.isDark());

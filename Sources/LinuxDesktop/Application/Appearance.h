@@ -9,10 +9,10 @@
 
 namespace stemvault {
 
-/// Has the windows light or dark as the rest of the desktop, and follows its
-/// changes: the settings portal, Plasma's colours, or else the theme of GTK's
-/// windows. What the toolkit itself finds out at the start stands until one of
-/// them says otherwise. Asks the portal without waiting.
+/// Makes the windows light or dark like the rest of the desktop and follows
+/// changes, using the settings portal, Plasma's colours, or else the GTK theme.
+/// The palette that the toolkit chooses at the start is kept until one of them
+/// differs. Asks the portal without blocking.
 class Appearance final : public QObject {
     Q_OBJECT
 public:
@@ -29,7 +29,7 @@ private:
     QDBusConnection bus;
     DesktopTheme theme;
     const QPalette toolkitsOwn;
-    uint preference = 0; ///< What the portal or Plasma says; 0 for nothing.
+    uint preference = 0; ///< The preference that the portal or Plasma announced; 0 for none.
     bool hasBeenDark = false;
 };
 

@@ -4,7 +4,7 @@
 
 namespace stemvault {
 
-// Launchers that know both kinds of token send the same one twice.
+// Launchers that support both kinds of token send the same token as both.
 void ApplicationAdaptor::Activate(const QVariantMap& platformData)
 {
     const QByteArray token = platformData.value("activation-token").toByteArray();

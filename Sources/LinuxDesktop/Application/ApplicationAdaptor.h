@@ -7,9 +7,8 @@
 
 namespace stemvault {
 
-/// What a desktop may ask of the running program by its bus name, as it asks every program that the
-/// bus starts. There is nothing to open and there are no further actions: each of them
-/// activates the program.
+/// The D-Bus interface by which a desktop controls a running program that the bus can start. This
+/// program opens no files and has no further actions, so each method only activates it.
 class ApplicationAdaptor final : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")

@@ -13,7 +13,7 @@ class ApplicationIcon {
 public:
     void setImage(const Image& chosen);
 
-    /// A null icon as long as none was chosen. Main thread only.
+    /// A null icon until an image has been set. Main thread only.
     [[nodiscard]] QIcon icon();
 
 private:

@@ -12,8 +12,8 @@ namespace stemvault {
 
 namespace {
 
-// A service that asks the user something runs inside the event loop of the one before, so there
-// must be an end to it. Nobody answers this many questions at once; the rest wait their turn.
+// A service that asks the user something runs inside the event loop of the previous one, so the
+// nesting must be limited. Users do not answer this many questions at once; further calls wait.
 constexpr int maxUnderWay = 8;
 
 Pasteboard pasteboardOf(const QStringList& uris)

@@ -12,21 +12,21 @@ namespace stemvault {
 
 class ServicesProvider;
 
-/// The program's services on the session bus, where the entries in the file managers ask for them.
+/// The program's services on the session bus, which the menu entries in file managers call.
 /// Main thread only.
 class DBusServices final : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "net.stemvault.Connect.Services1")
 public:
-    /// On the bus from now on. Calls that come before there is a provider wait for it.
+    /// Registers the services on the bus. Calls wait until a provider is set.
     explicit DBusServices(QDBusConnection sessionBus);
 
     /// Not owned.
     void setProvider(ServicesProvider* chosen);
 
-    /// Performs the service of this message name on a selection of file URIs; what is no file of
-    /// this machine is passed over. The reply, an error text for the user or nothing, comes when
-    /// the service is done. Other calls are taken meanwhile.
+    /// Performs the service of this message name on a selection of file URIs. URIs that are not
+    /// files on this machine are ignored. The reply, an error text for the user or an empty text,
+    /// is sent when the service is done. Other calls are handled meanwhile.
     Q_SLOT Q_SCRIPTABLE QString Perform(const QString& service, const QStringList& uris);
 
 private:

@@ -18,8 +18,8 @@ template <typename T> std::unique_ptr<T, decltype(&std::free)> owned(T* answer)
     return { answer, &std::free };
 }
 
-/// Reads the fields of an XSETTINGS text one after the other; none once one
-/// reaches past the end.
+/// Reads the fields of an XSETTINGS text one after the other. Once a field
+/// reaches past the end, it and all later ones are empty.
 class Fields {
 public:
     explicit Fields(std::string_view whole) : rest(whole)
@@ -51,7 +51,7 @@ public:
         return taken;
     }
 
-    /// Of a size that is filled up to a multiple of four.
+    /// Reads a text that is padded to a multiple of four bytes.
     [[nodiscard]] std::string_view paddedText(std::size_t size)
     {
         const std::string_view taken = text(size);
@@ -82,8 +82,8 @@ std::optional<bool> preferenceInFile()
 
 } // namespace
 
-// A byte for the order of bytes and three unused, a serial number, the count of
-// the settings. Each: type, name with its size before it, serial number, value.
+// The text holds the byte order (one byte), three unused bytes, a serial number and
+// the number of settings. Each setting: type, size of the name, name, serial number, value.
 std::optional<std::string> themeOfXSettings(std::string_view settings)
 {
     Fields fields(settings);

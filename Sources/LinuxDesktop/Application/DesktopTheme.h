@@ -12,16 +12,16 @@
 namespace stemvault {
 
 /// The name of the theme in the settings that an X11 desktop publishes
-/// (XSETTINGS); absent where there is none, or the text is malformed.
+/// (XSETTINGS); absent if there is none or the text is malformed.
 [[nodiscard]] std::optional<std::string> themeOfXSettings(std::string_view settings);
 
-/// Whether a theme of this name is a dark one: the word is a part of its name,
-/// as in Adwaita-dark.
+/// Whether a theme of this name is dark: the name contains the word "dark", as
+/// in Adwaita-dark.
 [[nodiscard]] bool isDarkTheme(std::string_view name);
 
-/// The theme of GTK's windows, as desktops that know no other light and dark
-/// announce it: by XSETTINGS, where changes are followed over a connection of
-/// its own, and by GTK's own settings file. Main thread only.
+/// The GTK theme, for desktops without another setting for light and dark. Reads
+/// XSETTINGS, and follows its changes over a separate X connection, and GTK's
+/// settings file. Main thread only.
 class DesktopTheme final : public QObject {
     Q_OBJECT
 public:

@@ -2,10 +2,10 @@
 
 #include <QString>
 
-/// How the desktop knows the program.
+/// The names by which the desktop knows the program.
 namespace stemvault::identity {
 
-/// Names the desktop entry, the icon and the program on the bus.
+/// The name of the desktop entry and of the icon, and the program's name on the bus.
 inline const QString applicationId = QStringLiteral("net.stemvault.Connect");
 inline const QString objectPath = QStringLiteral("/net/stemvault/Connect");
 inline const QString servicesPath = QStringLiteral("/net/stemvault/Connect/Services1");

@@ -15,11 +15,11 @@ namespace stemvault {
 
 namespace {
 
-// Long enough for the question that follows an answer, such as whether to replace a file.
+// Long enough for a question that follows an answer, such as whether to replace a file.
 constexpr std::chrono::seconds inFrontTime { 5 };
 constexpr int cascade = 28;
 
-// What is minimised would be forgotten, with files waiting behind it.
+// No minimise button: a minimised question would be forgotten while files wait for its answer.
 constexpr auto frameOfModalWindow = Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint
     | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint | Qt::WindowStaysOnTopHint;
 
@@ -44,7 +44,7 @@ int ModalWindows::run(QDialog& window)
     place(window);
     open.push_back(&window);
     const int result = window.exec();
-    open.pop_back(); // Windows opened meanwhile are gone already: their loops ran inside this one.
+    open.pop_back(); // Later windows are already closed, because their loops ran inside this one.
     stayInFront();
     return result;
 }
@@ -72,8 +72,8 @@ void ModalWindows::stayInFront()
     inFrontUntil.setRemainingTime(inFrontTime);
 }
 
-// A third of the way down the screen the user is at; a later window is set off from the one below,
-// and the window manager is told to keep it above that one.
+// Places the first window a third of the way down the screen that holds the pointer. A later window
+// is offset from the one below, and the window manager is told to keep it above that one.
 void ModalWindows::place(QDialog& window) const
 {
     const QRect area = screenOfUser().availableGeometry();

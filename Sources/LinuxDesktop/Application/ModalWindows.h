@@ -9,28 +9,28 @@ class QDialog;
 
 namespace stemvault {
 
-/// The modal windows that are open, the latest on top, and whether the program is in front of the
-/// others: while one of its windows has the keyboard, and for a moment after the user answered one
-/// or the program asked to be in front. A window that opens then takes the keyboard; any other one
-/// only shows itself above all windows. Main thread only.
+/// The open modal windows, the latest on top. The program counts as in front while one of its
+/// windows has the keyboard focus, and for a few seconds after the user answered a window or the
+/// program asked to be in front. A window that opens then takes the focus; any other window is only
+/// shown above all others. Main thread only.
 class ModalWindows {
 public:
-    /// How long the keyboard and the mouse must be quiet before they answer; see AnswerGuard.
-    /// Longer than the gaps in typing, shorter than it takes to read the question.
+    /// How long keys and clicks do not answer a window at first; see AnswerGuard. Longer than the
+    /// gaps in typing, shorter than it takes to read the question.
     static constexpr std::chrono::milliseconds usualQuietTime { 400 };
 
     explicit ModalWindows(std::chrono::milliseconds quietTime = usualQuietTime) : quiet(quietTime)
     {
     }
 
-    /// Runs an event loop until the window is done or the program ends; the window's result, or 0
-    /// when it was closed without one.
+    /// Runs an event loop until the window is done or the program ends. Returns the result of the
+    /// window, or 0 if it was closed without one.
     [[nodiscard]] int run(QDialog& window);
 
-    /// Brings the open window to the front, and the next to open.
+    /// Brings the topmost window to the front, and also a window that opens soon after.
     void activate();
 
-    /// Ends every open window, the latest first; later ones are never shown.
+    /// Closes every open window, the latest first. No window is shown after that.
     void stop();
 
 private:

@@ -16,8 +16,8 @@ namespace {
 
 std::function<void()> onAbruptExit; ///< Set while the event loop runs.
 
-// The toolkit exits from within its event loop when the display is gone. Nothing is left to unwind
-// then, and worker threads still run: the process ends without destroying what they use.
+// The toolkit calls exit from its event loop when the display is lost. The stack is not unwound
+// then and worker threads still run, so the process ends without destroying what they use.
 void endWithoutDisplay()
 {
     if (!onAbruptExit)
@@ -88,8 +88,8 @@ void QtApplication::reopen()
         delegate->applicationShouldHandleReopen();
 }
 
-// The delegate is told first, so that nothing of it is at work any more when the answers of open
-// windows unwind.
+// Notifies the delegate first, so that its work has stopped by the time the open windows close and
+// their callers return.
 void QtApplication::terminate()
 {
     if (std::exchange(isTerminating, true))
@@ -109,8 +109,8 @@ void QtApplication::notifyWillTerminate()
         lastWork();
 }
 
-// Whatever asks the toolkit to quit, a session manager or a desktop's shell, ends the program in
-// the one way.
+// If a session manager or a desktop shell asks the toolkit to quit, the program ends through
+// `terminate`.
 bool QtApplication::eventFilter(QObject* watched, QEvent* event)
 {
     if (watched != qApp || event->type() != QEvent::Quit)
@@ -119,8 +119,8 @@ bool QtApplication::eventFilter(QObject* watched, QEvent* event)
     return true;
 }
 
-// The session may still be kept, so nothing ends here; what it ends with is a quit event. All there
-// is to save is settings on their way to the disk.
+// The session may still continue, so nothing is closed here; if it ends, a quit event follows. Only
+// settings that are not on the disk yet need to be saved.
 void QtApplication::endOfSession(QSessionManager& manager)
 {
     manager.setRestartHint(QSessionManager::RestartNever);

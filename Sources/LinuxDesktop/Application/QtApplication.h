@@ -14,20 +14,20 @@ namespace stemvault {
 
 class DBusServices;
 
-/// Made once the toolkit's application object stands. Besides `terminate`, these end the program in
-/// good order: SIGTERM, SIGINT and SIGHUP, the end of the desktop session, and the loss of the
-/// display.
+/// Construct it after the toolkit's application object. Besides `terminate`, these end the program
+/// in an orderly way: SIGTERM, SIGINT and SIGHUP, the end of the desktop session, and the loss of
+/// the display.
 class QtApplication final : public QObject, public Application {
 public:
-    /// `lastWork` is run once, after the delegate was told of the end.
+    /// `finalWork` runs after `applicationWillTerminate`, and whenever the session is about to end.
     QtApplication(
         ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> finalWork);
     ~QtApplication() override;
 
     void setDelegate(ApplicationDelegate* chosen) override;
 
-    /// No policy lets the program end with its last window. An accessory's alerts are in the task
-    /// list all the same, or one that another window hides would be lost.
+    /// Has no effect. The program never ends with its last window, and even an accessory's alerts
+    /// are in the task list, because one that is hidden by another window would be lost otherwise.
     void setActivationPolicy(ActivationPolicy policy) override;
 
     void setServicesProvider(ServicesProvider* provider) override;
@@ -36,7 +36,7 @@ public:
     void run() override;
     void terminate() override;
 
-    /// The user has started the program once more.
+    /// Call it when the user has started the program again.
     void reopen();
 
     [[nodiscard]] ApplicationIcon& applicationIcon() { return iconOfWindows; }

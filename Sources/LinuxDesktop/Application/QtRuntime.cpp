@@ -15,11 +15,11 @@ namespace stemvault {
 
 namespace {
 
-// What is drawn is kept in case it is drawn again. The default is ten times as much, and over the
-// days a program that shows a window now and then would fill it.
+// The limit of the toolkit's pixmap cache. The default is ten times as much, and a program that
+// shows a window now and then would fill it over several days.
 constexpr int keptDrawings = 1024; // In KiB.
 
-// The toolkit's part for Wayland is a package of its own, which a desktop need not bring along.
+// The toolkit's Wayland support is a separate package, which a Wayland desktop need not install.
 bool lacksWayland()
 {
     const QDir plugins(QLibraryInfo::path(QLibraryInfo::PluginsPath) + "/platforms");
@@ -27,8 +27,8 @@ bool lacksWayland()
         && plugins.entryList({ "libqwayland*" }).isEmpty();
 }
 
-// The toolkit complains at length about each platform that it cannot use and then aborts, which
-// would leave a crash report behind where a display is merely not there yet.
+// The toolkit prints a long message about each platform that it cannot use and then aborts, which
+// would leave a crash report when there is merely no display yet.
 void exitOnFatalMessage(
     QtMsgType type, const QMessageLogContext& /*context*/, const QString& /*text*/)
 {
@@ -56,9 +56,9 @@ QtRuntime::QtRuntime(std::string programName) : name(std::move(programName))
 
 QtRuntime::~QtRuntime() = default;
 
-// An X display first, if only one within a Wayland desktop: there an alert that nobody clicked for
-// can come to the front. Said by argument, as the environment is for our child processes too; the
-// user's own choice in the environment counts more.
+// Prefers an X display, even one inside a Wayland desktop, because there an alert can come to the
+// front without a click. Passes that as an argument, because child processes would inherit an
+// environment variable. The user's own choice in the environment takes precedence.
 void QtRuntime::choosePlatform()
 {
     if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))

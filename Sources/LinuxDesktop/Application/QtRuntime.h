@@ -8,8 +8,8 @@ class QApplication;
 
 namespace stemvault {
 
-/// The toolkit's application object. Where there is no display to show windows on, making it ends
-/// the process: one line on standard error, status 1.
+/// Owns the toolkit's application object. If there is no display to show windows on, constructing
+/// it prints one line on standard error and ends the process with status 1.
 class QtRuntime {
 public:
     explicit QtRuntime(std::string programName);
@@ -23,7 +23,7 @@ private:
     std::string name;
     std::string option = "-platform";
     std::string platforms = "xcb;wayland";
-    std::array<char*, 4> arguments {}; ///< The toolkit keeps pointers to these two.
+    std::array<char*, 4> arguments {}; ///< The toolkit keeps pointers to this and `argumentCount`.
     int argumentCount = 1;
     std::unique_ptr<QApplication> application;
 };

@@ -15,7 +15,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr int askingTime = 5000; ///< Milliseconds that the running instance has to answer.
+constexpr int askingTime = 5000; ///< Milliseconds to wait for the running instance's answer.
 
 QVariantMap platformData()
 {
@@ -53,7 +53,7 @@ SingleInstance::SingleInstance(QDBusConnection sessionBus)
 
 SingleInstance::~SingleInstance() = default;
 
-// The object is there before the name is: whoever sees the name can already be answered.
+// Registers the object before the name, so that a program that sees the name gets an answer.
 SingleInstance::Claim SingleInstance::claim()
 {
     if (!bus.isConnected())
@@ -75,8 +75,8 @@ void SingleInstance::onActivate(std::function<void()> work)
     adaptor.onActivate = std::move(work);
 }
 
-// Without a runtime folder there is no session to be alone in, and the lock of another user, or
-// behind a link that one has made, says nothing about this user's session.
+// Without a runtime folder there is no place for a lock. A lock file of another user, or behind a
+// link that another user made, proves nothing about this user's session and is ignored.
 SingleInstance::Claim SingleInstance::claimLock()
 {
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");

@@ -13,8 +13,8 @@ namespace stemvault {
 
 class ApplicationAdaptor;
 
-/// Sees to it that a user runs the program once in a session: by the program's name on the session
-/// bus, or without a bus, by a lock in the user's runtime folder.
+/// Ensures that the program runs only once in a session, by its name on the session bus or, without
+/// a bus, by a lock file in the user's runtime folder.
 class SingleInstance {
 public:
     explicit SingleInstance(QDBusConnection sessionBus);
@@ -24,16 +24,16 @@ public:
 
     enum class Claim {
         Granted,
-        OtherInstance, ///< Has the name, and has been told. This one is to end.
-        ForeignProgram, ///< Has the name, and does not answer as an instance would.
+        OtherInstance, ///< Already runs; has been activated if there is a bus. This one must end.
+        ForeignProgram, ///< Owns the name, but does not answer as an instance would.
     };
 
     [[nodiscard]] Claim claim();
 
-    /// Lets go of the name: who starts the program from now on gets a new one.
+    /// Releases the name and the lock. Starting the program after that creates a new instance.
     void release();
 
-    /// Called on the main thread when the user starts the program once more.
+    /// Sets the function to call on the main thread when the user starts the program again.
     void onActivate(std::function<void()> work);
 
 private:

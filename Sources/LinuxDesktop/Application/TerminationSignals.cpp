@@ -16,7 +16,8 @@ constexpr std::array handled { SIGTERM, SIGINT, SIGHUP };
 
 volatile std::sig_atomic_t counterDescriptor = -1;
 
-// Nothing but a write is safe here; what interrupted code sees of errno must not change.
+// Only async-signal-safe calls such as write are allowed here. The interrupted code's errno must
+// not change.
 void countSignal(int /*number*/)
 {
     const int kept = errno;

@@ -10,7 +10,8 @@
 namespace stemvault {
 
 /// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call from the event
-/// loop. A signal that the starter of the program had it ignore stays ignored. One at a time.
+/// loop. A signal that was ignored when the program started stays ignored. Only one object of this
+/// class may exist at a time.
 class TerminationSignals {
 public:
     explicit TerminationSignals(std::function<void()> terminate);
