@@ -11,8 +11,8 @@ namespace stemvault {
 
 namespace {
 
-constexpr qsizetype headerSize = 8; ///< Four letters and the size, header included, big-endian.
-constexpr int largestUseful = 256; ///< Pixels: the largest picture drawn, on a screen of 400 %.
+constexpr qsizetype headerSize = 8; ///< Four letters and the big-endian size, header included.
+constexpr int largestUseful = 256; ///< In pixels: the largest icon drawn, on a screen at 400 %.
 const QByteArray pngMark("\x89PNG\r\n\x1A\n", 8);
 
 quint32 sizeAt(const QByteArray& file, qsizetype offset)

@@ -6,15 +6,15 @@
 
 namespace stemvault {
 
-/// The PNG images inside an icon container ("icns"), as they are, in the order of the file. Empty
-/// when it is not one, is cut short, or holds only images in other forms.
+/// The undecoded PNG images in an icon container ("icns"), in the order of the file. Empty if it is
+/// not such a container, is truncated, or holds only images in other formats.
 [[nodiscard]] QByteArrayList pngsInIcns(const QByteArray& file);
 
-/// The icon in an image file of any kind that can be read; a container gives all its sizes that a
-/// screen can use. A null icon when there is none.
+/// The icon in an image file of any readable format. From a container, it has all sizes that a
+/// screen can use. A null icon if there is none.
 [[nodiscard]] QIcon iconFromFile(const QString& path);
 
-/// Whether an image can be read from the file. Decodes the smallest one it holds.
+/// Whether an image can be read from the file. Of a container, only the smallest image is decoded.
 [[nodiscard]] bool isReadableImage(const QString& path);
 
 } // namespace stemvault
