@@ -27,7 +27,7 @@ QPainterPath triangle(const QRectF& box)
     return path;
 }
 
-// A triangle with round corners: the pen that fills its edge has round joins.
+// A triangle with round corners, because the pen that draws its edge has round joins.
 void drawBadge(QPainter& painter, const QRectF& box, const QColor& fill, const QColor& rim)
 {
     const qreal corner = box.width() * 0.16;

@@ -7,8 +7,8 @@
 
 namespace stemvault {
 
-/// The large picture at the left of an alert: an icon, with a badge where the alert warns. Drawn
-/// anew for each screen, so that it is sharp on all of them.
+/// The large picture at the left of an alert: an icon, with a badge unless the alert is
+/// informational. It is drawn from the icon at each painting, so that it is sharp on every screen.
 class AlertIcon final : public QWidget {
 public:
     AlertIcon(QIcon shown, AlertStyle alertStyle, int size);

@@ -32,8 +32,8 @@ constexpr int columnCharacters = 50;
 constexpr int narrowestButton = 84;
 constexpr int buttonPadding = 16;
 
-/// A scroll meant for the window below must not change where a file goes. Return belongs to the
-/// alert's default button; on most desktops the toolkit would open the list by it instead.
+/// Ignores the wheel, because scrolling meant for the window below must not change where a file
+/// goes. Leaves Return to the alert's default button; on most desktops it would open the list.
 class SteadyComboBox final : public QComboBox {
 protected:
     void wheelEvent(QWheelEvent* event) override { event->ignore(); }
@@ -52,14 +52,15 @@ int controlHeight(const QWidget& window)
     return window.fontMetrics().height() + 13;
 }
 
-/// The style cuts what is too long for the box; this leaves the ending, which tells names apart.
+/// Elides an item that is too long for the box in the middle. The style would cut off its ending,
+/// which often is what distinguishes names.
 QString fitting(const QString& item, const QWidget& box, int width)
 {
     constexpr int frameAndArrow = 48;
     return box.fontMetrics().elidedText(item, Qt::ElideMiddle, width - frameAndArrow);
 }
 
-/// A text that is too long for the screen scrolls, so that the buttons below it stay in reach.
+/// Makes a text that is too long for the screen scroll, so that the buttons below it stay visible.
 QScrollArea* scrollArea(TextBlock* text, int height)
 {
     auto* area = new QScrollArea;
@@ -87,7 +88,7 @@ QFont messageFont(QFont font)
     return font;
 }
 
-/// Has screen readers announce the window as an alert: at once, with its texts.
+/// Makes screen readers announce the window as an alert, that is at once and with its texts.
 QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
 {
     if (className != QLatin1String(AlertWindow::staticMetaObject.className()))
@@ -168,7 +169,7 @@ void AlertWindow::addAccessory(const TextField& accessory, QBoxLayout& column)
     textField->selectAll();
 }
 
-// At least as large as the frame asks; the column may give it more.
+// Makes the control at least as large as the frame; the column may make it larger.
 void AlertWindow::addControl(QWidget& control, const Frame& frame, QBoxLayout& column)
 {
     control.setMinimumSize(static_cast<int>(frame.width),
@@ -178,7 +179,7 @@ void AlertWindow::addControl(QWidget& control, const Frame& frame, QBoxLayout& c
     column.addWidget(&control);
 }
 
-// The default button stands rightmost, where the eye ends; the keyboard and a screen reader go
+// The default button is the rightmost, where reading ends. The keyboard and screen readers go
 // through the buttons in the alert's own order.
 void AlertWindow::addButtons(const std::vector<std::string>& titles, QBoxLayout& rows)
 {

@@ -18,22 +18,23 @@ namespace stemvault {
 
 class TextBlock;
 
-/// An alert on the screen. Its result is a response of the alert, or 0 when it was closed without a
-/// button. Return presses the default button, Escape the one titled "Cancel". A lone button is also
-/// pressed by Escape and by closing the window. Copying copies the texts. A long text scrolls, by
-/// the page keys too.
+/// The window of an alert. Its result is a response of the alert, or 0 if it was closed without a
+/// button. Return presses the default button, Escape the one titled "Cancel". A single button is
+/// also pressed by Escape and by closing the window. The copy shortcut copies the texts. A long
+/// text scrolls, also with the page keys.
 class AlertWindow final : public QDialog {
     Q_OBJECT
 public:
     AlertWindow(const Alert& alert, const QIcon& icon);
 
-    /// The pop-up button's; -1 without one.
+    /// The index of the pop-up button's selected item; -1 without a pop-up button.
     [[nodiscard]] int indexOfSelectedItem() const;
 
-    /// The text field's. One that the user left alone keeps what no control can show.
+    /// The text of the text field. If the user did not change it, this is the exact initial text,
+    /// including characters that the field cannot show.
     [[nodiscard]] std::string text() const;
 
-    /// Escape, and closing by the window manager, come here.
+    /// Called when the window is closed without a button, for example by the window manager.
     void reject() override;
 
 protected:
@@ -51,7 +52,7 @@ private:
     QPushButton* escapeButton = nullptr;
     QComboBox* popUp = nullptr;
     QLineEdit* textField = nullptr;
-    QScrollBar* scrollBar = nullptr; ///< Of a text that is too long for the screen.
+    QScrollBar* scrollBar = nullptr; ///< Exists only if the text is too long for the screen.
     std::string initialText;
     QString shownText; ///< The initial text as the field shows it.
     TextBlock* message = nullptr;

@@ -25,7 +25,8 @@ namespace {
 
 constexpr int margin = 16;
 
-/// The folder, or the nearest one above it, that exists and that the toolkit can name.
+/// The folder, or the nearest one above it, that exists and whose path the toolkit can represent.
+/// The home folder if there is none.
 QString startFolder(const std::optional<FileURL>& asked)
 {
     for (std::string path = asked ? asked->path() : "/"; path != "/";
@@ -75,7 +76,7 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     resize(720, 480);
 }
 
-// The toolkit reads folders on a thread, and waits for that when the panel is destroyed.
+// The toolkit reads folders on a thread, and destroying the panel blocks until that is done.
 void OpenPanelWindow::watchReading()
 {
     const auto* model = findChild<QFileSystemModel*>();
@@ -104,7 +105,7 @@ OpenPanelWindow::~OpenPanelWindow()
     setSidebarUrls(usualPlaces);
 }
 
-// The user's bookmarks and drives, as file managers list them.
+// Adds the user's bookmarks and drives, as file managers list them.
 void OpenPanelWindow::addPlaces()
 {
     usualPlaces = sidebarUrls();
@@ -116,7 +117,7 @@ void OpenPanelWindow::addPlaces()
     });
 }
 
-// The message takes a new first row; everything that the toolkit laid out moves down by one.
+// Puts the message into a new first row and moves everything that the toolkit laid out down by one.
 void OpenPanelWindow::showMessage(const QString& message)
 {
     auto* grid = qobject_cast<QGridLayout*>(layout());
@@ -143,7 +144,7 @@ void OpenPanelWindow::showMessage(const QString& message)
     grid->addWidget(label, 0, 0, 1, columns);
 }
 
-// Neither sizes nor kinds of files say anything here: the names take their place.
+// Hides sizes and kinds, which are meaningless for folders, and gives their space to the names.
 void OpenPanelWindow::showOnlyFolders()
 {
     constexpr int size = 1, kind = 2;
@@ -158,7 +159,7 @@ void OpenPanelWindow::showOnlyFolders()
             widget->hide();
 }
 
-// The toolkit's panel offers to rename and to delete for good, also by a key; neither belongs here.
+// Disables renaming and permanent deletion, which the toolkit's panel offers, and the Delete key.
 void OpenPanelWindow::keepFromDeleting()
 {
     for (const char* name : { "qt_delete_action", "qt_rename_action" })
@@ -168,7 +169,7 @@ void OpenPanelWindow::keepFromDeleting()
         view->installEventFilter(this);
 }
 
-// The side bar's tool tips are paths, such as that of a drive, whose label anyone may have written.
+// The side bar's tool tips are paths, which may contain a drive's label and so untrusted text.
 void OpenPanelWindow::showPlainToolTips()
 {
     for (auto* view : findChildren<QAbstractItemView*>())
@@ -189,7 +190,7 @@ bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
     return QFileDialog::eventFilter(watched, event);
 }
 
-// The toolkit has no such mode for folders, but takes whatever its lists have selected.
+// The toolkit has no mode for several folders, but returns everything that its lists have selected.
 void OpenPanelWindow::allowSeveral()
 {
     for (const char* name : { "listView", "treeView" })

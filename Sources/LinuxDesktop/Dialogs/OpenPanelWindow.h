@@ -11,19 +11,19 @@
 
 namespace stemvault {
 
-/// A panel on the screen: the toolkit's own on every desktop, so that title, message and focus are
-/// the same everywhere. It creates folders where the panel allows it, and deletes nothing.
+/// The window of an open panel: the toolkit's own on every desktop, so that title, message and
+/// focus are the same everywhere. It creates folders if the panel allows it, and deletes nothing.
 class OpenPanelWindow final : public QFileDialog {
 public:
     explicit OpenPanelWindow(const OpenPanel& panel);
     ~OpenPanelWindow() override;
 
-    /// Destroys a window that is done with, though not before it has read the folder that it shows:
-    /// on a drive that does not answer that would wait.
+    /// Destroys a window that is no longer needed as soon as it has read the folder that it shows.
+    /// Destroying it earlier would block while a drive does not respond.
     static void endWhenRead(std::unique_ptr<OpenPanelWindow> window);
 
-    /// What was chosen, as far as it is there. A name that is not UTF-8 cannot be chosen: the
-    /// toolkit knows it only by replacement characters.
+    /// The chosen items that exist. An item whose name is not UTF-8 cannot be chosen, because the
+    /// toolkit represents the name with replacement characters.
     [[nodiscard]] std::vector<FileURL> chosen() const;
 
 protected:
@@ -38,11 +38,11 @@ private:
     void showOnlyFolders();
     void allowSeveral();
 
-    // The toolkit keeps these for all programs.
+    // The toolkit saves these two for all programs, so the destructor restores them.
     QByteArray usualColumns; ///< The state of the columns.
-    QList<QUrl> usualPlaces; ///< What is listed at the side.
-    bool isReading = false; ///< The folder that it shows.
-    bool isLeft = false; ///< To be destroyed when that is read.
+    QList<QUrl> usualPlaces; ///< The entries of the side bar.
+    bool isReading = false; ///< The shown folder is still being read.
+    bool isLeft = false; ///< The window must be destroyed when that is done.
 };
 
 } // namespace stemvault

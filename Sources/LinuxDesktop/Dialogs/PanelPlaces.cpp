@@ -51,7 +51,7 @@ QStringList allPlaces()
     return places.first(std::min(places.size(), maxPlaces));
 }
 
-/// One thread for each place: `exists` may take as long as its drive likes.
+/// Uses one thread for each place, because `isDir` blocks while a drive does not respond.
 void lookFor(const QString& place, const QPointer<QObject>& context,
     const std::shared_ptr<std::function<void(const QString&)>>& work)
 {

@@ -9,21 +9,21 @@
 
 namespace stemvault {
 
-// What file managers list at the side: the folders the user has bookmarked, and drives.
+// The places that file managers list in their side bars: the user's bookmarked folders, and drives.
 
-/// The folders in a list of bookmarks as GTK's file managers keep it: a URL and perhaps a name on
-/// each line. Those of other machines are left out. Pure.
+/// The folders in the bookmarks file of GTK's file managers: each line has a URL and optionally a
+/// name. Folders of other machines are left out. Pure.
 [[nodiscard]] QStringList foldersInGtkBookmarks(const QByteArray& text);
 
-/// The folders in KDE's list of places, an XBEL document; those that are hidden are left out. Pure.
+/// The folders in KDE's list of places, an XBEL document; hidden ones are left out. Pure.
 [[nodiscard]] QStringList foldersInKdePlaces(const QByteArray& xbel);
 
-/// The drives among these mount points: what lies where drives of the user are mounted. Pure.
+/// The drives among these mount points: those below the folders where desktops mount drives. Pure.
 [[nodiscard]] QStringList drivesAmong(const QStringList& mountPoints);
 
 /// Reads the places of this user in the background and calls `work` on the main thread once for
-/// each that is there; for none once `context` is gone. A place on a drive that does not answer
-/// holds up itself alone.
+/// each place that exists, as long as `context` does. An unresponsive drive delays only the places
+/// on it.
 void findPanelPlaces(QObject* context, std::function<void(const QString& folder)> work);
 
 } // namespace stemvault

@@ -19,7 +19,7 @@ AlertAnswer QtDialogs::runModal(const Alert& alert)
 
 OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
 {
-    static_cast<void>(applicationIcon.icon()); // The panel's window bears it.
+    static_cast<void>(applicationIcon.icon()); // Loads the icon of the panel's window.
     auto window = std::make_unique<OpenPanelWindow>(panel);
     const bool isAccepted = windows.run(*window) == QDialog::Accepted;
     const std::vector<FileURL> urls = isAccepted ? window->chosen() : std::vector<FileURL>();
@@ -29,8 +29,8 @@ OpenPanelAnswer QtDialogs::runModal(const OpenPanel& panel)
     return { ModalResponse::ok, urls.front(), urls };
 }
 
-// Nearly every alert bears the same icon. One that is read anew each time leaves its drawings in
-// the toolkit's cache each time.
+// Keeps the icon that was shown last, because nearly every alert has the same one. Reading it anew
+// each time would add new pixmaps to the toolkit's cache each time.
 QIcon QtDialogs::iconOf(const Alert& alert)
 {
     QIcon usual = applicationIcon.icon();

@@ -24,7 +24,7 @@ private:
     ModalWindows& windows;
     ApplicationIcon& applicationIcon;
     Image shownLast;
-    QIcon iconShownLast; ///< Absent until an alert with an icon of its own has been shown.
+    QIcon iconShownLast; ///< Null until an alert that specifies an icon has been shown.
 };
 
 } // namespace stemvault

@@ -20,14 +20,14 @@ TextBlock::TextBlock(QString shown, int width, const QFont& font) : content(std:
     setFixedHeight(qCeil(layout.boundingRect().height()));
 }
 
-// The text of a label with a buddy has its ampersands taken for marks of shortcuts.
+// In a label with a buddy, a single ampersand would mark a shortcut.
 void TextBlock::nameControl(QWidget& control)
 {
     setText(QString(content).replace(u'&', QStringLiteral("&&")));
     setBuddy(&control);
 }
 
-// The layout is made anew for each painting: a label is painted a few times.
+// The layout is not kept between paintings, because a label is painted only a few times.
 void TextBlock::setUp(QTextLayout& layout) const
 {
     QTextOption option(Qt::AlignLeft);

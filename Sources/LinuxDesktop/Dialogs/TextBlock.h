@@ -6,13 +6,13 @@ class QTextLayout;
 
 namespace stemvault {
 
-/// A label of plain text as wide as it is told to be. Unlike its base it breaks a long name that
-/// has no blank in it, and takes no character of its text for a sign.
+/// A plain-text label of fixed width. Unlike QLabel, it breaks long names that contain no space,
+/// and no character of its text has a special meaning.
 class TextBlock final : public QLabel {
 public:
     TextBlock(QString shown, int width, const QFont& font);
 
-    /// Gives a control its accessible name: this text.
+    /// Makes this text the accessible name of a control.
     void nameControl(QWidget& control);
 
 protected:
