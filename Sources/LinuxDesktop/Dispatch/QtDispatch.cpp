@@ -15,17 +15,17 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Far more than are ever busy: a stuck tool or a drive that does not answer keeps its thread.
+// Far more than are normally busy, because a stuck tool or an unresponsive drive keeps its thread.
 constexpr int utilityThreads = 16;
 constexpr auto utilityThreadExpiry = 5s;
-// Most looks take less; one that takes longer may hang.
+// Most droppable work takes less; work that takes longer may be stuck.
 constexpr auto timeForLooksAtEnd = 200ms;
 constexpr int utilityNiceness = 5;
 
 const QEvent::Type wakeUp = static_cast<QEvent::Type>(QEvent::registerEventType());
 
-// On Linux a thread of the default scheduling class has no priority but its niceness, which the
-// tools it starts take over.
+// On Linux, the only priority of a thread in the default scheduling class is its niceness, which
+// the tools that it starts inherit.
 void becomeUtilityThread()
 {
     thread_local bool done = false;
@@ -69,7 +69,7 @@ QtDispatch::QtDispatch() : droppedPool(makePool()), finishedPool(makePool()) { }
 
 QtDispatch::~QtDispatch()
 {
-    // Destroying a busy pool waits for it; a stuck one is left to the end of the process.
+    // Destroying a busy pool would block, so if work is stuck, the pools are leaked.
     if (finish(0ms))
         return;
     static_cast<void>(droppedPool.release());
@@ -102,7 +102,7 @@ bool QtDispatch::event(QEvent* event)
     return true;
 }
 
-// Runs what was asked for before this turn; what is asked for meanwhile has its own turn, so that
+// Runs the work that is queued now. Work that is queued meanwhile waits for the next event, so that
 // windows are served in between.
 void QtDispatch::runMainQueue()
 {
@@ -116,8 +116,8 @@ void QtDispatch::runMainQueue()
         work();
 }
 
-// With work left behind the piece taken, another event goes out first: should the piece run an
-// event loop of its own, that loop goes on with the queue.
+// If more work is queued behind the piece taken, posts another event first, so that a nested event
+// loop run by the piece continues with the queue.
 Work QtDispatch::takeMainWork(std::uint64_t end)
 {
     const std::scoped_lock lock(mutex);
@@ -138,7 +138,8 @@ void QtDispatch::mainAsyncAfter(std::chrono::milliseconds delay, Work work)
         armDelayTimer();
 }
 
-// Always a new timer: one whose event is being handled stays silent in event loops run by the work.
+// Always starts a new timer, because one whose event is being handled does not fire in an event
+// loop that the work runs.
 void QtDispatch::armDelayTimer()
 {
     if (delayed.empty())

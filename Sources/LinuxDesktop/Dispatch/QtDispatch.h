@@ -14,14 +14,14 @@
 
 namespace stemvault {
 
-/// The main queue is served by the event loop, whichever one is running: work behind a piece that
-/// opens a modal window goes on in that window's loop. Made on the main thread once the application
-/// object stands.
+/// The innermost running event loop serves the main queue, so the work behind a piece that opens a
+/// modal window continues in that window's loop. Construct it on the main thread, after the
+/// application object.
 class QtDispatch final : public QObject, public Dispatch {
 public:
     QtDispatch();
 
-    /// What has not run by then is dropped. Background work is not waited for; see `finish`.
+    /// Drops work that has not started. Does not wait for background work; see `finish`.
     ~QtDispatch() override;
 
     [[nodiscard]] WallTime now() const override;
@@ -31,9 +31,9 @@ public:
     [[nodiscard]] std::unique_ptr<Timer> scheduledTimer(
         std::chrono::milliseconds interval, Work work) override;
 
-    /// Gives what is to be finished until `limit` from now, and drops the rest but for what is
-    /// about to end. False when some is still running: then nothing that it may use can be
-    /// destroyed any more.
+    /// Waits up to `limit` for AtEnd::Finished work. Drops queued AtEnd::Dropped work and waits up
+    /// to 200 ms for what is running. False if some work is still running; then nothing that it may
+    /// use can be destroyed any more.
     [[nodiscard]] bool finish(std::chrono::milliseconds limit);
 
 protected:
@@ -49,10 +49,10 @@ private:
     void runDueWork();
     void armDelayTimer();
 
-    std::mutex mutex; ///< Guards the three below.
+    std::mutex mutex; ///< Guards the next three members.
     std::deque<Work> mainQueue;
     std::uint64_t taken = 0; ///< How many pieces have ever left the main queue.
-    bool isWoken = false; ///< An event is on its way that will empty the main queue.
+    bool isWoken = false; ///< An event has been posted that will run the main queue.
 
     std::multimap<SteadyTime, Work> delayed; ///< Equal keys keep the order of insertion.
     QBasicTimer delayTimer;
