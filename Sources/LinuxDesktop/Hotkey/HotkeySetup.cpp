@@ -17,7 +17,7 @@ HotkeySetup::HotkeySetup(
 {
 }
 
-// The folder of an installed executable has programs of others in it, so its neighbour comes last.
+// The folder of an installed executable also holds other programs, so a courier there comes last.
 std::string HotkeySetup::standardCourier()
 {
     const QString folder = QCoreApplication::applicationDirPath();

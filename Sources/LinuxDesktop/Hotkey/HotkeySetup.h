@@ -7,19 +7,19 @@
 
 namespace stemvault {
 
-/// What the user is shown who wants a hotkey for the selection: the entry for it in the desktop's
-/// own list of shortcuts, where it waits for a key.
+/// Helps the user set up a hotkey for the selection: puts an entry without a key into the desktop's
+/// own list of shortcuts, and shows that list.
 class HotkeySetup {
 public:
     /// `courier` is the executable behind the hotkey. `dialogs` must outlive it.
     HotkeySetup(Dialogs& dialogs, const std::string& courier, QDBusConnection bus);
 
-    /// Beside the program's executable in a build tree, in an installation among the programs that
-    /// nobody starts by hand.
+    /// The courier's path: in an installation, in the libexec folder; in a build tree, next to the
+    /// program's executable.
     [[nodiscard]] static std::string standardCourier();
 
-    /// Lists the entry and opens the list; whether that could be opened. Where there is no list
-    /// that it knows, an alert shows the command to bind. Main-queue work goes on meanwhile.
+    /// Adds the entry and opens the list. Returns whether the list could be opened. If the entry
+    /// cannot be added, an alert shows the command to bind. Main-queue work continues meanwhile.
     [[nodiscard]] bool show();
 
 private:

@@ -5,12 +5,13 @@
 
 namespace stemvault {
 
-/// The commands that show the keyboard's shortcuts in the desktops' settings, those of the user's
-/// own desktop first. `currentDesktop` is a list with colons, as XDG_CURRENT_DESKTOP has it.
+/// The commands that show the keyboard shortcuts in the settings of each desktop, those of the
+/// user's own desktop first. `currentDesktop` is a colon-separated list like XDG_CURRENT_DESKTOP.
 [[nodiscard]] std::vector<std::vector<std::string>> keyboardSettingsCommands(
     const std::string& currentDesktop);
 
-/// Starts the first of them that is installed; whether there was one. Does not wait for it.
+/// Starts the first of these commands that is installed, without waiting for it. Returns whether
+/// one was started.
 [[nodiscard]] bool openKeyboardSettings(const std::string& currentDesktop);
 
 } // namespace stemvault

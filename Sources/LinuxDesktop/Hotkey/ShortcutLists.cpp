@@ -15,19 +15,19 @@ namespace stemvault {
 
 namespace {
 
-constexpr int timeToAnswer = 3000; ///< Milliseconds for each answer over the bus.
+constexpr int timeToAnswer = 3000; ///< Milliseconds to wait for each reply over the bus.
 constexpr std::chrono::seconds timeOfTool { 3 };
 
-/// A place of the settings that GNOME and its relatives keep entries in.
+/// Where GNOME and its derivatives keep an entry in their settings.
 struct Settings {
-    QString list; ///< Schema and key of the entries' list; empty where the place alone decides.
-    QString element; ///< What stands for the entry there.
+    QString list; ///< Schema and key of the list of entries; empty if the desktop has no such list.
+    QString element; ///< The element of that list that refers to the entry.
     QString entry; ///< Schema and path of the entry.
     QString commandKey;
 };
 
-/// What a tool of the desktop prints, without white space at its ends. Absent when it is not
-/// installed, fails, or takes more than a few seconds. Runs the event loop meanwhile.
+/// The trimmed output of one of the desktop's tools. Absent if the tool is not installed, fails, or
+/// takes more than a few seconds. Runs the event loop meanwhile.
 std::optional<QString> outputOf(const QString& program, const QStringList& arguments)
 {
     QProcess tool;
@@ -37,7 +37,7 @@ std::optional<QString> outputOf(const QString& program, const QStringList& argum
     QTimer::singleShot(timeOfTool, &loop, &QEventLoop::quit);
     tool.setStandardInputFile(QProcess::nullDevice());
     tool.setStandardErrorFile(QProcess::nullDevice());
-    // Queued, as a failure to start is told from within.
+    // Queued, because `start` may signal a failure before it returns, when no loop would run yet.
     QMetaObject::invokeMethod(
         &tool, [&] { tool.start(program, arguments); }, Qt::QueuedConnection);
     loop.exec();
@@ -63,7 +63,7 @@ bool set(const QString& place, const QString& key, const QString& value)
         .has_value();
 }
 
-/// As a text of GVariant's.
+/// The text as a string in GVariant's text format.
 QString quoted(QString text)
 {
     return u'\'' + text.replace(u'\\', QStringLiteral("\\\\")).replace(u'\'', QStringLiteral("\\'"))
@@ -76,7 +76,7 @@ bool isNoKey(const QString& binding)
         || binding == QLatin1String("['']");
 }
 
-/// The list with one more element; as it is when that is in it.
+/// The list with the element appended if it is not in it yet. Absent if `list` is malformed.
 std::optional<QString> appended(const QString& list, const QString& element)
 {
     if (list.contains(element))
@@ -100,7 +100,7 @@ bool addToList(const Settings& settings)
     return after && (*after == *before || set(schema, key, *after));
 }
 
-// The list comes last: whoever follows it reads the entry then.
+// Changes the list last, because a desktop that watches the list then reads the entry.
 bool addToSettings(const Settings& settings, const Shortcut& shortcut)
 {
     const auto binding = get(settings.entry, QStringLiteral("binding"));
@@ -126,7 +126,7 @@ bool addToGnome(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
         shortcut);
 }
 
-// Its settings take the end of every element for a number.
+// Cinnamon's settings expect every element of the list to end in a number.
 bool addToCinnamon(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
 {
     const auto schema = QStringLiteral("org.cinnamon.desktop.keybindings");
@@ -148,7 +148,7 @@ bool addToMate(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
         shortcut);
 }
 
-// Commands are kept by their key. This one is on no keyboard, and shown as none.
+// Xfce stores commands by their key. VoidSymbol is on no keyboard and is shown as no key.
 bool addToXfce(const Shortcut& shortcut, const QDBusConnection& /*bus*/)
 {
     const auto tool = QStringLiteral("xfconf-query");
@@ -185,7 +185,7 @@ bool isListedInLxqt(const Shortcut& shortcut, const QDBusConnection& bus, qulong
     return answer.size() == 6 && answer.at(5).toString().toStdString() == shortcut.command();
 }
 
-// It lists nothing without a key, so the entry gets one that hardly any keyboard has.
+// LXQt lists no entry without a key, so the entry gets one that hardly any keyboard has.
 bool addToLxqt(const Shortcut& shortcut, const QDBusConnection& bus)
 {
     const QDBusReply<QList<qulonglong>> ids =
@@ -203,7 +203,7 @@ bool addToLxqt(const Shortcut& shortcut, const QDBusConnection& bus)
     return answer.size() == 2 && answer.at(1).toULongLong() != 0;
 }
 
-// What is installed for it is read when the session starts, or when it is named.
+// Plasma reads an installed entry when the session starts, or when the entry is registered by name.
 bool addToPlasma(const Shortcut& shortcut, const QDBusConnection& bus)
 {
     const auto entry = QStringLiteral("net.stemvault.Connect.AddSelection.desktop");
