@@ -62,7 +62,7 @@ LoginItemStatus AutostartEntry::status() const
                                            : LoginItemStatus::NotRegistered;
 }
 
-// Written beside and moved into place, so that no session start reads half of it.
+// Writes a temporary file and renames it, so that no session start reads half of the entry.
 Result<void> AutostartEntry::registerItem()
 {
     if (program.empty())

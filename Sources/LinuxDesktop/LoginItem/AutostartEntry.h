@@ -6,8 +6,8 @@
 
 namespace stemvault {
 
-/// The program's entry in the user's autostart folder. The file alone says how things stand: the
-/// desktops' own settings change it too.
+/// The program's entry in the user's autostart folder. The status is read from the file each time,
+/// because the desktops' own settings change the file too.
 class AutostartEntry final : public LoginItem {
 public:
     /// `folder` need not exist; `executable` is an absolute path.

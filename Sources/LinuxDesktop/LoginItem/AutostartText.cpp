@@ -17,11 +17,11 @@ constexpr Text header = "[Desktop Entry]";
 constexpr std::array ours = { Text("Type"), Text("Exec"), Text("TryExec"), Text("Hidden"),
     Text("X-GNOME-Autostart-enabled"), Text("X-MATE-Autostart-enabled") };
 
-/// As a value of a desktop entry: a backslash begins an escape there, and blanks at the end of a
-/// line do not count.
+/// The text as a value of a desktop entry, in which a backslash begins an escape and blanks at the
+/// end of a line are ignored.
 std::string asValue(Text text)
 {
-    constexpr Text escapes = "\\\\\nn\tt\rr"; // Each with its letter behind it.
+    constexpr Text escapes = "\\\\\nn\tt\rr"; // Pairs of a character and its escape letter.
     std::string value;
     for (const char character : text) {
         const auto escape = escapes.find(character);
@@ -35,7 +35,8 @@ std::string asValue(Text text)
     return value;
 }
 
-/// As the one word of a command line: quoted, and with the field codes' percent sign doubled.
+/// The path as a single word of a command line: quoted, and with each percent sign doubled, because
+/// it begins a field code.
 std::string asCommand(Text path)
 {
     std::string quoted = "\"";
@@ -64,12 +65,12 @@ std::vector<std::pair<Text, std::string>> keysFor(const std::string& executable)
     };
 }
 
-/// A line of the text, with its line end.
+/// A line of the text, including its newline.
 struct Line {
     Text whole;
-    bool isInEntry; ///< Its group is the one that says what to start.
+    bool isInEntry; ///< The line is in the group "[Desktop Entry]".
 
-    /// Empty for a line that sets none.
+    /// Empty if the line sets no key.
     [[nodiscard]] Text key() const
     {
         const bool setsOne =
@@ -107,7 +108,7 @@ bool switchesOff(const Line& line)
             && line.value() == "false");
 }
 
-/// Or says nothing: a key that has no value.
+/// Whether the line sets a key that this program manages, or a key without a value.
 bool isOurs(const Line& line)
 {
     return line.isInEntry && !line.key().empty()
