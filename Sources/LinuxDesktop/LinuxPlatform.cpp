@@ -34,10 +34,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// For a copy that is on its way; one that takes longer is given up, and leaves nothing behind.
+// The time for copies in progress. One that takes longer is abandoned and leaves nothing behind.
 constexpr auto timeForWorkAtEnd = 8s;
 
-// A build tree has no place in the icon theme; its notifications bear the file.
+// In a build tree the icon is not in the icon theme, so notifications show the file instead.
 std::string notificationIcon(const Bundle& bundle)
 {
     return bundle.pathForResource("icons/hicolor/128x128/apps/net.stemvault.Connect", "png")
@@ -52,14 +52,14 @@ std::string symbolFolder(const Bundle& bundle)
 
 } // namespace
 
-/// What the process needs before it knows whether it is the only one.
+/// The parts that the process needs to find out whether it is the only instance.
 struct LinuxPlatform::Session {
     QtRuntime gui { "stemvault-connect" };
-    DBusServices services { QDBusConnection::sessionBus() }; ///< Before the name is claimed.
+    DBusServices services { QDBusConnection::sessionBus() }; ///< Must exist before the name.
     SingleInstance instance { QDBusConnection::sessionBus() };
 };
 
-/// In the order in which one needs the other.
+/// The members are in order of dependency.
 struct LinuxPlatform::Parts {
     explicit Parts(DBusServices& busServices) : services(busServices) { }
 
@@ -115,8 +115,8 @@ LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     session->instance.onActivate([this] { parts->application.reopen(); });
 }
 
-// Nothing may be destroyed under work that still runs. A user who starts the program again
-// meanwhile need not wait for it.
+// If work still runs, the process ends without destroying the objects that the work uses. The name
+// is released first, so that the user can start the program again without waiting.
 LinuxPlatform::~LinuxPlatform()
 {
     session->instance.release();

@@ -6,19 +6,19 @@
 
 namespace stemvault {
 
-/// The Linux desktop as the program sees it, and what joins the program to the session it runs in.
+/// The implementation of Platform for Linux desktops, and the program's place in its session.
 class LinuxPlatform {
 public:
-    /// Joins the session. Null when the program runs in it already: that instance has been told.
-    /// Where there is no display, or where another program has the program's name on the bus, this
-    /// ends the process, with a line on standard error.
+    /// Joins the session. Null if the program already runs in it; with a session bus, that instance
+    /// has then been activated. If there is no display, or another program owns the program's bus
+    /// name, this prints a line on standard error and ends the process.
     [[nodiscard]] static std::unique_ptr<LinuxPlatform> create();
 
     LinuxPlatform(const LinuxPlatform&) = delete;
     LinuxPlatform& operator=(const LinuxPlatform&) = delete;
 
-    /// Gives copies under way a moment to end. Work that takes longer is abandoned with the
-    /// process, which then ends here.
+    /// Waits a few seconds for copies in progress. If background work still runs after that, this
+    /// ends the process.
     ~LinuxPlatform();
 
     [[nodiscard]] const Platform& platform() const;
