@@ -31,7 +31,7 @@ std::optional<Pipe> makePipe()
     return Pipe { FileDescriptor(ends[0]), FileDescriptor(ends[1]) };
 }
 
-/// What the child needs, gathered beforehand: between vfork and exec it may make system calls only.
+/// All that the child needs, prepared because it may make only system calls between vfork and exec.
 struct Plan {
     const char* executable;
     char* const* arguments;
@@ -41,8 +41,8 @@ struct Plan {
     int failure;
 };
 
-/// No signal is let through before the handlers are gone, because a handler would run on the
-/// parent's memory.
+/// Signals stay blocked until the handlers are reset, because a handler would run in the parent's
+/// memory.
 void forgetSignalHandlers()
 {
     struct sigaction standard { };
@@ -79,8 +79,8 @@ void becomeTool(const Plan& plan)
     ::_exit(127);
 }
 
-/// vfork, not posix_spawn, which can set no limits; and not fork, which would copy the page tables
-/// of the whole program for each call.
+/// Uses vfork, because posix_spawn cannot set limits, and fork would copy the page tables of the
+/// whole program at each call.
 [[gnu::noinline]] pid_t spawn(const Plan& plan)
 {
     sigset_t all;
@@ -104,7 +104,7 @@ std::vector<char*> pointersTo(const std::vector<std::string>& texts)
     return pointers;
 }
 
-/// The pipe closes by itself when the tool takes over, and has a byte in it when it could not.
+/// A successful exec closes the pipe; after a failed one, the pipe holds a byte.
 bool wasStarted(const FileDescriptor& failure)
 {
     char byte = 0;
@@ -152,7 +152,7 @@ ChildProcess::ChildProcess(pid_t child, FileDescriptor readingEnd)
 
 void ChildProcess::killGroup() const
 {
-    if (!isCollected) // Until then the group's number is not given out again.
+    if (!isCollected) // Until the child is collected, the group's number is not reused.
         ::kill(-process, SIGKILL);
 }
 

@@ -9,28 +9,29 @@
 
 namespace stemvault {
 
-/// A tool running as a child in a process group of its own, its standard output in a pipe, its
-/// standard input and error nowhere, and no other descriptor of ours. Any thread, one at a time.
+/// A tool that runs as a child in its own process group, with a pipe as standard output, /dev/null
+/// as standard input and error, and no other descriptor of this program. May be used from any
+/// thread, but only from one at a time.
 class ChildProcess {
 public:
-    /// Absent when the tool could not be started. `environment` holds entries of the form "A=b".
+    /// Absent if the tool could not be started. `environment` holds entries of the form "A=b".
     [[nodiscard]] static std::optional<ChildProcess> start(const std::string& executable,
         const std::vector<std::string>& arguments, const std::vector<std::string>& environment);
 
-    /// The reading end, which never blocks.
+    /// The non-blocking read end of the output pipe.
     [[nodiscard]] int standardOutput() const { return output.get(); }
-    /// Readable once the child has ended.
+    /// A descriptor that becomes readable once the child has ended.
     [[nodiscard]] int ending() const { return processEnding.get(); }
     void closeStandardOutput() { output.reset(); }
 
-    /// Ends the child and whatever it has left running in its group.
+    /// Kills the child and everything that it has left running in its process group.
     void killGroup() const;
 
-    /// Whether the child has ended; collects it, so that it leaves no zombie. Never waits.
+    /// Whether the child has ended. Collects it then, so that it leaves no zombie. Never blocks.
     [[nodiscard]] bool hasEnded();
 
-    /// Whether nothing of its group is left. A killed helper of the child can outlast it for as
-    /// long as the kernel keeps it waiting for a dead mount.
+    /// Whether the whole process group is gone. A killed helper of the child can remain after it,
+    /// for as long as the kernel blocks the helper on a dead mount.
     [[nodiscard]] bool isGone();
 
 private:

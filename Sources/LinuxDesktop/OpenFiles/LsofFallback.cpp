@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view deletedMark = " (deleted)";
 
-/// How many bytes the UTF-8 character at the front takes; none when it is not one.
+/// The number of bytes of the UTF-8 character at the front; 0 if it is not valid.
 std::size_t characterLength(std::string_view text)
 {
     const auto lead = static_cast<unsigned char>(text.front());
@@ -73,7 +73,7 @@ std::vector<unsigned> descriptorsIn(const fs::path& folder)
     return descriptors;
 }
 
-/// The kernel writes a line feed in a mapped file's name as \012, and nothing else so.
+/// The kernel escapes a line feed in a mapped file's name, and nothing else, as \012.
 std::string mappedName(std::string_view text)
 {
     if (text.ends_with(deletedMark))
@@ -107,7 +107,7 @@ std::string linesOfMappedFiles(std::string_view maps, std::string_view executabl
     while (!maps.empty()) {
         const auto end = std::min(maps.find('\n'), maps.size());
         const auto entry = maps.substr(0, end);
-        // Addresses, permissions, offset, device and inode hold no slash.
+        // The fields before the name (addresses, permissions, offset, device, inode) have no slash.
         if (const auto slash = entry.find('/'); slash != std::string_view::npos)
             if (const auto name = mappedName(entry.substr(slash)); listed.insert(name).second)
                 lines += line(name);

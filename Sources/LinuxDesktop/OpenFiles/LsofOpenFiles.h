@@ -12,30 +12,30 @@
 
 namespace stemvault {
 
-/// Asks lsof, and /proc in its place where lsof cannot be used.
+/// Lists open files with lsof, or from /proc if lsof cannot be used.
 ///
-/// A dead mount holds lsof beyond any limit, and often beyond being killed. For as long as one is
-/// stuck, and for a while after one took too long, no other is started, and the answer is put
-/// together from /proc. One process is never looked at by two of them at a time, nor does anyone
-/// wait long for the other one's look: whoever asks occupies a thread that others need.
+/// A dead mount blocks lsof beyond any time limit, and often even after it was killed. While one is
+/// stuck, and for a while after one took too long, no other is started, and the answer comes from
+/// /proc. At most one lsof runs for a process at a time. A caller does not wait long for another
+/// one's run to end, because it occupies a thread that others need.
 ///
-/// Of a process that sees other files than we do under some paths, those paths are left out.
+/// If a process sees other files than this program under some paths, those paths are left out.
 class LsofOpenFiles : public OpenFiles {
 public:
     struct Limits {
         ToolRunner::Limits tool;
-        /// How long to wait for another look at the same process.
+        /// How long to wait for another lsof run for the same process.
         std::chrono::milliseconds turn { 1'000 };
-        /// How long to do without lsof after it took too long.
+        /// How long lsof is not used after it took too long.
         std::chrono::milliseconds rest { 300'000 };
     };
 
-    /// Takes the environment that lsof will have from this program's, as it is now.
+    /// Copies the program's present environment for lsof.
     LsofOpenFiles();
-    /// Absent, `lsof` is the system's own, wherever it is at the time.
+    /// If `lsof` is absent, the system's lsof is looked up at each use.
     LsofOpenFiles(std::optional<std::string> lsof, Limits limits);
 
-    /// Where this system keeps lsof.
+    /// The path of the system's lsof.
     [[nodiscard]] static std::string standardTool();
 
     [[nodiscard]] std::optional<std::string> listing(std::int32_t process) override;
@@ -49,7 +49,7 @@ private:
     const std::optional<std::string> tool;
     const Limits limits;
     ToolRunner runner;
-    std::mutex mutex; ///< Guards all below.
+    std::mutex mutex; ///< Guards all members below.
     std::condition_variable lookFinished;
     std::set<pid_t> processesLookedAt;
     std::chrono::steady_clock::time_point restsUntil;

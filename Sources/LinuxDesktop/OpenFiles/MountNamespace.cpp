@@ -15,7 +15,7 @@ namespace stemvault {
 
 namespace {
 
-/// A path as lsof prints it, without the slash at its end that "/" has.
+/// A path as lsof prints it, except that "/" becomes the empty string.
 std::string printedPath(std::string_view escaped)
 {
     std::string path = nameAsPrinted(unescapedOctal(escaped));
@@ -56,7 +56,7 @@ std::string MountView::placeOf(std::string_view path) const
     const Mount* mount = rootMount();
     if (mount == nullptr)
         return {};
-    // Mounts form a tree, unless the text is not the kernel's.
+    // Mounts form a tree, but a malformed text could contain a cycle, so the steps are limited.
     for (std::size_t passed = 0; passed < mounts.size(); ++passed)
         if (const Mount* next = firstMountBelow(*mount, path))
             mount = next;
@@ -65,7 +65,7 @@ std::string MountView::placeOf(std::string_view path) const
     return mount->device + mount->root + std::string(path.substr(mount->point.size()));
 }
 
-/// The one whose parent is not to be seen from here.
+/// The mount at "/" whose parent is not in the list.
 const MountView::Mount* MountView::rootMount() const
 {
     const auto found = std::ranges::find_if(mounts, [this](const Mount& mount) {
@@ -76,7 +76,7 @@ const MountView::Mount* MountView::rootMount() const
     return found == mounts.end() ? nullptr : &*found;
 }
 
-/// The mount that one comes to first on the way along the path.
+/// The first mount on `mount` along the path.
 const MountView::Mount* MountView::firstMountBelow(const Mount& mount, std::string_view path) const
 {
     const Mount* first = nullptr;

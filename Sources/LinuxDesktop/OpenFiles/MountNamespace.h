@@ -7,17 +7,17 @@
 
 namespace stemvault {
 
-// A process in a sandbox can see other files than we do under the same path: its /tmp, for one, is
-// often its own. The kernel names its open files by the paths that it sees.
+// A process in a sandbox can see other files than this program under the same path; for example, it
+// often has its own /tmp. The kernel reports its open files by the paths that the process sees.
 
-/// What is mounted where, as some process sees it. Pure.
+/// The mounts that a process sees. Pure.
 class MountView {
 public:
     /// From the text of /proc/PID/mountinfo.
     explicit MountView(std::string_view mountInfo);
 
-    /// Where a path leads: a file system and the path in it. Empty when nothing is mounted there.
-    /// Names are in the form in which lsof prints them.
+    /// The file system to which a path leads, followed by the path in it. Empty if nothing is
+    /// mounted at "/". Names have the form in which lsof prints them.
     [[nodiscard]] std::string placeOf(std::string_view path) const;
 
 private:
@@ -25,8 +25,8 @@ private:
         std::string identifier;
         std::string parent;
         std::string device;
-        std::string root; ///< What of the file system is mounted; empty for all of it.
-        std::string point; ///< Where; empty for the root.
+        std::string root; ///< The folder of the file system that is mounted; empty for its root.
+        std::string point; ///< The mount point; empty for "/".
     };
 
     [[nodiscard]] const Mount* rootMount() const;
@@ -35,12 +35,12 @@ private:
     std::vector<Mount> mounts;
 };
 
-/// What lsof printed about a process, without the names that lead to other files there than here.
+/// The output of lsof for a process, without the names that lead to different files there and here.
 [[nodiscard]] std::string namesThatLeadToTheSame(
     std::string_view lsofOutput, const MountView& there, const MountView& here);
 
-/// The same for a running process: the whole text, unless it has a mount namespace of its own.
-/// Asks the kernel only, no disk.
+/// The same for a running process: the whole text, unless the process has its own mount namespace.
+/// Reads only from /proc, never from a disk.
 [[nodiscard]] std::string namesSeenFromHere(std::string lsofOutput, pid_t process);
 
 } // namespace stemvault

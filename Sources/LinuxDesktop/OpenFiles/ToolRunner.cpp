@@ -15,7 +15,7 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-/// How long a killed tool may take to go. One that takes longer waits for something in the kernel.
+/// How long a killed tool may take to end. One that takes longer is blocked in the kernel.
 constexpr milliseconds graceAfterKill { 200 };
 
 std::vector<std::string> environmentOfTools()
@@ -43,7 +43,7 @@ bool hasEndedBy(const ChildProcess& child, steady_clock::time_point deadline)
     return ready > 0;
 }
 
-/// Takes what is in the pipe now; closes it at its end.
+/// Reads what is in the pipe now, and closes the pipe at its end.
 void takeOutput(ChildProcess& child, std::string& output, std::size_t most)
 {
     std::array<char, 65536> portion; // NOLINT(*-member-init): read fills what is used of it.
@@ -60,8 +60,8 @@ void takeOutput(ChildProcess& child, std::string& output, std::size_t most)
     }
 }
 
-/// Reads until the child ends, says too much, or the time is up; says whether it ended by itself.
-/// The pipe's own end means little: what the child has started may hold it open for ever.
+/// Reads until the child ends, prints more than `most`, or the time is up. Returns whether it ended
+/// by itself. Does not wait for the end of the pipe, as the child's own children may keep it open.
 bool readUntilEnd(
     ChildProcess& child, std::string& output, std::size_t most, steady_clock::time_point deadline)
 {

@@ -11,8 +11,8 @@
 
 namespace stemvault {
 
-/// Runs a system's tool as a child, under a UTF-8 locale and within a time limit. What it leaves
-/// running in its process group ends with it. Safe from several threads.
+/// Runs a tool of the system as a child, in a UTF-8 locale and within a time limit. Processes that
+/// it leaves in its process group are killed when it ends. May be used from several threads.
 class ToolRunner {
 public:
     struct Limits {
@@ -21,19 +21,19 @@ public:
     };
 
     struct Outcome {
-        /// The whole standard output, whatever the exit status; absent when the tool could not be
-        /// started, was stopped, or printed more than it may.
+        /// The whole standard output, whatever the exit status. Absent if the tool could not be
+        /// started, was stopped, or printed more than the limit.
         std::optional<std::string> output;
-        bool isOverdue = false; ///< It did not end in time.
+        bool isOverdue = false; ///< The tool did not end in time.
     };
 
-    /// Takes the environment that its tools will have from this program's, as it is now.
+    /// Copies the program's present environment for the tools.
     explicit ToolRunner(Limits limits);
 
     [[nodiscard]] Outcome run(
         const std::string& executable, const std::vector<std::string>& arguments);
 
-    /// Whether a tool that was overdue is still there, though it was killed: the kernel holds it.
+    /// Whether an overdue tool still exists although it was killed, as the kernel blocks it.
     [[nodiscard]] bool isOneStuck();
 
 private:
@@ -46,8 +46,8 @@ private:
 
     const Limits limits;
     const std::vector<std::string> environment;
-    std::mutex mutex; ///< Guards all below.
-    std::vector<SetAside> killed; ///< Those that had not gone after a moment.
+    std::mutex mutex; ///< Guards all members below.
+    std::vector<SetAside> killed; ///< Killed tools that did not end within the grace time.
 };
 
 } // namespace stemvault
