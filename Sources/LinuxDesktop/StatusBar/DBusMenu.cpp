@@ -11,14 +11,14 @@ namespace {
 
 constexpr int rootId = 0;
 
-// An underline marks a mnemonic there, and two of them stand for one.
+// In a label on the bus, an underscore marks a mnemonic, and two stand for one underscore.
 QString escaped(QString text)
 {
     return text.replace(u'_', QStringLiteral("__"));
 }
 
-// Panels scale an icon down to the height of their text. That of MATE, and that of GNOME Flashback,
-// which has its code from the same author, show it as large as it is.
+// Most panels scale an icon down to the height of their text. The panels of MATE and of GNOME
+// Flashback, whose code is by the same author, show it in its full size.
 bool showsIconsUnscaled()
 {
     const QStringList desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
@@ -64,7 +64,7 @@ QVariantMap properties(const MenuItem& item)
     return map;
 }
 
-/// None named: all of them.
+/// The named properties; all of them if no name is given.
 QVariantMap selected(const QVariantMap& all, const QStringList& names)
 {
     if (names.isEmpty())
@@ -107,7 +107,7 @@ bool DBusMenu::isKnown(int id) const
     return id >= rootId && id <= static_cast<int>(menu.items().size());
 }
 
-// Nobody has read anything before the first layout was asked for.
+// Before the first call of GetLayout, no panel has read any rows.
 void DBusMenu::announce()
 {
     if (announced.isEmpty())

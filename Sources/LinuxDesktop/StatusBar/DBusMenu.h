@@ -7,9 +7,9 @@
 
 namespace stemvault {
 
-/// The menu on the bus, as panels in other processes show it. They read the rows when they like, at
-/// the latest when the menu opens; some announce that by AboutToShow, some by the event "opened".
-/// Each of these brings the rows up to date, and whoever has read other ones is told.
+/// The menu on the bus, for panels in other processes. They may read the rows at any time, at the
+/// latest when the menu opens, which some announce by AboutToShow and others by the event "opened".
+/// Each of these calls updates the rows and signals the changes to panels that have read them.
 class DBusMenu final : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -49,7 +49,7 @@ private:
     void announce();
 
     TrayMenu& menu;
-    QList<DBusMenuItem> announced; ///< The rows as their readers know them.
+    QList<DBusMenuItem> announced; ///< The rows as last read or signalled.
     uint revision = 1;
 };
 

@@ -46,7 +46,7 @@ static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuIt
     return take(argument, keys.id, keys.properties);
 }
 
-// The children go as variants: the type is recursive and the bus has no name for that.
+// The children are sent as variants, because D-Bus has no signature for a recursive type.
 static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& layout)
 {
     argument.beginStructure();

@@ -8,7 +8,7 @@
 
 namespace stemvault {
 
-// What com.canonical.dbusmenu and org.kde.StatusNotifierItem send over the bus.
+// The types that com.canonical.dbusmenu and org.kde.StatusNotifierItem use on the bus.
 
 struct DBusMenuItem { // (ia{sv})
     int id = 0;
@@ -46,7 +46,7 @@ struct DBusToolTip { // (sa(iiay)ss)
     QString text;
 };
 
-/// Makes the types known to the bus library; more than once does no harm.
+/// Registers the types with the D-Bus library. May be called several times.
 void registerDBusMenuTypes();
 
 } // namespace stemvault

@@ -8,14 +8,14 @@ namespace stemvault {
 
 namespace {
 
-// Fine enough for rows at 200 percent; hosts scale it down to the height of their text.
+// Large enough for rows at 200 percent; hosts scale it down to the height of their text.
 constexpr int iconSize = 48;
 constexpr double dotDiameter = 24;
 constexpr double ringWidth = 5;
 constexpr QChar filledDot(0x25CF);
 constexpr QChar hollowDot(0x25CB);
 
-// Shades that stand out on a light menu and on a dark one: which it is, nobody says.
+// Shades that stand out on a light menu and on a dark one, because it is unknown which it is.
 QColor shade(Color color)
 {
     return color == Color::SystemGreen ? QColor(0x2E, 0xB8, 0x57) : QColor(0x8E, 0x8E, 0x93);

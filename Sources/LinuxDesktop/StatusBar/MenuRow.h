@@ -9,12 +9,12 @@
 
 namespace stemvault {
 
-/// A row as desktops can show it. Colours do not cross to another process, pictures do: a coloured
-/// mark at the start of a text is drawn as the row's icon and left out of its text.
+/// A row as desktops can show it. Text colours cannot be sent to another process but pictures can,
+/// so a coloured mark at the start of a text is drawn as the row's icon and left out of its text.
 struct MenuRow {
-    QString text; ///< Without what the icon stands for.
-    QString spokenText; ///< The whole.
-    QImage icon; ///< Null when there is none.
+    QString text; ///< Without the mark that the icon shows.
+    QString spokenText; ///< The whole text.
+    QImage icon; ///< Null if there is none.
 };
 
 /// The desktop's key sequence for a key equivalent.

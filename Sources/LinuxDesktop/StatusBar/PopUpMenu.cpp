@@ -12,7 +12,7 @@ namespace stemvault {
 
 namespace {
 
-// The colour says something, so a row that cannot be chosen keeps it.
+// The colour has a meaning, so the icon of a disabled row keeps it.
 QIcon iconOf(const MenuRow& row)
 {
     QIcon icon;
@@ -24,8 +24,8 @@ QIcon iconOf(const MenuRow& row)
     return icon;
 }
 
-// Rows that only tell something are there to be read: fainter than the others, and without the
-// shine with which the style would blur them.
+// Disabled rows are information to read, so they are only fainter than the others, without the
+// light shadow with which the style would blur them.
 QPalette readablePalette()
 {
     QPalette palette = QGuiApplication::palette();
@@ -55,8 +55,8 @@ PopUpMenu::PopUpMenu(TrayMenu& shown) : menu(shown)
     connect(this, &QMenu::aboutToHide, this, [this] { menu.setOpen(false); });
 }
 
-// The toolkit shows the keys of the rows and leaves them to windows, which this program may not
-// have.
+// The toolkit shows the shortcuts of the rows but handles them only in windows, and this program
+// may have none.
 void PopUpMenu::keyPressEvent(QKeyEvent* event)
 {
     const QKeySequence pressed(event->keyCombination());
@@ -67,7 +67,7 @@ void PopUpMenu::keyPressEvent(QKeyEvent* event)
     (*row)->trigger();
 }
 
-// Texts of file names: an ampersand in them is no mnemonic.
+// The texts contain file names, in which an ampersand must not become a mnemonic.
 void PopUpMenu::refresh()
 {
     menu.setOpen(true);

@@ -8,7 +8,7 @@
 
 namespace stemvault {
 
-/// The menu as a window of our own, for trays that show none themselves.
+/// The menu as a window of this program, for trays that do not show it themselves.
 class PopUpMenu final : public QMenu {
 public:
     /// `shown` must outlive it.

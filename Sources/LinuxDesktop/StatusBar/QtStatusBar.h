@@ -10,14 +10,14 @@ namespace stemvault {
 
 class QtStatusItem;
 
-/// The desktop's tray: by the bus where a panel listens there, else by the older protocol of X11
-/// trays, whichever comes and goes first.
+/// The desktop's tray: over the bus while a panel listens there, otherwise by the older protocol of
+/// X11 trays. Switches between the two as panels come and go.
 class QtStatusBar final : public StatusBar {
 public:
-    /// Every item is as wide as its image, whatever the length: panels decide.
+    /// Ignores `length`, because panels decide about it: every item is as wide as its image.
     [[nodiscard]] std::unique_ptr<StatusItem> statusItem(double length) override;
 
-    /// Lets the key equivalents of the menu work in a window.
+    /// Makes the key equivalents of the menu work in a window.
     void addKeyEquivalents(QWidget& window) const;
 
 private:

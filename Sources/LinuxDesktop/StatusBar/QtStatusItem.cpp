@@ -25,8 +25,9 @@ namespace {
 const QString itemPath = QStringLiteral("/StatusNotifierItem");
 const QString menuPath = QStringLiteral("/MenuBar");
 
-// Some panels tell where the item is within the panel, as MATE's does, not on the screen. Nobody
-// clicks far from the pointer; only on Wayland it is not known where that is.
+// Some panels, such as MATE's, pass the item's place in the panel instead of its place on the
+// screen. A click is never far from the pointer, so the pointer's place is used then. On Wayland
+// the pointer's place is unknown.
 QPoint placeOfClick(const QPoint& told)
 {
     constexpr int sizeOfItem = 100;
@@ -72,7 +73,7 @@ void QtStatusItem::setImage(const std::optional<Image>& image)
         notifierItem->setImage(image);
 }
 
-// The item is offered once it is whole.
+// The item is offered to the desktop once it has its menu.
 void QtStatusItem::setMenu(Menu menu, MenuDelegate* delegate)
 {
     trayMenu.setMenu(std::move(menu), delegate);
@@ -105,8 +106,9 @@ void QtStatusItem::addKeyEquivalents(QWidget& window)
     }
 }
 
-// A panel that colours the icon when it reads it has to read it again once the desktop turned light
-// or dark. Nothing tells when the panel has its new colours: it is told at once and a little later.
+// A panel that colours the icon when it reads it must read it again after the desktop has turned
+// light or dark. It is unknown when the panel has its new colours, so it is notified at once and
+// again a little later.
 bool QtStatusItem::eventFilter(QObject* watched, QEvent* event)
 {
     constexpr std::chrono::seconds timeForPanel { 2 };
@@ -149,8 +151,8 @@ void QtStatusItem::setHostIsThere(bool there)
         olderTray->hide();
 }
 
-// Only X11 has such trays. The toolkit decides for one of the two protocols when the first icon is
-// made and stays with it: with no panel on the bus at that moment it is the older one, as meant.
+// Only X11 has such trays. The toolkit chooses one of the two protocols when the first icon is
+// created and keeps it. As no panel is on the bus at that moment, it chooses the older one.
 void QtStatusItem::showInOlderTray()
 {
     if (QGuiApplication::platformName() != QLatin1String("xcb"))

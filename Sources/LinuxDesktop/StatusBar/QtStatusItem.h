@@ -42,7 +42,7 @@ private:
     std::optional<Image> icon;
     QObject itemNode;
     QObject menuNode;
-    StatusNotifierItem* notifierItem = nullptr; ///< Belongs to its node.
+    StatusNotifierItem* notifierItem = nullptr; ///< Owned by `itemNode`.
     std::unique_ptr<TrayHost> host;
     bool isHostThere = false;
     std::unique_ptr<PopUpMenu> popUp;

@@ -32,8 +32,8 @@ QString StatusNotifierItem::title() const
     return identity::displayName;
 }
 
-// Beside the symbols lie the icons for the desktop's icon theme. Panels that find the icon in the
-// theme do not look there.
+// The icons for the desktop's icon theme are in a folder next to that of the symbols. Panels that
+// find the icon in the theme do not use it.
 QString StatusNotifierItem::iconThemePath() const
 {
     if (!image)
@@ -43,7 +43,7 @@ QString StatusNotifierItem::iconThemePath() const
     return QFileInfo::exists(icons) ? icons : QString();
 }
 
-// A template is what panels colour, and these know one by its name.
+// Panels colour template images, which they recognise by the name.
 QString StatusNotifierItem::iconName() const
 {
     if (!image)

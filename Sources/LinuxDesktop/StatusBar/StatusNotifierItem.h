@@ -10,8 +10,8 @@
 
 namespace stemvault {
 
-/// The status item on the bus, as panels in other processes show it. The icon goes by name, so that
-/// a panel can colour it for its own background.
+/// The status item on the bus, for panels in other processes. The icon is passed by name, so that a
+/// panel can colour it for its own background.
 class StatusNotifierItem final : public QDBusAbstractAdaptor {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(pathOfMenu); }
 
 public Q_SLOTS:
-    // Panels that cannot show the menu themselves ask for it by one of these.
+    // Panels that cannot show the menu themselves call one of the first three to request it.
     void ContextMenu(int x, int y);
     void Activate(int x, int y);
     void SecondaryActivate(int x, int y);
@@ -64,7 +64,7 @@ Q_SIGNALS:
     void NewTitle();
     void NewToolTip();
     void NewStatus(const QString& status);
-    void menuWanted(int x, int y); ///< Ours alone: nobody listens for it on the bus.
+    void menuWanted(int x, int y); ///< Used inside this program only; not part of the interface.
 
 private:
     QString pathOfMenu;

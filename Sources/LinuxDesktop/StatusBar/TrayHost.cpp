@@ -14,10 +14,10 @@ const QString path = QStringLiteral("/StatusNotifierWatcher");
 
 } // namespace
 
-// The item goes by its object path, which makes the connection its service. Every panel's watcher
-// takes a path as well as a bus name; GNOME's looks up the owner of a name, and loses an item now
-// and then when it asks too early. The matches name no service, as the toolkit would wait for that
-// service's owner.
+// Registers the item by its object path, so the connection serves as its bus name. Every panel's
+// watcher accepts a path as well as a bus name, but GNOME's looks up the owner of a name, and
+// sometimes loses an item by doing so too early. The signal matches name no service, because the
+// toolkit would then block to look up the service's owner.
 TrayHost::TrayHost(QDBusConnection connection, QString itemPath)
     : bus(std::move(connection)), item(std::move(itemPath))
 {
@@ -57,9 +57,9 @@ void TrayHost::ask()
     ask(Answer::Tentative);
 }
 
-// While the program starts, a "no" may be old by the time that it is read, and a panel may have
-// come meanwhile. The older kind of icon must not be made then: the toolkit, which asks for a panel
-// itself, would make a second item.
+// While the program starts, a "no" may be outdated when it is read, because a panel may have come
+// meanwhile. So the watcher is asked again: if the older kind of icon were created then, the
+// toolkit, which checks for a panel itself, would create a second item on the bus.
 void TrayHost::ask(Answer whenAbsent)
 {
     auto message = call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));

@@ -8,9 +8,9 @@
 
 namespace stemvault {
 
-/// Registers the status item with the desktop's watcher of such items, whenever there is one: from
-/// the start, late, or again after it was restarted. Never waits for it. Knows besides whether any
-/// panel shows what the watcher collects.
+/// Registers the status item with the desktop's watcher of such items whenever one appears: at the
+/// start, later, or again after a restart. Never blocks on it. Also reports whether any panel shows
+/// the registered items.
 class TrayHost final : public QObject {
     Q_OBJECT
 public:
@@ -18,14 +18,14 @@ public:
     TrayHost(QDBusConnection connection, QString itemPath);
 
 Q_SIGNALS:
-    /// Told once after the start, and at each change.
+    /// Emitted once after the start, and at each change.
     void isThere(bool there);
 
 private Q_SLOTS:
     void ask();
 
 private:
-    /// What a "no" is taken for: a tentative one is asked about once more.
+    /// How to treat a "no": after a tentative one, the watcher is asked once more.
     enum class Answer { Tentative, Final };
 
     void registerItem();

@@ -6,7 +6,7 @@
 
 namespace stemvault {
 
-/// The menu of the status item, as all the ways of showing it share it. Main thread only.
+/// The menu of the status item, shared by all the ways of showing it. Main thread only.
 class TrayMenu final : public QObject {
     Q_OBJECT
 public:
@@ -14,17 +14,17 @@ public:
 
     [[nodiscard]] const std::vector<MenuItem>& items() const { return menu.items; }
 
-    /// Has the delegate bring the rows up to date; tells by `changed` when that made a difference.
+    /// Lets the delegate update the rows. Emits `changed` and returns true if any of them changed.
     bool update();
 
-    /// As `update`, unless the menu is open: then its rows stay as they are until it is closed.
+    /// Like `update`, but leaves the rows unchanged while the menu is open.
     void updateUnlessOpen();
 
-    /// The menu was opened, and is brought up to date for that, or it was closed. Some panels never
-    /// say the one or the other; whatever they do next brings the rows up to date.
+    /// Call it when the menu was opened or closed; it updates the rows. Some panels never announce
+    /// one or the other, but whatever they call next updates the rows as well.
     void setOpen(bool isOpenNow);
 
-    /// Does what a row says, once the call that asked for it has returned.
+    /// Runs a row's action from the event loop, after the caller has returned.
     void choose(std::size_t row);
 
 Q_SIGNALS:
@@ -33,7 +33,7 @@ Q_SIGNALS:
 private:
     Menu menu;
     MenuDelegate* delegate = nullptr;
-    bool isOpen = false; ///< As far as is told.
+    bool isOpen = false; ///< As far as panels announce it.
 };
 
 } // namespace stemvault
