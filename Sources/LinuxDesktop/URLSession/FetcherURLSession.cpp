@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-// For the start of the process, on top of what the request itself may take.
+// The time for starting the process, in addition to the time limit of the request.
 constexpr std::chrono::seconds grace { 10 };
 
 Result<std::string> resultOf(QProcess& process)
@@ -42,7 +42,7 @@ FetcherURLSession::~FetcherURLSession()
     }
 }
 
-// The folder of an installed executable has programs of others in it, so its neighbour comes last.
+// The folder of an installed executable also holds other programs, so a fetcher there comes last.
 std::string FetcherURLSession::fetcherOf(const QString& folderOfExecutable)
 {
     for (const char* place : { "/../libexec/stemvault-connect/fetcher", "/fetcher" })
@@ -73,7 +73,7 @@ void FetcherURLSession::dataTask(const std::string& url, CompletionHandler compl
     process->setProgram(QFile::decodeName(fetcher.c_str()));
     process->setArguments({ QString::fromStdString(url), QString::number(limit.time.count()),
         QString::number(limit.bytes) });
-    // Not from within this call, as a failure to start would be told.
+    // Queued, because a failure to start would otherwise call the handler from within this call.
     QMetaObject::invokeMethod(
         process, [process] { process->start(); }, Qt::QueuedConnection);
 }

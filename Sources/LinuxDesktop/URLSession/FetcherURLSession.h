@@ -10,9 +10,9 @@
 
 namespace stemvault {
 
-/// Fetches by a process of its own for each request, the fetcher, so that nothing of the network
-/// stays in this one. Handlers are called on the main thread; those of fetches still under way when
-/// this ends are not called, and their processes end.
+/// Runs a separate process, the fetcher, for each request, so that this process holds nothing that
+/// networking needs. Handlers are called on the main thread. Destroying this object ends fetches
+/// that are still in progress; their handlers are not called.
 class FetcherURLSession final : public QObject, public URLSession {
 public:
     struct Limits {
@@ -23,8 +23,8 @@ public:
     FetcherURLSession(std::string fetcherPath, Limits limits);
     ~FetcherURLSession() override;
 
-    /// Where the fetcher lies: in the folder for programs of an installation that nobody starts by
-    /// hand, or in a build tree, which has no such folder, beside the executable.
+    /// The fetcher's path: in an installation, in the libexec folder; in a build tree, which has no
+    /// such folder, next to the executable. Empty if there is none.
     [[nodiscard]] static std::string standardFetcher();
     [[nodiscard]] static std::string fetcherOf(const QString& folderOfExecutable);
 
