@@ -28,13 +28,13 @@ std::optional<system_clock::time_point> dateOfText(const std::string& text)
     unsigned monthNumber = 0;
     unsigned dayNumber = 0;
     std::array<int, 4> parts {};
-    // What was read is written again below, and must give the same text.
+    // sscanf accepts other forms too, so the result is formatted again below and must be the same.
     if (std::sscanf(text.c_str(), "%4d-%2u-%2uT%2d:%2d:%2d.%3dZ", &yearNumber, &monthNumber,
             &dayNumber, &parts[0], &parts[1], &parts[2], &parts[3])
         != 7)
         return std::nullopt;
     const year_month_day calendar { year(yearNumber), month(monthNumber), day(dayNumber) };
-    // Years that the clock cannot count to.
+    // The clock cannot represent all other years.
     if (!calendar.ok() || yearNumber < 1700 || yearNumber > 2200)
         return std::nullopt;
     const system_clock::time_point date = sys_days(calendar) + hours(parts[0]) + minutes(parts[1])

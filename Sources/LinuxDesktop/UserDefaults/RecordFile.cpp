@@ -15,7 +15,7 @@ namespace stemvault {
 
 namespace {
 
-/// Where writing has to go: the end of a chain of links, which need not exist.
+/// The path to write to: the end of a chain of links. It need not exist.
 std::string followed(std::string path)
 {
     constexpr int maxLinks = 40;
@@ -52,7 +52,7 @@ std::string timestamp()
     return { text, std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &utc) };
 }
 
-/// Calls with "<path>.<kind>-<time>", and with a number after it for as long as that is taken.
+/// Calls `call` with "<path>.<kind>-<time>", and while that name is taken, with a number appended.
 template <typename Call> bool underFreeName(const std::string& path, const char* kind, Call call)
 {
     constexpr int attempts = 100;
@@ -133,8 +133,8 @@ bool RecordFile::merge(std::uint64_t version, const nlohmann::json& changes)
     return true;
 }
 
-// A file that cannot be read, or holds no record and cannot be moved aside, is not ours to
-// overwrite.
+// A file that cannot be read, or that holds no record and cannot be moved aside, must not be
+// overwritten.
 RecordFile::Found RecordFile::load(nlohmann::json& record)
 {
     const auto text = contentOf(path);
@@ -155,7 +155,8 @@ bool RecordFile::moveAside() const
     });
 }
 
-// The file was out of reach when this run began, so its user never saw what it holds.
+// Keeps the file under another name, because it could not be read when this run began, so the user
+// never saw its content.
 bool RecordFile::keepUnread() const
 {
     const std::string file = followed(path);

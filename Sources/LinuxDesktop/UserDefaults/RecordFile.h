@@ -11,23 +11,23 @@
 
 namespace stemvault {
 
-/// The JSON object that a text is; absent when it is none, or one too deeply nested to be handled.
+/// Parses a text as a JSON object; absent if it is not one, or is nested too deeply to be handled.
 [[nodiscard]] std::optional<nlohmann::json> parsedRecord(const std::string& text);
 
-/// One JSON object in a file that survives whatever happens to it: the file always holds a whole
-/// record, the old or the new, and nothing that this program did not read is ever dropped. Safe
-/// from every thread.
+/// One JSON object in a file, safe against crashes and failed writes: the file always holds a whole
+/// record, the old or the new, and content that this program has not read is never dropped. May be
+/// used from any thread.
 class RecordFile {
 public:
-    /// `path` may be a link; the file it leads to is written then, and the link stays.
+    /// `path` may be a link; then the file that it leads to is written, and the link stays.
     explicit RecordFile(std::string path, SystemCalls calls = {});
 
     /// The record, empty if there is none. A file that holds no record is moved aside.
     [[nodiscard]] nlohmann::json read();
 
-    /// Puts the entries of `changes` into the record on disk and leaves the others as they are.
-    /// Nothing is written when they are there already, or when a call with a later `version` came
-    /// first. False if the record could not be written: it is as it was then.
+    /// Puts the entries of `changes` into the record on disk and keeps all others. Writes nothing
+    /// if they are there already, or if a call with a later `version` came first. False if the
+    /// record could not be written; then it is unchanged.
     [[nodiscard]] bool merge(std::uint64_t version, const nlohmann::json& changes);
 
 private:

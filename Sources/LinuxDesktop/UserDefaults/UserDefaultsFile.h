@@ -17,14 +17,14 @@ namespace stemvault {
 /// kinds are kept as they are.
 ///
 /// Changes are written on the utility queue, after all main-queue work that was waiting when the
-/// first of them was made, all in one and never two at a time. A change that cannot be written
-/// stays in memory and is tried again with the next one.
+/// first of them was made. They are written together, and only one write runs at a time. A change
+/// that cannot be written stays in memory and is written again with the next one.
 class UserDefaultsFile : public UserDefaults {
 public:
-    /// Reads the file. `queues` outlives this object.
+    /// Reads the file. `queues` must outlive this object.
     UserDefaultsFile(const std::string& path, Dispatch& queues, SystemCalls calls = {});
 
-    /// Where the settings of the user lie: stemvault/connect.json in the configuration folder.
+    /// The path of the user's settings: stemvault/connect.json in the configuration folder.
     [[nodiscard]] static std::string standardPath();
 
     [[nodiscard]] std::optional<std::string> data(const std::string& key) const override;
@@ -33,7 +33,7 @@ public:
     void setData(const std::string& key, const std::string& bytes) override;
     void setDate(const std::string& key, WallTime date) override;
 
-    /// Writes what is pending before it returns, for when the program is about to end.
+    /// Writes pending changes before it returns. Call it when the program is about to end.
     void synchronize();
 
 private:
@@ -45,8 +45,8 @@ private:
 
     Dispatch& dispatch;
     std::shared_ptr<RecordFile> file; ///< Shared with a write that is under way.
-    nlohmann::json values; ///< As read.
-    nlohmann::json changes = nlohmann::json::object(); ///< Since then.
+    nlohmann::json values; ///< As read at the start.
+    nlohmann::json changes = nlohmann::json::object(); ///< Made since then.
     std::uint64_t version = 0; ///< Counts changes.
     std::uint64_t savedVersion = 0;
     bool isBusy = false; ///< A write is scheduled or under way.
