@@ -122,8 +122,8 @@ void DBusUserNotificationCenter::post(UserNotification notification)
         askCapabilities();
 }
 
-// Whether a body is markup differs between servers, so the first one waits for the answer. Without
-// an answer there is no server, and what waited for it is dropped.
+// Servers differ in whether a body is markup, so notifications wait for the answer. Without an
+// answer there is no server, and the waiting notifications are dropped.
 void DBusUserNotificationCenter::askCapabilities()
 {
     callLater<QDBusPendingReply<QStringList>>(bus, serviceCall(QStringLiteral("GetCapabilities")),

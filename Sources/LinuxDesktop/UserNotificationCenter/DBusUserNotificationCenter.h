@@ -14,8 +14,8 @@
 
 namespace stemvault {
 
-/// Posts by the desktop's notification service, org.freedesktop.Notifications. Nothing waits for
-/// the service, and nothing is tried twice: what it cannot show is not shown.
+/// Posts through the desktop's notification service, org.freedesktop.Notifications. Never blocks on
+/// the service and never retries: a notification that the service cannot show is dropped.
 class DBusUserNotificationCenter final : public QObject, public UserNotificationCenter {
 public:
     /// `iconName` is a name that the desktop knows, or the path of an image.
@@ -24,7 +24,7 @@ public:
 
     void setDelegate(UserNotificationCenterDelegate* chosen) override;
 
-    /// The desktop asks nobody: granted where the service is running or can be started.
+    /// Desktops do not ask the user, so this is granted if the service runs or can be started.
     void requestAuthorization(
         std::uint32_t options, std::function<void(bool granted)> completionHandler) override;
 
@@ -41,8 +41,8 @@ private:
     QString icon;
     UserNotificationCenterDelegate* delegate = nullptr;
     QDBusServiceWatcher owner;
-    std::optional<QStringList> capabilities; ///< Of the server that runs now, once it was asked.
-    std::vector<UserNotification> waiting; ///< For the capabilities. Not empty while asking.
+    std::optional<QStringList> capabilities; ///< Of the present server; absent until it answered.
+    std::vector<UserNotification> waiting; ///< For the capabilities. Not empty during the request.
     WeakGuard alive;
 };
 
