@@ -7,12 +7,12 @@ namespace stemvault {
 namespace {
 
 constexpr qsizetype maxLineLength = 280;
-// Release notes, or a link that the user is to copy, come through whole.
+// Large enough for release notes, and for a link that the user should copy.
 constexpr qsizetype maxTextLength = 20'000;
 constexpr QChar ellipsis(0x2026);
 
-// Marks of direction (U+200E, U+200F, U+061C) stay: they belong to names in right-to-left scripts
-// and turn nothing around.
+// Directional marks (U+200E, U+200F, U+061C) are kept: they occur in names in right-to-left scripts
+// and do not reverse other text.
 bool turnsText(char16_t unit)
 {
     return (unit >= 0x202A && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
@@ -21,7 +21,7 @@ bool turnsText(char16_t unit)
 char16_t shown(char16_t unit)
 {
     if (unit < 0x20)
-        return static_cast<char16_t>(0x2400 + unit); // The picture of that control character.
+        return static_cast<char16_t>(0x2400 + unit); // The symbol of that control character.
     if (unit == 0x7F)
         return 0x2421;
     if (unit == 0x2028 || unit == 0x2029)
@@ -82,7 +82,7 @@ QString displayTitle(std::string_view text)
     return displayLine(text).replace(u'&', QStringLiteral("&&"));
 }
 
-// A tool tip breaks lines at blanks alone, and a path may have none in its 4,096 bytes.
+// A tool tip breaks lines only at blanks, and a path of up to 4,096 bytes may have none.
 QString toolTipText(const QString& text)
 {
     constexpr int maxWordLength = 40;

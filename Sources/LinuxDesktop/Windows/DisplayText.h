@@ -6,26 +6,26 @@
 
 namespace stemvault {
 
-// Texts of the program, file names among them, made fit to be shown as plain text. What is not
-// UTF-8 becomes replacement characters. Control characters become visible pictures, and those that
-// would turn the direction of the text around them, replacement characters, so that a name can
-// neither break the layout nor pose as another.
+// These functions prepare texts, including file names, for display as plain text. Bytes that are
+// not UTF-8 become replacement characters. So do characters that would change the direction of the
+// text around them. Control characters become visible symbols. A name can therefore neither break
+// the layout nor imitate another name.
 
-/// One line: line feeds become pictures too. The middle of one of more than 280 characters is cut.
+/// One line, in which line feeds become symbols too. Beyond 280 characters, its middle is cut.
 [[nodiscard]] QString displayLine(std::string_view text);
 
-/// The same line uncut, for a place where everything can be read.
+/// The same line uncut, for places that have room for a long text.
 [[nodiscard]] QString displayWholeLine(std::string_view text);
 
-/// Several lines: a line feed ends one, and a tab is a few blanks. Only a hostile text is so long
-/// that its middle is cut.
+/// Several lines, separated by line feeds. Tabs become blanks. Beyond 20,000 characters, which only
+/// a hostile text has, the middle is cut.
 [[nodiscard]] QString displayLines(std::string_view text);
 
-/// One line for a control that takes an ampersand for the mark of a shortcut.
+/// One line for a control in which an ampersand marks a shortcut.
 [[nodiscard]] QString displayTitle(std::string_view text);
 
-/// A line made fit before, as a tool tip shows it: plain text, whatever markup it looks like, in
-/// lines that a screen has room for. Empty for none.
+/// The tool tip for a line from the functions above: plain text, even if it looks like markup,
+/// broken into lines that fit the screen. Empty for an empty line.
 [[nodiscard]] QString toolTipText(const QString& text);
 
 } // namespace stemvault

@@ -9,7 +9,7 @@ ListArea::ListArea()
     setFrameShape(QFrame::NoFrame);
     setWidgetResizable(true);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    setFocusPolicy(Qt::NoFocus); // Its rows have it.
+    setFocusPolicy(Qt::NoFocus); // Its rows take the focus.
     viewport()->setAutoFillBackground(false);
     QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     policy.setHeightForWidth(true);

@@ -4,7 +4,7 @@
 
 namespace stemvault {
 
-/// As high as its rows, up to a limit; beyond that it scrolls.
+/// A scroll area that is as high as its rows, up to a limit; beyond that it scrolls.
 class ListArea final : public QScrollArea {
 public:
     ListArea();

@@ -34,7 +34,7 @@ public:
         window.setWindowFlags(frame);
     }
 
-    // The one the user is at.
+    // Uses the screen that holds the pointer.
     void center() override
     {
         window.draw();

@@ -34,8 +34,8 @@ QPixmap drawn(const QString& path, int pixels, const QColor& color)
     return QPixmap::fromImage(image);
 }
 
-/// The older trays say nothing of their colour, which may be another than that of the windows. A
-/// seam around the symbol keeps it in sight; where the colours go together nobody sees the seam.
+/// The older trays do not report their colour, which may differ from that of the windows. A thin
+/// outline keeps the symbol visible on any colour; where it is not needed, it is hardly noticeable.
 QPixmap withOutline(const QString& path, int pixels, const QColor& color)
 {
     const QPixmap symbol = drawn(path, pixels, color);
@@ -52,7 +52,7 @@ QPixmap withOutline(const QString& path, int pixels, const QColor& color)
     return whole;
 }
 
-/// Draws the symbol at the size that is asked for, in the colour that texts have then.
+/// Draws the symbol at the requested size, in the colour that texts have at that time.
 class SymbolEngine final : public QIconEngine {
 public:
     explicit SymbolEngine(QString file) : path(std::move(file)) { }

@@ -39,7 +39,7 @@ ViewButton::ViewButton()
     setAutoDefault(false);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     connect(this, &QPushButton::clicked, this, [this] {
-        // A copy: the view may be drawn anew, and this button go, before the action has ended.
+        // A copy, because the action may redraw the view and destroy this button before it ends.
         if (const Action action = shown.action)
             action();
     });
@@ -60,18 +60,18 @@ void ViewButton::show(const Button& button)
     update();
 }
 
-// Around the label, within the frame.
+// The margins around the label, within the frame.
 QMargins ViewButton::margins() const
 {
     constexpr int overhang = ViewMetrics::overhang;
     if (shown.style == Button::Style::Bordered)
         return shown.size == ControlSize::Small ? QMargins(11, 4, 11, 4) : QMargins(14, 6, 14, 6);
-    // A text alone is no higher than its line: a title beside it stays where other titles are.
+    // A text button is no higher than its line, so a title next to it stays aligned with others.
     return symbol() ? QMargins(overhang, overhang, overhang, overhang)
                     : QMargins(overhang, 0, overhang, 0);
 }
 
-// A border is drawn at rest, so it ends where the other controls' labels end.
+// A border is always drawn, so it must end where the labels of other controls end.
 QRect ViewButton::frame() const
 {
     const bool hasBorder = shown.style == Button::Style::Bordered;
@@ -90,7 +90,7 @@ QSize ViewButton::sizeHint() const
 QColor ViewButton::ink() const
 {
     const Color role = std::visit([](const auto& label) { return label.color; }, shown.label);
-    // Under the pointer a button without a border shows that it is one.
+    // A button without a border changes its colour under the pointer, to show that it is a button.
     const bool isAlive = shown.style == Button::Style::Plain && underMouse();
     return color(isAlive && role == Color::SecondaryLabel ? Color::Label : role, palette());
 }

@@ -7,7 +7,7 @@
 
 namespace stemvault {
 
-/// A button as the view asks for it: with a border, or its label alone.
+/// A button of a view, with a border or as a label only.
 class ViewButton final : public QPushButton {
 public:
     ViewButton();
@@ -32,7 +32,7 @@ private:
     Button shown;
 };
 
-/// A switch with its label before it.
+/// A switch with its label in front.
 class ViewToggle final : public QCheckBox {
 public:
     ViewToggle();

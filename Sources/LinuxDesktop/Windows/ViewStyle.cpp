@@ -51,7 +51,7 @@ bool hasMediumStyle(const QString& family)
     });
 }
 
-// Where a family has no medium style, as DejaVu, its normal one would be taken, and the names of
+// If a family such as DejaVu has no medium style, its normal one would be used, and the names of
 // folders would look like any other text.
 QFont::Weight nextWeightOf(const QFont& font, QFont::Weight asked)
 {
@@ -77,7 +77,7 @@ bool isDark(const QPalette& palette)
         > palette.color(QPalette::Window).lightness();
 }
 
-// Shades that keep their contrast on either background, also as small text.
+// The shades have enough contrast on either background, even for small text.
 QColor color(Color role, const QPalette& palette)
 {
     const bool dark = isDark(palette);

@@ -8,15 +8,15 @@
 
 namespace stemvault {
 
-// How roles of fonts and colours look on this desktop. Sizes in points of the window.
+// How font and colour roles look on this desktop. Sizes are in points of the window.
 
 namespace ViewMetrics {
 inline constexpr int groupMargin = 16; ///< Around a group of controls.
-/// How far a control reaches beyond what is drawn of it at rest, at its right: room for the marks
-/// of the pointer and the keyboard. Groups give it back, so that all of them end at one edge.
+/// How far a control extends at its right beyond what is drawn at rest, to leave room for the marks
+/// of hovering and focus. Groups subtract it from their margin, so that all end at one edge.
 inline constexpr int overhang = 4;
-inline constexpr int spacing = 6; ///< Between views beside each other that name none.
-inline constexpr int lineSpacing = 2; ///< Between texts above each other that name none.
+inline constexpr int spacing = 6; ///< The default in horizontal stacks.
+inline constexpr int lineSpacing = 2; ///< The default in vertical stacks.
 inline constexpr int cornerRadius = 6;
 } // namespace ViewMetrics
 
@@ -27,10 +27,10 @@ inline constexpr int cornerRadius = 6;
 /// The font of a control's title.
 [[nodiscard]] QFont controlFont(ControlSize size);
 
-/// The side of a symbol that stands beside text of this font.
+/// The side length of a symbol next to text of this font.
 [[nodiscard]] int symbolSize(const QFont& font);
 
-/// The side of a symbol that stands alone, a little larger than text of this font.
+/// The side length of a symbol that stands alone, a little larger than text of this font.
 [[nodiscard]] int standingSymbolSize(const QFont& font);
 
 /// A faint line, such as a border or a divider.

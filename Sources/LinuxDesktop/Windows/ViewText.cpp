@@ -15,9 +15,9 @@ namespace stemvault {
 namespace {
 
 constexpr int narrowestLine = 48;
-constexpr double capitalSpacing = 104; ///< Percent: capitals want a little air.
+constexpr double capitalSpacing = 104; ///< In percent; capitals need a little more space.
 
-// Titles begin where the texts of rows do, beside the symbols of those.
+// Titles begin where the texts of rows begin, next to the rows' symbols.
 int symbolColumnWidth()
 {
     return standingSymbolSize(font(Font {}));
@@ -51,8 +51,8 @@ bool ViewText::isOneLine() const
     return shown.lines == Text::Lines::OneTruncatedInTheMiddle;
 }
 
-// A text of several lines ends where the controls do. By the layout that draws it: what the metrics
-// say of a text may be a little less, and its last word would go to another line.
+// A text of several lines ends where the controls end. The size comes from the layout that draws
+// the text, because the font metrics may give a little less, which would wrap the last word.
 QSize ViewText::sizeHint() const
 {
     QTextLayout layout;
@@ -80,7 +80,7 @@ int ViewText::heightForWidth(int width) const
     return qCeil(layout.boundingRect().height()) + margins.top() + margins.bottom();
 }
 
-// The layout is made anew for each painting: a label shows a few lines a few times.
+// The layout is not kept between paintings, because a label paints a few lines a few times.
 void ViewText::setUp(QTextLayout& layout, qreal width) const
 {
     QTextOption option(Qt::AlignLeft);
@@ -117,7 +117,7 @@ void ViewText::resizeEvent(QResizeEvent* /*event*/)
     updateToolTip();
 }
 
-// What is cut is still to be read somewhere.
+// Shows the whole text in a tool tip if it is cut.
 void ViewText::updateToolTip()
 {
     const bool isCut = whole != text() || (isOneLine() && width() < sizeHint().width() - 1);
@@ -132,7 +132,7 @@ void ViewLabel::show(const Label& label)
         titleFont.setLetterSpacing(QFont::PercentageSpacing, capitalSpacing);
     setTextFormat(Qt::PlainText);
     setFont(titleFont);
-    setText(displayLine(label.title)); // As a screen reader is to say it.
+    setText(displayLine(label.title)); // As a screen reader should say it.
     updateGeometry();
     update();
 }
@@ -152,7 +152,7 @@ void ViewLabel::paintEvent(QPaintEvent* /*event*/)
     QPainter painter(this);
     const QColor ink = color(shown.color, palette());
     const int side = symbolSize(font());
-    // Centred above the larger symbols of rows, so that its title begins where their texts do.
+    // Centred above the larger symbols of rows, so that the title begins where their texts begin.
     const QPoint place((symbolColumnWidth() - side) / 2, (height() - side) / 2);
     painter.drawPixmap(place, symbolPixmap(shown.systemImage, side, devicePixelRatioF(), ink));
     painter.setPen(ink);

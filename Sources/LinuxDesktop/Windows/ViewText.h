@@ -8,8 +8,8 @@ class QTextLayout;
 
 namespace stemvault {
 
-/// Plain text in as many lines as its width asks for, breaking a name that has no blank in it, or
-/// in one line that loses its middle when there is no room.
+/// Plain text, either in as many lines as its width requires, in which names without blanks are
+/// broken too, or in one line that is elided in the middle if there is no room.
 class ViewText final : public QLabel {
 public:
     void show(const Text& text);
@@ -29,10 +29,10 @@ private:
     [[nodiscard]] bool isOneLine() const;
 
     Text shown;
-    QString whole; ///< The text where a very long one is shown without its middle.
+    QString whole; ///< The whole text; a very long one is shown without its middle.
 };
 
-/// A title with a symbol before it.
+/// A title with a symbol in front.
 class ViewLabel final : public QLabel {
 public:
     void show(const Label& label);
@@ -49,7 +49,7 @@ private:
     Label shown;
 };
 
-/// A symbol alone.
+/// A symbol without a title.
 class ViewSymbol final : public QWidget {
 public:
     void show(const Symbol& symbol);

@@ -15,8 +15,8 @@ namespace stemvault {
 
 namespace {
 
-/// A line from edge to edge, of whole pixels of the screen: where it is scaled by fractions, lines
-/// that lie between them would be of different thickness.
+/// A line from edge to edge that covers whole pixels of the screen. At a fractional scale, lines
+/// between pixels would differ in thickness.
 class DividerLine final : public QFrame {
 public:
     DividerLine() { setFixedHeight(1); }
@@ -36,7 +36,7 @@ int points(const std::optional<double>& given, int standard)
     return given ? qRound(*given) : standard;
 }
 
-/// Where a child stands across the stack's axis. What has a natural size keeps it.
+/// The alignment of a child across the stack's axis. A child with a natural size keeps it.
 Qt::Alignment placeOf(const Stack& stack, const View& child)
 {
     if (stack.axis == Stack::Axis::Horizontal)
@@ -60,7 +60,7 @@ ViewTree::~ViewTree()
     children.clear();
     if (!outer)
         return;
-    // Perhaps this is called from within its own signal.
+    // The destructor may be called from within a signal of the widget.
     outer->hide();
     outer->deleteLater();
 }
@@ -69,7 +69,7 @@ bool ViewTree::canShow(const View& view) const
 {
     if (view.content.index() != shown.content.index() || view.id != shown.id)
         return false;
-    // A button that does something else is another one: the keyboard must not slip onto it.
+    // A button that does something else must be a new one, which does not inherit the focus.
     if (const auto* button = std::get_if<Button>(&view.content))
         return button->label == std::get<Button>(shown.content).label
             && button->help == std::get<Button>(shown.content).help;
@@ -161,7 +161,7 @@ std::unique_ptr<ViewTree> ViewTree::takeMatch(const View& child)
     return nullptr;
 }
 
-// A switch may have been moved and not been accepted: what it shows then is not what was drawn.
+// If the user moved a switch and the change was not accepted, it shows another state than drawn.
 bool ViewTree::needsShowing(const View& view) const
 {
     return std::holds_alternative<Stack>(view.content)

@@ -13,8 +13,8 @@
 
 namespace stemvault {
 
-/// One view on the screen, and those within it. Shown anew it changes what differs and leaves the
-/// rest alone: the keyboard's place and the scroll position stay.
+/// The widgets of a view and of the views within it. Showing a new view changes only what differs,
+/// so the keyboard focus and the scroll position are kept.
 class ViewTree {
 public:
     explicit ViewTree(const View& view);
@@ -22,18 +22,18 @@ public:
     ViewTree& operator=(const ViewTree&) = delete;
     ~ViewTree();
 
-    /// Of the same kind and identity as the view before; see `canShow`.
+    /// `view` must have the same kind and identity as the previous one; see `canShow`.
     void show(const View& view);
     [[nodiscard]] bool canShow(const View& view) const;
 
-    /// Belongs to this object unless a parent has taken it. Null for a spacer.
+    /// Owned by this object unless a parent has taken it. Null for a spacer.
     [[nodiscard]] QWidget* widget() const { return outer; }
 
-    /// Lets every layout know, from the inside out, what has changed: they would learn it from each
-    /// other only step by step, and the window is to have its size now.
+    /// Notifies every layout of changes, from the inside out. The layouts would notify each other
+    /// only step by step, but the window needs its size at once.
     void settle();
 
-    /// The lists within it, which scroll, and the controls in the order in which they are read.
+    /// The lists in this view, which scroll, and its controls in reading order.
     [[nodiscard]] std::vector<ListArea*> lists() const;
     [[nodiscard]] std::vector<QWidget*> controls() const;
 
@@ -55,7 +55,7 @@ private:
 
     View shown;
     QPointer<QWidget> outer;
-    QWidget* inner = nullptr; ///< What holds the children of a stack.
+    QWidget* inner = nullptr; ///< The widget that holds the children of a stack.
     std::vector<std::unique_ptr<ViewTree>> children;
 };
 

@@ -12,8 +12,8 @@ namespace stemvault {
 
 namespace {
 
-constexpr int frameAllowance = 56; ///< For a title bar that is not known yet, and a little air.
-constexpr int air = 8; ///< Between the screen's edge and a window that was moved up to it.
+constexpr int frameAllowance = 56; ///< For a title bar of unknown height, and a small margin.
+constexpr int air = 8; ///< Between the screen's edge and a window that was moved up.
 constexpr int shortestList = 132;
 
 } // namespace
@@ -32,7 +32,7 @@ ViewWindow::ViewWindow(std::function<View()> content)
         [this](QWidget*, QWidget* now) { keepInSight(now); });
 }
 
-// The focus still moves while the widget below this class is being destroyed.
+// The focus still changes while the base class is being destroyed.
 ViewWindow::~ViewWindow()
 {
     qApp->disconnect(this);
@@ -62,7 +62,7 @@ void ViewWindow::draw()
     keepTabOrder();
 }
 
-// What a window manager has put around the window; it is known once the window has been shown.
+// The height of the window manager's frame, which is known once the window has been shown.
 int ViewWindow::frameHeight() const
 {
     return frameGeometry().height() - geometry().height();
@@ -87,7 +87,7 @@ void ViewWindow::limitLists(int height)
     tree->settle();
 }
 
-// Whether that makes the view fit.
+// Returns whether the view fits then.
 bool ViewWindow::shortenLists(int available)
 {
     for (ListArea* list : tree->lists()) {
@@ -105,7 +105,7 @@ void ViewWindow::fit()
     const int available = availableHeight();
     limitLists(QWIDGETSIZE_MAX);
     const bool isTooHigh = !shortenLists(available);
-    // One scroll bar is enough: where all of it scrolls, the lists in it do not.
+    // One scroll bar is enough: if the whole view scrolls, the lists in it do not.
     if (isTooHigh)
         limitLists(QWIDGETSIZE_MAX);
     const int height = wholeHeight();
@@ -117,8 +117,8 @@ void ViewWindow::fit()
         moveOntoScreen();
 }
 
-// Window managers leave a window that grows where its top is, whatever becomes of its lower part.
-// Where a program may not place its windows, the move does nothing.
+// Window managers keep the top of a growing window in place, even if its lower part leaves the
+// screen. Where programs may not place their windows, the move has no effect.
 void ViewWindow::moveOntoScreen()
 {
     const QRect area = screen()->availableGeometry();
@@ -127,7 +127,7 @@ void ViewWindow::moveOntoScreen()
         move(x(), std::max(area.top(), y() - excess - air));
 }
 
-// As the views are read: a control that came later may belong before the others.
+// Sets the tab order to the reading order, as a control that came later may belong before others.
 void ViewWindow::keepTabOrder()
 {
     QWidget* before = nullptr;
@@ -151,7 +151,7 @@ void ViewWindow::keepInSight(QWidget* focused)
 void ViewWindow::showEvent(QShowEvent* event)
 {
     draw();
-    // The keyboard's place is marked from the first press of Tab on.
+    // The view itself gets the focus, so no control is marked until Tab is pressed.
     if (!focusWidget())
         tree->widget()->setFocus();
     QDialog::showEvent(event);

@@ -10,9 +10,9 @@
 
 namespace stemvault {
 
-/// A window that shows a view. It is as large as the view asks and the screen allows: where there
-/// is no room the lists in it scroll, or all of it when even short lists leave no room. A window
-/// that grows moves up rather than off the screen.
+/// A window that shows a view. It is as large as the view requires, if the screen allows. Otherwise
+/// the lists in it scroll, or the whole view does if it is too high even with short lists. A window
+/// that grows is moved up so that it stays on the screen.
 class ViewWindow final : public QDialog {
 public:
     explicit ViewWindow(std::function<View()> content);
@@ -20,7 +20,8 @@ public:
 
     void draw();
 
-    /// Draws soon, once for any number of calls; a hidden window only when it is shown.
+    /// Draws from the event loop, once for any number of calls. A hidden window is not drawn until
+    /// it is shown.
     void drawSoon();
 
 protected:

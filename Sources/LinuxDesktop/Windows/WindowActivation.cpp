@@ -28,7 +28,7 @@ template <typename T> Owned<T> owned(T* answer)
     return { answer, &std::free };
 }
 
-/// A connection of our own for a moment, so that nothing of the toolkit's is touched.
+/// Uses a separate, short-lived X connection, so that the toolkit's connection is not touched.
 class WindowManagerMessage {
 public:
     WindowManagerMessage() : connection(xcb_connect(nullptr, nullptr), &xcb_disconnect) { }
@@ -43,7 +43,8 @@ public:
             return;
         bringHere(window);
         setUserTime(window, *time);
-        // As a pager would ask (source 2): an ordinary program's request may only be noted.
+        // Asks as a pager does (source 2); for an ordinary program's request, window managers may
+        // only mark the window.
         send(window, "_NET_ACTIVE_WINDOW", 2, *time);
         xcb_flush(connection.get());
     }
@@ -57,7 +58,7 @@ private:
         return answer ? answer->atom : xcb_atom_t { XCB_ATOM_NONE };
     }
 
-    // The server tells its time with the change of a property, even one that changes nothing.
+    // The server reports its time with each property change, even one that changes nothing.
     [[nodiscard]] std::optional<xcb_timestamp_t> serverTime()
     {
         const xcb_window_t probe = xcb_generate_id(connection.get());
@@ -73,7 +74,7 @@ private:
         return std::nullopt;
     }
 
-    // Null when the server says nothing for a while: then the window is left where it is.
+    // Null if the server does not respond in time; then the window is left where it is.
     [[nodiscard]] Owned<xcb_generic_event_t> nextEvent()
     {
         auto event = owned(xcb_poll_for_event(connection.get()));
@@ -90,9 +91,9 @@ private:
             atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 32, 1, &time);
     }
 
-    // Some window managers show neither another workspace nor a minimised window when they are
-    // asked to activate it: it is had onto the user's workspace, and mapped, which ends its being
-    // minimised.
+    // To activate a window, some window managers neither switch to its workspace nor restore it
+    // if it is minimised. So the window is moved to the user's workspace and mapped, which also
+    // restores it.
     void bringHere(xcb_window_t window)
     {
         constexpr std::uint32_t onEveryWorkspace = 0xFFFFFFFF;
@@ -139,8 +140,8 @@ void activateNow(QWindow& window)
         WindowManagerMessage().activate(static_cast<xcb_window_t>(window.winId()));
 }
 
-/// Knows whether the window manager has a window in its care. Once it has been on the screen it
-/// has, out of sight too: minimised, or on another workspace. Then no exposure is to be waited for.
+/// Tracks whether the window manager manages a window. It does so once the window has been on the
+/// screen, even while it is minimised or on another workspace, where no exposure would come.
 class MappedTracker final : public QObject {
 public:
     using Action = void (*)(QWindow&);
@@ -153,7 +154,7 @@ public:
         return *new MappedTracker(window);
     }
 
-    /// At once, or as soon as the window has come up.
+    /// Runs the action at once if the window is managed, or else as soon as it is.
     void whenManaged(Action action)
     {
         if (isTaken)
@@ -191,12 +192,12 @@ private:
 
 void bringToFront(QWidget& window)
 {
-    window.winId(); // Makes the native window.
+    window.winId(); // Creates the native window.
     MappedTracker::of(*window.windowHandle()).whenManaged(&activateNow);
 }
 
-// The toolkit asks for the keyboard on behalf of every modal window, whatever it was told; a window
-// manager gives it to none that does not take it.
+// The toolkit requests the keyboard focus for every modal window, whatever its attributes. Window
+// managers do not give it to a window that does not accept it.
 void showWithoutKeyboard(QWidget& window)
 {
     window.setAttribute(Qt::WA_ShowWithoutActivating);

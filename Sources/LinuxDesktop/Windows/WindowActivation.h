@@ -4,13 +4,13 @@ class QWidget;
 
 namespace stemvault {
 
-/// Puts a window in front of all others and gives it the keyboard, as soon as it is on the screen.
-/// Meant for a window the user has to see now although nobody clicked on this program: window
-/// managers refuse that to a program that does not know the current time.
+/// Puts a window in front of all others and gives it the keyboard focus, as soon as it is on the
+/// screen. Meant for a window that the user must see now although nobody clicked on this program:
+/// window managers refuse that to a program that does not pass the current time.
 void bringToFront(QWidget& window);
 
-/// Has a window not yet shown leave the keyboard where it is when it comes up. From then on the
-/// user can turn to it as to any other.
+/// Makes a window that is not shown yet come up without taking the keyboard focus. From then on the
+/// user can switch to it as to any other.
 void showWithoutKeyboard(QWidget& window);
 
 } // namespace stemvault
