@@ -45,8 +45,8 @@ public:
 private:
     using Found = DesktopEntries::Found;
 
-    /// The main process is the one that was started first; the others are its children, whether or
-    /// not they still have it for a parent.
+    /// The main process of a unit is the one that was started first. The others descend from it,
+    /// even if it is no longer their parent.
     void noteUnit(const Process& process)
     {
         const auto [first, isNew] = firstOfUnit.emplace(process.unit->unit, process.key);
@@ -65,7 +65,7 @@ private:
         const Process* child = &process;
         for (;;) {
             const auto parent = processes.find(child->parent);
-            // A parent is older than its child; anything else is a number given out again.
+            // A parent is older than its child; otherwise its number has been reused.
             if (parent == processes.end() || !(parent->second.key < child->key))
                 return true;
             if (parent->second.known && parent->second.program.name == process.program.name)
@@ -74,10 +74,10 @@ private:
         }
     }
 
-    /// A DAW started under a name of the user's own, by the entry that the desktop knows it by.
+    /// Recognises a DAW whose program has been renamed by the user, by its desktop entry.
     [[nodiscard]] std::optional<KnownApplication> knownByEntry(const Process& process) const
     {
-        // Where a DAW's own process is there, the unit's first one is the script that started it.
+        // If a DAW's own process is in the unit, the first one is the script that started the DAW.
         if (process.unit && unitsOfKnown.contains(process.unit->unit))
             return std::nullopt;
         if (isFirstOfUnit(process))
@@ -91,8 +91,8 @@ private:
         return knownApplicationOfEntry(entryOf(process, &window->second).identifier);
     }
 
-    /// The unit is a hint: what is started in a terminal is in the terminal's. So it speaks for its
-    /// first process only.
+    /// The unit is only a hint, because a program started in a terminal is in the terminal's unit.
+    /// So only a unit's first process is identified by it.
     [[nodiscard]] Found entryOf(const Process& process, const WindowClass* window) const
     {
         Found found;
@@ -148,8 +148,8 @@ private:
     const std::map<ProcessKey, WindowClass>& windows;
     const DesktopEntries& entries;
     std::map<std::string, ProcessKey, std::less<>> firstOfUnit;
-    std::map<std::string, pid_t, std::less<>> wineServers; ///< By the prefix that each serves.
-    std::set<std::string, std::less<>> unitsOfKnown; ///< Those in which a DAW's own process runs.
+    std::map<std::string, pid_t, std::less<>> wineServers; ///< By the Wine prefix that each serves.
+    std::set<std::string, std::less<>> unitsOfKnown; ///< Units in which a DAW's own process runs.
 };
 
 } // namespace

@@ -10,7 +10,7 @@
 
 namespace stemvault {
 
-/// What an ordinary window says of the program it belongs to.
+/// How an ordinary window identifies the program that it belongs to.
 struct WindowClass {
     std::string instance;
     std::string className;
@@ -21,12 +21,13 @@ struct ListedApplication {
     RunningApplication description;
 };
 
-/// The applications among the processes, in the order in which they were started. Regular is
-/// - a known DAW, whether or not it has a window that can be seen from here: of a chain of
-///   processes of that name the topmost, for what it starts under its own name works for it;
+/// The applications among the processes, in the order in which they were started. Regular are
+/// - a known DAW, even without a window that is visible here: the topmost of a chain of processes
+///   of the same name, because the processes that it starts under its own name work for it;
 /// - a process with an ordinary window;
-/// - the first process of a unit that an entry of the desktop's menu was started in.
-/// What the desktop started in the background is Prohibited; all other processes are left out.
+/// - the first process of a unit in which an entry of the desktop's menu was started.
+/// The other processes of such a chain, and what the desktop started in the background, are
+/// Prohibited; all other processes are left out.
 [[nodiscard]] std::vector<ListedApplication> listApplications(
     const std::map<pid_t, Process>& processes, const std::map<ProcessKey, WindowClass>& windows,
     const DesktopEntries& entries);

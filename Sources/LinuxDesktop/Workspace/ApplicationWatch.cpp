@@ -13,10 +13,10 @@ namespace {
 using namespace std::chrono_literals;
 using std::chrono::steady_clock;
 
-/// How often a change of title is told.
+/// How often a change of title is announced.
 constexpr int noticesOfOneTitle = 2;
 
-/// Who asks twice within one piece of work gets one look.
+/// Queries in quick succession, as within one piece of work, share one look at the processes.
 constexpr std::chrono::milliseconds momentOfOneLook = 5ms;
 
 bool isRegular(const ListedApplication& application)
@@ -97,7 +97,7 @@ const std::vector<ListedApplication>& ApplicationWatch::applications()
     if (lookedAt && steady_clock::now() - *lookedAt < momentOfOneLook)
         return listed;
     look();
-    // Nobody is told of anything inside a question of theirs.
+    // Announced later, so that observers are not called from within their own query.
     if (news.launched || news.terminated)
         dispatch.mainAsync(alive.guard([this] { announce(); }));
     return listed;
@@ -118,7 +118,7 @@ void ApplicationWatch::look()
     followTitles();
     noteTerminated();
     noteLaunched();
-    // What is there at the first look has not just been launched.
+    // Applications found by the first look were not launched just now.
     if (!std::exchange(lookedAt, steady_clock::now()))
         news = {};
     endings.watch(running);
@@ -138,7 +138,7 @@ void ApplicationWatch::noteWindows()
     }
 }
 
-/// A DAW says in its windows' titles which session it has open.
+/// The titles of a DAW's windows show which session it has open.
 void ApplicationWatch::followTitles()
 {
     if (!windows)
@@ -177,7 +177,7 @@ void ApplicationWatch::announce()
         announced(std::exchange(news, {}));
 }
 
-/// The disk is asked in the background: it may be slow, and another machine's.
+/// Reads the disk in the background, because it may be slow or belong to another machine.
 void ApplicationWatch::readMenuIfOutdated()
 {
     if (std::exchange(isReadingMenu, true))
@@ -197,12 +197,12 @@ void ApplicationWatch::takeMenu(std::shared_ptr<const DesktopEntries> read)
     isReadingMenu = false;
     if (!read)
         return;
-    // First by the old menu, so that nothing but names differs afterwards.
+    // Looks with the old menu first, so that only names can differ afterwards.
     look();
     const auto before = listed;
     menu = std::move(read);
     look();
-    // A name that was not known before can be the one that somebody is waiting for.
+    // An observer may be waiting for an application whose name was unknown until now.
     if (!std::ranges::equal(
             before, listed, {}, &ListedApplication::description, &ListedApplication::description))
         news.launched = true;

@@ -20,22 +20,22 @@
 
 namespace stemvault {
 
-/// What a workspace looks at.
+/// The sources that an ApplicationWatch uses.
 struct WorkspaceSources {
     std::string processRoot = "/proc";
-    std::string display; ///< Of X11; empty when there is none.
-    std::optional<QDBusConnection> unitBus; ///< Where the service manager signals, if it is asked.
-    /// Whether applications can come and go of which X11 says nothing even while it answers.
+    std::string display; ///< The X11 display; empty if there is none.
+    std::optional<QDBusConnection> unitBus; ///< The bus of the service manager, if it is used.
+    /// Whether applications can come and go unnoticed by X11, even while it responds.
     bool isWayland = false;
-    /// How often to look where no event tells of everything.
+    /// How often to look at the processes if events do not report every change.
     std::chrono::milliseconds interval { 5'000 };
-    /// How long to wait from one change of a DAW's title that is told to the next.
+    /// The time between two announcements of a changed title of a DAW.
     std::chrono::milliseconds titlePause { 2'000 };
     DesktopEntryPlaces entries;
 
-    /// By this program's environment. On Wayland, applications of its own kind are found by their
-    /// units and by looking every five seconds; so are all where X11 has no window manager that
-    /// says which windows there are.
+    /// From this program's environment. On Wayland, native applications are found by their units
+    /// and by looking every five seconds. Without an X11 window manager that publishes its windows,
+    /// all applications are found by looking every five seconds.
     [[nodiscard]] static WorkspaceSources ofThisSession();
 };
 
@@ -45,24 +45,24 @@ struct WorkspaceNews {
     bool activated = false;
 };
 
-/// Knows the applications among the user's processes by their windows, by the desktop's units and,
-/// for DAWs, by their names. An application is launched when it first counts as regular. It stays
-/// so until its process ends, whatever its windows do: many a program shows a splash window, then
-/// none, then its own. Main thread only; needs its event loop.
+/// Finds the applications among the user's processes by their windows, by the desktop's units and,
+/// for DAWs, by their names. An application counts as launched when it is first regular. It stays
+/// launched until its process ends, whatever its windows do, because many programs show a splash
+/// window, then none, then their main window. Main thread only; needs its event loop.
 ///
-/// A DAW whose window has another title, as when it opens another session, counts as activated: at
-/// once and again a little later, as some open the session's files after that.
+/// If the title of a DAW's window changes, for example because it opens another session, the DAW
+/// counts as activated: at once, and again a little later, as some open the session's files later.
 ///
-/// The desktop's menu is read in the background. Until then applications other than DAWs go by the
-/// names of their programs.
+/// The desktop's menu is read in the background. Until that is done, applications other than DAWs
+/// have the names of their programs.
 class ApplicationWatch {
 public:
-    /// `onNews` is called from the event loop, once for all that is found at once. `queues` must
-    /// outlive the watch.
+    /// `onNews` is called from the event loop, once for all changes that are found together.
+    /// `queues` must outlive the watch.
     ApplicationWatch(
         Dispatch& queues, WorkspaceSources lookedAtHere, std::function<void(WorkspaceNews)> onNews);
 
-    /// As they are now, in the order in which they were started.
+    /// The present applications, in the order in which they were started.
     [[nodiscard]] const std::vector<ListedApplication>& applications();
 
 private:
@@ -93,7 +93,7 @@ private:
     ProcessTable processes;
     std::map<ProcessKey, WindowClass> windowClasses;
     std::vector<ListedApplication> listed;
-    std::set<ProcessKey> running; ///< Those whose launch counts as told.
+    std::set<ProcessKey> running; ///< The applications whose launch has been noted.
     std::optional<std::chrono::steady_clock::time_point> lookedAt;
     WorkspaceNews news;
 
@@ -101,8 +101,8 @@ private:
     std::unique_ptr<X11Windows> windows;
     bool isServerGone = false;
     std::unique_ptr<UnitSignals> units;
-    std::unique_ptr<Timer> timer; ///< Of the looks where no event tells of everything.
-    bool isInTitlePause = false; ///< A change of title has just been told.
+    std::unique_ptr<Timer> timer; ///< Exists while events do not report every change.
+    bool isInTitlePause = false; ///< A change of title has just been announced.
     int titleNoticesDue = 0;
     WeakGuard alive;
 };

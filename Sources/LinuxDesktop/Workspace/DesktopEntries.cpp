@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view suffix = ".desktop";
 constexpr std::size_t maxEntryBytes = std::size_t { 1 } << 20U;
-constexpr int maxFolderLevels = 8; // A link may lead round in a circle.
+constexpr int maxFolderLevels = 8; // Links may form a cycle.
 
 std::string environment(const char* name, const std::string& otherwise)
 {
@@ -90,7 +90,7 @@ bool DesktopEntries::isOutdated() const
 
 void DesktopEntries::readFolder(const fs::path& folder, const std::string& prefix, int depth)
 {
-    // The time comes first: what changes while we read makes it outdated.
+    // The time is read first, so that a change during the reading makes the entries outdated.
     if (!folderTimes.emplace(folder.native(), timeOf(folder)).second || depth == 0)
         return;
     std::error_code failure;
@@ -122,7 +122,7 @@ void DesktopEntries::makeIndexes()
             || (!entry.requiredProgram.empty()
                 && !isProgramThere(entry.requiredProgram, places.programFolders));
     });
-    // Of several entries for one program the one that the menu shows is the application itself.
+    // Of several entries for one program, the one shown in the menu is the application itself.
     for (const bool isInMenu : { true, false })
         for (const auto& [identifier, entry] : entries)
             if (entry.isInMenu == isInMenu)

@@ -11,35 +11,35 @@
 
 namespace stemvault {
 
-/// Where the desktop entries are and in which language they are wanted.
+/// Where the desktop entries are, and the preferred languages for their names.
 struct DesktopEntryPlaces {
-    std::vector<std::string> folders; ///< Of two entries of one identifier the earlier one counts.
-    std::vector<std::string> programFolders; ///< Where a program without a path is looked for.
+    std::vector<std::string> folders; ///< Of entries with one identifier, the first one counts.
+    std::vector<std::string> programFolders; ///< Searched for programs given without a path.
     std::vector<std::string> languages;
 
-    /// By this program's environment.
+    /// From this program's environment.
     [[nodiscard]] static DesktopEntryPlaces ofThisUser();
 };
 
-/// The desktop's applications. Reading them takes many files and belongs on a background thread;
-/// what has been read never changes and may be used from any.
+/// The desktop's applications. Reading them opens many files and belongs on a background thread.
+/// The result never changes and may be used from any thread.
 class DesktopEntries {
 public:
     [[nodiscard]] static std::shared_ptr<const DesktopEntries> read(DesktopEntryPlaces places);
 
-    /// Whether an entry has come or gone since, by the times of the folders. Those that were
-    /// never read are. Asks the disk.
+    /// Whether entries were added or removed since the reading, judged by the times of the folders.
+    /// True if nothing was ever read. Reads from the disk.
     [[nodiscard]] bool isOutdated() const;
 
     struct Found {
         std::string identifier;
-        const DesktopEntry* entry = nullptr; ///< Null when there is none.
+        const DesktopEntry* entry = nullptr; ///< Null if there is none.
 
         explicit operator bool() const { return entry != nullptr; }
     };
 
     [[nodiscard]] Found byIdentifier(std::string_view identifier) const;
-    /// By what the entry says of its windows, else by its identifier, whatever the case.
+    /// By the window class that the entry states, or else by its identifier, ignoring case.
     [[nodiscard]] Found byWindowClass(std::string_view instance, std::string_view className) const;
     [[nodiscard]] Found byProgram(std::string_view program) const;
 

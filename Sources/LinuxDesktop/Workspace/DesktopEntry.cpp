@@ -13,7 +13,7 @@ namespace {
 
 using Group = std::map<std::string, std::string, std::less<>>;
 
-/// The keys of one group with their values as written. Of a key given twice the first counts.
+/// The keys of one group with their unparsed values. If a key occurs twice, the first one counts.
 Group readGroup(std::string_view text, std::string_view header)
 {
     Group group;
@@ -38,7 +38,7 @@ std::string unescaped(std::string_view value)
     for (std::size_t i = 0; i < value.size(); ++i) {
         char letter = value[i];
         if (letter == '\\' && i + 1 < value.size()) {
-            // Pairs of a letter and what it stands for; an unknown one keeps its backslash.
+            // `escapes` pairs each letter with its character. An unknown one keeps its backslash.
             const char next = value[i + 1];
             for (std::size_t pair = 0; pair < escapes.size(); pair += 2)
                 if (escapes[pair] == next) {
@@ -73,8 +73,8 @@ std::string localizedText(
     return text(group, key);
 }
 
-/// Takes the next word off an Exec line: in double quotes, where a backslash takes the next letter
-/// as it is, or up to a blank.
+/// Removes the next word from an Exec line. A word ends at a blank outside double quotes; within
+/// them, a backslash escapes the next character.
 std::string takeWord(std::string_view& line)
 {
     line = withoutOuterBlanks(line);

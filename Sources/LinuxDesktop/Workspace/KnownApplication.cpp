@@ -17,7 +17,8 @@ bool isDigit(char letter)
     return letter >= '0' && letter <= '9';
 }
 
-/// Whether a name in lower case is the one that a row of the table describes.
+/// Whether a lower-case name matches a pattern of the table. A "*" at the end of the pattern stands
+/// for any text, a "#" for text that begins with a digit.
 bool matches(std::string_view name, std::string_view pattern)
 {
     const char last = pattern.empty() ? '\0' : pattern.back();
@@ -34,7 +35,7 @@ bool matchesAny(std::string_view name, const DAWNames& patterns)
         patterns, [&](std::string_view pattern) { return matches(name, pattern); });
 }
 
-/// "Cubase12" is what the file is called and "Cubase 12" what the program is.
+/// The file is called "Cubase12", the program "Cubase 12".
 std::string withBlankBeforeRelease(std::string name)
 {
     const auto letter = std::ranges::find_if(name, isDigit);
@@ -48,7 +49,7 @@ bool holds(std::string_view path, std::string_view part)
     return lowercased(path).find(part) != std::string::npos;
 }
 
-/// Under Wine the executable is the loader.
+/// Empty under Wine, where the executable is the loader.
 std::string nativeExecutable(const Program& program, std::string_view executable)
 {
     constexpr std::string_view replacedMark = " (deleted)";
@@ -57,7 +58,7 @@ std::string nativeExecutable(const Program& program, std::string_view executable
     return program.isWindows ? std::string() : std::string(executable);
 }
 
-/// The DAW among whose programs the name is.
+/// The DAW that has a program of this name and whose folder of installation is in its path.
 const DAW* dawNamed(const std::string& name, const Program& program, const std::string& executable)
 {
     const auto rows = knownDAWs();
@@ -68,7 +69,7 @@ const DAW* dawNamed(const std::string& name, const Program& program, const std::
     return row == rows.end() ? nullptr : &*row;
 }
 
-/// What runs beside an application under Wine. Native programs may have such names of their own.
+/// Programs that run alongside an application under Wine. Native programs may have the same names.
 constexpr std::array<std::string_view, 14> windowsHelpers { "services", "explorer", "winedevice",
     "plugplay", "svchost", "rpcss", "conhost", "start", "winemenubuilder", "wineboot", "tabtip",
     "rundll32", "cmd", "wineconsole" };
@@ -85,7 +86,7 @@ std::optional<KnownApplication> knownApplication(
     if (isHelper(program))
         return std::nullopt;
     const std::string native = nativeExecutable(program, executable);
-    // Whoever starts a program through a link has it called as the link is.
+    // A program that is started through a link has the name of the link.
     for (const std::string& name : { program.name, lastPathComponent(native) })
         if (const DAW* const daw = dawNamed(name, program, native))
             return KnownApplication { std::string(daw->identifier),

@@ -10,7 +10,8 @@ namespace stemvault {
 
 namespace {
 
-// Release feeds name addresses too, and of all that a desktop can open only a web page is harmless.
+// URLs come from release feeds too, and of all that a desktop can open, only a web page is
+// harmless.
 bool isWebAddress(std::string_view url)
 {
     const auto beginsWith = [url](std::string_view scheme) {
@@ -48,7 +49,7 @@ void LinuxWorkspace::addObserver(
 void LinuxWorkspace::removeObserver(const void* observer)
 {
     std::erase_if(observers, [observer](const auto& each) {
-        // A notice may be on its way round just now.
+        // `post` may be calling the observers at this moment.
         each->isRemoved = each->handle == observer;
         return each->isRemoved;
     });
@@ -56,7 +57,7 @@ void LinuxWorkspace::removeObserver(const void* observer)
 
 bool LinuxWorkspace::open(const std::string& url)
 {
-    // The place of the keyboard's shortcuts, which every desktop keeps elsewhere.
+    // The URL of the keyboard shortcuts, whose place differs between desktops.
     if (url.starts_with("x-apple.systempreferences:com.apple.preference.keyboard"))
         return showKeyboardShortcuts();
     return isWebAddress(url) && openURL(url);

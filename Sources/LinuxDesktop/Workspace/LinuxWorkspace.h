@@ -10,11 +10,11 @@
 namespace stemvault {
 
 /// The workspace of a Linux desktop; see ApplicationWatch for what counts as an application.
-/// An activation is told for every other window that the user turns to, also of the same
-/// application: that is when a DAW has opened its session.
+/// Posts an activation whenever the user switches to another window, even of the same application,
+/// because that is when a DAW has opened its session.
 class LinuxWorkspace : public Workspace {
 public:
-    /// `dispatch` must outlive it. `showShortcuts` is for the URL of the keyboard's shortcuts.
+    /// `dispatch` must outlive it. `showShortcuts` handles the URL of the keyboard shortcuts.
     LinuxWorkspace(
         Dispatch& dispatch, const WorkspaceSources& sources, std::function<bool()> showShortcuts);
 

@@ -8,8 +8,8 @@
 
 namespace stemvault {
 
-/// A descriptor that becomes readable, for ever, once the process has ended. Not open when there is
-/// no such process. (The library's own function cannot be linked from C++ in version 2.36.)
+/// A descriptor that becomes readable, and stays so, once the process has ended. Not open if there
+/// is no such process. (The C library's own function cannot be linked from C++ in version 2.36.)
 [[nodiscard]] inline FileDescriptor openProcess(pid_t process)
 {
     return FileDescriptor(static_cast<int>(::syscall(SYS_pidfd_open, process, 0)));

@@ -25,7 +25,7 @@ void ProcessEndings::watch(const std::set<ProcessKey>& keys)
 ProcessEndings::Watch ProcessEndings::makeWatch(const ProcessKey& key)
 {
     Watch made { openProcess(key.process), nullptr };
-    // The process may have ended, and its number been given out again, before this was open.
+    // The process may have ended, and its number been reused, before the descriptor was open.
     if (!isStillThere(key)) {
         QMetaObject::invokeMethod(&context, ended, Qt::QueuedConnection);
         return {};
@@ -35,7 +35,7 @@ ProcessEndings::Watch ProcessEndings::makeWatch(const ProcessKey& key)
     made.notifier.reset(new QSocketNotifier(made.process.get(), QSocketNotifier::Read));
     QObject::connect(made.notifier.get(), &QSocketNotifier::activated, &context,
         [this, notifier = made.notifier.get()] {
-            notifier->setEnabled(false); // It stays readable for ever.
+            notifier->setEnabled(false); // The descriptor stays readable.
             ended();
         });
     return made;

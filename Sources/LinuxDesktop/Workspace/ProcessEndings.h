@@ -14,17 +14,17 @@
 
 namespace stemvault {
 
-/// Tells at once when one of some processes has ended. Main thread only.
+/// Calls back at once when one of the watched processes has ended. Main thread only.
 class ProcessEndings {
 public:
     /// `onEnding` may call `watch`.
     ProcessEndings(std::string processRoot, std::function<void()> onEnding);
 
-    /// Watches just these from now on. What the system has no descriptor for is left out silently.
+    /// Watches exactly these from now on. Silently leaves out those without a process descriptor.
     void watch(const std::set<ProcessKey>& keys);
 
 private:
-    struct DeleteLater { // It may be the one whose signal we are in.
+    struct DeleteLater { // The notifier's own signal may be in progress.
         void operator()(QSocketNotifier* notifier) const
         {
             notifier->setEnabled(false);
@@ -42,7 +42,7 @@ private:
     const std::string root;
     const std::function<void()> ended;
     std::map<ProcessKey, Watch> watches;
-    QObject context; ///< Of what is queued; goes first.
+    QObject context; ///< The context of queued calls; destroyed first.
 };
 
 } // namespace stemvault

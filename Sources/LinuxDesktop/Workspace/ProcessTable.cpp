@@ -20,9 +20,9 @@ namespace stemvault {
 
 namespace {
 
-// A new process is first a copy of its parent and only then becomes its own program; Wine names
-// itself later still, and the desktop moves an application into its unit after it has started. So
-// what a process is counts only when read this long after its start.
+// A new process is a copy of its parent until it executes its own program. Under Wine it gets its
+// name even later, and the desktop moves an application into its unit only after the start. So what
+// is read of a process is final only if it was read this long after the start.
 constexpr std::uint64_t secondsUntilSettled = 20;
 
 constexpr std::size_t maxBytes = std::size_t { 1 } << 20U;
@@ -37,7 +37,7 @@ std::optional<pid_t> processNumber(std::string_view name)
     return process && *process > 0 ? process : std::nullopt;
 }
 
-/// The start time of a process that would be settled just now.
+/// The latest start time of a process that is settled by now.
 std::uint64_t latestSettledStart()
 {
     timespec sinceStart {};
@@ -47,7 +47,7 @@ std::uint64_t latestSettledStart()
     return seconds > secondsUntilSettled ? (seconds - secondsUntilSettled) * ticks : 0;
 }
 
-/// What every sweep reads for every process: the kernel gives it whole at the first reading.
+/// Every sweep calls this for every process. The kernel returns the whole text in one read.
 std::optional<ProcessStat> readStat(int folder, const std::string& path)
 {
     const FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -58,7 +58,7 @@ std::optional<ProcessStat> readStat(int folder, const std::string& path)
     return parseProcessStat({ text.data(), static_cast<std::size_t>(length) });
 }
 
-/// A Windows program that was started by its bare name is told by the loader that it runs in.
+/// A Windows program that was started by its bare name is recognised by the loader that runs it.
 bool isUnderWine(const Program& program, const std::string& executable)
 {
     return program.isWindows || lastPathComponent(executable).starts_with("wine");
@@ -105,8 +105,8 @@ bool ProcessTable::contains(const ProcessKey& key) const
 
 void ProcessTable::visit(int folder, pid_t process, std::uint64_t fileNumber)
 {
-    // The kernel gives every process's folder a number of its own, so that those of others need
-    // not be looked at again.
+    // The folder of every process has a unique inode number, so the processes of other users need
+    // not be checked again.
     const auto unchanged = previousForeign.find(process);
     if (unchanged != previousForeign.end() && unchanged->second.isSettled
         && unchanged->second.fileNumber == fileNumber) {
@@ -143,7 +143,7 @@ void ProcessTable::readProcess(int folder, pid_t process, const ProcessStat& sta
     const auto command = readFile(folder, path + "comm", maxBytes).value_or("");
     read.program = parseProgram(commandLine, command);
     read.unit = parseApplicationUnit(readFile(folder, path + "cgroup", maxBytes).value_or(""));
-    // A sandbox says what it holds even where the desktop makes no units.
+    // A sandbox names its application even if the desktop creates no units.
     if (!read.unit && isSandboxed(read))
         read.sandboxIdentifier = parseFlatpakIdentifier(
             readFile(folder, path + "root/.flatpak-info", maxBytes).value_or(""));

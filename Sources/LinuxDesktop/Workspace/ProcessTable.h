@@ -13,7 +13,7 @@
 
 namespace stemvault {
 
-/// One run of one process: the number alone is given out again.
+/// Identifies one run of a process; the number alone is not enough, because numbers are reused.
 struct ProcessKey {
     std::uint64_t startTime = 0;
     pid_t process = 0;
@@ -30,27 +30,28 @@ struct Process {
     std::array<std::uint64_t, 3> image {}; ///< See ProcessStat.
     Program program;
     std::optional<ApplicationUnit> unit;
-    std::optional<std::string> sandboxIdentifier; ///< What a sandbox calls its application.
+    std::optional<std::string> sandboxIdentifier; ///< The sandbox's name for its application.
     std::optional<KnownApplication> known;
-    /// Of a DAW under Wine, and of Wine's server.
+    /// Only for a DAW under Wine and for Wine's server.
     std::optional<std::string> winePrefix;
     bool isHelper = false;
-    bool isSettled = false; ///< No longer likely to turn into something else.
+    bool isSettled = false; ///< What was read is no longer likely to change.
 };
 
-/// The user's own processes. What they are is read once and kept for as long as each runs the same
-/// program; a sweep that finds nothing new reads one small file for each. One thread at a time.
+/// The user's own processes. The data of each is read once and kept while it runs the same program,
+/// so a sweep that finds nothing new reads only one small file per process. May be used from one
+/// thread at a time.
 class ProcessTable {
 public:
     explicit ProcessTable(std::string root = "/proc");
     ProcessTable(std::string root, uid_t owner);
 
-    /// Brings the table up to date.
+    /// Updates the table.
     void sweep();
 
     [[nodiscard]] const std::map<pid_t, Process>& processes() const { return table; }
 
-    /// Whether that run of the process is there and has not ended, as of the latest sweep.
+    /// Whether that run of the process existed and had not ended at the latest sweep.
     [[nodiscard]] bool contains(const ProcessKey& key) const;
 
 private:

@@ -42,8 +42,8 @@ std::string unescapedUnitName(std::string_view text)
     return name;
 }
 
-/// app[-<launcher>]-<id>-<random>.scope or app[-<launcher>]-<id>[@<random>].service. A dash within
-/// one of these is escaped.
+/// app[-<launcher>]-<id>-<random>.scope or app[-<launcher>]-<id>[@<random>].service. Dashes within
+/// these parts are escaped.
 std::optional<ApplicationUnit> parseUnit(std::string_view unit)
 {
     constexpr std::string_view prefix = "app-";
@@ -66,7 +66,7 @@ std::optional<ApplicationUnit> parseUnit(std::string_view unit)
 
 std::optional<ProcessStat> parseProcessStat(std::string_view text)
 {
-    // The command may itself hold parentheses and blanks.
+    // The command itself may contain parentheses and blanks.
     const auto open = text.find('(');
     const auto close = text.rfind(')');
     if (open == std::string_view::npos || close == std::string_view::npos || close < open
@@ -99,7 +99,7 @@ Program parseProgram(std::string_view cmdline, std::string_view comm)
     if (program.path.empty())
         program.path = takeField(comm, '\n');
     program.isWindows = isWindowsPath(program.path);
-    // A native program's name may hold a backslash, but none of those we look for does.
+    // A native program's name may contain a backslash, but none of the known programs' names does.
     program.name = program.path.substr(program.path.find_last_of("/\\") + 1);
     if (endsWithExe(program.name))
         program.name.resize(program.name.size() - 4);
@@ -132,7 +132,7 @@ std::optional<ApplicationUnit> parseApplicationUnit(std::string_view cgroup)
         auto path = takeField(cgroup, '\n');
         if (!path.starts_with("0::"))
             continue;
-        // An application may have made groups of its own below its unit.
+        // An application may have created its own groups below its unit.
         while (!path.empty()) {
             const auto slash = path.rfind('/');
             if (auto unit = parseUnit(path.substr(slash + 1)))

@@ -9,7 +9,7 @@ namespace stemvault {
 
 std::optional<std::string> readFile(int folder, const std::string& path, std::size_t most)
 {
-    // A pipe or device among the files must not stop us.
+    // O_NONBLOCK, because a pipe or device among the files must not block the program.
     FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file)
         return std::nullopt;

@@ -5,7 +5,7 @@
 
 namespace stemvault {
 
-/// The bytes of a small file, or of one that the kernel makes up as it is read; absent when it
+/// The bytes of a small file, or of one that the kernel generates as it is read. Absent if it
 /// cannot be read or exceeds `most` bytes. `folder` is a descriptor to start from, as in openat.
 [[nodiscard]] std::optional<std::string> readFile(
     int folder, const std::string& path, std::size_t most);

@@ -13,8 +13,8 @@ namespace {
 
 enum Outcome { Opened, Failed };
 
-/// The tools that still run. They are never destroyed before they have ended, not even with us:
-/// that would kill the browser that a tool may have become.
+/// The tools that still run. They are not destroyed before they have ended, not even when this
+/// program ends, because that would kill the browser that a tool may have become.
 std::set<QProcess*>& runningTools()
 {
     static auto* const tools = new std::set<QProcess*>;
@@ -63,7 +63,7 @@ bool openURL(const std::string& url, std::chrono::milliseconds patience)
             forget(tool);
     });
     QTimer::singleShot(patience, &loop, [&loop] { loop.exit(Opened); });
-    // Queued, as a failure to start is told from within.
+    // Queued, because `start` may signal a failure before it returns, when no loop would run yet.
     QMetaObject::invokeMethod(
         tool, [tool] { tool->start(); }, Qt::QueuedConnection);
     return loop.exec() == Opened;

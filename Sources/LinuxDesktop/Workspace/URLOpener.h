@@ -5,9 +5,9 @@
 
 namespace stemvault {
 
-/// Has the desktop's own tool, xdg-open, hand a URL to the user's application for it; whether it
-/// could. Runs the event loop until the tool has ended. One that takes longer than `patience` is
-/// taken for the application itself, which it runs in its place on plain window managers.
+/// Opens a URL in the user's application for it, with the desktop's own tool, xdg-open. Returns
+/// whether that succeeded. Runs the event loop until the tool has ended. A tool that takes longer
+/// than `patience` counts as a success: on plain window managers it becomes the application itself.
 [[nodiscard]] bool openURL(
     const std::string& url, std::chrono::milliseconds patience = std::chrono::seconds(3));
 

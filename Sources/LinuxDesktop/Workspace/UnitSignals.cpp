@@ -17,11 +17,11 @@ const QString manager = QStringLiteral("org.freedesktop.systemd1.Manager");
 UnitSignals::UnitSignals(QDBusConnection bus, std::function<void()> onChange)
     : changed(std::move(onChange))
 {
-    // No sender is asked for, which would make Qt wait for the bus to say who that is.
+    // The matches name no sender, because Qt would then block to look up the sender on the bus.
     for (const char* signal : { "UnitNew", "UnitRemoved" })
         bus.connect(QString(), path, manager, QString::fromLatin1(signal), this,
             SLOT(unitChanged(QString)));
-    // The manager is silent until it is asked. Its answer tells nothing, so none is awaited.
+    // The manager sends no signals until a client subscribes. The reply is empty, so it is ignored.
     auto subscribe =
         QDBusMessage::createMethodCall(service, path, manager, QStringLiteral("Subscribe"));
     subscribe.setAutoStartService(false);

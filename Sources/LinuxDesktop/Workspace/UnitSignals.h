@@ -8,8 +8,9 @@
 
 namespace stemvault {
 
-/// Tells when the user's service manager makes or drops a unit for an application, which is how the
-/// larger desktops start theirs. Silent where there is no such manager. Main thread only.
+/// Calls back when the user's service manager creates or removes a unit for an application; the
+/// larger desktops start their applications in units. Does nothing if there is no such manager.
+/// Main thread only.
 class UnitSignals : public QObject {
     Q_OBJECT
 

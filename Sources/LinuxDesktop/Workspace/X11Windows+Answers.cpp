@@ -12,9 +12,9 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::uint32_t maxWords = 16384; // Of a property: more windows than anyone has.
+constexpr std::uint32_t maxWords = 16384; // Per property; more windows than any user has.
 
-/// The values of a property of 32-bit items; none when it is absent or of another form.
+/// The values of a property of 32-bit items; none if it is absent or has another format.
 std::span<const std::uint32_t> words(const xcb_get_property_reply_t* reply)
 {
     if (reply == nullptr || reply->format != 32)
@@ -88,7 +88,7 @@ void X11Windows::takeActiveWindow(const xcb_get_property_reply_t* reply)
     hasActiveWindow = isThere(reply);
     if (isTold() != wasTold)
         pending.list = true;
-    // A switch passes through "none", and a menu can lead back to where one was.
+    // A switch passes through "none", and closing a menu can return to the same window.
     const auto window = words(reply).empty() ? xcb_window_t { 0 } : words(reply).front();
     if (window == 0 || window == active)
         return;
@@ -98,7 +98,7 @@ void X11Windows::takeActiveWindow(const xcb_get_property_reply_t* reply)
 
 void X11Windows::askAbout(xcb_window_t window)
 {
-    // A window can be gone and be listed anew before its answers are here.
+    // A window may disappear, and be listed again, before its answers arrive.
     const auto ask = [&](xcb_atom_t property, auto taken) {
         askProperty(window, property, [this, window, taken](const auto* reply) {
             if (const auto at = asked.find(window); at != asked.end() && reply != nullptr)
@@ -112,7 +112,7 @@ void X11Windows::askAbout(xcb_window_t window)
             about.claimedProcess = static_cast<pid_t>(words(reply).front());
     });
     ask(XCB_ATOM_WM_CLIENT_MACHINE, [this](Asked& about, const auto* reply) {
-        // The number means something on the machine that gave it out only.
+        // The number is valid only on the machine that assigned it.
         if (about.found.process == 0 && beforeNul(bytes(reply)) == machine)
             about.found.process = about.claimedProcess;
     });
@@ -129,8 +129,8 @@ void X11Windows::askAbout(xcb_window_t window)
         [this, window](const auto* reply) { takeState(window, reply); });
 }
 
-/// The server knows who is at the other end of the window's connection, whatever sandbox that is
-/// in.
+/// The server knows the process at the other end of the window's connection, even if that process
+/// is in a sandbox.
 void X11Windows::askOwner(xcb_window_t window)
 {
     const xcb_res_client_id_spec_t which { window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID };
@@ -168,7 +168,7 @@ void X11Windows::askTitle(xcb_window_t window, xcb_atom_t property)
     askProperty(window, property, [this, key](const auto* reply) { takeTitle(key, reply); });
 }
 
-/// Never has more than one question about a title under way, however often it changes.
+/// Keeps at most one request for a title pending, however often the title changes.
 void X11Windows::noteTitleChange(xcb_window_t window, xcb_atom_t property)
 {
     const auto at = titles.find({ window, property });
@@ -193,7 +193,7 @@ void X11Windows::takeTitle(const TitleKey& key, const xcb_get_property_reply_t* 
         askTitle(key.first, key.second);
 }
 
-/// The last of a window's answers: now it is listed.
+/// Handles the last of a window's answers, after which the window is listed.
 void X11Windows::takeState(xcb_window_t window, const xcb_get_property_reply_t* reply)
 {
     auto about = asked.extract(window);

@@ -82,7 +82,7 @@ void X11Windows::watchRootWindow(int screen)
     askClientList();
     askActiveWindow();
     xcb_flush(connection.get());
-    // What xcb read meanwhile is in its own memory, where the socket does not tell of it.
+    // What xcb has read meanwhile is in its own buffer, for which the socket raises no event.
     QMetaObject::invokeMethod(
         notifier.get(), [this] { handleSocket(); }, Qt::QueuedConnection);
 }
@@ -99,9 +99,9 @@ void X11Windows::handleSocket()
         changed(news);
 }
 
-/// Each of these calls may read from the socket what only another one hands out; what is left in
-/// xcb's memory then would lie there until the server sends more. So the last round of all is one
-/// in which neither has anything after the other's reading.
+/// Each of these calls may read data from the socket into xcb's buffer that only another one
+/// returns. Data left in the buffer would stay there until the server sends more. So the caller
+/// repeats this until a whole round has found nothing.
 bool X11Windows::takeWhatIsThere()
 {
     xcb_flush(connection.get());

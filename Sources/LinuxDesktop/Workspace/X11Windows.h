@@ -19,35 +19,35 @@ namespace stemvault {
 
 /// A window in the window manager's list.
 struct ClientWindow {
-    pid_t process = 0; ///< 0 when it cannot be told, as for a window of another machine.
+    pid_t process = 0; ///< 0 if it is unknown, as for a window of another machine.
     std::string instance;
     std::string className;
-    bool isOrdinary = false; ///< One of those that a task bar shows.
+    bool isOrdinary = false; ///< A task bar shows this window.
 };
 
-/// The windows of an X display and the one the user works in, as the window manager tells them,
-/// over a connection of its own. After connecting nothing waits for the server: every question's
-/// answer is taken up by the event loop when it is there. Main thread only.
+/// The windows of an X display and the active one, as published by the window manager. Uses a
+/// separate connection. After connecting, nothing blocks on the server: the event loop handles each
+/// answer when it arrives. Main thread only.
 class X11Windows {
 public:
     struct Change {
         bool list = false;
-        bool active = false; ///< Another window than the one before, not none.
-        bool title = false; ///< That of a window whose title is followed.
+        bool active = false; ///< Another window is active; not set if none is.
+        bool title = false; ///< The title of a window that is followed.
     };
 
-    /// `changed` is called once for all that has come in together; `lost` once, when the server
-    /// has gone, which leaves the list empty. Null when there is no such display.
+    /// `changed` is called once for all changes that arrive together. `lost` is called once, when
+    /// the server is gone; the list is empty then. Null if there is no such display.
     [[nodiscard]] static std::unique_ptr<X11Windows> connect(const std::string& display,
         std::function<void(Change)> changed, std::function<void()> lost);
 
     [[nodiscard]] const std::map<xcb_window_t, ClientWindow>& windows() const { return listed; }
 
-    /// Whether a window manager says which windows there are or which one is active. Some say
-    /// neither. True until the server has answered; a change counts as one of the list.
+    /// Whether a window manager publishes its list of windows or the active window. Some publish
+    /// neither. True until the server has answered; a change of this is reported as Change::list.
     [[nodiscard]] bool isTold() const { return hasClientList || hasActiveWindow; }
 
-    /// From now on tells when the window's title changes, for as long as it is listed.
+    /// Reports changes of the window's title from now on, for as long as the window is listed.
     void followTitle(xcb_window_t window);
 
 private:
@@ -68,10 +68,10 @@ private:
         AtomCount,
     };
 
-    /// An answer under way. They come in the order of the questions.
+    /// A request whose answer is pending. Answers arrive in the order of the requests.
     struct Question {
         unsigned sequence;
-        std::function<void(const void* reply)> answered; ///< Null for a refusal.
+        std::function<void(const void* reply)> answered; ///< `reply` is null for an error.
     };
 
     X11Windows(Connection made, int screen, std::function<void(Change)> onChange,
@@ -101,11 +101,11 @@ private:
         pid_t claimedProcess = 0;
     };
 
-    /// A title as one of the two properties has it that can hold one.
+    /// A title from one of the two properties that can hold one.
     struct Title {
         std::optional<std::string> text; ///< Absent until it has been read.
         bool isAsked = false;
-        bool isOutdated = false; ///< Has changed since it was asked for.
+        bool isOutdated = false; ///< The title has changed since it was requested.
     };
     using TitleKey = std::pair<xcb_window_t, xcb_atom_t>;
 
