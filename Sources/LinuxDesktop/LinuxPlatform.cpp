@@ -55,7 +55,7 @@ std::string symbolFolder(const Bundle& bundle)
 /// The parts that the process needs to find out whether it is the only instance.
 struct LinuxPlatform::Session {
     QtRuntime gui { "stemvault-connect" };
-    DBusServices services { QDBusConnection::sessionBus() }; ///< Must exist before the name.
+    DBusServices services { QDBusConnection::sessionBus() }; ///< Needed before the name is claimed.
     SingleInstance instance { QDBusConnection::sessionBus() };
 };
 

@@ -21,7 +21,7 @@ public:
     /// Registers the services on the bus. Calls wait until a provider is set.
     explicit DBusServices(QDBusConnection sessionBus);
 
-    /// Not owned.
+    /// Does not take ownership.
     void setProvider(ServicesProvider* chosen);
 
     /// Performs the service of this message name on a selection of file URIs. URIs that are not

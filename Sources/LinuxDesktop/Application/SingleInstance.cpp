@@ -75,8 +75,8 @@ void SingleInstance::onActivate(std::function<void()> work)
     adaptor.onActivate = std::move(work);
 }
 
-// Without a runtime folder there is no place for a lock. A lock file of another user, or behind a
-// link that another user made, proves nothing about this user's session and is ignored.
+// Without a runtime folder there is no session in which another instance could run. A lock file of
+// another user, or behind a link that another user made, proves nothing and is ignored.
 SingleInstance::Claim SingleInstance::claimLock()
 {
     const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");

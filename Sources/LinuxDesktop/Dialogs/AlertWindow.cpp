@@ -53,7 +53,7 @@ int controlHeight(const QWidget& window)
 }
 
 /// Elides an item that is too long for the box in the middle. The style would cut off its ending,
-/// which often is what distinguishes names.
+/// which often distinguishes names.
 QString fitting(const QString& item, const QWidget& box, int width)
 {
     constexpr int frameAndArrow = 48;
@@ -88,7 +88,7 @@ QFont messageFont(QFont font)
     return font;
 }
 
-/// Makes screen readers announce the window as an alert, that is at once and with its texts.
+/// Makes screen readers announce the window as an alert: at once, and with its texts.
 QAccessibleInterface* makeAccessible(const QString& className, QObject* object)
 {
     if (className != QLatin1String(AlertWindow::staticMetaObject.className()))

@@ -169,7 +169,7 @@ void OpenPanelWindow::keepFromDeleting()
         view->installEventFilter(this);
 }
 
-// The side bar's tool tips are paths, which may contain a drive's label and so untrusted text.
+// The side bar's tool tips are paths that may contain a drive's label, which is untrusted text.
 void OpenPanelWindow::showPlainToolTips()
 {
     for (auto* view : findChildren<QAbstractItemView*>())

@@ -71,7 +71,7 @@ void EventHandler::folderCreated(NodeId parent, std::string_view name)
 {
     NodeId folder = tree.child(parent, name);
     if (folder != noNode) {
-        // Usually a listing of the parent has found and reported the folder before its event.
+        // Usually a listing of the parent has reported the folder before its event was read.
         const WatchResult result = installer.install(folder);
         if (result != WatchResult::Fresh && result != WatchResult::Replaced)
             return;
@@ -101,7 +101,7 @@ void EventHandler::watchEnded(int watch)
 {
     for (NodeId node = tree.atWatch(watch); node != noNode; node = tree.atWatch(watch)) {
         tree.clearWatch(node);
-        // RootTracker follows the roots.
+        // RootTracker handles the roots.
         if (!tree.isRoot(node))
             queue.add(node, ScanReason::Check, clock.watchedUntil);
     }

@@ -10,7 +10,7 @@
 namespace stemvault {
 
 /// Notices mounts below the roots. When a file system is mounted over a watched folder, the watch
-/// stays on the covered folder, so the path of every mount point that came or went is rescanned.
+/// stays on the covered folder, so every mount point is rescanned by its path after a change.
 class MountTracker {
 public:
     MountTracker(WatchTree& watchTree, ScanQueue& scanQueue) : tree(watchTree), queue(scanQueue) { }

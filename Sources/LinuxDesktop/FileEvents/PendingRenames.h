@@ -59,7 +59,7 @@ public:
     void forgetNode(NodeId node);
 
     /// An unwatched folder that moved cannot be recognised at its new path, so any folder that is
-    /// found now may be that one. Returns `since`, or the `since` of such a folder if earlier.
+    /// found now may be that one. Returns the earliest of `since` and the times of such renames.
     [[nodiscard]] FileTime sinceNeverWatched(FileTime since) const;
 
     [[nodiscard]] std::optional<EventCoalescer::Time> due() const;

@@ -83,7 +83,7 @@ bool PolledFolders::isWatchedNow(Folder& folder)
     NodeId node = folder.node.id;
     switch (installer.install(node)) {
     case WatchResult::Gone:
-        // RootTracker follows the roots.
+        // RootTracker handles the roots.
         if (tree.isRoot(node))
             return false;
         tree.remove(node);
@@ -134,9 +134,9 @@ PolledFolders::Item PolledFolders::itemOf(const std::string& name, const FileSta
         spread(status.inode) };
 }
 
-/// A changed modification time of the folder was set after the last poll, by the drive's clock.
-/// Less the time elapsed since that poll, it is a lower bound of the poll's time by that clock.
-/// Some drives do not update it for new names, and then only our own clock is left.
+/// If the folder's modification time has changed, it was set after the last poll, by the clock of
+/// the drive. Subtracting the time elapsed since that poll gives a lower bound of the poll's time
+/// by that clock. Some drives do not update the time for new names; then only our clock is left.
 PolledFolders::LastPoll PolledFolders::lastPollOf(const Folder& folder, FileTime modifiedNow)
 {
     const FileTime byOurs = folder.polledAt - clockGrain;

@@ -23,7 +23,7 @@ enum class ScanReason : std::uint8_t {
 struct Scan {
     NodeRef node;
     ScanReason reason;
-    FileTime since; ///< What changed at this moment or later is new.
+    FileTime since; ///< Items that changed at this moment or later are new.
     int misses = 0; ///< How often no folder was found at its path.
     bool isListingDue = false; ///< It is watched, but has not been listed yet.
 };

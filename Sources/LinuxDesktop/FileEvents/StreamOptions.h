@@ -12,7 +12,7 @@ struct StreamOptions {
     std::vector<std::string> paths;
     std::chrono::milliseconds latency { 500 };
     EventCoalescer::FirstEvent firstEvent = EventCoalescer::FirstEvent::AtOnce;
-    /// The interval at which folders are polled whose events are not enough.
+    /// The polling interval of folders whose events are not enough.
     std::chrono::milliseconds pollInterval { 3000 };
 };
 

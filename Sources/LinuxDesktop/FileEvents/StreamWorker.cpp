@@ -154,8 +154,8 @@ void StreamWorker::addKinds(EventBatch& batch) const
     constexpr std::uint32_t leaving = FileEventFlag::ItemRemoved | FileEventFlag::ItemRenamed;
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
         std::uint32_t& flags = batch.flags[index];
-        // The item that was removed or renamed may differ in kind from the one that has the name
-        // now.
+        // The item that has the name now may differ in kind from the one that was removed or
+        // renamed.
         const bool mayHaveChanged =
             (flags & leaving) != 0 && (flags & FileEventFlag::RootChanged) == 0;
         if ((flags & kinds) != 0 && !mayHaveChanged)

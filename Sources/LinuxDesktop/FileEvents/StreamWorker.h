@@ -28,7 +28,7 @@
 
 namespace stemvault {
 
-/// Owns the parts of a stream and runs the loop of its one thread: read and handle events, scan
+/// Owns the parts of a stream and runs the loop of its only thread: read and handle events, scan
 /// folders, deliver, wait. It waits without a timeout unless something is due.
 class StreamWorker {
 public:

@@ -198,7 +198,7 @@ void TreeWalker::detachMissing(NodeId node)
 
 void TreeWalker::handleMissingFolder(NodeId node, const Scan& scan)
 {
-    // RootTracker follows the roots.
+    // RootTracker handles the roots.
     if (tree.parent(node) == noNode)
         return;
     if (scan.reason == ScanReason::Check)

@@ -80,7 +80,7 @@ public:
         return node.id != noNode && nodes[node.id].age == node.age;
     }
 
-    /// Marks a child that a listing has found, so that those that are gone can be told apart.
+    /// Marks a child that a listing has found; children without the mark are missing.
     void setSeen(NodeId node, bool isSeen) { nodes[node].isSeen = isSeen; }
     [[nodiscard]] bool isSeen(NodeId node) const { return nodes[node].isSeen; }
 

@@ -16,7 +16,7 @@ public:
     /// The autostart folder of the user's configuration.
     [[nodiscard]] static std::string standardFolder();
 
-    /// What to start at login: the running program, or the image that it was unpacked from.
+    /// The file to start at login: the running program, or the AppImage that it runs from.
     [[nodiscard]] static std::string standardExecutable();
 
     [[nodiscard]] LoginItemStatus status() const override;

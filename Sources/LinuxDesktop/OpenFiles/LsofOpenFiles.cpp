@@ -41,7 +41,7 @@ std::optional<std::string> LsofOpenFiles::ask(pid_t process)
     return outcome.isOverdue ? lsofFallback(process) : std::move(outcome.output);
 }
 
-/// Whether lsof may be run for the process now. Waits up to `limits.turn` for another run for it.
+/// Whether lsof may run for the process now. Waits up to `limits.turn` for one that already does.
 bool LsofOpenFiles::beginLook(pid_t process)
 {
     std::unique_lock lock(mutex);

@@ -16,8 +16,8 @@ namespace stemvault {
 ///
 /// A dead mount blocks lsof beyond any time limit, and often even after it was killed. While one is
 /// stuck, and for a while after one took too long, no other is started, and the answer comes from
-/// /proc. At most one lsof runs for a process at a time. A caller does not wait long for another
-/// one's run to end, because it occupies a thread that others need.
+/// /proc. At most one lsof runs for a process at a time. Callers wait only briefly for another run
+/// to end, because a waiting caller occupies a thread that others need.
 ///
 /// If a process sees other files than this program under some paths, those paths are left out.
 class LsofOpenFiles : public OpenFiles {

@@ -35,7 +35,8 @@ private:
     std::vector<Mount> mounts;
 };
 
-/// The output of lsof for a process, without the names that lead to different files there and here.
+/// The output of lsof for a process, without the names that lead to other files in `there` than in
+/// `here`.
 [[nodiscard]] std::string namesThatLeadToTheSame(
     std::string_view lsofOutput, const MountView& there, const MountView& here);
 

@@ -46,7 +46,7 @@ bool hasEndedBy(const ChildProcess& child, steady_clock::time_point deadline)
 /// Reads what is in the pipe now, and closes the pipe at its end.
 void takeOutput(ChildProcess& child, std::string& output, std::size_t most)
 {
-    std::array<char, 65536> portion; // NOLINT(*-member-init): read fills what is used of it.
+    std::array<char, 65536> portion; // NOLINT(*-member-init): read fills the part that is used.
     while (output.size() <= most && child.standardOutput() >= 0) {
         const ssize_t count = ::read(child.standardOutput(), portion.data(), portion.size());
         if (count > 0)

@@ -33,7 +33,7 @@ public:
     [[nodiscard]] Outcome run(
         const std::string& executable, const std::vector<std::string>& arguments);
 
-    /// Whether an overdue tool still exists although it was killed, as the kernel blocks it.
+    /// Whether an overdue tool still exists although it was killed, because the kernel blocks it.
     [[nodiscard]] bool isOneStuck();
 
 private:

@@ -15,7 +15,7 @@ constexpr double ringWidth = 5;
 constexpr QChar filledDot(0x25CF);
 constexpr QChar hollowDot(0x25CB);
 
-// Shades that stand out on a light menu and on a dark one, because it is unknown which it is.
+// Shades that stand out on a light menu and on a dark one, because the menu's colour is unknown.
 QColor shade(Color color)
 {
     return color == Color::SystemGreen ? QColor(0x2E, 0xB8, 0x57) : QColor(0x8E, 0x8E, 0x93);

@@ -43,7 +43,7 @@ QString StatusNotifierItem::iconThemePath() const
     return QFileInfo::exists(icons) ? icons : QString();
 }
 
-// Panels colour template images, which they recognise by the name.
+// Panels colour template images, which they recognise by the suffix "-symbolic" of the name.
 QString StatusNotifierItem::iconName() const
 {
     if (!image)

@@ -34,7 +34,7 @@ std::optional<system_clock::time_point> dateOfText(const std::string& text)
         != 7)
         return std::nullopt;
     const year_month_day calendar { year(yearNumber), month(monthNumber), day(dayNumber) };
-    // The clock cannot represent all other years.
+    // The clock cannot represent years far outside this range.
     if (!calendar.ok() || yearNumber < 1700 || yearNumber > 2200)
         return std::nullopt;
     const system_clock::time_point date = sys_days(calendar) + hours(parts[0]) + minutes(parts[1])

@@ -43,7 +43,7 @@ private:
     std::mutex mutex;
     std::uint64_t latest = 0;
     nlohmann::json known = nlohmann::json::object(); ///< As last read or written.
-    bool wasRead = false; ///< Whether `known` includes what the file held when this run began.
+    bool wasRead = false; ///< Whether `known` includes the file's content when this run began.
 };
 
 } // namespace stemvault

@@ -12,13 +12,13 @@
 
 namespace stemvault {
 
-/// The user's settings in one JSON file: under each key an object that names the kind of its value,
+/// The user's settings in one JSON file: each key has an object that names the kind of its value,
 /// {"data": "text"}, {"string": "text"}, and {"date": "2026-03-01T09:30:00.125Z"}. Entries of other
 /// kinds are kept as they are.
 ///
 /// Changes are written on the utility queue, after all main-queue work that was waiting when the
 /// first of them was made. They are written together, and only one write runs at a time. A change
-/// that cannot be written stays in memory and is written again with the next one.
+/// that cannot be written stays in memory and is retried with the next one.
 class UserDefaultsFile : public UserDefaults {
 public:
     /// Reads the file. `queues` must outlive this object.

@@ -14,7 +14,7 @@ namespace stemvault {
 /// Sets the folder of the symbols. Call it before the first symbol is drawn.
 void setSymbolFolder(const std::string& folder);
 
-/// The symbol in one colour, `size` points high and wide, drawn for the ratio of pixels to points.
+/// The symbol in one colour, `size` points high and wide, at the given ratio of pixels to points.
 [[nodiscard]] QPixmap symbolPixmap(
     const std::string& systemName, int size, qreal devicePixelRatio, const QColor& color);
 

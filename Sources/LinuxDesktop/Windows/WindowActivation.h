@@ -9,8 +9,8 @@ namespace stemvault {
 /// window managers refuse that to a program that does not pass the current time.
 void bringToFront(QWidget& window);
 
-/// Makes a window that is not shown yet come up without taking the keyboard focus. From then on the
-/// user can switch to it as to any other.
+/// Makes a hidden window appear without taking the keyboard focus. From then on the user can switch
+/// to it as to any other.
 void showWithoutKeyboard(QWidget& window);
 
 } // namespace stemvault

@@ -26,8 +26,8 @@ struct ListedApplication {
 ///   of the same name, because the processes that it starts under its own name work for it;
 /// - a process with an ordinary window;
 /// - the first process of a unit in which an entry of the desktop's menu was started.
-/// The other processes of such a chain, and what the desktop started in the background, are
-/// Prohibited; all other processes are left out.
+/// The other processes of such a chain, and programs that the desktop started in the background,
+/// are Prohibited. All other processes are left out.
 [[nodiscard]] std::vector<ListedApplication> listApplications(
     const std::map<pid_t, Process>& processes, const std::map<ProcessKey, WindowClass>& windows,
     const DesktopEntries& entries);

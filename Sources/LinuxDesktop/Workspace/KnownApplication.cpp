@@ -58,7 +58,7 @@ std::string nativeExecutable(const Program& program, std::string_view executable
     return program.isWindows ? std::string() : std::string(executable);
 }
 
-/// The DAW that has a program of this name and whose folder of installation is in its path.
+/// The DAW that has a program of this name, and whose installation folder is part of its path.
 const DAW* dawNamed(const std::string& name, const Program& program, const std::string& executable)
 {
     const auto rows = knownDAWs();

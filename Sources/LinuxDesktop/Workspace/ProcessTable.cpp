@@ -21,8 +21,8 @@ namespace stemvault {
 namespace {
 
 // A new process is a copy of its parent until it executes its own program. Under Wine it gets its
-// name even later, and the desktop moves an application into its unit only after the start. So what
-// is read of a process is final only if it was read this long after the start.
+// name even later, and the desktop moves an application into its unit only after the start. So the
+// data of a process is final only if it was read this long after the start.
 constexpr std::uint64_t secondsUntilSettled = 20;
 
 constexpr std::size_t maxBytes = std::size_t { 1 } << 20U;
@@ -51,7 +51,7 @@ std::uint64_t latestSettledStart()
 std::optional<ProcessStat> readStat(int folder, const std::string& path)
 {
     const FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC));
-    std::array<char, 1024> text; // NOLINT(*-member-init): read fills what is used of it.
+    std::array<char, 1024> text; // NOLINT(*-member-init): read fills the part that is used.
     const ssize_t length = file ? ::read(file.get(), text.data(), text.size()) : -1;
     if (length <= 0)
         return std::nullopt;

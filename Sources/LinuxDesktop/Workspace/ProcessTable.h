@@ -35,7 +35,7 @@ struct Process {
     /// Only for a DAW under Wine and for Wine's server.
     std::optional<std::string> winePrefix;
     bool isHelper = false;
-    bool isSettled = false; ///< What was read is no longer likely to change.
+    bool isSettled = false; ///< This data is unlikely to change any more.
 };
 
 /// The user's own processes. The data of each is read once and kept while it runs the same program,

@@ -14,7 +14,7 @@ std::optional<std::string> readFile(int folder, const std::string& path, std::si
     if (!file)
         return std::nullopt;
     std::string text;
-    std::array<char, 16384> portion; // NOLINT(*-member-init): read fills what is used of it.
+    std::array<char, 16384> portion; // NOLINT(*-member-init): read fills the part that is used.
     for (;;) {
         const ssize_t count = ::read(file.get(), portion.data(), portion.size());
         if (count < 0 || text.size() + static_cast<std::size_t>(count) > most)

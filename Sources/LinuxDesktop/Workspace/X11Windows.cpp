@@ -82,7 +82,7 @@ void X11Windows::watchRootWindow(int screen)
     askClientList();
     askActiveWindow();
     xcb_flush(connection.get());
-    // What xcb has read meanwhile is in its own buffer, for which the socket raises no event.
+    // Data that xcb has read meanwhile is in its own buffer, so the socket does not signal it.
     QMetaObject::invokeMethod(
         notifier.get(), [this] { handleSocket(); }, Qt::QueuedConnection);
 }

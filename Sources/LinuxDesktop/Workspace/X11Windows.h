@@ -44,7 +44,7 @@ public:
     [[nodiscard]] const std::map<xcb_window_t, ClientWindow>& windows() const { return listed; }
 
     /// Whether a window manager publishes its list of windows or the active window. Some publish
-    /// neither. True until the server has answered; a change of this is reported as Change::list.
+    /// neither. True until the server has answered. If this changes, Change::list is reported.
     [[nodiscard]] bool isTold() const { return hasClientList || hasActiveWindow; }
 
     /// Reports changes of the window's title from now on, for as long as the window is listed.
