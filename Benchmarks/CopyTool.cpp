@@ -52,7 +52,7 @@ std::optional<Request> requestFrom(std::vector<std::string> arguments)
     if (std::erase(arguments, "--no-sync") > 0)
         request.options.durability = Durability::InMemory;
     if (std::erase(arguments, "--replace") > 0)
-        request.options.ifTaken = IfTaken::Replace;
+        request.options.ifExists = IfExists::Replace;
     if (arguments.size() != 2 || arguments[0].empty() || arguments[1].empty())
         return std::nullopt;
     request.source = absolute(arguments[0]);

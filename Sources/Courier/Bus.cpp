@@ -16,7 +16,7 @@ constexpr int serversOwnTimeout = -1;
 
 // How long each call to the notification service may take, in microseconds. The bus may have to
 // start the service first.
-constexpr std::uint64_t patience = 5'000'000;
+constexpr std::uint64_t timeout = 5'000'000;
 
 struct Unref {
     void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
@@ -72,7 +72,7 @@ bool readsMarkup(sd_bus* bus)
 {
     const Message call = makeNotificationCall(bus, "GetCapabilities");
     sd_bus_message* answer = nullptr;
-    if (sd_bus_call(bus, call.get(), patience, nullptr, &answer) < 0)
+    if (sd_bus_call(bus, call.get(), timeout, nullptr, &answer) < 0)
         return true;
     const Message reply(answer);
     return hasText(reply.get(), "body-markup");
@@ -133,7 +133,7 @@ void Bus::notify(const std::string& title, const std::string& body) const
     sd_bus_message_append(call.get(), "susssasa{sv}i", "Stemvault Connect", 0U,
         "net.stemvault.Connect", title.c_str(), text.c_str(), 0, 1, "urgency", "y", normalUrgency,
         serversOwnTimeout);
-    sd_bus_call(connection.get(), call.get(), patience, nullptr, nullptr);
+    sd_bus_call(connection.get(), call.get(), timeout, nullptr, nullptr);
 }
 
 } // namespace stemvault

@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr std::array<std::string_view, 12> terminalsOfOtherNames { "konsole", "yakuake", "guake",
+constexpr std::array<std::string_view, 12> otherTerminalNames { "konsole", "yakuake", "guake",
     "tilda", "tilix", "alacritty", "kitty", "urxvt", "rxvt", "st-256color", "org.gnome.console",
     "ghostty" };
 
@@ -20,7 +20,7 @@ constexpr xcb_keysym_t letterC = 'c';
 
 xcb_window_t inputFocus(const X11Display& display)
 {
-    const auto reply = owned(
+    const auto reply = takeOwnership(
         xcb_get_input_focus_reply(display.get(), xcb_get_input_focus(display.get()), nullptr));
     const xcb_window_t window = reply ? reply->focus : static_cast<xcb_window_t>(XCB_NONE);
     return window == XCB_INPUT_FOCUS_POINTER_ROOT ? display.rootWindow() : window;
@@ -28,8 +28,8 @@ xcb_window_t inputFocus(const X11Display& display)
 
 xcb_window_t parentOf(const X11Display& display, xcb_window_t window)
 {
-    const auto reply =
-        owned(xcb_query_tree_reply(display.get(), xcb_query_tree(display.get(), window), nullptr));
+    const auto reply = takeOwnership(
+        xcb_query_tree_reply(display.get(), xcb_query_tree(display.get(), window), nullptr));
     return reply ? reply->parent : static_cast<xcb_window_t>(XCB_NONE);
 }
 
@@ -54,7 +54,7 @@ std::string windowClass(const X11Display& display, xcb_window_t window)
 /// The active group of the keyboard layout. Each group has two columns in the keyboard mapping.
 std::size_t currentGroup(const X11Display& display)
 {
-    const auto reply = owned(xcb_query_pointer_reply(
+    const auto reply = takeOwnership(xcb_query_pointer_reply(
         display.get(), xcb_query_pointer(display.get(), display.rootWindow()), nullptr));
     return reply ? (reply->mask >> 13) & 3 : 0;
 }
@@ -64,7 +64,7 @@ xcb_keycode_t keyOf(const X11Display& display, xcb_keysym_t symbol, std::size_t 
 {
     const xcb_setup_t* const setup = xcb_get_setup(display.get());
     const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const auto reply = owned(xcb_get_keyboard_mapping_reply(display.get(),
+    const auto reply = takeOwnership(xcb_get_keyboard_mapping_reply(display.get(),
         xcb_get_keyboard_mapping(display.get(), setup->min_keycode, count), nullptr));
     if (!reply)
         return 0;
@@ -85,8 +85,8 @@ xcb_keycode_t keyOf(const X11Display& display, xcb_keysym_t symbol, std::size_t 
 
 bool isAnyKeyDown(const X11Display& display)
 {
-    const auto reply =
-        owned(xcb_query_keymap_reply(display.get(), xcb_query_keymap(display.get()), nullptr));
+    const auto reply = takeOwnership(
+        xcb_query_keymap_reply(display.get(), xcb_query_keymap(display.get()), nullptr));
     return reply && std::ranges::any_of(reply->keys, [](auto keys) { return keys != 0; });
 }
 
@@ -95,7 +95,7 @@ bool isAnyKeyDown(const X11Display& display)
 void watchKeys(const X11Display& display)
 {
     const auto version = xcb_input_xi_query_version(display.get(), 2, 1);
-    owned(xcb_input_xi_query_version_reply(display.get(), version, nullptr));
+    takeOwnership(xcb_input_xi_query_version_reply(display.get(), version, nullptr));
     struct {
         xcb_input_event_mask_t head;
         std::uint32_t mask;
@@ -153,7 +153,7 @@ bool isTerminalClass(std::string_view windowClass)
     std::ranges::transform(
         name, name.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return name.find("term") != std::string::npos
-        || std::ranges::any_of(terminalsOfOtherNames,
+        || std::ranges::any_of(otherTerminalNames,
             [&name](std::string_view other) { return name.find(other) != std::string::npos; });
 }
 

@@ -139,7 +139,7 @@ Result<Files> read(int pipe)
 }
 
 /// Makes sure that a program waiting for the Courier's output does not wait for this process too.
-void standAside()
+void detach()
 {
     ::setsid();
     const int nowhere = ::open("/dev/null", O_RDWR | O_CLOEXEC);
@@ -164,7 +164,7 @@ void find(FileDescriptor answer)
     answer = FileDescriptor();
     if (!copied.isChanged || copied.before.empty())
         return;
-    standAside();
+    detach();
     clipboard.serve(copied.before);
 }
 

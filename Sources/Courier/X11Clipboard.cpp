@@ -30,12 +30,12 @@ X11Clipboard::X11Clipboard(const X11Display& xDisplay)
       portions(display.atom("INCR"))
 {
     const auto version = xcb_xfixes_query_version(display.get(), 1, 0);
-    owned(xcb_xfixes_query_version_reply(display.get(), version, nullptr));
+    takeOwnership(xcb_xfixes_query_version_reply(display.get(), version, nullptr));
 }
 
 bool X11Clipboard::hasOwner() const
 {
-    const auto reply = owned(xcb_get_selection_owner_reply(
+    const auto reply = takeOwnership(xcb_get_selection_owner_reply(
         display.get(), xcb_get_selection_owner(display.get(), clipboard), nullptr));
     return reply && reply->owner != XCB_NONE;
 }

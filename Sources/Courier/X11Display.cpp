@@ -52,14 +52,14 @@ xcb_atom_t X11Display::atom(std::string_view name) const
 {
     const auto cookie =
         xcb_intern_atom(get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const auto reply = owned(xcb_intern_atom_reply(get(), cookie, nullptr));
+    const auto reply = takeOwnership(xcb_intern_atom_reply(get(), cookie, nullptr));
     return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_NONE);
 }
 
 std::string X11Display::atomName(xcb_atom_t atom) const
 {
     const auto reply =
-        owned(xcb_get_atom_name_reply(get(), xcb_get_atom_name(get(), atom), nullptr));
+        takeOwnership(xcb_get_atom_name_reply(get(), xcb_get_atom_name(get(), atom), nullptr));
     if (!reply)
         return {};
     const auto length = static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.get()));
@@ -72,7 +72,7 @@ std::optional<X11Property> X11Display::property(
     const auto longest = static_cast<std::uint32_t>(largestProperty() / 4);
     const auto cookie = xcb_get_property(
         get(), isDeleted ? 1 : 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, longest);
-    const auto reply = owned(xcb_get_property_reply(get(), cookie, nullptr));
+    const auto reply = takeOwnership(xcb_get_property_reply(get(), cookie, nullptr));
     if (reply && reply->bytes_after > 0 && isDeleted)
         xcb_delete_property(get(), window, name);
     if (!reply || reply->type == XCB_NONE || reply->bytes_after > 0)

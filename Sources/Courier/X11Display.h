@@ -18,7 +18,7 @@ template <typename Reply> struct FreeReply {
 };
 template <typename Reply> using Owned = std::unique_ptr<Reply, FreeReply<Reply>>;
 
-template <typename Reply> Owned<Reply> owned(Reply* reply)
+template <typename Reply> Owned<Reply> takeOwnership(Reply* reply)
 {
     return Owned<Reply>(reply);
 }

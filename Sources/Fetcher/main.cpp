@@ -64,7 +64,7 @@ public:
             reply, &QNetworkReply::finished, &context, [this] { follow(); }, Qt::QueuedConnection);
     }
 
-    void giveUp() { reply->abort(); }
+    void abort() { reply->abort(); }
 
     [[nodiscard]] QString failure() const
     {
@@ -74,7 +74,7 @@ public:
             return QStringLiteral("redirected to another kind of address");
         if (redirects > maxRedirects)
             return QStringLiteral("redirected too often");
-        return isWhole() ? QString() : reply->errorString();
+        return isComplete() ? QString() : reply->errorString();
     }
 
     [[nodiscard]] const QByteArray& page() const { return body; }
@@ -94,14 +94,14 @@ private:
         if (reply->isOpen())
             body += reply->readAll();
         if (body.size() > maxBytes)
-            giveUp();
+            abort();
     }
 
     void follow()
     {
         read();
         const QUrl target = reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
-        if (target.isEmpty() || !isWhole())
+        if (target.isEmpty() || !isComplete())
             return QCoreApplication::quit();
         const QUrl next = reply->url().resolved(target);
         isUnsafe =
@@ -113,7 +113,7 @@ private:
     }
 
     // Qt treats statuses such as "not found" as errors; to us their bodies are pages.
-    [[nodiscard]] bool isWhole() const
+    [[nodiscard]] bool isComplete() const
     {
         const int error = reply->error();
         if (error == QNetworkReply::NoError)
@@ -154,7 +154,7 @@ int main(int argc, char** argv)
         return fail(QStringLiteral("usage: fetcher URL MILLISECONDS BYTES"));
     limitMemory();
     Fetch fetch(arguments[3].toLongLong(), application);
-    QTimer::singleShot(arguments[2].toInt(), &application, [&fetch] { fetch.giveUp(); });
+    QTimer::singleShot(arguments[2].toInt(), &application, [&fetch] { fetch.abort(); });
     fetch.get(QUrl(arguments[1], QUrl::StrictMode));
     QCoreApplication::exec();
     if (const QString failure = fetch.failure(); !failure.isEmpty())

@@ -57,13 +57,13 @@ std::string reason(const CopyFault& fault, const std::string& folder)
         return "it is neither a file nor a folder";
     case CopyFault::Kind::FoundLink:
         return "it is a link; select it yourself to copy what it leads to";
-    case CopyFault::Kind::OtherFolder:
+    case CopyFault::Kind::FolderReplaced:
         return "its folder has been replaced by another one";
     case CopyFault::Kind::SameItem:
         return "it would be copied onto itself";
     case CopyFault::Kind::IntoItself:
         return "the folder " + folder + " is inside it";
-    case CopyFault::Kind::OverItsFolder:
+    case CopyFault::Kind::InsideReplacedFolder:
         return "it is inside the folder that it would replace";
     }
     return {};

@@ -15,10 +15,10 @@ struct CopyFault {
         Removed, ///< Another program removed the unfinished copy each time.
         NotAFile, ///< The source is a device, a pipe or a socket.
         FoundLink, ///< The source is a link that the user did not choose himself.
-        OtherFolder, ///< The path leads to a different folder than when the source was found.
+        FolderReplaced, ///< The path leads to a different folder than when the source was found.
         SameItem, ///< Source and destination are the same item.
         IntoItself, ///< The destination lies inside the source.
-        OverItsFolder, ///< The source lies inside the folder that it would replace.
+        InsideReplacedFolder, ///< The source lies inside the folder that it would replace.
     };
 
     Kind kind;

@@ -83,7 +83,7 @@ CopyOutcome ItemCopy::attempt()
             return namingFault(writingFault());
         if (const auto fault = fill(staged))
             return fault;
-        if (staged.giveName())
+        if (staged.linkTemporaryName())
             return commit(staged);
     }
     // A file system may support unnamed files but refuse to link one; a named file needs no link.
@@ -135,10 +135,10 @@ CopyOutcome ItemCopy::checkDestination() const
     const auto given = linkStatus(from);
     if (isSameItem(*old, status) || (given && isSameItem(*old, *given)))
         return faultOf(CopyFault::Kind::SameItem);
-    if (options.ifTaken == IfTaken::Fail)
+    if (options.ifExists == IfExists::Fail)
         return CopyFault { CopyFault::Kind::Writing, EEXIST };
     if (S_ISDIR(old->st_mode) && isWithinItem(*old))
-        return faultOf(CopyFault::Kind::OverItsFolder);
+        return faultOf(CopyFault::Kind::InsideReplacedFolder);
     return std::nullopt;
 }
 

@@ -50,7 +50,7 @@ enum class Durability {
     InMemory, ///< The kernel writes the copy later, as it does after `cp`.
 };
 
-enum class IfTaken {
+enum class IfExists {
     Fail, ///< The item with that name stays, and the copy fails.
     Replace, ///< The copy takes its place once it is complete.
 };
@@ -59,7 +59,7 @@ struct CopyOptions {
     /// The folder in which the program found the source. Absent when the user has chosen the
     /// source; only then is a link followed.
     std::optional<FileIdentity> foundIn;
-    IfTaken ifTaken = IfTaken::Fail;
+    IfExists ifExists = IfExists::Fail;
     Durability durability = Durability::OnDisk;
     /// Unfinished copies that a crash left in the destination folder are removed at this age.
     std::chrono::seconds leftoverAge = std::chrono::hours(24);

@@ -58,7 +58,7 @@ std::optional<FileIdentity> identityOfFolder(const std::string& path)
 
 std::optional<SourceState> sourceState(const FileURL& from,
     const std::optional<FileIdentity>& foundIn,
-    const std::function<bool(const SourceState&)>& mattersWhoWrites)
+    const std::function<bool(const SourceState&)>& needsWriterCheck)
 {
     FileDescriptor item;
     if (findSource(from.path(), foundIn, item))
@@ -67,7 +67,7 @@ std::optional<SourceState> sourceState(const FileURL& from,
     if (!status || !S_ISREG(status->st_mode))
         return std::nullopt;
     SourceState state { Writers::Unknown, status->st_size, dateOf(*status) };
-    if (mattersWhoWrites(state))
+    if (needsWriterCheck(state))
         state.writers = writersOf(item.get());
     return state;
 }
@@ -115,7 +115,7 @@ Result<void> replaceItem(
 {
     CopyOptions options;
     options.foundIn = foundIn;
-    options.ifTaken = IfTaken::Replace;
+    options.ifExists = IfExists::Replace;
     return stemvault::copyItem(from.path(), to.path(), options);
 }
 

@@ -44,11 +44,11 @@ struct SourceState {
 };
 
 /// Absent unless `from` is a regular file that `copyItem` would copy. `writers` is determined only
-/// if `mattersWhoWrites` returns true for the size and date, because that opens the file, which
+/// if `needsWriterCheck` returns true for the size and date, because that opens the file, which
 /// changes its date on some drives.
 [[nodiscard]] std::optional<SourceState> sourceState(const FileURL& from,
     const std::optional<FileIdentity>& foundIn,
-    const std::function<bool(const SourceState&)>& mattersWhoWrites);
+    const std::function<bool(const SourceState&)>& needsWriterCheck);
 
 enum class ItemKind { File, Directory };
 
@@ -68,7 +68,7 @@ Result<void> createDirectory(const FileURL& folder);
 /// not be a link. Data, permissions as far as the umask allows them, modification time and user
 /// attributes are copied. The copy appears under its final name only when it is complete and on
 /// disk. When `to` exists, the call fails and changes nothing; after any failure nothing is left
-/// behind. A failure has `mayPass` set if its reason is that the source kept changing.
+/// behind. A failure has `isTransient` set if its reason is that the source kept changing.
 Result<void> copyItem(const FileURL& from, const FileURL& to,
     const std::optional<FileIdentity>& foundIn = std::nullopt);
 

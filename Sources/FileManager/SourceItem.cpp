@@ -26,7 +26,7 @@ CopyOutcome findFolder(const std::string& path, const FileIdentity& foundIn, Fil
         return std::nullopt;
     folder = openWithoutLinks(path, O_PATH | O_DIRECTORY);
     if (!folder)
-        return CopyFault { CopyFault::Kind::OtherFolder };
+        return CopyFault { CopyFault::Kind::FolderReplaced };
     return std::nullopt;
 }
 

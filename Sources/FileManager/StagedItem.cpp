@@ -94,7 +94,7 @@ bool StagedItem::createFolder()
     return descriptor.isOpen();
 }
 
-bool StagedItem::giveName()
+bool StagedItem::linkTemporaryName()
 {
     if (!name.empty() || isInAppendOnlyFolder())
         return true;
@@ -120,19 +120,19 @@ CopyOutcome StagedItem::commit()
     const FileDescriptor toClose(isUnnamed
             ? ::openat(folder, name.c_str(), O_WRONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC)
             : -1);
-    const auto fault = options.ifTaken == IfTaken::Replace ? moveOverOld() : moveToFreeName();
+    const auto fault = options.ifExists == IfExists::Replace ? moveOverOld() : moveToFreeName();
     if (!fault)
-        settle();
+        finishCommit();
     return fault;
 }
 
 CopyOutcome StagedItem::linkToFreeName()
 {
     if (!linkAs(finalName.c_str())) {
-        const bool isReplacing = options.ifTaken == IfTaken::Replace && errno == EEXIST;
+        const bool isReplacing = options.ifExists == IfExists::Replace && errno == EEXIST;
         return CopyFault { CopyFault::Kind::Writing, isReplacing ? EPERM : errno };
     }
-    settle();
+    finishCommit();
     return std::nullopt;
 }
 
@@ -215,7 +215,7 @@ CopyOutcome StagedItem::moveOldAside()
 
 // The copy has its final name now. If the folder cannot be forced onto the disk, that is no reason
 // to remove the copy again, so the failure is ignored.
-void StagedItem::settle()
+void StagedItem::finishCommit()
 {
     name.clear();
     unmarkStaged(folder, finalName);

@@ -29,7 +29,7 @@ public:
     [[nodiscard]] int item() const { return descriptor.get(); }
 
     /// Gives an unnamed file a temporary name; any other item already has one.
-    [[nodiscard]] bool giveName();
+    [[nodiscard]] bool linkTemporaryName();
 
     /// Closes a file and gives the item its final name, in one step if the file system can. An item
     /// that is replaced stays until the new one has the name, and for good if anything fails.
@@ -48,7 +48,7 @@ private:
     [[nodiscard]] CopyOutcome moveOverOld();
     [[nodiscard]] CopyOutcome exchangeWithOld();
     [[nodiscard]] CopyOutcome moveOldAside();
-    void settle();
+    void finishCommit();
 
     int folder;
     std::string finalName;

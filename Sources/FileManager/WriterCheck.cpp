@@ -85,7 +85,7 @@ bool hasInode(std::string_view description, std::uint64_t inode)
     while (!description.empty()) {
         std::string_view line = takeWord(description, '\n');
         if (takeWord(line, '\t') == "ino:")
-            return numberOf<std::uint64_t>(line) == inode;
+            return parseNumber<std::uint64_t>(line) == inode;
     }
     return true; // Linux before 5.14 does not give the inode.
 }
@@ -130,7 +130,7 @@ bool isWritingMapping(std::string_view line, const struct stat& file, std::strin
         return false;
     takeWord(line, ' ');
     const std::string_view device = takeWord(line, ' ');
-    if (numberOf<std::uint64_t>(takeWord(line, ' ')) != file.st_ino)
+    if (parseNumber<std::uint64_t>(takeWord(line, ' ')) != file.st_ino)
         return false;
     // File systems without a device of their own, such as btrfs, have another number in this table.
     return isDevice(device, file.st_dev)

@@ -10,7 +10,7 @@ namespace stemvault {
 /// Parses the whole text as a number. Absent if anything else is in the text or the number is out
 /// of range. White space and a leading "+" are not accepted.
 template <typename Number>
-[[nodiscard]] std::optional<Number> numberOf(std::string_view text, int base = 10)
+[[nodiscard]] std::optional<Number> parseNumber(std::string_view text, int base = 10)
 {
     Number value {};
     const char* const end = text.data() + text.size();

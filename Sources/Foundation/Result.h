@@ -10,7 +10,7 @@ namespace stemvault {
 /// Why something could not be done, in words a user can read.
 struct Failure {
     std::string description;
-    bool mayPass = false; ///< The item is still changing; a later attempt may succeed.
+    bool isTransient = false; ///< The item is still changing; a later attempt may succeed.
 };
 
 /// A value, or the reason why there is none. Shaped like std::expected, which may replace it later.
@@ -40,7 +40,7 @@ public:
     [[nodiscard]] bool has_value() const { return !failure; }
     explicit operator bool() const { return has_value(); }
     [[nodiscard]] const std::string& error() const { return failure->description; }
-    [[nodiscard]] bool mayPass() const { return failure && failure->mayPass; }
+    [[nodiscard]] bool isTransient() const { return failure && failure->isTransient; }
 
 private:
     std::optional<Failure> failure;

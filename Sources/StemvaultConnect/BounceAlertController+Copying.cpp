@@ -18,7 +18,7 @@ using namespace std::chrono_literals;
 using Entry = BounceAlertController::Entry;
 
 constexpr auto lookInterval = 500ms;
-constexpr int looksAtMost = 10min / lookInterval;
+constexpr int maxAttempts = 10min / lookInterval;
 
 FileURL destination(const Entry& entry, const StemvaultFolder& folder)
 {
@@ -61,7 +61,7 @@ bool isAtRestNow(const Entry& entry)
     return !state || isLeftAlone(*state);
 }
 
-/// Fails with `mayPass` set if the file is not at rest, or changes while it is copied.
+/// Fails with `isTransient` set if the file is not at rest, or changes while it is copied.
 Result<void> copyAtRest(
     const Entry& entry, const FileURL& destURL, decltype(FileManager::copyItem)& copyItem)
 {
@@ -72,7 +72,7 @@ Result<void> copyAtRest(
 
 /// Runs the work on the main thread half a second later, without blocking a thread meanwhile. May
 /// be called from any thread.
-void lookLater(const Work& look)
+void retryLater(const Work& look)
 {
     Dispatch& dispatch = Platform::current().dispatch;
     dispatch.mainAsync([&dispatch, look] { dispatch.mainAsyncAfter(lookInterval, look); });
@@ -94,7 +94,7 @@ struct BounceAlertController::Copy {
     Entry entry;
     StemvaultFolder folder;
     bool isReplacing = false; ///< The user has agreed to replace the existing file.
-    int looks = 0; ///< How often the source was checked and found not at rest.
+    int attempts = 0; ///< How often the source was checked and found not at rest.
 };
 
 struct BounceAlertController::Batch {
@@ -102,7 +102,7 @@ struct BounceAlertController::Batch {
     StemvaultFolder folder;
     std::size_t copied = 0;
     std::size_t skipped = 0;
-    int looks = 0; ///< How often files were checked and found not at rest.
+    int attempts = 0; ///< How often files were checked and found not at rest.
 
     void copyWhatIsAtRest();
 };
@@ -147,10 +147,10 @@ void BounceAlertController::performCopy(const Copy& copy)
 {
     const auto ask = alive.guard([this, copy] { askToReplace(copy); });
     Copy later = copy;
-    ++later.looks;
+    ++later.attempts;
     const auto lookAgain = alive.guard([this, later] { performCopy(later); });
     const auto work = [copy, ask, lookAgain] {
-        const auto& [entry, folder, isReplacing, looks] = copy;
+        const auto& [entry, folder, isReplacing, attempts] = copy;
         const FileURL destURL = destination(entry, folder);
         if (!isReplacing && FileManager::fileExists(destURL.path()))
             return Platform::current().dispatch.mainAsync(ask);
@@ -161,8 +161,8 @@ void BounceAlertController::performCopy(const Copy& copy)
             announceCopied(entry.file.lastPathComponent(), folder.name);
         } else if (!isReplacing && FileManager::fileExists(destURL.path())) {
             Platform::current().dispatch.mainAsync(ask);
-        } else if (copied.mayPass() && looks < looksAtMost) {
-            lookLater(lookAgain);
+        } else if (copied.isTransient() && attempts < maxAttempts) {
+            retryLater(lookAgain);
         } else {
             showCopyFailed(copied.error());
         }
@@ -183,8 +183,8 @@ void BounceAlertController::continueBatch(const Batch& batch)
     const auto work = [batch, lookAgain] {
         Batch rest = batch;
         rest.copyWhatIsAtRest();
-        if (!rest.files.empty() && rest.looks++ < looksAtMost)
-            return lookLater([lookAgain, rest] { lookAgain(rest); });
+        if (!rest.files.empty() && rest.attempts++ < maxAttempts)
+            return retryLater([lookAgain, rest] { lookAgain(rest); });
         rest.skipped += rest.files.size();
         NotificationCenter::defaultCenter().post(
             { std::string(bounceAdded), { { "destination", rest.folder.name } } });
@@ -211,7 +211,7 @@ void BounceAlertController::Batch::copyWhatIsAtRest()
         } else if (const auto copying = copyAtRest(entry, destURL, FileManager::copyItem)) {
             BounceWatcher::noteCopy(destURL);
             ++copied;
-        } else if (copying.mayPass()) {
+        } else if (copying.isTransient()) {
             namesWaitedFor.insert(destURL.path());
             waiting.push_back(entry);
         } else {

@@ -59,7 +59,7 @@ struct BounceWatcher::Wait {
 };
 
 /// The state of a file on disk.
-struct BounceWatcher::Look {
+struct BounceWatcher::FileState {
     std::optional<FileIdentity> folder; ///< Only if it was requested.
     std::optional<FileManager::ItemAttributes> item;
     Writers writers = Writers::Unknown;
@@ -154,10 +154,12 @@ void BounceWatcher::waitForStability(Wait wait)
         wait.isLast = now - *wait.stableSince >= stableFor;
     }
     const bool asksForWriters = wait.isLast && !isReported(wait.path, wait.lastSize);
-    const auto found = alive.guard([this, wait](const Look& look) { apply(wait, look); });
+    const auto found = alive.guard([this, wait](const FileState& look) { apply(wait, look); });
     looks.ask(
         rootOf(wait.path), deletingLastPathComponent(wait.path), [wait, asksForWriters, found] {
-            return [found, look = lookAt(wait.path, wait.isLast, asksForWriters)] { found(look); };
+            return [found, look = readFileState(wait.path, wait.isLast, asksForWriters)] {
+                found(look);
+            };
         });
 }
 
@@ -174,10 +176,10 @@ bool BounceWatcher::isReported(const std::string& path, std::int64_t size) const
     return alerted != alertedFileSizes.end() && alerted->second == size;
 }
 
-BounceWatcher::Look BounceWatcher::lookAt(
+BounceWatcher::FileState BounceWatcher::readFileState(
     const std::string& path, bool asksForFolder, bool asksForWriters)
 {
-    Look look;
+    FileState look;
     // Checked first: if nobody writes the file, the attributes that are read afterwards are final.
     if (asksForWriters)
         look.writers = writersOf(path);
@@ -187,7 +189,7 @@ BounceWatcher::Look BounceWatcher::lookAt(
     return look;
 }
 
-void BounceWatcher::apply(Wait wait, const Look& look)
+void BounceWatcher::apply(Wait wait, const FileState& look)
 {
     if (!isActive || !watchingPaths.contains(wait.path))
         return;
@@ -213,7 +215,7 @@ void BounceWatcher::apply(Wait wait, const Look& look)
         pollInterval, alive.guard([this, wait] { waitForStability(wait); }));
 }
 
-void BounceWatcher::report(const std::string& path, const Look& look)
+void BounceWatcher::report(const std::string& path, const FileState& look)
 {
     watchingPaths.erase(path);
     // Archive tools create a file first and replace it by a link at the end. The target of the link
@@ -236,18 +238,18 @@ void BounceWatcher::report(const std::string& path, const Look& look)
 void BounceWatcher::noteCopy(const FileURL& file)
 {
     Platform::current().dispatch.mainAsync(
-        [path = file.path(), look = lookAt(file.path(), true, false)] {
+        [path = file.path(), look = readFileState(file.path(), true, false)] {
             shared().keepCopy(path, look);
         });
 }
 
-void BounceWatcher::keepCopy(const std::string& path, const Look& look)
+void BounceWatcher::keepCopy(const std::string& path, const FileState& look)
 {
     if (look.folder)
         copies.insert_or_assign({ *look.folder, lastPathComponent(path) }, look.version());
 }
 
-bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
+bool BounceWatcher::isCopy(const std::string& path, const FileState& look) const
 {
     if (!look.folder)
         return false;
@@ -256,7 +258,7 @@ bool BounceWatcher::isCopy(const std::string& path, const Look& look) const
 }
 
 // False if this version was noted before, under any path.
-bool BounceWatcher::noteVersion(const std::string& path, const Look& look)
+bool BounceWatcher::noteVersion(const std::string& path, const FileState& look)
 {
     if (!look.folder)
         return true;

@@ -6,7 +6,7 @@
 #include "Foundation/Shared.h"
 #include "Foundation/WeakGuard.h"
 #include "Platform/Dispatch.h"
-#include "StemvaultConnect/FolderLooks.h"
+#include "StemvaultConnect/FolderCheckQueue.h"
 
 #include <chrono>
 #include <cstdint>
@@ -64,7 +64,7 @@ public:
 private:
     friend class Shared<BounceWatcher>;
     struct Wait;
-    struct Look;
+    struct FileState;
     BounceWatcher();
     ~BounceWatcher();
 
@@ -75,13 +75,13 @@ private:
     void waitForStability(Wait wait);
     [[nodiscard]] std::string rootOf(const std::string& path) const;
     [[nodiscard]] bool isReported(const std::string& path, std::int64_t size) const;
-    [[nodiscard]] static Look lookAt(
+    [[nodiscard]] static FileState readFileState(
         const std::string& path, bool asksForFolder, bool asksForWriters);
-    void apply(Wait wait, const Look& look);
-    void report(const std::string& path, const Look& look);
-    [[nodiscard]] bool noteVersion(const std::string& path, const Look& look);
-    void keepCopy(const std::string& path, const Look& look);
-    [[nodiscard]] bool isCopy(const std::string& path, const Look& look) const;
+    void apply(Wait wait, const FileState& look);
+    void report(const std::string& path, const FileState& look);
+    [[nodiscard]] bool noteVersion(const std::string& path, const FileState& look);
+    void keepCopy(const std::string& path, const FileState& look);
+    [[nodiscard]] bool isCopy(const std::string& path, const FileState& look) const;
 
     /// Folders in which DAWs keep their own working files, in lower case.
     const std::set<std::string, std::less<>> internalSessionFolderNames = {
@@ -96,7 +96,7 @@ private:
     };
     std::unique_ptr<FileEventStream> streamRef;
     std::vector<std::string> watchedFolders;
-    FolderLooks looks;
+    FolderCheckQueue looks;
     std::unordered_set<std::string> watchingPaths; ///< Files that have not settled yet.
     std::unordered_map<std::string, std::int64_t> alertedFileSizes; ///< In bytes, when reported.
 

@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto patience = 1s;
+constexpr auto stuckAfter = 1s;
 
 // A walk that hangs blocks one background thread until its drive responds. One more walk may check
 // the other folders; the remaining threads are left to scans and copies.
@@ -28,7 +28,7 @@ struct FolderPresence::Walk {
     std::vector<std::string> paths;
     std::vector<bool> wasMissing; ///< Only differences from this are reported.
     std::atomic<std::size_t> position = 0; ///< The index of the folder that is being checked.
-    std::atomic<bool> isLeftBehind = false; ///< Stuck; the rest was left to another walk.
+    std::atomic<bool> isAbandoned = false; ///< Stuck; the rest was left to another walk.
 };
 
 FolderPresence::FolderPresence() = default;
@@ -37,7 +37,7 @@ FolderPresence::~FolderPresence() = default;
 void FolderPresence::look(std::vector<std::string> paths)
 {
     const bool isOnTheWay =
-        std::ranges::any_of(walks, [](const auto& walk) { return !walk->isLeftBehind; });
+        std::ranges::any_of(walks, [](const auto& walk) { return !walk->isAbandoned; });
     if (isOnTheWay || walks.size() == maxWalks)
         next = std::move(paths);
     else
@@ -59,7 +59,7 @@ void FolderPresence::begin(std::vector<std::string> paths)
     const auto ended = alive.guard([this, walk] { end(walk); });
     Dispatch& dispatch = Platform::current().dispatch;
     dispatch.utilityAsync([&dispatch, walk, found, ended] {
-        for (; walk->position < walk->paths.size() && !walk->isLeftBehind; ++walk->position) {
+        for (; walk->position < walk->paths.size() && !walk->isAbandoned; ++walk->position) {
             const std::string& path = walk->paths[walk->position];
             const bool isMissingNow = !FileManager::itemKind(path);
             if (isMissingNow != walk->wasMissing[walk->position])
@@ -67,7 +67,7 @@ void FolderPresence::begin(std::vector<std::string> paths)
         }
         dispatch.mainAsync(ended);
     });
-    watchOver(walk, walk->paths.size());
+    superviseProgress(walk, walk->paths.size());
 }
 
 void FolderPresence::apply(const std::string& path, bool isMissingNow)
@@ -82,7 +82,7 @@ void FolderPresence::end(const std::shared_ptr<Walk>& walk)
     std::erase(walks, walk);
     auto paths = std::exchange(next, {});
     // The drive was only slow: check the folders next to the slow one, which were left out so far.
-    if (paths.empty() && walk->isLeftBehind)
+    if (paths.empty() && walk->isAbandoned)
         paths.assign(walk->paths.begin() + static_cast<std::ptrdiff_t>(walk->position.load()),
             walk->paths.end());
     if (!paths.empty())
@@ -90,21 +90,21 @@ void FolderPresence::end(const std::shared_ptr<Walk>& walk)
 }
 
 // A walk that has made no progress between two checks is stuck.
-void FolderPresence::watchOver(const std::shared_ptr<Walk>& walk, std::size_t lastPosition)
+void FolderPresence::superviseProgress(const std::shared_ptr<Walk>& walk, std::size_t lastPosition)
 {
-    Platform::current().dispatch.mainAsyncAfter(patience, alive.guard([this, walk, lastPosition] {
+    Platform::current().dispatch.mainAsyncAfter(stuckAfter, alive.guard([this, walk, lastPosition] {
         if (std::ranges::find(walks, walk) == walks.end())
             return;
         if (const std::size_t position = walk->position; position != lastPosition)
-            watchOver(walk, position);
+            superviseProgress(walk, position);
         else
-            leaveBehind(walk);
+            abandon(walk);
     }));
 }
 
-void FolderPresence::leaveBehind(const std::shared_ptr<Walk>& walk)
+void FolderPresence::abandon(const std::shared_ptr<Walk>& walk)
 {
-    walk->isLeftBehind = true;
+    walk->isAbandoned = true;
     const auto after = std::min<std::size_t>(walk->position + 1, walk->paths.size());
     auto paths = next.empty()
         ? std::vector(walk->paths.begin() + static_cast<std::ptrdiff_t>(after), walk->paths.end())

@@ -32,8 +32,8 @@ private:
     void begin(std::vector<std::string> paths);
     void apply(const std::string& path, bool isMissingNow);
     void end(const std::shared_ptr<Walk>& walk);
-    void watchOver(const std::shared_ptr<Walk>& walk, std::size_t lastPosition);
-    void leaveBehind(const std::shared_ptr<Walk>& walk);
+    void superviseProgress(const std::shared_ptr<Walk>& walk, std::size_t lastPosition);
+    void abandon(const std::shared_ptr<Walk>& walk);
     [[nodiscard]] std::vector<std::string> withoutStuck(std::vector<std::string> paths) const;
 
     std::set<std::string> missing;

@@ -29,7 +29,7 @@ constexpr std::array<std::string_view, 5> windowsSystemFolders = { "program file
     "program files (x86)/", "programdata/", "windows/", "users/public/" };
 
 /// Folders in which DAWs and sample players keep files that were not made in a session.
-constexpr std::array<std::string_view, 15> folderNamesOfOthers = { "appdata", "cache", "caches",
+constexpr std::array<std::string_view, 15> nonSessionFolderNames = { "appdata", "cache", "caches",
     "core library", "factory content", "factory library", "factory packs", "factory samples",
     "libraries", "live packs", "packs", "sample libraries", "sample library", "sound sets",
     "user library" };
@@ -46,12 +46,12 @@ bool beginsWithOneOf(std::string_view path, const Beginnings& beginnings)
         beginnings, [path](std::string_view beginning) { return path.starts_with(beginning); });
 }
 
-bool hasFolderOfOthers(std::string_view path)
+bool isInNonSessionFolder(std::string_view path)
 {
     while (!path.empty()) {
         const auto slash = std::min(path.find('/'), path.size());
         const std::string_view name = path.substr(0, slash);
-        if (name.starts_with('.') || contains(folderNamesOfOthers, name))
+        if (name.starts_with('.') || contains(nonSessionFolderNames, name))
             return true;
         path.remove_prefix(std::min(slash + 1, path.size()));
     }
@@ -65,9 +65,9 @@ bool mayBelongToASession(const std::string& folder)
     const std::string path = lowercased(folder) + "/";
     const auto drive = path.find(windowsDrive);
     if (drive == std::string::npos)
-        return !beginsWithOneOf(path, systemFolders) && !hasFolderOfOthers(path);
+        return !beginsWithOneOf(path, systemFolders) && !isInNonSessionFolder(path);
     const std::string_view onDrive = std::string_view(path).substr(drive + windowsDrive.size());
-    return !beginsWithOneOf(onDrive, windowsSystemFolders) && !hasFolderOfOthers(onDrive);
+    return !beginsWithOneOf(onDrive, windowsSystemFolders) && !isInNonSessionFolder(onDrive);
 }
 
 /// Whether a folder is `home` or above it: a stray session file there says nothing about the media

@@ -63,11 +63,11 @@ MenuBarManager::MenuBarManager()
             dispatch.mainAsync([added, notification] { added(notification); });
         });
     platform.dispatch.mainAsyncAfter(
-        timeForStatusBar, alive.guard([this] { openPreferencesIfNothingElseIsSeen(); }));
+        timeForStatusBar, alive.guard([this] { openPreferencesIfTrayMissing(); }));
 }
 
 // Otherwise the first start would show nothing at all on a desktop without a status bar.
-void MenuBarManager::openPreferencesIfNothingElseIsSeen()
+void MenuBarManager::openPreferencesIfTrayMissing()
 {
     const SettingsStore& settings = SettingsStore::shared();
     const bool isSetUp = !settings.stemvaultFolders().empty() || settings.projectsRootPath()

@@ -32,7 +32,7 @@ public:
 
 private:
     void build();
-    void openPreferencesIfNothingElseIsSeen();
+    void openPreferencesIfTrayMissing();
     void handleBounceAdded(const Notification& notification);
     static void checkForUpdates();
     [[nodiscard]] static AttributedString sessionTitle(const std::optional<FileURL>& folder);

@@ -5,7 +5,7 @@
 #include "Foundation/WeakGuard.h"
 #include "Platform/OpenFiles.h"
 #include "Platform/Workspace.h"
-#include "StemvaultConnect/FolderLooks.h"
+#include "StemvaultConnect/FolderCheckQueue.h"
 
 #include <cstdint>
 #include <functional>
@@ -87,7 +87,7 @@ private:
     std::optional<Owner> owner; ///< Of `folder`; absent as in Scan.
     int lastScan = 0; ///< The number of the scan that was started last.
     int lastApplied = 0;
-    FolderLooks mediaLooks;
+    FolderCheckQueue mediaLooks;
     std::optional<FileURL> folder;
     std::unique_ptr<Timer> pollTimer;
 

@@ -87,7 +87,7 @@ std::int64_t number(std::string_view piece)
         if (piece.starts_with('-'))
             return 0;
     }
-    return numberOf<std::int64_t>(piece).value_or(0);
+    return parseNumber<std::int64_t>(piece).value_or(0);
 }
 
 std::vector<std::int64_t> numbers(std::string_view version)

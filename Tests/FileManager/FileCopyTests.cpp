@@ -112,7 +112,7 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
         const auto copied = copyItem(row.from, row.to, with(row.refusals));
         ASSERT_FALSE(copied) << text;
         EXPECT_EQ(copied.error(), text);
-        EXPECT_FALSE(copied.mayPass()) << text;
+        EXPECT_FALSE(copied.isTransient()) << text;
         EXPECT_THAT(names(), IsEmpty()) << text;
         EXPECT_THAT(names("album"), ElementsAre("Mix.wav")) << text;
         EXPECT_EQ(files.read("album/Mix.wav"), "taken") << text;
@@ -186,7 +186,7 @@ TEST_F(CopyTest, WaitsForNoPipeThatTakesTheFilesPlace)
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     files.write("from/Mix.wav", "small");
     options.durability = Durability::InMemory;
-    options.ifTaken = IfTaken::Replace;
+    options.ifExists = IfExists::Replace;
     std::atomic<bool> isDone = false;
     std::thread exchanging([&] {
         while (!isDone)
@@ -241,7 +241,7 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
             EXPECT_EQ(files.read("to/Mix.wav"), content);
         else
             EXPECT_THAT(copied.error(), HasSubstr("it kept changing"));
-        EXPECT_EQ(copied.mayPass(), !row.succeeds);
+        EXPECT_EQ(copied.isTransient(), !row.succeeds);
         std::filesystem::remove(target);
         EXPECT_THAT(names(), IsEmpty());
     }
@@ -312,7 +312,7 @@ TEST_F(CopyTest, IsMadeAgainWhenSomebodyRemovesTheDraft)
             const auto copied = copyItem(source, target, with(all));
             EXPECT_EQ(removals, mostRemovals);
             EXPECT_EQ(copied.has_value(), mostRemovals == 1);
-            EXPECT_FALSE(copied.mayPass()) << "the source is at rest";
+            EXPECT_FALSE(copied.isTransient()) << "the source is at rest";
             if (!copied)
                 EXPECT_THAT(copied.error(), HasSubstr("kept removing the unfinished copy"));
             else
@@ -378,7 +378,7 @@ TEST_F(CopyTest, LeavesTheOldOrTheNewWholeWhenKilled)
                           static_cast<off_t>(at)),
                 0);
     };
-    options.ifTaken = IfTaken::Replace;
+    options.ifExists = IfExists::Replace;
     options.leftoverAge = std::chrono::seconds(0);
     options.durability = Durability::InMemory;
     std::size_t leftovers = 0;

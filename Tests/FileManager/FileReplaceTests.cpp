@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 class ReplaceTest : public CopyTest {
 protected:
-    ReplaceTest() { options.ifTaken = IfTaken::Replace; }
+    ReplaceTest() { options.ifExists = IfExists::Replace; }
 
     void makeOld(const std::string& kind) const
     {

@@ -91,7 +91,7 @@ QPalette paletteOf(const Shades& shades)
 // starts it. The signal match names no service, because the toolkit would then
 // block to look up the service's owner.
 Appearance::Appearance(QDBusConnection sessionBus)
-    : bus(std::move(sessionBus)), toolkitsOwn(QApplication::palette())
+    : bus(std::move(sessionBus)), initialPalette(QApplication::palette())
 {
     connect(&theme, &DesktopTheme::changed, this, &Appearance::apply);
     auto* portal =
@@ -151,12 +151,12 @@ void Appearance::take(const QVariant& value)
 void Appearance::apply()
 {
     const bool dark = preference == preferDark || (preference != preferLight && theme.isDark());
-    const bool isOpinion = preference == preferLight || hasBeenDark;
+    const bool mustBeLight = preference == preferLight || hasBeenDark;
     hasBeenDark = hasBeenDark || dark;
     if (dark)
-        use(isDark(toolkitsOwn) ? toolkitsOwn : paletteOf(darkShades));
+        use(isDark(initialPalette) ? initialPalette : paletteOf(darkShades));
     else
-        use(isOpinion && isDark(toolkitsOwn) ? paletteOf(lightShades) : toolkitsOwn);
+        use(mustBeLight && isDark(initialPalette) ? paletteOf(lightShades) : initialPalette);
 }
 
 void Appearance::use(const QPalette& palette)

@@ -28,7 +28,7 @@ private:
 
     QDBusConnection bus;
     DesktopTheme theme;
-    const QPalette toolkitsOwn;
+    const QPalette initialPalette;
     uint preference = 0; ///< The preference that the portal or Plasma announced; 0 for none.
     bool hasBeenDark = false;
 };

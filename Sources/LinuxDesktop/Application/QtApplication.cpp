@@ -29,8 +29,8 @@ void endWithoutDisplay()
 } // namespace
 
 QtApplication::QtApplication(
-    ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> finalWork)
-    : windows(modalWindows), services(busServices), lastWork(std::move(finalWork))
+    ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> workAtEnd)
+    : windows(modalWindows), services(busServices), finalWork(std::move(workAtEnd))
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     qApp->installEventFilter(this);
@@ -84,7 +84,7 @@ void QtApplication::launch()
 
 void QtApplication::reopen()
 {
-    if (isLaunched && !isEndTold && delegate)
+    if (isLaunched && !hasNotifiedTermination && delegate)
         delegate->applicationShouldHandleReopen();
 }
 
@@ -101,12 +101,12 @@ void QtApplication::terminate()
 
 void QtApplication::notifyWillTerminate()
 {
-    if (std::exchange(isEndTold, true))
+    if (std::exchange(hasNotifiedTermination, true))
         return;
     if (isLaunched && delegate)
         delegate->applicationWillTerminate();
-    if (lastWork)
-        lastWork();
+    if (finalWork)
+        finalWork();
 }
 
 // If a session manager or a desktop shell asks the toolkit to quit, the program ends through
@@ -124,8 +124,8 @@ bool QtApplication::eventFilter(QObject* watched, QEvent* event)
 void QtApplication::endOfSession(QSessionManager& manager)
 {
     manager.setRestartHint(QSessionManager::RestartNever);
-    if (lastWork)
-        lastWork();
+    if (finalWork)
+        finalWork();
 }
 
 } // namespace stemvault

@@ -19,9 +19,9 @@ class DBusServices;
 /// the display.
 class QtApplication final : public QObject, public Application {
 public:
-    /// `finalWork` runs after `applicationWillTerminate`, and whenever the session is about to end.
+    /// `workAtEnd` runs after `applicationWillTerminate`, and whenever the session is about to end.
     QtApplication(
-        ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> finalWork);
+        ModalWindows& modalWindows, DBusServices& busServices, std::function<void()> workAtEnd);
     ~QtApplication() override;
 
     void setDelegate(ApplicationDelegate* chosen) override;
@@ -51,12 +51,12 @@ private:
 
     ModalWindows& windows;
     DBusServices& services;
-    std::function<void()> lastWork;
+    std::function<void()> finalWork;
     ApplicationDelegate* delegate = nullptr;
     ApplicationIcon iconOfWindows;
     bool isLaunched = false;
     bool isTerminating = false;
-    bool isEndTold = false;
+    bool hasNotifiedTermination = false;
 };
 
 } // namespace stemvault

@@ -17,7 +17,7 @@ namespace {
 
 // The limit of the toolkit's pixmap cache. The default is ten times as much, and a program that
 // shows a window now and then would fill it over several days.
-constexpr int keptDrawings = 1024; // In KiB.
+constexpr int pixmapCacheLimit = 1024; // In KiB.
 
 // The toolkit's Wayland support is a separate package, which a Wayland desktop need not install.
 bool lacksWayland()
@@ -51,7 +51,7 @@ QtRuntime::QtRuntime(std::string programName) : name(std::move(programName))
     qInstallMessageHandler(&exitOnFatalMessage);
     application = std::make_unique<QApplication>(argumentCount, arguments.data());
     qInstallMessageHandler(nullptr);
-    QPixmapCache::setCacheLimit(keptDrawings);
+    QPixmapCache::setCacheLimit(pixmapCacheLimit);
 }
 
 QtRuntime::~QtRuntime() = default;

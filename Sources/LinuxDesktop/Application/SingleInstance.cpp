@@ -15,7 +15,7 @@ namespace stemvault {
 
 namespace {
 
-constexpr int askingTime = 5000; ///< Milliseconds to wait for the running instance's answer.
+constexpr int activationTimeout = 5000; ///< Milliseconds to wait for the running instance's answer.
 
 QVariantMap platformData()
 {
@@ -33,7 +33,7 @@ bool activateOther(QDBusConnection& bus)
         QStringLiteral("org.freedesktop.Application"), QStringLiteral("Activate"));
     call << platformData();
     call.setAutoStartService(false);
-    return bus.call(call, QDBus::Block, askingTime).type() == QDBusMessage::ReplyMessage;
+    return bus.call(call, QDBus::Block, activationTimeout).type() == QDBusMessage::ReplyMessage;
 }
 
 bool isOurs(int descriptor)

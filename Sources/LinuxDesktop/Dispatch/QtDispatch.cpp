@@ -19,7 +19,7 @@ using namespace std::chrono_literals;
 constexpr int utilityThreads = 16;
 constexpr auto utilityThreadExpiry = 5s;
 // Most droppable work takes less; work that takes longer may be stuck.
-constexpr auto timeForLooksAtEnd = 200ms;
+constexpr auto droppedWorkGrace = 200ms;
 constexpr int utilityNiceness = 5;
 
 const QEvent::Type wakeUp = static_cast<QEvent::Type>(QEvent::registerEventType());
@@ -185,7 +185,7 @@ bool QtDispatch::finish(std::chrono::milliseconds limit)
 {
     droppedPool->clear();
     const bool isFinished = finishedPool->waitForDone(static_cast<int>(limit.count()));
-    const auto rest = std::min<std::chrono::milliseconds>(limit, timeForLooksAtEnd);
+    const auto rest = std::min<std::chrono::milliseconds>(limit, droppedWorkGrace);
     return droppedPool->waitForDone(static_cast<int>(rest.count())) && isFinished;
 }
 

@@ -36,7 +36,7 @@ struct Plan {
     const char* executable;
     char* const* arguments;
     char* const* environment;
-    int nowhere;
+    int devNull;
     int output;
     int failure;
 };
@@ -69,9 +69,9 @@ void becomeTool(const Plan& plan)
 {
     ::setpgid(0, 0);
     forgetSignalHandlers();
-    ::dup2(plan.nowhere, STDIN_FILENO);
+    ::dup2(plan.devNull, STDIN_FILENO);
     ::dup2(plan.output, STDOUT_FILENO);
-    ::dup2(plan.nowhere, STDERR_FILENO);
+    ::dup2(plan.devNull, STDERR_FILENO);
     ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
     limitDescriptors();
     ::execve(plan.executable, plan.arguments, plan.environment);
@@ -120,10 +120,10 @@ bool wasStarted(const FileDescriptor& failure)
 std::optional<ChildProcess> ChildProcess::start(const std::string& executable,
     const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
 {
-    FileDescriptor nowhere(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    FileDescriptor devNull(::open("/dev/null", O_RDWR | O_CLOEXEC));
     auto output = makePipe();
     auto failure = makePipe();
-    if (!nowhere || !output || !failure)
+    if (!devNull || !output || !failure)
         return std::nullopt;
     ::fcntl(output->reading.get(), F_SETFL, O_NONBLOCK);
 
@@ -131,7 +131,7 @@ std::optional<ChildProcess> ChildProcess::start(const std::string& executable,
     words.insert(words.end(), arguments.begin(), arguments.end());
     const auto argv = pointersTo(words);
     const auto envp = pointersTo(environment);
-    const pid_t child = spawn({ executable.c_str(), argv.data(), envp.data(), nowhere.get(),
+    const pid_t child = spawn({ executable.c_str(), argv.data(), envp.data(), devNull.get(),
         output->writing.get(), failure->writing.get() });
     if (child < 0)
         return std::nullopt;

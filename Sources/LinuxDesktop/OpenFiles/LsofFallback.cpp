@@ -67,7 +67,7 @@ std::vector<unsigned> descriptorsIn(const fs::path& folder)
     std::error_code failure;
     for (fs::directory_iterator at(folder, failure), end; !failure && at != end;
          at.increment(failure))
-        if (const auto descriptor = numberOf<unsigned>(at->path().filename().native()))
+        if (const auto descriptor = parseNumber<unsigned>(at->path().filename().native()))
             descriptors.push_back(*descriptor);
     std::ranges::sort(descriptors);
     return descriptors;

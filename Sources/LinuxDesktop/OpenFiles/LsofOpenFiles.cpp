@@ -33,32 +33,30 @@ std::optional<std::string> LsofOpenFiles::listing(std::int32_t process)
 
 std::optional<std::string> LsofOpenFiles::ask(pid_t process)
 {
-    if (!beginLook(process))
+    if (!beginRun(process))
         return lsofFallback(process);
     ToolRunner::Outcome outcome =
         runner.run(tool ? *tool : standardTool(), { "-p", std::to_string(process), "-Fn" });
-    endLook(process, outcome.isOverdue);
+    endRun(process, outcome.isOverdue);
     return outcome.isOverdue ? lsofFallback(process) : std::move(outcome.output);
 }
 
 /// Whether lsof may run for the process now. Waits up to `limits.turn` for one that already does.
-bool LsofOpenFiles::beginLook(pid_t process)
+bool LsofOpenFiles::beginRun(pid_t process)
 {
     std::unique_lock lock(mutex);
-    const auto isDecided = [&] {
-        return isOutOfUseLocked() || !processesLookedAt.contains(process);
-    };
+    const auto isDecided = [&] { return isOutOfUseLocked() || !runningFor.contains(process); };
     if (!lookFinished.wait_for(lock, limits.turn, isDecided) || isOutOfUseLocked())
         return false;
-    processesLookedAt.insert(process);
+    runningFor.insert(process);
     return true;
 }
 
-void LsofOpenFiles::endLook(pid_t process, bool isOverdue)
+void LsofOpenFiles::endRun(pid_t process, bool isOverdue)
 {
     {
         const std::lock_guard lock(mutex);
-        processesLookedAt.erase(process);
+        runningFor.erase(process);
         if (isOverdue)
             restsUntil = steady_clock::now() + limits.rest;
     }
@@ -67,8 +65,8 @@ void LsofOpenFiles::endLook(pid_t process, bool isOverdue)
 
 bool LsofOpenFiles::isOutOfUseLocked()
 {
-    const bool isOneStuck = runner.isOneStuck();
-    return isOneStuck || steady_clock::now() < restsUntil;
+    const bool hasStuckTool = runner.hasStuckTool();
+    return hasStuckTool || steady_clock::now() < restsUntil;
 }
 
 } // namespace stemvault

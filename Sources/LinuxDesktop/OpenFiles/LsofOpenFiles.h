@@ -42,8 +42,8 @@ public:
 
 private:
     [[nodiscard]] std::optional<std::string> ask(pid_t process);
-    [[nodiscard]] bool beginLook(pid_t process);
-    void endLook(pid_t process, bool isOverdue);
+    [[nodiscard]] bool beginRun(pid_t process);
+    void endRun(pid_t process, bool isOverdue);
     [[nodiscard]] bool isOutOfUseLocked();
 
     const std::optional<std::string> tool;
@@ -51,7 +51,7 @@ private:
     ToolRunner runner;
     std::mutex mutex; ///< Guards all members below.
     std::condition_variable lookFinished;
-    std::set<pid_t> processesLookedAt;
+    std::set<pid_t> runningFor;
     std::chrono::steady_clock::time_point restsUntil;
 };
 

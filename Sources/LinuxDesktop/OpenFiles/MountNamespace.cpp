@@ -51,7 +51,7 @@ MountView::MountView(std::string_view mountInfo)
     }
 }
 
-std::string MountView::placeOf(std::string_view path) const
+std::string MountView::resolvedLocation(std::string_view path) const
 {
     const Mount* mount = rootMount();
     if (mount == nullptr)
@@ -95,7 +95,7 @@ std::string namesThatLeadToTheSame(
     while (!lsofOutput.empty()) {
         const auto line = takeField(lsofOutput, '\n');
         if (!line.starts_with("n/")
-            || there.placeOf(line.substr(1)) == here.placeOf(line.substr(1)))
+            || there.resolvedLocation(line.substr(1)) == here.resolvedLocation(line.substr(1)))
             text.append(line).append("\n");
     }
     return text;

@@ -18,7 +18,7 @@ public:
 
     /// The file system to which a path leads, followed by the path in it. Empty if nothing is
     /// mounted at "/". Names have the form in which lsof prints them.
-    [[nodiscard]] std::string placeOf(std::string_view path) const;
+    [[nodiscard]] std::string resolvedLocation(std::string_view path) const;
 
 private:
     struct Mount {

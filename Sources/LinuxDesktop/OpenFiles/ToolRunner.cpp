@@ -109,7 +109,7 @@ void ToolRunner::setAside(ChildProcess child, bool isOverdue)
     killed.push_back({ std::move(child), isOverdue });
 }
 
-bool ToolRunner::isOneStuck()
+bool ToolRunner::hasStuckTool()
 {
     const std::lock_guard lock(mutex);
     std::erase_if(killed, [](SetAside& one) { return one.child.isGone(); });

@@ -34,7 +34,7 @@ public:
         const std::string& executable, const std::vector<std::string>& arguments);
 
     /// Whether an overdue tool still exists although it was killed, because the kernel blocks it.
-    [[nodiscard]] bool isOneStuck();
+    [[nodiscard]] bool hasStuckTool();
 
 private:
     struct SetAside {

@@ -98,7 +98,7 @@ std::optional<nlohmann::json> parsedRecord(const std::string& text)
 
 RecordFile::RecordFile(std::string file, SystemCalls calls) : path(std::move(file))
 {
-    options.ifTaken = IfTaken::Replace;
+    options.ifExists = IfExists::Replace;
     options.calls = std::move(calls);
 }
 
@@ -178,7 +178,8 @@ bool RecordFile::write(const std::string& text) const
     StagedItem staged(folder.get(), lastPathComponent(file), options);
     if (!staged.createUnnamedFile() && !staged.createFile())
         return false;
-    return writeAll(options.calls, staged.item(), text) && staged.giveName() && !staged.commit();
+    return writeAll(options.calls, staged.item(), text) && staged.linkTemporaryName()
+        && !staged.commit();
 }
 
 } // namespace stemvault

@@ -45,7 +45,8 @@ public:
 
     void makeKeyAndOrderFront() override
     {
-        if (!window.isVisible()) // Since Qt 6.8 a dialog that is visible is shown, and drawn, again.
+        if (!window
+                 .isVisible()) // Since Qt 6.8 a dialog that is visible is shown, and drawn, again.
             window.show();
         bringToFront(window);
     }

@@ -13,7 +13,7 @@ namespace stemvault {
 namespace {
 
 constexpr int frameAllowance = 56; ///< For a title bar of unknown height, and a small margin.
-constexpr int air = 8; ///< Between the screen's edge and a window that was moved up.
+constexpr int screenMargin = 8; ///< Between the screen's edge and a window that was moved up.
 constexpr int shortestList = 132;
 
 } // namespace
@@ -50,7 +50,7 @@ void ViewWindow::draw()
 {
     isDrawingDue = false;
     const View view = body();
-    if (tree && !std::exchange(isOfAnotherFont, false) && tree->canShow(view)) {
+    if (tree && !std::exchange(isFontOutdated, false) && tree->canShow(view)) {
         tree->show(view);
     } else {
         tree = std::make_unique<ViewTree>(view);
@@ -124,7 +124,7 @@ void ViewWindow::moveOntoScreen()
     const QRect area = screen()->availableGeometry();
     const int excess = frameGeometry().bottom() - area.bottom();
     if (excess > 0)
-        move(x(), std::max(area.top(), y() - excess - air));
+        move(x(), std::max(area.top(), y() - excess - screenMargin));
 }
 
 // Sets the tab order to the reading order, as a control that came later may belong before others.
@@ -161,7 +161,7 @@ bool ViewWindow::event(QEvent* event)
 {
     const bool isHandled = QDialog::event(event);
     if (event->type() == QEvent::ApplicationFontChange || event->type() == QEvent::FontChange) {
-        isOfAnotherFont = true;
+        isFontOutdated = true;
         drawSoon();
     }
     return isHandled;

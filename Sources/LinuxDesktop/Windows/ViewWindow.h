@@ -43,7 +43,7 @@ private:
     std::unique_ptr<ViewTree> tree;
     QScrollArea* scroll;
     bool isDrawingDue = false;
-    bool isOfAnotherFont = false; ///< The tree was made for a font that is no longer in use.
+    bool isFontOutdated = false; ///< The tree was made for a font that is no longer in use.
 };
 
 } // namespace stemvault

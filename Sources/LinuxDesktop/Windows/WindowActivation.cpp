@@ -157,7 +157,7 @@ public:
     /// Runs the action at once if the window is managed, or else as soon as it is.
     void whenManaged(Action action)
     {
-        if (isTaken)
+        if (isManaged)
             action(window);
         else if (std::ranges::find(waiting, action) == waiting.end())
             waiting.push_back(action);
@@ -167,9 +167,9 @@ protected:
     bool eventFilter(QObject* /*watched*/, QEvent* event) override
     {
         if (event->type() == QEvent::Hide)
-            isTaken = false;
+            isManaged = false;
         if (event->type() == QEvent::Expose && window.isExposed()) {
-            isTaken = true;
+            isManaged = true;
             for (const Action action : std::exchange(waiting, {}))
                 action(window);
         }
@@ -178,14 +178,14 @@ protected:
 
 private:
     explicit MappedTracker(QWindow& watched)
-        : QObject(&watched), window(watched), isTaken(watched.isExposed())
+        : QObject(&watched), window(watched), isManaged(watched.isExposed())
     {
         watched.installEventFilter(this);
     }
 
     QWindow& window;
     std::vector<Action> waiting;
-    bool isTaken;
+    bool isManaged;
 };
 
 } // namespace

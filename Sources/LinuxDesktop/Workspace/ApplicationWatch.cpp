@@ -54,38 +54,38 @@ void ApplicationWatch::listen()
             sources.display, [this](X11Windows::Change change) { handleWindows(change); },
             [this] {
                 isServerGone = true;
-                lookAsOftenAsNeeded();
+                updatePollTimer();
             });
     if (sources.unitBus)
         units = std::make_unique<UnitSignals>(*sources.unitBus, [this] { update(); });
-    lookAsOftenAsNeeded();
+    updatePollTimer();
 }
 
 void ApplicationWatch::handleWindows(X11Windows::Change change)
 {
-    lookAsOftenAsNeeded();
+    updatePollTimer();
     if (change.list || change.active)
         update(change.active ? Activation::Another : Activation::None);
     if (!change.title)
         return;
     titleNoticesDue = noticesOfOneTitle;
     if (!isInTitlePause)
-        tellOfTitle();
+        announceTitleChange();
 }
 
-void ApplicationWatch::tellOfTitle()
+void ApplicationWatch::announceTitleChange()
 {
     isInTitlePause = titleNoticesDue > 0;
     if (!isInTitlePause)
         return;
     --titleNoticesDue;
-    dispatch.mainAsyncAfter(sources.titlePause, alive.guard([this] { tellOfTitle(); }));
+    dispatch.mainAsyncAfter(sources.titlePause, alive.guard([this] { announceTitleChange(); }));
     update(Activation::Another);
 }
 
-void ApplicationWatch::lookAsOftenAsNeeded()
+void ApplicationWatch::updatePollTimer()
 {
-    const bool isNeeded = sources.isWayland || !windows || isServerGone || !windows->isTold();
+    const bool isNeeded = sources.isWayland || !windows || isServerGone || !windows->isPublished();
     if (!isNeeded)
         timer.reset();
     else if (!timer)

@@ -70,9 +70,9 @@ private:
 
     void listen();
     void handleWindows(X11Windows::Change change);
-    void lookAsOftenAsNeeded();
+    void updatePollTimer();
     void followTitles();
-    void tellOfTitle();
+    void announceTitleChange();
 
     void update(Activation activation = Activation::None);
     void look();

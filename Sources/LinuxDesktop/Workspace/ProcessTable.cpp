@@ -33,7 +33,7 @@ struct CloseFolder {
 
 std::optional<pid_t> processNumber(std::string_view name)
 {
-    const auto process = numberOf<pid_t>(name);
+    const auto process = parseNumber<pid_t>(name);
     return process && *process > 0 ? process : std::nullopt;
 }
 

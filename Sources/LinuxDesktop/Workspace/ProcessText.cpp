@@ -27,7 +27,7 @@ std::optional<char> unescapedByte(std::string_view text)
 {
     if (text.size() < 4 || !text.starts_with("\\x"))
         return std::nullopt;
-    const auto code = numberOf<unsigned char>(text.substr(2, 2), 16);
+    const auto code = parseNumber<unsigned char>(text.substr(2, 2), 16);
     return code ? std::optional(static_cast<char>(*code)) : std::nullopt;
 }
 
@@ -76,10 +76,10 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     stat.command = text.substr(open + 1, close - open - 1);
     auto fields = text.substr(close + 2);
     const auto state = takeField(fields, ' ');
-    const auto parent = numberOf<pid_t>(takeField(fields, ' '));
+    const auto parent = parseNumber<pid_t>(takeField(fields, ' '));
     for (int field = 5; field < 22; ++field)
         takeField(fields, ' ');
-    const auto startTime = numberOf<std::uint64_t>(takeField(fields, ' '));
+    const auto startTime = parseNumber<std::uint64_t>(takeField(fields, ' '));
     if (state.size() != 1 || !parent || !startTime)
         return std::nullopt;
     stat.state = state.front();
@@ -88,7 +88,7 @@ std::optional<ProcessStat> parseProcessStat(std::string_view text)
     for (int field = 23; field < 26; ++field)
         takeField(fields, ' ');
     for (std::uint64_t& address : stat.image)
-        address = numberOf<std::uint64_t>(takeField(fields, ' ')).value_or(0);
+        address = parseNumber<std::uint64_t>(takeField(fields, ' ')).value_or(0);
     return stat;
 }
 

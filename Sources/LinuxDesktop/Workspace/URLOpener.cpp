@@ -48,7 +48,7 @@ Outcome outcomeOf(const QProcess& tool)
 
 } // namespace
 
-bool openURL(const std::string& url, std::chrono::milliseconds patience)
+bool openURL(const std::string& url, std::chrono::milliseconds timeout)
 {
     QEventLoop loop;
     QProcess* tool = makeTool(url);
@@ -62,7 +62,7 @@ bool openURL(const std::string& url, std::chrono::milliseconds patience)
         if (error == QProcess::FailedToStart)
             forget(tool);
     });
-    QTimer::singleShot(patience, &loop, [&loop] { loop.exit(Opened); });
+    QTimer::singleShot(timeout, &loop, [&loop] { loop.exit(Opened); });
     // Queued, because `start` may signal a failure before it returns, when no loop would run yet.
     QMetaObject::invokeMethod(
         tool, [tool] { tool->start(); }, Qt::QueuedConnection);

@@ -7,8 +7,8 @@ namespace stemvault {
 
 /// Opens a URL in the user's application for it, with the desktop's own tool, xdg-open. Returns
 /// whether that succeeded. Runs the event loop until the tool has ended. A tool that takes longer
-/// than `patience` counts as a success: on plain window managers it becomes the application itself.
+/// than `timeout` counts as a success: on plain window managers it becomes the application itself.
 [[nodiscard]] bool openURL(
-    const std::string& url, std::chrono::milliseconds patience = std::chrono::seconds(3));
+    const std::string& url, std::chrono::milliseconds timeout = std::chrono::seconds(3));
 
 } // namespace stemvault

@@ -68,14 +68,14 @@ void X11Windows::askActiveWindow()
 
 void X11Windows::takeClientList(const xcb_get_property_reply_t* reply)
 {
-    const bool wasTold = isTold();
+    const bool wasTold = isPublished();
     hasClientList = isThere(reply);
     const auto list = words(reply);
     const std::set<xcb_window_t> present(list.begin(), list.end());
     const auto isGone = [&](const auto& window) { return !present.contains(window.first); };
     std::erase_if(asked, isGone);
     std::erase_if(titles, [&](const auto& title) { return !present.contains(title.first.first); });
-    if (std::erase_if(listed, isGone) > 0 || isTold() != wasTold)
+    if (std::erase_if(listed, isGone) > 0 || isPublished() != wasTold)
         pending.list = true;
     for (const xcb_window_t window : present)
         if (!listed.contains(window) && asked.emplace(window, Asked {}).second)
@@ -84,9 +84,9 @@ void X11Windows::takeClientList(const xcb_get_property_reply_t* reply)
 
 void X11Windows::takeActiveWindow(const xcb_get_property_reply_t* reply)
 {
-    const bool wasTold = isTold();
+    const bool wasTold = isPublished();
     hasActiveWindow = isThere(reply);
-    if (isTold() != wasTold)
+    if (isPublished() != wasTold)
         pending.list = true;
     // A switch passes through "none", and closing a menu can return to the same window.
     const auto window = words(reply).empty() ? xcb_window_t { 0 } : words(reply).front();

@@ -91,7 +91,7 @@ void X11Windows::handleSocket()
 {
     if (!notifier->isEnabled())
         return;
-    while (takeWhatIsThere()) { }
+    while (processAvailable()) { }
     if (xcb_connection_has_error(connection.get()) != 0)
         return handleLoss();
     const Change news = std::exchange(pending, {});
@@ -102,7 +102,7 @@ void X11Windows::handleSocket()
 /// Each of these calls may read data from the socket into xcb's buffer that only another one
 /// returns. Data left in the buffer would stay there until the server sends more. So the caller
 /// repeats this until a whole round has found nothing.
-bool X11Windows::takeWhatIsThere()
+bool X11Windows::processAvailable()
 {
     xcb_flush(connection.get());
     bool isAnything = false;

@@ -45,7 +45,7 @@ public:
 
     /// Whether a window manager publishes its list of windows or the active window. Some publish
     /// neither. True until the server has answered. If this changes, Change::list is reported.
-    [[nodiscard]] bool isTold() const { return hasClientList || hasActiveWindow; }
+    [[nodiscard]] bool isPublished() const { return hasClientList || hasActiveWindow; }
 
     /// Reports changes of the window's title from now on, for as long as the window is listed.
     void followTitle(xcb_window_t window);
@@ -80,7 +80,7 @@ private:
     void internAtoms();
     void watchRootWindow(int screen);
     void handleSocket();
-    [[nodiscard]] bool takeWhatIsThere();
+    [[nodiscard]] bool processAvailable();
     [[nodiscard]] bool takeAnswer();
     [[nodiscard]] bool takeEvent(xcb_generic_event_t* polled);
     void handleLoss();

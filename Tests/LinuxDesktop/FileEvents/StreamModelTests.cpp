@@ -293,7 +293,7 @@ private:
     bool copyAsWeDo(const std::string& item, const std::string& target)
     {
         CopyOptions options;
-        options.ifTaken = IfTaken::Replace;
+        options.ifExists = IfExists::Replace;
         options.durability = Durability::InMemory;
         if (!is(item, false) || is(target, true) || !copyItem(real(item), real(target), options))
             return false;

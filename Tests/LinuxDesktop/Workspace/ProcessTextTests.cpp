@@ -212,8 +212,8 @@ TEST(ProcessTextTests, WhatASandboxSeesUnderOurPaths)
             row.isTheSame ? "p1\nn"s + row.path + "\nnpipe\n" : "p1\nnpipe\n")
             << row.what;
     const MountView circle("1 2 0:1 / / x\n2 1 0:1 / / x\n3 3 0:1 / / x\n");
-    EXPECT_EQ(circle.placeOf("/a"), "0:1/a");
-    EXPECT_EQ(MountView("").placeOf("/a"), "");
+    EXPECT_EQ(circle.resolvedLocation("/a"), "0:1/a");
+    EXPECT_EQ(MountView("").resolvedLocation("/a"), "");
 }
 
 } // namespace

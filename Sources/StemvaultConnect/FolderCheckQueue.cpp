@@ -1,4 +1,4 @@
-#include "StemvaultConnect/FolderLooks.h"
+#include "StemvaultConnect/FolderCheckQueue.h"
 
 #include "Platform/Platform.h"
 
@@ -13,10 +13,10 @@ constexpr std::size_t maxPerRoot = 4;
 
 } // namespace
 
-FolderLooks::FolderLooks() = default;
-FolderLooks::~FolderLooks() = default;
+FolderCheckQueue::FolderCheckQueue() = default;
+FolderCheckQueue::~FolderCheckQueue() = default;
 
-void FolderLooks::ask(const std::string& root, const std::string& folder, Look look)
+void FolderCheckQueue::ask(const std::string& root, const std::string& folder, Check look)
 {
     Folder& asked = folders[folder];
     asked.waiting.push_back(std::move(look));
@@ -26,7 +26,7 @@ void FolderLooks::ask(const std::string& root, const std::string& folder, Look l
     beginNext(root);
 }
 
-void FolderLooks::dropWaiting()
+void FolderCheckQueue::dropWaiting()
 {
     for (auto& [path, root] : roots)
         root.ready.clear();
@@ -36,7 +36,7 @@ void FolderLooks::dropWaiting()
     std::erase_if(roots, [](const auto& entry) { return entry.second.underWay == 0; });
 }
 
-void FolderLooks::beginNext(const std::string& path)
+void FolderCheckQueue::beginNext(const std::string& path)
 {
     Root& root = roots[path];
     while (root.underWay < maxPerRoot && !root.ready.empty()) {
@@ -48,11 +48,11 @@ void FolderLooks::beginNext(const std::string& path)
         roots.erase(path);
 }
 
-void FolderLooks::begin(const std::string& root, const std::string& path)
+void FolderCheckQueue::begin(const std::string& root, const std::string& path)
 {
     Folder& folder = folders[path];
     folder.isUnderWay = true;
-    Look look = std::move(folder.waiting.front());
+    Check look = std::move(folder.waiting.front());
     folder.waiting.pop_front();
 
     const auto ended = alive.guard([this, root, path](const Work& answer) {
@@ -65,7 +65,7 @@ void FolderLooks::begin(const std::string& root, const std::string& path)
     });
 }
 
-void FolderLooks::end(const std::string& root, const std::string& path)
+void FolderCheckQueue::end(const std::string& root, const std::string& path)
 {
     const auto folder = folders.find(path);
     folder->second.isUnderWay = false;

@@ -15,16 +15,16 @@ namespace stemvault {
 /// background threads: looks at one folder run one after the other, and only a few below one root
 /// run at the same time. A drive that stops responding therefore delays only its own looks, and
 /// blocks only a few threads, however many looks there are. Main thread only.
-class FolderLooks {
+class FolderCheckQueue {
 public:
     /// Runs on a background thread; the work that it returns then runs on the main thread.
-    using Look = std::function<Work()>;
+    using Check = std::function<Work()>;
 
-    FolderLooks();
-    ~FolderLooks();
+    FolderCheckQueue();
+    ~FolderCheckQueue();
 
     /// Runs `look` after all earlier looks at `folder`. `root` is the watched folder above it.
-    void ask(const std::string& root, const std::string& folder, Look look);
+    void ask(const std::string& root, const std::string& folder, Check look);
 
     /// Drops the looks that have not started. Running ones still count until they end.
     void dropWaiting();
@@ -36,7 +36,7 @@ private:
     };
     struct Folder {
         bool isUnderWay = false;
-        std::deque<Look> waiting;
+        std::deque<Check> waiting;
     };
 
     void beginNext(const std::string& root);
