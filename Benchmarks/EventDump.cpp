@@ -22,7 +22,7 @@ bool isWrittenFile(std::uint32_t flags)
 }
 
 /// Only the watched folders themselves get a trailing slash, as other watchers print them.
-void print(const stemvault::EventBatch& batch, bool isWrittenAlone)
+void print(const stemvault::file_events::EventBatch& batch, bool isWrittenAlone)
 {
     for (std::size_t index = 0; index < batch.paths.size(); ++index) {
         if (isWrittenAlone && !isWrittenFile(batch.flags[index]))
@@ -49,7 +49,7 @@ sigset_t endingSignals()
 
 int main(int count, char** arguments)
 {
-    stemvault::StreamOptions options;
+    stemvault::file_events::StreamOptions options;
     const bool isWrittenAlone = count > 1 && std::string_view(arguments[1]) == "--written";
     options.paths.assign(arguments + (isWrittenAlone ? 2 : 1), arguments + count);
     if (options.paths.empty()) {
@@ -58,7 +58,7 @@ int main(int count, char** arguments)
     }
     const sigset_t signals = endingSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    const auto stream = stemvault::InotifyStream::create(
+    const auto stream = stemvault::file_events::InotifyStream::create(
         options, [=](const auto& batch) { print(batch, isWrittenAlone); },
         [] { std::fputs("Watches established.\n", stderr); });
     if (!stream) {

@@ -54,34 +54,41 @@ std::string symbolFolder(const Bundle& bundle)
 
 /// The parts that the process needs to find out whether it is the only instance.
 struct LinuxPlatform::Session {
-    QtRuntime gui { "stemvault-connect" };
-    DBusServices services { QDBusConnection::sessionBus() }; ///< Needed before the name is claimed.
-    SingleInstance instance { QDBusConnection::sessionBus() };
+    application::QtRuntime gui { "stemvault-connect" };
+    application::DBusServices services {
+        QDBusConnection::sessionBus()
+    }; ///< Needed before the name is claimed.
+    application::SingleInstance instance { QDBusConnection::sessionBus() };
 };
 
 /// The members are in order of dependency.
 struct LinuxPlatform::Parts {
-    explicit Parts(DBusServices& busServices) : services(busServices) { }
+    explicit Parts(application::DBusServices& busServices) : services(busServices) { }
 
-    DBusServices& services;
-    QtDispatch dispatch;
-    Appearance appearance { QDBusConnection::sessionBus() };
-    LinuxBundle bundle { LinuxBundle::foldersOfExecutable() };
-    UserDefaultsFile userDefaults { UserDefaultsFile::standardPath(), dispatch };
-    ModalWindows windows;
-    QtApplication application { windows, services, [this] { userDefaults.synchronize(); } };
-    QtDialogs dialogs { windows, application.applicationIcon() };
-    LinuxFileEvents fileEvents { dispatch };
-    AutostartEntry loginItem { AutostartEntry::standardFolder(),
-        AutostartEntry::standardExecutable() };
-    LsofOpenFiles openFiles;
-    QtStatusBar statusBar;
-    FetcherURLSession urlSession { FetcherURLSession::standardFetcher(), {} };
-    DBusUserNotificationCenter userNotificationCenter { dispatch, QDBusConnection::sessionBus(),
-        notificationIcon(bundle) };
-    QtWindows viewWindows { symbolFolder(bundle), [this](QWidget& window) { prepare(window); } };
-    HotkeySetup hotkey { dialogs, HotkeySetup::standardCourier(), QDBusConnection::sessionBus() };
-    LinuxWorkspace workspace { dispatch, WorkspaceSources::ofThisSession(),
+    application::DBusServices& services;
+    dispatch::QtDispatch dispatch;
+    application::Appearance appearance { QDBusConnection::sessionBus() };
+    bundle::LinuxBundle bundle { bundle::LinuxBundle::foldersOfExecutable() };
+    user_defaults::UserDefaultsFile userDefaults { user_defaults::UserDefaultsFile::standardPath(),
+        dispatch };
+    application::ModalWindows windows;
+    application::QtApplication application { windows, services,
+        [this] { userDefaults.synchronize(); } };
+    dialogs::QtDialogs dialogs { windows, application.applicationIcon() };
+    file_events::LinuxFileEvents fileEvents { dispatch };
+    login_item::AutostartEntry loginItem { login_item::AutostartEntry::standardFolder(),
+        login_item::AutostartEntry::standardExecutable() };
+    open_files::LsofOpenFiles openFiles;
+    status_bar::QtStatusBar statusBar;
+    url_session::FetcherURLSession urlSession { url_session::FetcherURLSession::standardFetcher(),
+        {} };
+    notification_center::DBusUserNotificationCenter userNotificationCenter { dispatch,
+        QDBusConnection::sessionBus(), notificationIcon(bundle) };
+    windows::QtWindows viewWindows { symbolFolder(bundle),
+        [this](QWidget& window) { prepare(window); } };
+    hotkey::HotkeySetup hotkey { dialogs, hotkey::HotkeySetup::standardCourier(),
+        QDBusConnection::sessionBus() };
+    workspace::LinuxWorkspace workspace { dispatch, workspace::WorkspaceSources::ofThisSession(),
         [this] { return hotkey.show(); } };
     Platform platform { application, bundle, dialogs, dispatch, fileEvents, loginItem, openFiles,
         statusBar, urlSession, userDefaults, userNotificationCenter, viewWindows, workspace };
@@ -97,13 +104,13 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 {
     auto session = std::make_unique<Session>();
     const auto claim = session->instance.claim();
-    if (claim == SingleInstance::Claim::ForeignProgram) {
+    if (claim == application::SingleInstance::Claim::ForeignProgram) {
         session.reset();
         std::cerr << "stemvault-connect: another program has the name "
                   << identity::applicationId.toStdString() << " on the session bus\n";
         std::exit(EXIT_FAILURE); // NOLINT(concurrency-mt-unsafe): no thread has been started.
     }
-    if (claim == SingleInstance::Claim::OtherInstance)
+    if (claim == application::SingleInstance::Claim::OtherInstance)
         return nullptr;
     return std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(session)));
 }
@@ -111,7 +118,7 @@ std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 LinuxPlatform::LinuxPlatform(std::unique_ptr<Session> joined)
     : session(std::move(joined)), parts(std::make_unique<Parts>(session->services))
 {
-    takeActivationTokenOfStart();
+    application::takeActivationTokenOfStart();
     session->instance.onActivate([this] { parts->application.reopen(); });
 }
 

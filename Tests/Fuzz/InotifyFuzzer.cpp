@@ -9,7 +9,8 @@ namespace stemvault {
 void feed(std::string_view input)
 {
     std::span<const std::byte> rest = std::as_bytes(std::span(input));
-    for (auto before = rest; const auto event = takeInotifyEvent(rest); before = rest) {
+    for (auto before = rest; const auto event = file_events::takeInotifyEvent(rest);
+         before = rest) {
         const std::string_view name = event->name;
         mustHold(rest.size() + sizeof(inotify_event) + name.size() <= before.size(),
             "each event takes its own bytes");

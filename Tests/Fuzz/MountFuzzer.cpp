@@ -27,7 +27,7 @@ void feed(std::string_view input)
 {
     const std::string text(input);
     const auto points =
-        parseMountPoints(text + "\n1 2 0:3 / " + escaped("/" + text) + " rw - x y z");
+        file_events::parseMountPoints(text + "\n1 2 0:3 / " + escaped("/" + text) + " rw - x y z");
     mustHold(!points.empty() && points.back() == "/" + text,
         "a mount of any name is found, whatever is above it");
 }

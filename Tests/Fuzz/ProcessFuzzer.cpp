@@ -14,7 +14,7 @@ namespace {
 
 void feedStat(std::string_view text)
 {
-    const auto stat = parseProcessStat(text);
+    const auto stat = workspace::parseProcessStat(text);
     if (!stat)
         return;
     std::string again =
@@ -23,36 +23,41 @@ void feedStat(std::string_view text)
     again += " 23 24 25";
     for (const std::uint64_t address : stat->image)
         again += " " + std::to_string(address);
-    mustHold(parseProcessStat(again) == stat, "what was read of a stat reads the same");
+    mustHold(workspace::parseProcessStat(again) == stat, "what was read of a stat reads the same");
 }
 
 void feedProgram(std::string_view text)
 {
     const auto end = std::min(text.find('\n'), text.size());
-    const Program program = parseProgram(text.substr(0, end), text.substr(end));
+    const workspace::Program program =
+        workspace::parseProgram(text.substr(0, end), text.substr(end));
     mustHold(program.path.find(program.name) != std::string::npos
             && program.name.find_first_of("/\\") == std::string::npos,
         "a program's name is a part of its path");
-    mustHold(isHelper(program) || !isSandboxLauncher(program), "a launcher is a helper");
-    const auto known = knownApplication(program, program.path);
-    mustHold(!known || (!isHelper(program) && !known->identifier.empty() && !known->name.empty()),
+    mustHold(workspace::isHelper(program) || !workspace::isSandboxLauncher(program),
+        "a launcher is a helper");
+    const auto known = workspace::knownApplication(program, program.path);
+    mustHold(!known
+            || (!workspace::isHelper(program) && !known->identifier.empty()
+                && !known->name.empty()),
         "a DAW has a name and is no helper");
 }
 
 void feedMounts(std::string_view text)
 {
     const auto end = std::min(text.find('\0'), text.size());
-    const MountView here(text.substr(0, end));
-    const MountView there(text.substr(std::min(end + 1, text.size())));
+    const open_files::MountView here(text.substr(0, end));
+    const open_files::MountView there(text.substr(std::min(end + 1, text.size())));
     const std::string names = "p1\nn/a b/c\nn/\n";
-    mustHold(namesThatLeadToTheSame(names, here, here) == names, "the same mounts hide nothing");
-    mustHold(names.starts_with(namesThatLeadToTheSame(names, here, there).substr(0, 3)),
+    mustHold(open_files::namesThatLeadToTheSame(names, here, here) == names,
+        "the same mounts hide nothing");
+    mustHold(names.starts_with(open_files::namesThatLeadToTheSame(names, here, there).substr(0, 3)),
         "what is no path stays");
 }
 
 void feedEnvironment(std::string_view text)
 {
-    const auto prefix = parseWinePrefix(text);
+    const auto prefix = workspace::parseWinePrefix(text);
     mustHold(!prefix || !prefix->empty(), "a prefix is a folder");
 }
 
@@ -64,7 +69,7 @@ void feed(std::string_view input)
     feedProgram(input);
     feedMounts(input);
     feedEnvironment(input);
-    const auto unit = parseApplicationUnit(input);
+    const auto unit = workspace::parseApplicationUnit(input);
     mustHold(!unit
             || (input.find(unit->unit) != std::string_view::npos && !unit->identifier.empty()
                 && unit->identifier.size() < unit->unit.size()),

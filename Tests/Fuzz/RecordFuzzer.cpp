@@ -15,14 +15,14 @@ void change(const std::string& path, const std::string& value)
     FakeDispatch dispatch;
     SystemCalls calls;
     calls.fsync = [](int) { return 0; }; // It would take most of the time.
-    UserDefaultsFile defaults(path, dispatch, calls);
+    user_defaults::UserDefaultsFile defaults(path, dispatch, calls);
     const auto bytes = defaults.data("k");
     const auto date = defaults.date("k");
     defaults.setData("value", value);
     defaults.setData("bytes", bytes.value_or(""));
     defaults.setDate("date", date.value_or(WallTime()));
     defaults.synchronize();
-    const UserDefaultsFile again(path, dispatch);
+    const user_defaults::UserDefaultsFile again(path, dispatch);
     mustHold(again.data("value") == value, "any text can be kept");
     mustHold(!bytes || again.data("bytes") == bytes, "bytes that were read are written the same");
     mustHold(!date || again.date("date") == date, "a date that was read is written the same");

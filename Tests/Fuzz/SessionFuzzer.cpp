@@ -41,11 +41,11 @@ void feedOutput(std::string_view text)
 void feed(std::string_view input)
 {
     feedOutput(input);
-    const std::string mapped = linesOfMappedFiles(input, "/exe");
+    const std::string mapped = open_files::linesOfMappedFiles(input, "/exe");
     feedOutput(mapped);
     mustHold(openPaths(mapped).size() == static_cast<std::size_t>(std::ranges::count(mapped, '\n')),
         "each mapped file is one line with its path");
-    mustHold(openPaths("n/" + nameAsPrinted(input) + "\n").size() == 1,
+    mustHold(openPaths("n/" + open_files::nameAsPrinted(input) + "\n").size() == 1,
         "every name can be printed as one line");
 }
 

@@ -49,10 +49,11 @@ struct QtDialogsStage {
     {
         windows.activate();
         dispatch.mainAsync([use] {
-            AlertWindow* window = nullptr;
+            dialogs::AlertWindow* window = nullptr;
             ASSERT_TRUE(happens([&window] {
-                window = dynamic_cast<AlertWindow*>(QApplication::activeModalWidget());
-                const auto* guard = window ? window->findChild<AnswerGuard*>() : nullptr;
+                window = dynamic_cast<dialogs::AlertWindow*>(QApplication::activeModalWidget());
+                const auto* guard =
+                    window ? window->findChild<application::AnswerGuard*>() : nullptr;
                 return guard && guard->takesKeys() && guard->takesClicks();
             }));
             if (use.select)
@@ -70,10 +71,10 @@ struct QtDialogsStage {
         });
     }
 
-    QtDispatch dispatch;
-    ModalWindows windows { 20ms };
-    ApplicationIcon icon;
-    QtDialogs dialogs { windows, icon };
+    dispatch::QtDispatch dispatch;
+    application::ModalWindows windows { 20ms };
+    application::ApplicationIcon icon;
+    dialogs::QtDialogs dialogs { windows, icon };
 };
 
 template <typename Stage> struct DialogsTests : testing::Test {

@@ -33,7 +33,7 @@ struct QtDispatchStage {
     bool happens(const std::function<bool()>& condition) { return stemvault::happens(condition); }
     void end() { EXPECT_TRUE(dispatch.finish(10s)); }
 
-    QtDispatch dispatch;
+    dispatch::QtDispatch dispatch;
 };
 
 template <typename Stage> struct DispatchTests : testing::Test {

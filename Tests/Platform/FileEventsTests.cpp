@@ -37,8 +37,8 @@ struct InotifyStage {
     bool happens(const std::function<bool()>& condition) { return stemvault::happens(condition); }
 
     TemporaryFolder folder;
-    QtDispatch dispatch;
-    LinuxFileEvents events { dispatch };
+    dispatch::QtDispatch dispatch;
+    file_events::LinuxFileEvents events { dispatch };
 };
 
 template <typename Stage> struct FileEventsTests : testing::Test {

@@ -27,7 +27,7 @@ struct AutostartStage {
     void refuse() const { folder.write("autostart", "A file in the place of the folder."); }
 
     TemporaryFolder folder;
-    AutostartEntry item { folder.path("autostart"), "/usr/bin/stemvault-connect" };
+    login_item::AutostartEntry item { folder.path("autostart"), "/usr/bin/stemvault-connect" };
 };
 
 template <typename Stage> struct LoginItemTests : testing::Test {

@@ -39,7 +39,7 @@ struct LsofStage {
     void close() { file.close(); }
 
     std::ifstream file;
-    LsofOpenFiles openFiles;
+    open_files::LsofOpenFiles openFiles;
 };
 
 template <typename Stage> struct OpenFilesTests : testing::Test {

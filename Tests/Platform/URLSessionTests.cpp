@@ -52,7 +52,7 @@ struct FetcherStage {
     bool happens(const std::function<bool()>& condition) { return stemvault::happens(condition); }
 
     TemporaryFolder folder;
-    FetcherURLSession session { folder.path("fetcher"), {} };
+    url_session::FetcherURLSession session { folder.path("fetcher"), {} };
 };
 
 template <typename Stage> struct URLSessionTests : testing::Test {

@@ -43,12 +43,13 @@ struct DefaultsFileStage {
 
     void open()
     {
-        file = std::make_unique<UserDefaultsFile>(folder.path("connect.json"), dispatch);
+        file = std::make_unique<user_defaults::UserDefaultsFile>(
+            folder.path("connect.json"), dispatch);
     }
 
     TemporaryFolder folder;
     FakeDispatch dispatch;
-    std::unique_ptr<UserDefaultsFile> file;
+    std::unique_ptr<user_defaults::UserDefaultsFile> file;
 };
 
 template <typename Stage> struct UserDefaultsTests : testing::Test {

@@ -70,8 +70,8 @@ struct DBusNotificationStage {
     BusObject server;
     Shown received;
     QWindow window;
-    QtDispatch dispatch;
-    DBusUserNotificationCenter center { dispatch, bus.connect(), "icon" };
+    dispatch::QtDispatch dispatch;
+    notification_center::DBusUserNotificationCenter center { dispatch, bus.connect(), "icon" };
 };
 
 template <typename Stage> struct UserNotificationCenterTests : testing::Test {

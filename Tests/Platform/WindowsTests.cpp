@@ -33,7 +33,7 @@ struct QtWindowsStage {
         EXPECT_TRUE(happens([&isOver] { return isOver; }));
     }
 
-    QtWindows windows { "", [](QWidget&) {} };
+    windows::QtWindows windows { "", [](QWidget&) {} };
 };
 
 template <typename Stage> struct WindowsTests : testing::Test {

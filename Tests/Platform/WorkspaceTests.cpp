@@ -71,9 +71,9 @@ struct LinuxWorkspaceStage {
     }
     bool happens(const std::function<bool()>& condition) { return stemvault::happens(condition); }
 
-    [[nodiscard]] WorkspaceSources sources() const
+    [[nodiscard]] workspace::WorkspaceSources sources() const
     {
-        WorkspaceSources all;
+        workspace::WorkspaceSources all;
         all.processRoot = processes.root();
         all.interval = 10ms;
         return all;
@@ -81,9 +81,9 @@ struct LinuxWorkspaceStage {
 
     TemporaryFolder folder;
     const QByteArray path = qgetenv("PATH");
-    FakeProcesses processes;
-    QtDispatch dispatch;
-    LinuxWorkspace workspace { dispatch, sources(), [] { return false; } };
+    workspace::FakeProcesses processes;
+    dispatch::QtDispatch dispatch;
+    workspace::LinuxWorkspace workspace { dispatch, sources(), [] { return false; } };
 };
 
 template <typename Stage> struct WorkspaceTests : testing::Test {

@@ -11,7 +11,7 @@
 #include <memory>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -106,4 +106,4 @@ void takeActivationTokenOfStart()
     qunsetenv("XDG_ACTIVATION_TOKEN");
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -2,7 +2,7 @@
 
 class QByteArray;
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// Uses the token that a desktop issues with a click. On Wayland it permits the program to bring a
 /// window to the front: the toolkit reads it from the environment and uses it up with the next
@@ -14,4 +14,4 @@ void takeActivationToken(const QByteArray& token);
 /// The same for the token with which the program was started. Call it once the toolkit is running.
 void takeActivationTokenOfStart();
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -4,7 +4,7 @@
 #include <QWidget>
 #include <QWindow>
 
-namespace stemvault {
+namespace stemvault::application {
 
 AnswerGuard::AnswerGuard(QWidget& guarded, std::chrono::milliseconds quiet)
     : QObject(&guarded), quietTime(quiet)
@@ -43,4 +43,4 @@ bool AnswerGuard::swallowsKey()
     return true;
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

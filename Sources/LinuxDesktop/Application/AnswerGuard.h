@@ -7,7 +7,7 @@
 
 class QWidget;
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// Keeps a window that opens unexpectedly from being answered by input that was meant for another
 /// program, such as typing or clicking in the DAW. Keys count once the keyboard has been quiet for
@@ -34,4 +34,4 @@ private:
     QDeadlineTimer clicksFrom { QDeadlineTimer::Forever };
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

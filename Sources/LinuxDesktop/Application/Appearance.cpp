@@ -13,7 +13,7 @@
 #include <optional>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -165,4 +165,4 @@ void Appearance::use(const QPalette& palette)
         QApplication::setPalette(palette);
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -7,7 +7,7 @@
 #include <QObject>
 #include <QPalette>
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// Makes the windows light or dark like the rest of the desktop and follows
 /// changes, using the settings portal, Plasma's colours, or else the GTK theme.
@@ -33,4 +33,4 @@ private:
     bool hasBeenDark = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

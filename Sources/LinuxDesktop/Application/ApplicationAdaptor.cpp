@@ -2,7 +2,7 @@
 
 #include "LinuxDesktop/Application/ActivationToken.h"
 
-namespace stemvault {
+namespace stemvault::application {
 
 // Launchers that support both kinds of token send the same token as both.
 void ApplicationAdaptor::Activate(const QVariantMap& platformData)
@@ -25,4 +25,4 @@ void ApplicationAdaptor::ActivateAction(
     Activate(platformData);
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

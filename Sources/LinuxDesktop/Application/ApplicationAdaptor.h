@@ -5,7 +5,7 @@
 
 #include <functional>
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// The D-Bus interface by which a desktop controls a running program that the bus can start. This
 /// program opens no files and has no further actions, so each method only activates it.
@@ -23,4 +23,4 @@ public:
         const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 void ApplicationIcon::setImage(const Image& chosen)
 {
@@ -16,8 +16,8 @@ void ApplicationIcon::setImage(const Image& chosen)
 QIcon ApplicationIcon::icon()
 {
     if (const auto image = std::exchange(unread, std::nullopt))
-        QApplication::setWindowIcon(iconFromImage(*image));
+        QApplication::setWindowIcon(bundle::iconFromImage(*image));
     return QApplication::windowIcon();
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

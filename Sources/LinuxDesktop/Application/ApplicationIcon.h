@@ -6,7 +6,7 @@
 
 class QIcon;
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// The icon of the program's windows. It is read when the first window needs it, not at start.
 class ApplicationIcon {
@@ -20,4 +20,4 @@ private:
     std::optional<Image> unread;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

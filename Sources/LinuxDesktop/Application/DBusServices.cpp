@@ -8,7 +8,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -75,4 +75,4 @@ QDBusMessage DBusServices::perform(const QDBusMessage& call)
     return call.createReply(QString::fromStdString(error));
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -9,8 +9,10 @@
 #include <deque>
 
 namespace stemvault {
-
 class ServicesProvider;
+}
+
+namespace stemvault::application {
 
 /// The program's services on the session bus, which the menu entries in file managers call.
 /// Main thread only.
@@ -40,4 +42,4 @@ private:
     int underWay = 0;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -194,4 +194,4 @@ void DesktopTheme::read()
         Q_EMIT changed();
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// The name of the theme in the settings that an X11 desktop publishes
 /// (XSETTINGS); absent if there is none or the text is malformed.
@@ -46,4 +46,4 @@ private:
     bool dark = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -11,7 +11,7 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -37,9 +37,9 @@ int ModalWindows::run(QDialog& window)
         return 0;
     window.setWindowFlags(frameOfModalWindow);
     if (isInFront())
-        bringToFront(window);
+        windows::bringToFront(window);
     else
-        showWithoutKeyboard(window);
+        windows::showWithoutKeyboard(window);
     new AnswerGuard(window, quiet);
     place(window);
     open.push_back(&window);
@@ -53,7 +53,7 @@ void ModalWindows::activate()
 {
     stayInFront();
     if (!open.empty())
-        bringToFront(*open.back());
+        windows::bringToFront(*open.back());
 }
 
 void ModalWindows::stop()
@@ -88,4 +88,4 @@ void ModalWindows::place(QDialog& window) const
         std::clamp(corner.y(), area.top(), qMax(area.top(), area.bottom() - size.height())));
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -7,7 +7,7 @@
 
 class QDialog;
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// The open modal windows, the latest on top. The program counts as in front while one of its
 /// windows has the keyboard focus, and for a few seconds after the user answered a window or the
@@ -44,4 +44,4 @@ private:
     bool isStopped = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -128,4 +128,4 @@ void QtApplication::endOfSession(QSessionManager& manager)
         finalWork();
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -10,7 +10,7 @@
 
 class QSessionManager;
 
-namespace stemvault {
+namespace stemvault::application {
 
 class DBusServices;
 
@@ -59,4 +59,4 @@ private:
     bool hasNotifiedTermination = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -11,7 +11,7 @@
 #include <cstdlib>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -68,4 +68,4 @@ void QtRuntime::choosePlatform()
     argumentCount = 3;
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -6,7 +6,7 @@
 
 class QApplication;
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// Owns the toolkit's application object. If there is no display to show windows on, constructing
 /// it prints one line on standard error and ends the process with status 1.
@@ -28,4 +28,4 @@ private:
     std::unique_ptr<QApplication> application;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

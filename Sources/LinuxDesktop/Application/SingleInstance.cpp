@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -90,4 +90,4 @@ SingleInstance::Claim SingleInstance::claimLock()
     return isAlone ? Claim::Granted : Claim::OtherInstance;
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -9,7 +9,7 @@
 
 class QObject;
 
-namespace stemvault {
+namespace stemvault::application {
 
 class ApplicationAdaptor;
 
@@ -45,4 +45,4 @@ private:
     FileDescriptor lock;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

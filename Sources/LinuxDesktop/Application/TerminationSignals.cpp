@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 
 namespace {
 
@@ -60,4 +60,4 @@ TerminationSignals::~TerminationSignals()
         setHandler(number, SIG_DFL);
 }
 
-} // namespace stemvault
+} // namespace stemvault::application

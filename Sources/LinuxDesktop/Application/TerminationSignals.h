@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-namespace stemvault {
+namespace stemvault::application {
 
 /// Turns the signals that ask a program to end (SIGTERM, SIGINT, SIGHUP) into a call from the event
 /// loop. A signal that was ignored when the program started stays ignored. Only one object of this
@@ -24,4 +24,4 @@ private:
     std::unique_ptr<QSocketNotifier> notifier;
 };
 
-} // namespace stemvault
+} // namespace stemvault::application

@@ -7,7 +7,7 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::bundle {
 
 namespace {
 
@@ -80,4 +80,4 @@ bool isReadableImage(const QString& path)
     return smallest != pngs.end() && !QImage::fromData(*smallest, "PNG").isNull();
 }
 
-} // namespace stemvault
+} // namespace stemvault::bundle

@@ -4,7 +4,7 @@
 #include <QIcon>
 #include <QString>
 
-namespace stemvault {
+namespace stemvault::bundle {
 
 /// The undecoded PNG images in an icon container ("icns"), in the order of the file. Empty if it is
 /// not such a container, is truncated, or holds only images in other formats.
@@ -17,4 +17,4 @@ namespace stemvault {
 /// Whether an image can be read from the file. Of a container, only the smallest image is decoded.
 [[nodiscard]] bool isReadableImage(const QString& path);
 
-} // namespace stemvault
+} // namespace stemvault::bundle

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::bundle {
 
 LinuxBundle::LinuxBundle(std::vector<std::string> resourceFolders)
     : folders(std::move(resourceFolders))
@@ -72,4 +72,4 @@ QIcon iconFromImage(const Image& image)
     return source.startsWith(u'/') ? iconFromFile(source) : QIcon::fromTheme(source);
 }
 
-} // namespace stemvault
+} // namespace stemvault::bundle

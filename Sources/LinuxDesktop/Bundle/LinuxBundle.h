@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::bundle {
 
 /// Finds resources in the given folders; the first folder that has a resource wins.
 class LinuxBundle final : public Bundle {
@@ -39,4 +39,4 @@ private:
 /// The icon to draw for an image from the bundle. Null if the image no longer exists.
 [[nodiscard]] QIcon iconFromImage(const Image& image);
 
-} // namespace stemvault
+} // namespace stemvault::bundle

@@ -6,7 +6,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 namespace {
 
@@ -68,4 +68,4 @@ void AlertIcon::paintEvent(QPaintEvent* /*event*/)
         palette().color(backgroundRole()));
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

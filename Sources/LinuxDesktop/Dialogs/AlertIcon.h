@@ -5,7 +5,7 @@
 #include <QIcon>
 #include <QWidget>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 /// The large picture at the left of an alert: an icon, with a badge unless the alert is
 /// informational. It is drawn from the icon at each painting, so that it is sharp on every screen.
@@ -21,4 +21,4 @@ private:
     AlertStyle style;
 };
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

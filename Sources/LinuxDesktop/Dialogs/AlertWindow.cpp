@@ -20,7 +20,7 @@
 #include <algorithm>
 #include <array>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 namespace {
 
@@ -103,8 +103,8 @@ AlertWindow::AlertWindow(const Alert& alert, const QIcon& icon)
 {
     static const bool installed = (QAccessible::installFactory(makeAccessible), true);
     Q_UNUSED(installed);
-    setWindowTitle(displayLine(alert.messageText));
-    setAccessibleDescription(displayLines(alert.informativeText));
+    setWindowTitle(windows::displayLine(alert.messageText));
+    setAccessibleDescription(windows::displayLines(alert.informativeText));
 
     auto* rows = new QVBoxLayout(this);
     rows->setContentsMargins(margin, margin, margin, margin - 4);
@@ -131,12 +131,12 @@ void AlertWindow::addTexts(const Alert& alert, QBoxLayout& column)
 {
     const int width =
         std::max(narrowestColumn, fontMetrics().averageCharWidth() * columnCharacters);
-    message = new TextBlock(displayLine(alert.messageText), width, messageFont(font()));
+    message = new TextBlock(windows::displayLine(alert.messageText), width, messageFont(font()));
     column.addWidget(message);
     if (alert.informativeText.empty())
         return;
     column.addSpacing(6);
-    auto* text = new TextBlock(displayLines(alert.informativeText), width, font());
+    auto* text = new TextBlock(windows::displayLines(alert.informativeText), width, font());
     const int highest = screen()->availableGeometry().height() / 2;
     if (text->height() <= highest)
         return column.addWidget(text);
@@ -151,16 +151,16 @@ void AlertWindow::addAccessory(const PopUpButton& accessory, QBoxLayout& column)
     popUp->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     addControl(*popUp, accessory.frame, column);
     for (const std::string& item : accessory.items) {
-        const QString name = displayLine(item);
+        const QString name = windows::displayLine(item);
         popUp->addItem(fitting(name, *popUp, std::max(popUp->minimumWidth(), message->width())));
-        popUp->setItemData(popUp->count() - 1, toolTipText(name), Qt::ToolTipRole);
+        popUp->setItemData(popUp->count() - 1, windows::toolTipText(name), Qt::ToolTipRole);
     }
 }
 
 void AlertWindow::addAccessory(const TextField& accessory, QBoxLayout& column)
 {
     initialText = accessory.text;
-    shownText = displayWholeLine(accessory.text);
+    shownText = windows::displayWholeLine(accessory.text);
     textField = new QLineEdit(shownText);
     addControl(*textField, accessory.frame, column);
     if (!accessory.isInitialFirstResponder)
@@ -186,8 +186,8 @@ void AlertWindow::addButtons(const std::vector<std::string>& titles, QBoxLayout&
     auto* row = new QHBoxLayout;
     row->setSpacing(8);
     for (const std::string& title : titles) {
-        auto* button = new QPushButton(displayTitle(title), this);
-        const int text = fontMetrics().horizontalAdvance(displayLine(title));
+        auto* button = new QPushButton(windows::displayTitle(title), this);
+        const int text = fontMetrics().horizontalAdvance(windows::displayLine(title));
         button->setMinimumSize(
             std::max(narrowestButton, text + 2 * buttonPadding), controlHeight(*this));
         const int response = ModalResponse::alertFirstButton + static_cast<int>(buttons.size());
@@ -237,4 +237,4 @@ void AlertWindow::reject()
         QDialog::reject();
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

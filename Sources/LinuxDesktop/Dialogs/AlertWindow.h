@@ -14,7 +14,7 @@ class QLineEdit;
 class QPushButton;
 class QScrollBar;
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 class TextBlock;
 
@@ -58,4 +58,4 @@ private:
     TextBlock* message = nullptr;
 };
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

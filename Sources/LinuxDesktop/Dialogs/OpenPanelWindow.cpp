@@ -19,7 +19,7 @@
 #include <filesystem>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 namespace {
 
@@ -58,10 +58,11 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
     watchReading();
     setDirectory(startFolder(panel.directoryURL));
     if (!panel.prompt.empty())
-        setLabelText(Accept, displayTitle(panel.prompt));
-    setWindowTitle(panel.message.empty() ? displayLine(panel.prompt) : displayLine(panel.message));
+        setLabelText(Accept, windows::displayTitle(panel.prompt));
+    setWindowTitle(panel.message.empty() ? windows::displayLine(panel.prompt)
+                                         : windows::displayLine(panel.message));
     if (!panel.message.empty())
-        showMessage(displayLine(panel.message));
+        showMessage(windows::displayLine(panel.message));
     keepFromDeleting();
     showPlainToolTips();
     layout()->setContentsMargins(margin, margin, margin, margin);
@@ -184,7 +185,8 @@ bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
         view && event->type() == QEvent::ToolTip) {
         const auto& asked = *static_cast<QHelpEvent*>(event);
         const QString text = view->indexAt(asked.pos()).data(Qt::ToolTipRole).toString();
-        QToolTip::showText(asked.globalPos(), toolTipText(displayLine(text.toStdString())));
+        QToolTip::showText(
+            asked.globalPos(), windows::toolTipText(windows::displayLine(text.toStdString())));
         return true;
     }
     return QFileDialog::eventFilter(watched, event);
@@ -210,4 +212,4 @@ std::vector<FileURL> OpenPanelWindow::chosen() const
     return found;
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 /// The window of an open panel: the toolkit's own on every desktop, so that title, message and
 /// focus are the same everywhere. It creates folders if the panel allows it, and deletes nothing.
@@ -45,4 +45,4 @@ private:
     bool isLeft = false; ///< The window must be destroyed when that is done.
 };
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -15,7 +15,7 @@
 #include <thread>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 namespace {
 
@@ -41,7 +41,7 @@ QStringList allPlaces()
     const QString data =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + u'/';
     QStringList mounted;
-    for (const std::string& point : MountTable().mountPoints())
+    for (const std::string& point : file_events::MountTable().mountPoints())
         mounted.append(QFile::decodeName(point.c_str()));
     QStringList places =
         foldersInGtkBookmarks(content(config + QStringLiteral("gtk-3.0/bookmarks")))
@@ -120,4 +120,4 @@ void findPanelPlaces(QObject* context, std::function<void(const QString& folder)
     }).detach();
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -7,7 +7,7 @@
 
 #include <functional>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 // The places that file managers list in their side bars: the user's bookmarked folders, and drives.
 
@@ -26,4 +26,4 @@ namespace stemvault {
 /// on it.
 void findPanelPlaces(QObject* context, std::function<void(const QString& folder)> work);
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

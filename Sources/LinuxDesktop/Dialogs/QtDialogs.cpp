@@ -7,7 +7,7 @@
 #include <memory>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 AlertAnswer QtDialogs::runModal(const Alert& alert)
 {
@@ -38,9 +38,9 @@ QIcon QtDialogs::iconOf(const Alert& alert)
         return usual;
     if (iconShownLast.isNull() || shownLast != *alert.icon) {
         shownLast = *alert.icon;
-        iconShownLast = iconFromImage(shownLast);
+        iconShownLast = bundle::iconFromImage(shownLast);
     }
     return iconShownLast;
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -6,11 +6,11 @@
 
 #include <QIcon>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 class QtDialogs final : public Dialogs {
 public:
-    QtDialogs(ModalWindows& modalWindows, ApplicationIcon& iconOfWindows)
+    QtDialogs(application::ModalWindows& modalWindows, application::ApplicationIcon& iconOfWindows)
         : windows(modalWindows), applicationIcon(iconOfWindows)
     {
     }
@@ -21,10 +21,10 @@ public:
 private:
     [[nodiscard]] QIcon iconOf(const Alert& alert);
 
-    ModalWindows& windows;
-    ApplicationIcon& applicationIcon;
+    application::ModalWindows& windows;
+    application::ApplicationIcon& applicationIcon;
     Image shownLast;
     QIcon iconShownLast; ///< Null until an alert that specifies an icon has been shown.
 };
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 TextBlock::TextBlock(QString shown, int width, const QFont& font) : content(std::move(shown))
 {
@@ -54,4 +54,4 @@ void TextBlock::paintEvent(QPaintEvent* event)
     layout.draw(&painter, { 0, 0 }, {}, event->rect());
 }
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

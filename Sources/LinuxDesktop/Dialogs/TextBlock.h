@@ -4,7 +4,7 @@
 
 class QTextLayout;
 
-namespace stemvault {
+namespace stemvault::dialogs {
 
 /// A plain-text label of fixed width. Unlike QLabel, it breaks long names that contain no space,
 /// and no character of its text has a special meaning.
@@ -24,4 +24,4 @@ private:
     QString content;
 };
 
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -9,7 +9,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::dispatch {
 
 namespace {
 
@@ -189,4 +189,4 @@ bool QtDispatch::finish(std::chrono::milliseconds limit)
     return droppedPool->waitForDone(static_cast<int>(rest.count())) && isFinished;
 }
 
-} // namespace stemvault
+} // namespace stemvault::dispatch

@@ -12,7 +12,7 @@
 #include <memory>
 #include <mutex>
 
-namespace stemvault {
+namespace stemvault::dispatch {
 
 /// The innermost running event loop serves the main queue, so the work behind a piece that opens a
 /// modal window continues in that window's loop. Construct it on the main thread, after the
@@ -61,4 +61,4 @@ private:
     std::unique_ptr<QThreadPool> finishedPool;
 };
 
-} // namespace stemvault
+} // namespace stemvault::dispatch

@@ -5,7 +5,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -48,4 +48,4 @@ bool DirectoryReader::fill()
     return true;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -5,7 +5,7 @@
 #include <span>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 struct DirectoryEntry {
     const char* name;
@@ -31,4 +31,4 @@ private:
     std::span<const std::byte> unread;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

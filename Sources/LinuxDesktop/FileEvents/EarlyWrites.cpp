@@ -7,7 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -74,4 +74,4 @@ void EarlyWrites::check(NodeId folder, int descriptor, const char* name)
     reporter.report(folder, name, status->changesSince(clock.began), EventCoalescer::More::Unsaid);
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

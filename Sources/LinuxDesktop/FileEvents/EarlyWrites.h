@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Finds the files that were last written after the stream began and before their folder was
 /// watched. Only their modification times show that. Reading those of all files takes longer than
@@ -44,4 +44,4 @@ private:
     FileTime watchedSince; ///< Writes from this moment on raise events.
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -113,4 +113,4 @@ void EventCoalescer::index(std::uint32_t place)
         entries[place].hash, place, [this](std::uint32_t other) { return entries[other].hash; });
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

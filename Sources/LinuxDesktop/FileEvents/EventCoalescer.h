@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Paths in the order in which they first occurred; `flags[i]` belongs to `paths[i]`.
 struct EventBatch {
@@ -78,4 +78,4 @@ private:
     std::optional<Time> lastBatch;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -4,7 +4,7 @@
 
 #include <sys/inotify.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 using namespace FileEventFlag;
 using More = EventCoalescer::More;
@@ -107,4 +107,4 @@ void EventHandler::watchEnded(int watch)
     }
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Finds the folder that an event is about and turns the event into reports, changes to the tree
 /// and scans.
@@ -47,4 +47,4 @@ private:
     std::vector<NodeRef> places;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

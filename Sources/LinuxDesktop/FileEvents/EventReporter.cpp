@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 void EventReporter::report(NodeId folder, std::string_view name, std::uint32_t flags, More more)
 {
@@ -55,4 +55,4 @@ std::size_t EventReporter::add(std::string_view path, std::uint32_t flags, More 
     return coalescer.add(path.empty() ? "/" : path, flags, more, std::chrono::steady_clock::now());
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Passes changes to the coalescer under the path that the consumer knows. Changes in a folder
 /// whose rename is pending are kept until the folder has a path again.
@@ -66,4 +66,4 @@ private:
     std::size_t lastEntry = 0;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -131,4 +131,4 @@ FileTime arrivalTime(const std::optional<FileStatus>& arrived, FileTime bound)
     return bound;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// A moment of the wall clock, as file systems store it.
 using FileTime = std::chrono::sys_time<std::chrono::nanoseconds>;
@@ -60,4 +60,4 @@ struct FileStatus {
 /// its modification time, so if the change time is later, it is the moment of the rename.
 [[nodiscard]] FileTime arrivalTime(const std::optional<FileStatus>& arrived, FileTime bound);
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Whether another computer or program may change a file system of this type without raising an
 /// event here. The type is the magic number from statfs.
@@ -40,4 +40,4 @@ namespace stemvault {
     }
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

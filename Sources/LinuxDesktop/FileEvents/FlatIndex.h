@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// A hash table of indices into a vector that holds the keys, with four bytes per slot. The caller
 /// hashes and compares, because the table does not hold the keys.
@@ -91,4 +91,4 @@ private:
     return static_cast<std::uint32_t>(value >> 32U);
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -8,7 +8,7 @@
 #include <fcntl.h>
 #include <sys/inotify.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -70,4 +70,4 @@ std::span<const std::byte> Inotify::read()
     return std::span<const std::byte>(buffer).first(static_cast<std::size_t>(std::max(size, 0L)));
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The inotify descriptor of a stream. While the user's limit on inotify descriptors is reached,
 /// it stays closed: `watch` fails with -EMFILE and `read` returns nothing.
@@ -47,4 +47,4 @@ private:
     std::vector<std::byte> buffer;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -10,7 +10,7 @@
 #include <sys/statfs.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -71,4 +71,4 @@ InotifyCalls& InotifyCalls::system()
     return calls;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

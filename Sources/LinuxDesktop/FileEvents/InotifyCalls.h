@@ -7,7 +7,7 @@
 #include <poll.h>
 #include <span>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The system calls of the event stream that tests replace to inject failures. Each returns the
 /// kernel's result or, unless its comment says otherwise, a negative errno. May be called from any
@@ -39,4 +39,4 @@ public:
     [[nodiscard]] static InotifyCalls& system();
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

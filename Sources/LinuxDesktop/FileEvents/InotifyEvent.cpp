@@ -4,7 +4,7 @@
 #include <sys/inotify.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer)
 {
@@ -23,4 +23,4 @@ std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer)
         std::string_view(name, strnlen(name, header.len)) };
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -6,7 +6,7 @@
 #include <span>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// One event. The name points into the buffer that the event was read into.
 struct InotifyEvent {
@@ -22,4 +22,4 @@ struct InotifyEvent {
 /// only a part of an event, which is dropped.
 [[nodiscard]] std::optional<InotifyEvent> takeInotifyEvent(std::span<const std::byte>& buffer);
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -12,7 +12,7 @@
 #include <thread>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -136,4 +136,4 @@ InotifyStream::~InotifyStream()
     shared->end();
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

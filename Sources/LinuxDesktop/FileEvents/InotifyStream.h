@@ -4,7 +4,7 @@
 
 #include <memory>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// A running event stream and its thread. Destroying it never blocks: the thread stops its work,
 /// cleans up and ends by itself later.
@@ -29,4 +29,4 @@ private:
     std::shared_ptr<Shared> shared;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

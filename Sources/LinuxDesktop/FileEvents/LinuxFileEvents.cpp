@@ -6,7 +6,7 @@
 #include <mutex>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -134,4 +134,4 @@ std::unique_ptr<FileEventStream> LinuxFileEvents::createStream(FileEventHandler 
         StreamOptions { .paths = paths, .latency = latency, .firstEvent = first });
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

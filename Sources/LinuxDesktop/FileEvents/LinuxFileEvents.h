@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Event streams based on inotify, delivered on the main queue. Folders that cannot be watched,
 /// for example because the watch limit is reached, are polled every few seconds instead.
@@ -25,4 +25,4 @@ private:
     Dispatch& dispatch;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

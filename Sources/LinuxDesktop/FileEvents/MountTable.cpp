@@ -7,7 +7,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -46,4 +46,4 @@ std::vector<std::string> MountTable::mountPoints() const
     }
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The paths of all mount points in the text of /proc/self/mountinfo.
 [[nodiscard]] std::vector<std::string> parseMountPoints(std::string_view mountInfo);
@@ -23,4 +23,4 @@ private:
     FileDescriptor descriptor;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 void MountTracker::noteChange(FileTime changeNotBefore)
 {
@@ -40,4 +40,4 @@ void MountTracker::scanMountPoint(NodeId root, const std::string& pathBelow, Fil
         queue.add(node, ScanReason::Arrived, since);
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

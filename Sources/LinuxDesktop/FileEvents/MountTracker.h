@@ -7,7 +7,7 @@
 #include <set>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Notices mounts below the roots. When a file system is mounted over a watched folder, the watch
 /// stays on the covered folder, so every mount point is rescanned by its path after a change.
@@ -44,4 +44,4 @@ private:
     FileTime notBefore = FileTime::max();
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Stores file names back to back in one block of memory; each takes its length plus two bytes.
 class NameArena {
@@ -40,4 +40,4 @@ private:
     std::size_t wasted = 0;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -9,7 +9,7 @@
 #include <sys/inotify.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -117,4 +117,4 @@ void PathWatcher::watchNames(const std::string& folder, const std::string& name)
     watch(folder, nameMask | selfMask, name);
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

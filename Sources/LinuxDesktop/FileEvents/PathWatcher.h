@@ -9,7 +9,7 @@
 #include <unordered_map>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Watches every folder and link along the path of a root, because the root itself raises no event
 /// when a folder above it is renamed. Each part is watched for its own removal or rename. The
@@ -53,4 +53,4 @@ private:
     bool complete = true;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -6,7 +6,7 @@
 #include <iterator>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 void PendingRenames::add(PendingRename rename)
 {
@@ -94,4 +94,4 @@ std::vector<PendingRename> PendingRenames::takeExpired(EventCoalescer::Time now)
     return expired;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

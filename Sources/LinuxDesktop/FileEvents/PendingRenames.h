@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// An item whose old name is gone and whose new name is not known yet.
 struct PendingRename {
@@ -71,4 +71,4 @@ private:
     std::vector<PendingRename> waiting; ///< Sorted by deadline; rarely more than a few.
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

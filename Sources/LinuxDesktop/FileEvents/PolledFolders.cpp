@@ -8,7 +8,7 @@
 #include <functional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -202,4 +202,4 @@ void PolledFolders::detachMissing(NodeId node)
     }
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The folders whose events are not enough: those beyond the watch limit, and those on file systems
 /// that others change as well. Each is listed at intervals and compared with its previous listing,
@@ -95,4 +95,4 @@ private:
     std::string path;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <functional>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -61,4 +61,4 @@ void RecentWrites::clear()
     unclosed.clear();
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

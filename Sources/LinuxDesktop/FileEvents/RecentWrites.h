@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Remembers recent writes of individual files, to interpret a later IN_CLOSE_WRITE. The kernel
 /// raises that event also for a file that was written only through a mapping, and for one that was
@@ -47,4 +47,4 @@ private:
     std::size_t next = 0;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 using namespace FileEventFlag;
 using More = EventCoalescer::More;
@@ -184,4 +184,4 @@ bool RenameHandler::isPlaceFree(const NodeRef& parent, const std::string& name) 
     return tree.isCurrent(parent) && tree.child(parent.id, name) == noNode;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Pairs the two halves of renames and moves the nodes of folders accordingly. By the time an event
 /// is read, its name may belong to another folder, so the watch at the path identifies the folder.
@@ -59,4 +59,4 @@ private:
     const StreamClock& clock;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

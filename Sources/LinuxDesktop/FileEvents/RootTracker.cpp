@@ -8,7 +8,7 @@
 #include <sys/inotify.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -164,4 +164,4 @@ void RootTracker::detach(Root& root)
     tree.remove(std::exchange(root.node, noNode));
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

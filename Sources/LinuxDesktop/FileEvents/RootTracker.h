@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Keeps each root attached to the folder at its path, even when folders are removed, renamed,
 /// replaced or mounted over. While there is no folder at the path, the root is detached.
@@ -76,4 +76,4 @@ private:
     FileTime lastPoll; ///< When the paths were last followed.
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -1,6 +1,6 @@
 #include "LinuxDesktop/FileEvents/ScanQueue.h"
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -71,4 +71,4 @@ void ScanQueue::pause()
     lostSince.reset();
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

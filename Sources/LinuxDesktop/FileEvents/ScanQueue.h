@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Why a folder is scanned. Every scan reports what has changed since `Scan::since`.
 enum class ScanReason : std::uint8_t {
@@ -74,4 +74,4 @@ private:
     std::string path;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

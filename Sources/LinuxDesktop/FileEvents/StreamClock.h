@@ -2,7 +2,7 @@
 
 #include "LinuxDesktop/FileEvents/FileStatus.h"
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The moments that file times are compared with. StreamWorker sets them; other classes only read
 /// them. While events are handled: began <= watchedUntil <= arrivalBound <= readAt.
@@ -14,4 +14,4 @@ struct StreamClock {
     FileTime readAt; ///< When the events that are being handled were read.
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

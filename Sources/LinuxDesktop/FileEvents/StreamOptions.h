@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 struct StreamOptions {
     std::vector<std::string> paths;
@@ -16,4 +16,4 @@ struct StreamOptions {
     std::chrono::milliseconds pollInterval { 3000 };
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -9,7 +9,7 @@
 #include <sys/inotify.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -231,4 +231,4 @@ FileTime StreamWorker::sleep(Awaited awaited, std::optional<Time> until)
     return notBefore;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

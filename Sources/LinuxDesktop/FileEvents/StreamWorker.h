@@ -26,7 +26,7 @@
 #include <optional>
 #include <span>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Owns the parts of a stream and runs the loop of its only thread: read and handle events, scan
 /// folders, deliver, wait. It waits without a timeout unless something is due.
@@ -84,4 +84,4 @@ private:
     bool hasReadEvents = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -10,7 +10,7 @@
 #include <fcntl.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -216,4 +216,4 @@ TreeWalker::Device TreeWalker::device(std::uint64_t number)
     return devices[number] = { isSharedWithOthers(type), countsFoldersByLinks(type) };
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

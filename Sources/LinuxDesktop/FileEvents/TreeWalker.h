@@ -19,7 +19,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Scans the folders in the queue: installs each watch before listing the folder, so that no change
 /// is missed. Works in short slices, because the kernel's queue must be read in between.
@@ -70,4 +70,4 @@ private:
     std::map<std::uint64_t, Device> devices;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <sys/inotify.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -90,4 +90,4 @@ void WatchInstaller::moveTo(NodeId& fresh, NodeId known)
     reporter.retryDeferred();
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

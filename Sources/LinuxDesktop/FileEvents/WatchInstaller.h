@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// What `install` found at a node's path.
 enum class WatchResult : std::uint8_t {
@@ -66,4 +66,4 @@ private:
     std::string otherPath;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

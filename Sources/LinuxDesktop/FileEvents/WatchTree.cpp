@@ -4,7 +4,7 @@
 #include <functional>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -224,4 +224,4 @@ std::uint32_t WatchTree::hashOf(NodeId node) const
     return hashOfName(nodes[node].parent, names.at(nodes[node].name));
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

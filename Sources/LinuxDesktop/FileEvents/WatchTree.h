@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 using NodeId = std::uint32_t;
 inline constexpr NodeId noNode = UINT32_MAX;
@@ -120,4 +120,4 @@ private:
     FlatIndex byWatch;
 };
 
-} // namespace stemvault
+} // namespace stemvault::file_events

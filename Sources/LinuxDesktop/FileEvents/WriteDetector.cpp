@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 using namespace FileEventFlag;
 using More = EventCoalescer::More;
@@ -79,4 +79,4 @@ std::optional<FileStatus> itemStatus(const WatchTree& tree, NodeId folder, std::
     return path ? fileStatus(*path) : std::nullopt;
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -10,7 +10,7 @@
 #include <optional>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// Decides which events of a file mean that its content was written, and reports those. Touching a
 /// file, setting its date, renaming it or opening it for writing raises some of the same events.
@@ -52,4 +52,4 @@ private:
 [[nodiscard]] std::optional<FileStatus> itemStatus(
     const WatchTree& tree, NodeId folder, std::string_view name);
 
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 HotkeySetup::HotkeySetup(
     Dialogs& itsDialogs, const std::string& courier, QDBusConnection sessionBus)
@@ -43,4 +43,4 @@ bool HotkeySetup::show()
     return openKeyboardSettings(desktop);
 }
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -5,7 +5,7 @@
 
 #include <string>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 /// Helps the user set up a hotkey for the selection: puts an entry without a key into the desktop's
 /// own list of shortcuts, and shows that list.
@@ -28,4 +28,4 @@ private:
     QDBusConnection bus;
 };
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -7,7 +7,7 @@
 #include <sstream>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 namespace {
 
@@ -67,4 +67,4 @@ bool openKeyboardSettings(const std::string& currentDesktop)
     return false;
 }
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 /// The commands that show the keyboard shortcuts in the settings of each desktop, those of the
 /// user's own desktop first. `currentDesktop` is a colon-separated list like XDG_CURRENT_DESKTOP.
@@ -14,4 +14,4 @@ namespace stemvault {
 /// one was started.
 [[nodiscard]] bool openKeyboardSettings(const std::string& currentDesktop);
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -11,7 +11,7 @@
 #include <optional>
 #include <sstream>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 namespace {
 
@@ -248,4 +248,4 @@ bool addToShortcutList(
     return false;
 }
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 
 /// A command to bind a key to.
 struct Shortcut {
@@ -22,4 +22,4 @@ struct Shortcut {
 [[nodiscard]] bool addToShortcutList(
     const std::string& currentDesktop, const Shortcut& shortcut, const QDBusConnection& bus);
 
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::login_item {
 
 namespace {
 
@@ -96,4 +96,4 @@ Result<void> AutostartEntry::unregisterItem()
     return error ? Result<void>(failure(error.value())) : Result<void>();
 }
 
-} // namespace stemvault
+} // namespace stemvault::login_item

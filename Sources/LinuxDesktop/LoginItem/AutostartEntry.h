@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace stemvault {
+namespace stemvault::login_item {
 
 /// The program's entry in the user's autostart folder. The status is read from the file each time,
 /// because the desktops' own settings change the file too.
@@ -30,4 +30,4 @@ private:
     std::string program;
 };
 
-} // namespace stemvault
+} // namespace stemvault::login_item

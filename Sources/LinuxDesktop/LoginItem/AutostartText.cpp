@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::login_item {
 
 namespace {
 
@@ -154,4 +154,4 @@ std::string switchedOn(Text before, const std::string& executable)
     return text;
 }
 
-} // namespace stemvault
+} // namespace stemvault::login_item

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::login_item {
 
 /// Whether a desktop that finds this text as an autostart entry starts the program.
 [[nodiscard]] bool isSwitchedOn(std::string_view text);
@@ -12,4 +12,4 @@ namespace stemvault {
 /// has written, is kept.
 [[nodiscard]] std::string switchedOn(std::string_view before, const std::string& executable);
 
-} // namespace stemvault
+} // namespace stemvault::login_item

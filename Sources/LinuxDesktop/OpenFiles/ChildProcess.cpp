@@ -12,7 +12,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 namespace {
 
@@ -146,7 +146,7 @@ std::optional<ChildProcess> ChildProcess::start(const std::string& executable,
 }
 
 ChildProcess::ChildProcess(pid_t child, FileDescriptor readingEnd)
-    : process(child), output(std::move(readingEnd)), processEnding(openProcess(child))
+    : process(child), output(std::move(readingEnd)), processEnding(workspace::openProcess(child))
 {
 }
 
@@ -168,4 +168,4 @@ bool ChildProcess::isGone()
     return hasEnded() && ::kill(-process, 0) != 0;
 }
 
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -7,7 +7,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 /// A tool that runs as a child in its own process group, with a pipe as standard output, /dev/null
 /// as standard input and error, and no other descriptor of this program. May be used from any
@@ -43,4 +43,4 @@ private:
     bool isCollected = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::open_files

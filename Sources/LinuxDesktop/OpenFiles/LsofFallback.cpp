@@ -16,7 +16,7 @@
 #include <system_error>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 namespace {
 
@@ -124,8 +124,8 @@ std::string lsofFallback(pid_t process, const std::string& procRoot)
     for (const char* link : { "cwd", "root", "exe" })
         if (const auto target = linkTarget(own.get(), link))
             text += line(*target);
-    text += linesOfMappedFiles(
-        readFile(folder / "maps").value_or(""), linkTarget(own.get(), "exe").value_or(""));
+    text += linesOfMappedFiles(workspace::readFile(folder / "maps").value_or(""),
+        linkTarget(own.get(), "exe").value_or(""));
     const FileDescriptor descriptors = openFolder(folder / "fd");
     for (const unsigned descriptor : descriptorsIn(folder / "fd"))
         if (const auto target = linkTarget(descriptors.get(), std::to_string(descriptor)))
@@ -133,4 +133,4 @@ std::string lsofFallback(pid_t process, const std::string& procRoot)
     return text.empty() ? text : "p" + std::to_string(process) + "\n" + text;
 }
 
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 /// A name as lsof prints it under C.UTF-8: backslashes and bytes that are not printable text are
 /// escaped, so that a name never contains a line feed.
@@ -18,4 +18,4 @@ namespace stemvault {
 /// while a mount is dead. Empty if there is no such process.
 [[nodiscard]] std::string lsofFallback(pid_t process, const std::string& procRoot = "/proc");
 
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -6,7 +6,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 using std::chrono::steady_clock;
 
@@ -69,4 +69,4 @@ bool LsofOpenFiles::isOutOfUseLocked()
     return hasStuckTool || steady_clock::now() < restsUntil;
 }
 
-} // namespace stemvault
+} // namespace stemvault::open_files

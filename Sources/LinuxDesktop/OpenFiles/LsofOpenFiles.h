@@ -10,7 +10,7 @@
 #include <set>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 /// Lists open files with lsof, or from /proc if lsof cannot be used.
 ///
@@ -55,4 +55,4 @@ private:
     std::chrono::steady_clock::time_point restsUntil;
 };
 
-} // namespace stemvault
+} // namespace stemvault::open_files

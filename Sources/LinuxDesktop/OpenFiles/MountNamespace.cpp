@@ -11,7 +11,7 @@
 #include <optional>
 #include <system_error>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 namespace {
 
@@ -107,11 +107,11 @@ std::string namesSeenFromHere(std::string lsofOutput, pid_t process)
     const auto there = mountNamespace(number);
     if (!there || there == mountNamespace("self"))
         return lsofOutput;
-    const auto mountsThere = readFile("/proc/" + number + "/mountinfo");
-    const auto mountsHere = readFile("/proc/self/mountinfo");
+    const auto mountsThere = workspace::readFile("/proc/" + number + "/mountinfo");
+    const auto mountsHere = workspace::readFile("/proc/self/mountinfo");
     return mountsThere && mountsHere
         ? namesThatLeadToTheSame(lsofOutput, MountView(*mountsThere), MountView(*mountsHere))
         : std::string();
 }
 
-} // namespace stemvault
+} // namespace stemvault::open_files

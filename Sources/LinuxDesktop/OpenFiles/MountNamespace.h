@@ -5,7 +5,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 // A process in a sandbox can see other files than this program under the same path; for example, it
 // often has its own /tmp. The kernel reports its open files by the paths that the process sees.
@@ -44,4 +44,4 @@ private:
 /// Reads only from /proc, never from a disk.
 [[nodiscard]] std::string namesSeenFromHere(std::string lsofOutput, pid_t process);
 
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 namespace {
 
@@ -116,4 +116,4 @@ bool ToolRunner::hasStuckTool()
     return std::ranges::any_of(killed, &SetAside::isOverdue);
 }
 
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::open_files {
 
 /// Runs a tool of the system as a child, in a UTF-8 locale and within a time limit. Processes that
 /// it leaves in its process group are killed when it ends. May be used from several threads.
@@ -50,4 +50,4 @@ private:
     std::vector<SetAside> killed; ///< Killed tools that did not end within the grace time.
 };
 
-} // namespace stemvault
+} // namespace stemvault::open_files

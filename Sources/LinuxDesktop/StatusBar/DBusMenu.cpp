@@ -5,7 +5,7 @@
 #include <QBuffer>
 #include <QGuiApplication>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -210,4 +210,4 @@ QList<int> DBusMenu::AboutToShowGroup(const QList<int>& ids, QList<int>& idError
     return updated;
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

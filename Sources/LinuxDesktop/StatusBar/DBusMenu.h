@@ -5,7 +5,7 @@
 
 #include <QDBusAbstractAdaptor>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// The menu on the bus, for panels in other processes. They may read the rows at any time, at the
 /// latest when the menu opens, which some announce by AboutToShow and others by the event "opened".
@@ -28,18 +28,18 @@ public:
 
 public Q_SLOTS:
     uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
-        stemvault::DBusMenuLayout& layout);
-    QList<stemvault::DBusMenuItem> GetGroupProperties(
+        stemvault::status_bar::DBusMenuLayout& layout);
+    QList<stemvault::status_bar::DBusMenuItem> GetGroupProperties(
         const QList<int>& ids, const QStringList& propertyNames);
     QDBusVariant GetProperty(int id, const QString& name);
     void Event(int id, const QString& type, const QDBusVariant& data, uint timestamp);
-    QList<int> EventGroup(const QList<stemvault::DBusMenuEvent>& events);
+    QList<int> EventGroup(const QList<stemvault::status_bar::DBusMenuEvent>& events);
     bool AboutToShow(int id);
     QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
 
 Q_SIGNALS:
-    void ItemsPropertiesUpdated(const QList<stemvault::DBusMenuItem>& updated,
-        const QList<stemvault::DBusMenuItemKeys>& removed);
+    void ItemsPropertiesUpdated(const QList<stemvault::status_bar::DBusMenuItem>& updated,
+        const QList<stemvault::status_bar::DBusMenuItemKeys>& removed);
     void LayoutUpdated(uint revision, int parent);
     void ItemActivationRequested(int id, uint timestamp);
 
@@ -53,4 +53,4 @@ private:
     uint revision = 1;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -2,7 +2,7 @@
 
 #include <QDBusMetaType>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -121,4 +121,4 @@ void registerDBusMenuTypes()
     qDBusRegisterMetaType<QList<int>>();
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

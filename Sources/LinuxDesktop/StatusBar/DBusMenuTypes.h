@@ -6,7 +6,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 // The types that com.canonical.dbusmenu and org.kde.StatusNotifierItem use on the bus.
 
@@ -49,11 +49,11 @@ struct DBusToolTip { // (sa(iiay)ss)
 /// Registers the types with the D-Bus library. May be called several times.
 void registerDBusMenuTypes();
 
-} // namespace stemvault
+} // namespace stemvault::status_bar
 
-Q_DECLARE_METATYPE(stemvault::DBusMenuItem)
-Q_DECLARE_METATYPE(stemvault::DBusMenuItemKeys)
-Q_DECLARE_METATYPE(stemvault::DBusMenuLayout)
-Q_DECLARE_METATYPE(stemvault::DBusMenuEvent)
-Q_DECLARE_METATYPE(stemvault::DBusPixmap)
-Q_DECLARE_METATYPE(stemvault::DBusToolTip)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusMenuItem)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusMenuItemKeys)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusMenuLayout)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusMenuEvent)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusPixmap)
+Q_DECLARE_METATYPE(stemvault::status_bar::DBusToolTip)

@@ -4,7 +4,7 @@
 
 #include <QPainter>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -49,7 +49,7 @@ QKeySequence commandKey(const std::string& keyEquivalent)
 MenuRow menuRow(const MenuItem& item)
 {
     const auto& attributed = item.attributedTitle;
-    const QString whole = displayLine(attributed ? attributed->string : item.title);
+    const QString whole = windows::displayLine(attributed ? attributed->string : item.title);
     if (!attributed || !attributed->foregroundColor || attributed->foregroundColor->location != 0
         || whole.isEmpty() || (whole.front() != filledDot && whole.front() != hollowDot))
         return { whole, whole, {} };
@@ -58,4 +58,4 @@ MenuRow menuRow(const MenuItem& item)
         drawnMark(whole.front(), shade(range.color)) };
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

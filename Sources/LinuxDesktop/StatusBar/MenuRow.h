@@ -7,7 +7,7 @@
 #include <QKeySequence>
 #include <QString>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// A row as desktops can show it. Text colours cannot be sent to another process but pictures can,
 /// so a coloured mark at the start of a text is drawn as the row's icon and left out of its text.
@@ -22,4 +22,4 @@ struct MenuRow {
 
 [[nodiscard]] MenuRow menuRow(const MenuItem& item);
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -83,4 +83,4 @@ void PopUpMenu::refresh()
     }
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// The menu as a window of this program, for trays that do not show it themselves.
 class PopUpMenu final : public QMenu {
@@ -24,4 +24,4 @@ private:
     std::vector<QAction*> rows;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

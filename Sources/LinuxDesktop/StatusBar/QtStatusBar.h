@@ -6,7 +6,7 @@
 
 class QWidget;
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 class QtStatusItem;
 
@@ -24,4 +24,4 @@ private:
     QPointer<QtStatusItem> latest;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

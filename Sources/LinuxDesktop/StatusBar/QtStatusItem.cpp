@@ -18,7 +18,7 @@
 
 #include <chrono>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -124,7 +124,7 @@ void QtStatusItem::refreshIcon()
     if (notifierItem)
         notifierItem->setImage(icon);
     if (olderTray && icon)
-        olderTray->setIcon(symbolIcon(icon->source));
+        olderTray->setIcon(windows::symbolIcon(icon->source));
 }
 
 void QtStatusItem::offerOnBus()
@@ -160,7 +160,7 @@ void QtStatusItem::showInOlderTray()
     if (!olderTray) {
         olderTray = std::make_unique<QSystemTrayIcon>();
         if (icon)
-            olderTray->setIcon(symbolIcon(icon->source));
+            olderTray->setIcon(windows::symbolIcon(icon->source));
         olderTray->setToolTip(
             icon ? QString::fromStdString(icon->accessibilityDescription) : QString());
         olderTray->setContextMenu(&popUpMenu());
@@ -180,4 +180,4 @@ PopUpMenu& QtStatusItem::popUpMenu()
     return *popUp;
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -10,7 +10,7 @@
 
 class QSystemTrayIcon;
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 class PopUpMenu;
 class StatusNotifierItem;
@@ -49,4 +49,4 @@ private:
     std::unique_ptr<QSystemTrayIcon> olderTray;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -8,7 +8,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 StatusNotifierItem::StatusNotifierItem(QObject* node, QString menuPath)
     : QDBusAbstractAdaptor(node), pathOfMenu(std::move(menuPath))
@@ -81,7 +81,7 @@ void StatusNotifierItem::Scroll(int /*delta*/, const QString& /*orientation*/) {
 
 void StatusNotifierItem::ProvideXdgActivationToken(const QString& token)
 {
-    takeActivationToken(token.toUtf8());
+    application::takeActivationToken(token.toUtf8());
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -8,7 +8,7 @@
 
 #include <optional>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// The status item on the bus, for panels in other processes. The icon is passed by name, so that a
 /// panel can colour it for its own background.
@@ -23,13 +23,13 @@ class StatusNotifierItem final : public QDBusAbstractAdaptor {
     Q_PROPERTY(QString IconThemePath READ iconThemePath)
     Q_PROPERTY(QString IconName READ iconName)
     Q_PROPERTY(QString IconAccessibleDesc READ iconAccessibleDesc)
-    Q_PROPERTY(QList<stemvault::DBusPixmap> IconPixmap READ noPixmap)
+    Q_PROPERTY(QList<stemvault::status_bar::DBusPixmap> IconPixmap READ noPixmap)
     Q_PROPERTY(QString OverlayIconName READ noText)
-    Q_PROPERTY(QList<stemvault::DBusPixmap> OverlayIconPixmap READ noPixmap)
+    Q_PROPERTY(QList<stemvault::status_bar::DBusPixmap> OverlayIconPixmap READ noPixmap)
     Q_PROPERTY(QString AttentionIconName READ noText)
-    Q_PROPERTY(QList<stemvault::DBusPixmap> AttentionIconPixmap READ noPixmap)
+    Q_PROPERTY(QList<stemvault::status_bar::DBusPixmap> AttentionIconPixmap READ noPixmap)
     Q_PROPERTY(QString AttentionMovieName READ noText)
-    Q_PROPERTY(stemvault::DBusToolTip ToolTip READ toolTip)
+    Q_PROPERTY(stemvault::status_bar::DBusToolTip ToolTip READ toolTip)
     Q_PROPERTY(bool ItemIsMenu READ itemIsMenu)
     Q_PROPERTY(QDBusObjectPath Menu READ menu)
 public:
@@ -45,9 +45,9 @@ public:
     [[nodiscard]] QString iconThemePath() const;
     [[nodiscard]] QString iconName() const;
     [[nodiscard]] QString iconAccessibleDesc() const;
-    [[nodiscard]] QList<stemvault::DBusPixmap> noPixmap() const { return {}; }
+    [[nodiscard]] QList<stemvault::status_bar::DBusPixmap> noPixmap() const { return {}; }
     [[nodiscard]] QString noText() const { return {}; }
-    [[nodiscard]] stemvault::DBusToolTip toolTip() const;
+    [[nodiscard]] stemvault::status_bar::DBusToolTip toolTip() const;
     [[nodiscard]] bool itemIsMenu() const { return true; }
     [[nodiscard]] QDBusObjectPath menu() const { return QDBusObjectPath(pathOfMenu); }
 
@@ -71,4 +71,4 @@ private:
     std::optional<Image> image;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 namespace {
 
@@ -84,4 +84,4 @@ void TrayHost::set(bool there)
     Q_EMIT isThere(there);
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

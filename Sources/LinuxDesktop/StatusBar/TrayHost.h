@@ -6,7 +6,7 @@
 #include <QObject>
 #include <QString>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// Registers the status item with the desktop's watcher of such items whenever one appears: at the
 /// start, later, or again after a restart. Never blocks on it. Also reports whether any panel shows
@@ -40,4 +40,4 @@ private:
     bool isShown = false;
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 void TrayMenu::setMenu(Menu shown, MenuDelegate* itsDelegate)
 {
@@ -43,4 +43,4 @@ void TrayMenu::choose(std::size_t row)
         this, [action = menu.items[row].action] { action(); }, Qt::QueuedConnection);
 }
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -4,7 +4,7 @@
 
 #include <QObject>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 
 /// The menu of the status item, shared by all the ways of showing it. Main thread only.
 class TrayMenu final : public QObject {
@@ -36,4 +36,4 @@ private:
     bool isOpen = false; ///< As far as panels announce it.
 };
 
-} // namespace stemvault
+} // namespace stemvault::status_bar

@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::url_session {
 
 namespace {
 
@@ -78,4 +78,4 @@ void FetcherURLSession::dataTask(const std::string& url, CompletionHandler compl
         process, [process] { process->start(); }, Qt::QueuedConnection);
 }
 
-} // namespace stemvault
+} // namespace stemvault::url_session

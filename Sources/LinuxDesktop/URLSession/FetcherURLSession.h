@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::url_session {
 
 /// Runs a separate process, the fetcher, for each request, so that this process holds nothing that
 /// networking needs. Handlers are called on the main thread. Destroying this object ends fetches
@@ -35,4 +35,4 @@ private:
     Limits limit;
 };
 
-} // namespace stemvault
+} // namespace stemvault::url_session

@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 using namespace std::chrono;
 
@@ -42,4 +42,4 @@ std::optional<system_clock::time_point> dateOfText(const std::string& text)
     return textOfDate(date) == text ? std::optional(date) : std::nullopt;
 }
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 /// A point in time as text, "2026-03-01T09:30:00.125Z", rounded down to a millisecond.
 [[nodiscard]] std::string textOfDate(std::chrono::system_clock::time_point date);
@@ -13,4 +13,4 @@ namespace stemvault {
 [[nodiscard]] std::optional<std::chrono::system_clock::time_point> dateOfText(
     const std::string& text);
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 namespace {
 
@@ -182,4 +182,4 @@ bool RecordFile::write(const std::string& text) const
         && !staged.commit();
 }
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

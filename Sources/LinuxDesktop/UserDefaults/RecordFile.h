@@ -9,7 +9,7 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 /// Parses a text as a JSON object; absent if it is not one, or is nested too deeply to be handled.
 [[nodiscard]] std::optional<nlohmann::json> parsedRecord(const std::string& text);
@@ -46,4 +46,4 @@ private:
     bool wasRead = false; ///< Whether `known` includes the file's content when this run began.
 };
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

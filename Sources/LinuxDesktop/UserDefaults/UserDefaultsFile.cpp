@@ -8,7 +8,7 @@
 #include <cassert>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 namespace {
 
@@ -109,4 +109,4 @@ void UserDefaultsFile::synchronize()
         savedVersion = version;
 }
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

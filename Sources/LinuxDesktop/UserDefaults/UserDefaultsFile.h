@@ -10,7 +10,7 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 
 /// The user's settings in one JSON file: each key has an object that names the kind of its value,
 /// {"data": "text"}, {"string": "text"}, and {"date": "2026-03-01T09:30:00.125Z"}. Entries of other
@@ -53,4 +53,4 @@ private:
     WeakGuard alive;
 };
 
-} // namespace stemvault
+} // namespace stemvault::user_defaults

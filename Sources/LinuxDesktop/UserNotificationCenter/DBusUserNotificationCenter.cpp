@@ -12,7 +12,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::notification_center {
 
 namespace {
 
@@ -139,14 +139,15 @@ void DBusUserNotificationCenter::askCapabilities()
 
 void DBusUserNotificationCenter::notify(const UserNotification& notification) const
 {
-    QString body = displayLines(notification.body);
+    QString body = windows::displayLines(notification.body);
     if (capabilities->contains(QLatin1String("body-markup")))
         body = body.toHtmlEscaped();
     constexpr uint replacesNone = 0;
     QDBusMessage call = serviceCall(QStringLiteral("Notify"));
-    call << identity::displayName << replacesNone << icon << displayLine(notification.title) << body
-         << QStringList() << hints(notification) << serversOwnTimeout;
+    call << identity::displayName << replacesNone << icon
+         << windows::displayLine(notification.title) << body << QStringList() << hints(notification)
+         << serversOwnTimeout;
     bus.asyncCall(call);
 }
 
-} // namespace stemvault
+} // namespace stemvault::notification_center

@@ -12,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::notification_center {
 
 /// Posts through the desktop's notification service, org.freedesktop.Notifications. Never blocks on
 /// the service and never retries: a notification that the service cannot show is dropped.
@@ -46,4 +46,4 @@ private:
     WeakGuard alive;
 };
 
-} // namespace stemvault
+} // namespace stemvault::notification_center

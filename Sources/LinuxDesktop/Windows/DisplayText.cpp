@@ -2,7 +2,7 @@
 
 #include <QStringList>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -107,4 +107,4 @@ QString toolTipText(const QString& text)
     return QStringLiteral("<qt>%1</qt>").arg(breakable.toHtmlEscaped());
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

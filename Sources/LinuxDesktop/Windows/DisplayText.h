@@ -4,7 +4,7 @@
 
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 // These functions prepare texts, including file names, for display as plain text. Bytes that are
 // not UTF-8 become replacement characters. So do characters that would change the direction of the
@@ -28,4 +28,4 @@ namespace stemvault {
 /// broken into lines that fit the screen. Empty for an empty line.
 [[nodiscard]] QString toolTipText(const QString& text);
 
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -2,7 +2,7 @@
 
 #include <QLayout>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 ListArea::ListArea()
 {
@@ -42,4 +42,4 @@ QSize ListArea::sizeHint() const
     return { 100, heightForWidth(width()) };
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -2,7 +2,7 @@
 
 #include <QScrollArea>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// A scroll area that is as high as its rows, up to a limit; beyond that it scrolls.
 class ListArea final : public QScrollArea {
@@ -20,4 +20,4 @@ private:
     int limit = QWIDGETSIZE_MAX;
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

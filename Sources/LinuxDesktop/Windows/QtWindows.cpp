@@ -12,7 +12,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -74,4 +74,4 @@ std::unique_ptr<Window> QtWindows::window(std::function<View()> body)
     return made;
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

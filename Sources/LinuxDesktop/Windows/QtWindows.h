@@ -7,7 +7,7 @@
 
 class QWidget;
 
-namespace stemvault {
+namespace stemvault::windows {
 
 class QtWindows final : public Windows {
 public:
@@ -21,4 +21,4 @@ private:
     std::function<void(QWidget& window)> prepareWindow;
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

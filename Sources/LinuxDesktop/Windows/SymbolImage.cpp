@@ -9,7 +9,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -101,4 +101,4 @@ QIcon symbolIcon(const std::string& path)
     return QIcon(new SymbolEngine(QString::fromStdString(path)));
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -6,7 +6,7 @@
 
 #include <string>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 // The program's own symbols: SVG shapes without a colour. The SVG library draws them instead of an
 // image plugin, because without an installed plugin the windows would have no symbols.
@@ -22,4 +22,4 @@ void setSymbolFolder(const std::string& folder);
 /// keeps it visible on any background.
 [[nodiscard]] QIcon symbolIcon(const std::string& path);
 
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -9,7 +9,7 @@
 #include <QSignalBlocker>
 #include <QtMath>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -50,7 +50,7 @@ void ViewButton::show(const Button& button)
     shown = button;
     const auto* text = std::get_if<Text>(&button.label);
     const bool hasOwnFont = text && button.style == Button::Style::Plain;
-    setFont(hasOwnFont ? stemvault::font(text->font) : controlFont(button.size));
+    setFont(hasOwnFont ? windows::font(text->font) : controlFont(button.size));
     setText(shownTitle(button).replace(u'&', QStringLiteral("&&")));
     const QString help = displayLine(button.help);
     setAccessibleName(symbol() ? help : shownTitle(button));
@@ -216,4 +216,4 @@ void ViewToggle::paintEvent(QPaintEvent* /*event*/)
         drawFocusRing(painter, pill.adjusted(-3, -3, 3, 3), radius + 3, palette());
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

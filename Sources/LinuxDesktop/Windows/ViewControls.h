@@ -5,7 +5,7 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// A button of a view, with a border or as a label only.
 class ViewButton final : public QPushButton {
@@ -51,4 +51,4 @@ private:
     Toggle shown;
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -125,4 +125,4 @@ QColor lineColor(const QPalette& palette)
     return faded(palette, isDark(palette) ? 0.18 : 0.16);
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

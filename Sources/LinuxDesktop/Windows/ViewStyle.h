@@ -6,7 +6,7 @@
 #include <QFont>
 #include <QPalette>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 // How font and colour roles look on this desktop. Sizes are in points of the window.
 
@@ -36,4 +36,4 @@ inline constexpr int cornerRadius = 6;
 /// A faint line, such as a border or a divider.
 [[nodiscard]] QColor lineColor(const QPalette& palette);
 
-} // namespace stemvault
+} // namespace stemvault::windows

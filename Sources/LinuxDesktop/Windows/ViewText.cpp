@@ -10,7 +10,7 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -34,7 +34,7 @@ void ViewText::show(const Text& text)
 {
     shown = text;
     setTextFormat(Qt::PlainText);
-    setFont(stemvault::font(text.font));
+    setFont(windows::font(text.font));
     whole = displayWholeLine(text.string);
     setText(displayLine(text.string));
     setAccessibleDescription(whole == this->text() ? QString() : whole);
@@ -127,7 +127,7 @@ void ViewText::updateToolTip()
 void ViewLabel::show(const Label& label)
 {
     shown = label;
-    QFont titleFont = stemvault::font(label.font);
+    QFont titleFont = windows::font(label.font);
     if (label.isUppercase)
         titleFont.setLetterSpacing(QFont::PercentageSpacing, capitalSpacing);
     setTextFormat(Qt::PlainText);
@@ -163,7 +163,7 @@ void ViewLabel::paintEvent(QPaintEvent* /*event*/)
 void ViewSymbol::show(const Symbol& symbol)
 {
     shown = symbol;
-    setFont(stemvault::font(symbol.font));
+    setFont(windows::font(symbol.font));
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     updateGeometry();
     update();
@@ -183,4 +183,4 @@ void ViewSymbol::paintEvent(QPaintEvent* /*event*/)
             color(shown.color, palette())));
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

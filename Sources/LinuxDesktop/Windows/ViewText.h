@@ -6,7 +6,7 @@
 
 class QTextLayout;
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// Plain text, either in as many lines as its width requires, in which names without blanks are
 /// broken too, or in one line that is elided in the middle if there is no room.
@@ -63,4 +63,4 @@ private:
     Symbol shown;
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

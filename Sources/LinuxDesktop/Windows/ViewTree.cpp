@@ -11,7 +11,7 @@
 #include <cmath>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -251,4 +251,4 @@ std::vector<QWidget*> ViewTree::controls() const
     return found;
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

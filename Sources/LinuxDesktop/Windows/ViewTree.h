@@ -11,7 +11,7 @@
 #include <memory>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// The widgets of a view and of the views within it. Showing a new view changes only what differs,
 /// so the keyboard focus and the scroll position are kept.
@@ -59,4 +59,4 @@ private:
     std::vector<std::unique_ptr<ViewTree>> children;
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

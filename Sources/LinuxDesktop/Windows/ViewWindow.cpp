@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -167,4 +167,4 @@ bool ViewWindow::event(QEvent* event)
     return isHandled;
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

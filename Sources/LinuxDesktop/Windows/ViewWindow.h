@@ -8,7 +8,7 @@
 #include <functional>
 #include <memory>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// A window that shows a view. It is as large as the view requires, if the screen allows. Otherwise
 /// the lists in it scroll, or the whole view does if it is too high even with short lists. A window
@@ -46,4 +46,4 @@ private:
     bool isFontOutdated = false; ///< The tree was made for a font that is no longer in use.
 };
 
-} // namespace stemvault
+} // namespace stemvault::windows

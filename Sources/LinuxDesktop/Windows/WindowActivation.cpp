@@ -16,7 +16,7 @@
 #include <utility>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::windows {
 
 namespace {
 
@@ -208,4 +208,4 @@ void showWithoutKeyboard(QWidget& window)
     });
 }
 
-} // namespace stemvault
+} // namespace stemvault::windows

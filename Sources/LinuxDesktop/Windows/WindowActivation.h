@@ -2,7 +2,7 @@
 
 class QWidget;
 
-namespace stemvault {
+namespace stemvault::windows {
 
 /// Puts a window in front of all others and gives it the keyboard focus, as soon as it is on the
 /// screen. Meant for a window that the user must see now although nobody clicked on this program:
@@ -13,4 +13,4 @@ void bringToFront(QWidget& window);
 /// to it as to any other.
 void showWithoutKeyboard(QWidget& window);
 
-} // namespace stemvault
+} // namespace stemvault::windows

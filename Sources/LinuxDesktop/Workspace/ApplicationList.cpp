@@ -5,7 +5,7 @@
 #include <set>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -166,4 +166,4 @@ std::vector<ListedApplication> listApplications(const std::map<pid_t, Process>& 
     return applications;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// How an ordinary window identifies the program that it belongs to.
 struct WindowClass {
@@ -32,4 +32,4 @@ struct ListedApplication {
     const std::map<pid_t, Process>& processes, const std::map<ProcessKey, WindowClass>& windows,
     const DesktopEntries& entries);
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -209,4 +209,4 @@ void ApplicationWatch::takeMenu(std::shared_ptr<const DesktopEntries> read)
     announce();
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// The sources that an ApplicationWatch uses.
 struct WorkspaceSources {
@@ -107,4 +107,4 @@ private:
     WeakGuard alive;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

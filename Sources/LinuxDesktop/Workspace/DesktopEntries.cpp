@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -167,4 +167,4 @@ DesktopEntries::Found DesktopEntries::follow(const Index& index, std::string_vie
     return at == index.end() ? Found {} : byIdentifier(at->second);
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

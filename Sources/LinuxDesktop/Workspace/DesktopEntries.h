@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// Where the desktop entries are, and the preferred languages for their names.
 struct DesktopEntryPlaces {
@@ -60,4 +60,4 @@ private:
     Index byProgramName;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

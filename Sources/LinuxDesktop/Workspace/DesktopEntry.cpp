@@ -7,7 +7,7 @@
 #include <array>
 #include <map>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -153,4 +153,4 @@ std::optional<std::string> parseFlatpakIdentifier(std::string_view contents)
     return identifier.empty() ? std::nullopt : std::optional(std::move(identifier));
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

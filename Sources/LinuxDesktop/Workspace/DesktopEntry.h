@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 // Pure functions for the text of desktop entries and of a sandbox's description, which has the same
 // format.
@@ -38,4 +38,4 @@ struct DesktopEntry {
 /// The identifier of the application, from the text of a sandbox's `.flatpak-info`.
 [[nodiscard]] std::optional<std::string> parseFlatpakIdentifier(std::string_view text);
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -8,7 +8,7 @@
 #include <array>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -121,4 +121,4 @@ bool isSandboxLauncher(const Program& program)
     return program.name == "bwrap" || program.name == "xdg-dbus-proxy";
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// A DAW, with the identifier that this program uses for it on every system.
 struct KnownApplication {
@@ -34,4 +34,4 @@ struct KnownApplication {
 /// Whether the program belongs to a sandbox and only starts the application, as its parent.
 [[nodiscard]] bool isSandboxLauncher(const Program& program);
 
-} // namespace stemvault
+} // namespace stemvault::workspace

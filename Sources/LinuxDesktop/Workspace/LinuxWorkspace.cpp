@@ -6,7 +6,7 @@
 #include <strings.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -81,4 +81,4 @@ void LinuxWorkspace::post(WorkspaceNotification notification)
             observer->work();
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// The workspace of a Linux desktop; see ApplicationWatch for what counts as an application.
 /// Posts an activation whenever the user switches to another window, even of the same application,
@@ -40,4 +40,4 @@ private:
     std::unique_ptr<ApplicationWatch> watch;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

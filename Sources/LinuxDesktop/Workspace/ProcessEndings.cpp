@@ -7,7 +7,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 ProcessEndings::ProcessEndings(std::string processRoot, std::function<void()> onEnding)
     : root(std::move(processRoot)), ended(std::move(onEnding))
@@ -48,4 +48,4 @@ bool ProcessEndings::isStillThere(const ProcessKey& key) const
     return stat && stat->startTime == key.startTime;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

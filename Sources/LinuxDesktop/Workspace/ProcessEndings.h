@@ -12,7 +12,7 @@
 #include <set>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// Calls back at once when one of the watched processes has ended. Main thread only.
 class ProcessEndings {
@@ -45,4 +45,4 @@ private:
     QObject context; ///< The context of queued calls; destroyed first.
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

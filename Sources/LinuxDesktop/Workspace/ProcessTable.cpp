@@ -16,7 +16,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -175,4 +175,4 @@ bool ProcessTable::isSettled(std::uint64_t startTime) const
     return startTime <= settledBefore;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

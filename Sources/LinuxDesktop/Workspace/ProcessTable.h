@@ -11,7 +11,7 @@
 #include <string>
 #include <sys/types.h>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// Identifies one run of a process; the number alone is not enough, because numbers are reused.
 struct ProcessKey {
@@ -75,4 +75,4 @@ private:
     std::uint64_t settledBefore = 0;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

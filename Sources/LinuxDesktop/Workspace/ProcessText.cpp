@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -143,4 +143,4 @@ std::optional<ApplicationUnit> parseApplicationUnit(std::string_view cgroup)
     return std::nullopt;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 // Parsers for the text of the kernel's files about a process. Nothing here reads a file.
 
@@ -55,4 +55,4 @@ struct ApplicationUnit {
 /// From the text of `cgroup`; absent for a process outside any such unit.
 [[nodiscard]] std::optional<ApplicationUnit> parseApplicationUnit(std::string_view cgroup);
 
-} // namespace stemvault
+} // namespace stemvault::workspace

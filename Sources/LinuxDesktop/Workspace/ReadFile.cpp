@@ -5,7 +5,7 @@
 #include <array>
 #include <fcntl.h>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 std::optional<std::string> readFile(int folder, const std::string& path, std::size_t most)
 {
@@ -30,4 +30,4 @@ std::optional<std::string> readFile(const std::string& path, std::size_t most)
     return readFile(AT_FDCWD, path, most);
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// The bytes of a small file, or of one that the kernel generates as it is read. Absent if it
 /// cannot be read or exceeds `most` bytes. `folder` is a descriptor to start from, as in openat.
@@ -12,4 +12,4 @@ namespace stemvault {
 [[nodiscard]] std::optional<std::string> readFile(
     const std::string& path, std::size_t most = std::size_t { 64 } << 20U);
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -7,7 +7,7 @@
 #include <set>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -69,4 +69,4 @@ bool openURL(const std::string& url, std::chrono::milliseconds timeout)
     return loop.exec() == Opened;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -3,7 +3,7 @@
 #include <chrono>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// Opens a URL in the user's application for it, with the desktop's own tool, xdg-open. Returns
 /// whether that succeeded. Runs the event loop until the tool has ended. A tool that takes longer
@@ -11,4 +11,4 @@ namespace stemvault {
 [[nodiscard]] bool openURL(
     const std::string& url, std::chrono::milliseconds timeout = std::chrono::seconds(3));
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -35,4 +35,4 @@ void UnitSignals::unitChanged(const QString& unit)
         changed();
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

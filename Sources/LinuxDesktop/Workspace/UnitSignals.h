@@ -6,7 +6,7 @@
 
 #include <functional>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// Calls back when the user's service manager creates or removes a unit for an application; the
 /// larger desktops start their applications in units. Does nothing if there is no such manager.
@@ -23,4 +23,4 @@ private:
     const std::function<void()> changed;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -205,4 +205,4 @@ void X11Windows::takeState(xcb_window_t window, const xcb_get_property_reply_t* 
     pending.list = true;
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -10,7 +10,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 namespace {
 
@@ -157,4 +157,4 @@ void X11Windows::handleLoss()
     lost();
 }
 
-} // namespace stemvault
+} // namespace stemvault::workspace

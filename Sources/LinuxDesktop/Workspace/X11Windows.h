@@ -15,7 +15,7 @@
 #include <sys/types.h>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// A window in the window manager's list.
 struct ClientWindow {
@@ -130,4 +130,4 @@ private:
     std::unique_ptr<QSocketNotifier> notifier;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

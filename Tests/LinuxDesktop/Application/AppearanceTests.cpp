@@ -7,7 +7,7 @@
 #include <QPalette>
 #include <QTemporaryDir>
 
-namespace stemvault {
+namespace stemvault::application {
 namespace {
 
 bool isDark()
@@ -77,4 +77,4 @@ TEST(AppearanceTest, FollowsPlasmaWithoutAPortal)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::application

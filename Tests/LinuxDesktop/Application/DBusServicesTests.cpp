@@ -11,7 +11,7 @@
 #include <optional>
 #include <utility>
 
-namespace stemvault {
+namespace stemvault::application {
 namespace {
 
 /// Takes what it is asked. "slow" takes its time.
@@ -114,4 +114,4 @@ TEST_F(DBusServicesTest, ManyCallsAndACallerThatGoesAwayDoNoHarm)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::application

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::application {
 namespace {
 
 std::string number(std::uint64_t value, std::size_t size)
@@ -70,4 +70,4 @@ TEST(DesktopThemeTests, ADarkThemeSaysSoInItsName)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::application

@@ -8,7 +8,7 @@
 
 #include <csignal>
 
-namespace stemvault {
+namespace stemvault::application {
 namespace {
 
 struct Delegate : ApplicationDelegate {
@@ -33,12 +33,12 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
         { "the end of the session", [](Application&) { QCoreApplication::quit(); } },
     };
     for (const auto& [what, end] : rows) {
-        QtDispatch dispatch;
+        dispatch::QtDispatch dispatch;
         ModalWindows windows;
         Delegate delegate;
         DBusServices services(QDBusConnection("none"));
         QtApplication application(windows, services, [&] { delegate.told.emplace_back("saved"); });
-        QtDialogs dialogs(windows, application.applicationIcon());
+        dialogs::QtDialogs dialogs(windows, application.applicationIcon());
         const auto ask = [&](const std::string& name) {
             Alert alert;
             alert.messageText = name;
@@ -64,4 +64,4 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::application

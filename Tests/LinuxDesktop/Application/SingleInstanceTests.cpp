@@ -8,7 +8,7 @@
 #include <thread>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::application {
 namespace {
 
 using Claim = SingleInstance::Claim;
@@ -76,4 +76,4 @@ TEST(SingleInstanceTest, WithoutABusTheRuntimeFolderHoldsOne)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::application

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-namespace stemvault {
+namespace stemvault::bundle {
 namespace {
 
 TEST(LinuxBundleTest, TheApplicationIconIsSharpAtEverySizeAnAlertNeeds)
@@ -45,4 +45,4 @@ TEST(LinuxBundleTest, ADamagedContainerHoldsNoImage)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::bundle

@@ -5,7 +5,7 @@
 
 #include <QFile>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 namespace {
 
 TEST(PanelPlacesTests, BookmarksAreThoseOfTheFileManagers)
@@ -65,4 +65,4 @@ TEST(PanelPlacesTests, ThePanelListsWhatIsThereAndLeavesNothingToOtherPrograms)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -22,13 +22,13 @@
 
 #include <algorithm>
 
-namespace stemvault {
+namespace stemvault::dialogs {
 namespace {
 
 struct QtDialogsTest : testing::Test {
-    QtDispatch dispatch;
-    ModalWindows windows { 20ms };
-    ApplicationIcon icon;
+    dispatch::QtDispatch dispatch;
+    application::ModalWindows windows { 20ms };
+    application::ApplicationIcon icon;
     QtDialogs dialogs { windows, icon };
 
     /// Runs `act` on the window that opens next, once that takes keys.
@@ -39,7 +39,8 @@ struct QtDialogsTest : testing::Test {
             const auto isReady = [] {
                 QWidget* window = QApplication::activeModalWidget();
                 const bool isOfKind = dynamic_cast<Window*>(window) != nullptr;
-                const auto* guard = isOfKind ? window->findChild<AnswerGuard*>() : nullptr;
+                const auto* guard =
+                    isOfKind ? window->findChild<application::AnswerGuard*>() : nullptr;
                 return guard && guard->takesKeys() && guard->takesClicks();
             };
             ASSERT_TRUE(happens(isReady));
@@ -155,7 +156,7 @@ TEST_F(QtDialogsTest, AnAlertThatWarnsBearsABadge)
 
 TEST_F(QtDialogsTest, KeysMeantForAnotherProgramDoNotAnswer)
 {
-    ModalWindows patientWindows { 1h };
+    application::ModalWindows patientWindows { 1h };
     QtDialogs patientDialogs { patientWindows, icon };
     patientWindows.activate();
     dispatch.mainAsync([] {
@@ -312,4 +313,4 @@ TEST_F(QtDialogsTest, NoNameInAPanelIsTakenForMarkup)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::dialogs

@@ -6,7 +6,7 @@
 #include <sys/resource.h>
 #include <thread>
 
-namespace stemvault {
+namespace stemvault::dispatch {
 namespace {
 
 struct QtDispatchTest : testing::Test {
@@ -120,4 +120,4 @@ TEST_F(QtDispatchTest, TheEndWaitsForCopiesAndNotForLooks)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::dispatch

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 namespace {
 
 using namespace std::chrono_literals;
@@ -82,4 +82,4 @@ TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::file_events

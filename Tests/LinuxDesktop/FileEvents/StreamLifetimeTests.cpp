@@ -16,7 +16,7 @@
 #include <thread>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 namespace {
 
 using namespace std::chrono_literals;
@@ -228,4 +228,4 @@ TEST(StreamIdleness, NeverWakesUpWhileNothingHappens)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -14,7 +14,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 namespace {
 
 using namespace std::chrono_literals;
@@ -553,4 +553,4 @@ INSTANTIATE_TEST_SUITE_P(
     , StreamModel, testing::Values(Way::Plain, Way::Overflow, Way::Polled), nameOf);
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::file_events

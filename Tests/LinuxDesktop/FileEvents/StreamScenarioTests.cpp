@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 namespace {
 
 using namespace std::chrono_literals;
@@ -453,4 +453,4 @@ INSTANTIATE_TEST_SUITE_P(Plain, StreamScenarios, testing::ValuesIn(scenarios), n
 INSTANTIATE_TEST_SUITE_P(Mounts, StreamMountScenarios, testing::ValuesIn(mountScenarios), nameOf);
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::file_events

@@ -18,7 +18,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 namespace {
 
@@ -249,4 +249,4 @@ void age(StreamStage& stage, std::chrono::milliseconds least)
     age(stage.path("clock"), least);
 }
 
-} // namespace stemvault
+} // namespace stemvault::file_events

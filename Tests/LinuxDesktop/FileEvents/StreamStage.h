@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::file_events {
 
 /// The kernel, with faults that a test can switch on.
 class FaultyInotifyCalls : public InotifyCalls {
@@ -108,4 +108,4 @@ void age(StreamStage& stage, std::chrono::milliseconds least);
 /// Whether this process may mount: as root, or in a user namespace of its own. Nobody else sees it.
 [[nodiscard]] bool canMount();
 
-} // namespace stemvault
+} // namespace stemvault::file_events

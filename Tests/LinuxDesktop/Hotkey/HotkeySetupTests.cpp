@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <map>
 
-namespace stemvault {
+namespace stemvault::hotkey {
 namespace {
 
 const Shortcut addSelection { "Add to Stemvault", "/opt/courier", "add-selection" };
@@ -210,4 +210,4 @@ TEST(HotkeySetupTests, OpensTheShortcutsOfTheDesktopAndShowsTheCommandWhereThere
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::hotkey

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 
-namespace stemvault {
+namespace stemvault::login_item {
 namespace {
 
 const std::string file = "autostart/net.stemvault.Connect.desktop";
@@ -85,4 +85,4 @@ TEST(AutostartEntryTests, WhatIsInTheWayIsAFailure)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::login_item

@@ -19,7 +19,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::open_files {
 namespace {
 
 using namespace std::chrono_literals;
@@ -178,4 +178,4 @@ TEST_F(LsofOpenFilesTests, LeavesOutWhatASandboxSeesUnderOurPaths)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <sys/wait.h>
 
-namespace stemvault {
+namespace stemvault::open_files {
 namespace {
 
 using namespace std::chrono_literals;
@@ -61,4 +61,4 @@ TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::open_files

@@ -5,7 +5,7 @@
 #include <QSignalSpy>
 #include <gmock/gmock.h>
 
-namespace stemvault {
+namespace stemvault::status_bar {
 namespace {
 
 MenuItem titled(const std::string& title, std::optional<Color> color = {})
@@ -182,4 +182,4 @@ TEST(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::status_bar

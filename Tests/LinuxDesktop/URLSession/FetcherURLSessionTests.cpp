@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 
-namespace stemvault {
+namespace stemvault::url_session {
 namespace {
 
 constexpr FetcherURLSession::Limits limits { 2s, 100'000 };
@@ -177,4 +177,4 @@ TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::url_session

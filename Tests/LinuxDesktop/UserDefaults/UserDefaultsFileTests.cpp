@@ -12,7 +12,7 @@
 #include <sys/wait.h>
 #include <thread>
 
-namespace stemvault {
+namespace stemvault::user_defaults {
 namespace {
 
 using testing::ElementsAre;
@@ -235,4 +235,4 @@ TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::user_defaults

@@ -8,7 +8,7 @@
 
 #include <thread>
 
-namespace stemvault {
+namespace stemvault::notification_center {
 namespace {
 
 const UserNotification added { "id", "Added & done",
@@ -23,7 +23,7 @@ struct NotificationTest : testing::Test, UserNotificationCenterDelegate {
     QStringList capabilities;
     int asked = 0;
     std::vector<QVariantList> shown;
-    QtDispatch dispatch;
+    dispatch::QtDispatch dispatch;
     DBusUserNotificationCenter center { dispatch, bus.connect(), "/r/icon.png" };
     std::uint32_t presentation = 0;
 
@@ -110,4 +110,4 @@ TEST_F(NotificationTest, InFrontTheDelegateDecides)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::notification_center

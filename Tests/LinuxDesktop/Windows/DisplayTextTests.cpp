@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace stemvault {
+namespace stemvault::windows {
 namespace {
 
 TEST(DisplayTextTest, NamesAreShownHarmlesslyAndOtherwiseAsTheyStand)
@@ -47,4 +47,4 @@ TEST(DisplayTextTest, LinesBreakWhereTheTextSaysAndStayWithinReason)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::windows

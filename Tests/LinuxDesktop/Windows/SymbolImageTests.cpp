@@ -3,7 +3,7 @@
 #include <QImage>
 #include <gtest/gtest.h>
 
-namespace stemvault {
+namespace stemvault::windows {
 namespace {
 
 /// How much of a picture is painted, of 1, with every painted pixel in one colour.
@@ -39,4 +39,4 @@ TEST(SymbolImageTests, EverySymbolIsDrawnInTheColourThatIsAskedFor)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::windows

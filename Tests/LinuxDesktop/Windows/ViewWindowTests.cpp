@@ -10,7 +10,7 @@
 #include <QScreen>
 #include <QScrollBar>
 
-namespace stemvault {
+namespace stemvault::windows {
 namespace {
 
 Button button(const std::string& title)
@@ -220,4 +220,4 @@ TEST(ViewWindowTests, ASwitchShowsWhatBecameOfAChange)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::windows

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-namespace stemvault {
+namespace stemvault::workspace {
 namespace {
 
 using namespace std::literals;
@@ -163,4 +163,4 @@ TEST(ApplicationListTests, OtherApplicationsByTheDesktopsMenu)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-namespace stemvault {
+namespace stemvault::workspace {
 
 /// A folder in the form of /proc.
 class FakeProcesses {
@@ -46,4 +46,4 @@ private:
     TemporaryFolder folder;
 };
 
-} // namespace stemvault
+} // namespace stemvault::workspace

@@ -17,7 +17,7 @@
 #include <unistd.h>
 #include <vector>
 
-namespace stemvault {
+namespace stemvault::workspace {
 namespace {
 
 using namespace std::literals;
@@ -420,4 +420,4 @@ TEST_F(LinuxWorkspaceTests, TheKeyboardsShortcutsAreShownByTheDesktop)
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::workspace

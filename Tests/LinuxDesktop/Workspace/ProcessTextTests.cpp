@@ -8,7 +8,7 @@
 
 // Windows paths as the kernel hands them out, NULs among them, cannot be raw strings.
 // NOLINTBEGIN(modernize-raw-string-literal)
-namespace stemvault {
+namespace stemvault::workspace {
 namespace {
 
 using namespace std::literals;
@@ -170,29 +170,32 @@ TEST(ProcessTextTests, ADesktopEntry)
 
 TEST(ProcessTextTests, NamesInTheFormOfLsof)
 {
-    EXPECT_EQ(nameAsPrinted("/a b/\xc3\xa9\xe6\x97\xa5 "), "/a b/\xc3\xa9\xe6\x97\xa5 ");
-    EXPECT_EQ(nameAsPrinted("\n\t\r\\\x07\x7f\xff\xc3"), "\\n\\t\\r\\\\^G^?\\xff\\xc3");
-    EXPECT_EQ(linesOfMappedFiles("0-1 r--p 0 0:1 5   /exe\n1-2 r--p 0 0:1 5 /a b\n"
-                                 "2-3 rw-p 0 0:1 5 /a b\n3-4 rw-p 0 0:0 0 [heap]\n"
-                                 "4-5 r--p 0 0:1 6 /x\\012y (deleted)\n5-6 rw-p 0 0:0 0",
-                  "/exe"),
+    EXPECT_EQ(
+        open_files::nameAsPrinted("/a b/\xc3\xa9\xe6\x97\xa5 "), "/a b/\xc3\xa9\xe6\x97\xa5 ");
+    EXPECT_EQ(open_files::nameAsPrinted("\n\t\r\\\x07\x7f\xff\xc3"), "\\n\\t\\r\\\\^G^?\\xff\\xc3");
+    EXPECT_EQ(
+        open_files::linesOfMappedFiles("0-1 r--p 0 0:1 5   /exe\n1-2 r--p 0 0:1 5 /a b\n"
+                                       "2-3 rw-p 0 0:1 5 /a b\n3-4 rw-p 0 0:0 0 [heap]\n"
+                                       "4-5 r--p 0 0:1 6 /x\\012y (deleted)\n5-6 rw-p 0 0:0 0",
+            "/exe"),
         "n/a b\nn/x\\ny\n");
 }
 
 TEST(ProcessTextTests, WhatASandboxSeesUnderOurPaths)
 {
-    const MountView here("20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
-                         "21 20 0:5 / /tmp rw - tmpfs tmpfs rw\n"
-                         "22 20 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
-                         "23 20 0:9 /@home /home rw - btrfs /dev/sdc1 rw\n");
-    const MountView there("50 49 0:30 /newroot / rw - tmpfs tmpfs rw\n"
-                          "51 50 8:1 /usr /usr rw - ext4 /dev/sda1 rw\n"
-                          "52 50 0:31 / /tmp rw - tmpfs tmpfs rw\n"
-                          "53 50 0:9 /@home/anna /home/anna rw - btrfs /dev/sdc1 rw\n"
-                          "54 53 8:1 /hidden /home/anna/over rw - ext4 /dev/sda1 rw\n"
-                          "55 53 0:9 /@home/anna/else /home/anna/kept rw - btrfs /dev/sdc1 rw\n"
-                          "56 50 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
-                          "57 54 0:9 /@home/anna/over /home/anna/over rw - btrfs /dev/sdc1 rw\n");
+    const open_files::MountView here("20 1 8:1 / / rw - ext4 /dev/sda1 rw\n"
+                                     "21 20 0:5 / /tmp rw - tmpfs tmpfs rw\n"
+                                     "22 20 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
+                                     "23 20 0:9 /@home /home rw - btrfs /dev/sdc1 rw\n");
+    const open_files::MountView there(
+        "50 49 0:30 /newroot / rw - tmpfs tmpfs rw\n"
+        "51 50 8:1 /usr /usr rw - ext4 /dev/sda1 rw\n"
+        "52 50 0:31 / /tmp rw - tmpfs tmpfs rw\n"
+        "53 50 0:9 /@home/anna /home/anna rw - btrfs /dev/sdc1 rw\n"
+        "54 53 8:1 /hidden /home/anna/over rw - ext4 /dev/sda1 rw\n"
+        "55 53 0:9 /@home/anna/else /home/anna/kept rw - btrfs /dev/sdc1 rw\n"
+        "56 50 8:2 / /media/My\\040Disk rw - ext4 /dev/sdb1 rw\n"
+        "57 54 0:9 /@home/anna/over /home/anna/over rw - btrfs /dev/sdc1 rw\n");
     const struct {
         const char *what, *path;
         bool isTheSame;
@@ -208,14 +211,15 @@ TEST(ProcessTextTests, WhatASandboxSeesUnderOurPaths)
         { "one mounted over, and then the right one again", "/home/anna/over/Song.rpp", true },
     };
     for (const auto& row : rows)
-        EXPECT_EQ(namesThatLeadToTheSame("p1\nn"s + row.path + "\nnpipe\n", there, here),
+        EXPECT_EQ(
+            open_files::namesThatLeadToTheSame("p1\nn"s + row.path + "\nnpipe\n", there, here),
             row.isTheSame ? "p1\nn"s + row.path + "\nnpipe\n" : "p1\nnpipe\n")
             << row.what;
-    const MountView circle("1 2 0:1 / / x\n2 1 0:1 / / x\n3 3 0:1 / / x\n");
+    const open_files::MountView circle("1 2 0:1 / / x\n2 1 0:1 / / x\n3 3 0:1 / / x\n");
     EXPECT_EQ(circle.resolvedLocation("/a"), "0:1/a");
-    EXPECT_EQ(MountView("").resolvedLocation("/a"), "");
+    EXPECT_EQ(open_files::MountView("").resolvedLocation("/a"), "");
 }
 
 } // namespace
-} // namespace stemvault
+} // namespace stemvault::workspace
 // NOLINTEND(modernize-raw-string-literal)
