@@ -1,5 +1,6 @@
 """Starting, starting a second time, and quitting."""
 
+import os
 import shutil
 import time
 import unittest
@@ -28,6 +29,12 @@ class LifecycleScenarios(Scenario):
         second = self.connect.start("second")
         self.assertEqual(second.wait(timeout=10), 0)
         self.assertIsNone(self.connect.process.poll())
+
+    def test_its_threads_share_a_heap(self):
+        self.start_with_session()
+        self.assertGreater(len(os.listdir(f"/proc/{self.connect.process.pid}/task")), 2)
+        # None where a sanitizer replaces the allocator.
+        self.assertLessEqual(self.connect.heaps_of_threads(), 1)
 
     def test_it_ends_at_once_though_a_prompt_is_open(self):
         self.start_with_session()

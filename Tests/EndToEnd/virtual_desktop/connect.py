@@ -1,8 +1,10 @@
 """Stemvault Connect under observation: its settings, its process, its prompts."""
 
 import contextlib
+import itertools
 import json
 import os
+import re
 import signal
 import time
 import uuid
@@ -12,6 +14,7 @@ from .waiting import wait_for
 
 NEW_FOLDER = "New Folder…"
 BUS_NAME = "net.stemvault.Connect"
+LARGEST_HEAP = 64 * 2**20  # Except the main one.
 
 
 class StemvaultConnect:
@@ -84,6 +87,16 @@ class StemvaultConnect:
     def open_files(self):
         """The targets of its descriptors."""
         return self._of_each_descriptor("fd", os.readlink)
+
+    def heaps_of_threads(self):
+        """The number of heaps besides the main one. Each reserves 64 MiB of addresses, aligned to
+        64 MiB, and only the beginning of them is writable.
+        """
+        lines = Path(f"/proc/{self.process.pid}/maps").read_text().splitlines()
+        maps = [re.match("([0-9a-f]+)-([0-9a-f]+) (....)", line).groups() for line in lines]
+        return sum(1 for (begin, _, rights), (_, end, rest) in itertools.pairwise(maps)
+                   if (rights, rest) == ("rw-p", "---p") and int(begin, 16) % LARGEST_HEAP == 0
+                   and int(end, 16) - int(begin, 16) == LARGEST_HEAP)
 
     def quit(self):
         """Asks the program to quit, and returns its exit status."""
