@@ -41,7 +41,16 @@ constexpr auto timeForWorkAtEnd = 8s;
 // By default the C library gives the threads heaps of their own, up to eight per processor, and
 // each heap keeps the most memory that was ever in use there. The program's threads are short-lived
 // and allocate little, so those heaps would keep growing while what is in use in them does not.
-constexpr int heaps = 2;
+//
+// It also raises the size from which a block is mapped on its own to that of the largest such block
+// freed so far. The drawings of a closed window would then leave gaps in the heap.
+void limitHeaps()
+{
+    constexpr int heaps = 2;
+    constexpr int largestBlockInHeap = 128 * 1024;
+    ::mallopt(M_ARENA_MAX, heaps); // NOLINT(concurrency-mt-unsafe): no thread has been started.
+    ::mallopt(M_MMAP_THRESHOLD, largestBlockInHeap); // NOLINT(concurrency-mt-unsafe)
+}
 
 // In a build tree the icon is not in the icon theme, so notifications show the file instead.
 std::string notificationIcon(const Bundle& bundle)
@@ -108,7 +117,7 @@ struct LinuxPlatform::Parts {
 
 std::unique_ptr<LinuxPlatform> LinuxPlatform::create()
 {
-    ::mallopt(M_ARENA_MAX, heaps); // NOLINT(concurrency-mt-unsafe): no thread has been started.
+    limitHeaps();
     auto session = std::make_unique<Session>();
     const auto claim = session->instance.claim();
     if (claim == application::SingleInstance::Claim::ForeignProgram) {
