@@ -21,7 +21,7 @@ from vitals import Vitals, growth  # noqa: E402
 
 # The growth is in KiB of private memory a minute, over the second half. For at least ten minutes the heap
 # and the toolkit's caches are still growing to their final size, so a short run is not conclusive.
-LARGEST_GROWTH, SHORTEST_TO_TELL = 60, 15 * 60
+LARGEST_GROWTH, SHORTEST_TO_TELL = 30, 15 * 60
 # Idle worker threads, including the toolkit's own, end after half a minute.
 SETTLING = 35.0
 ROWS = (("proportional memory, MiB", "memory", 1024), ("private memory, MiB", "private", 1024),
