@@ -88,15 +88,22 @@ class StemvaultConnect:
         """The targets of its descriptors."""
         return self._of_each_descriptor("fd", os.readlink)
 
+    def replaces_allocator(self):
+        """Whether this is a build with a sanitizer, which reserves terabytes of addresses."""
+        ends = (line.split()[0].split("-") for line in self._maps())
+        return any(int(end, 16) - int(begin, 16) >= 2**40 for begin, end in ends)
+
     def heaps_of_threads(self):
         """The number of heaps besides the main one. Each reserves 64 MiB of addresses, aligned to
         64 MiB, and only the beginning of them is writable.
         """
-        lines = Path(f"/proc/{self.process.pid}/maps").read_text().splitlines()
-        maps = [re.match("([0-9a-f]+)-([0-9a-f]+) (....)", line).groups() for line in lines]
+        maps = [re.match("([0-9a-f]+)-([0-9a-f]+) (....)", line).groups() for line in self._maps()]
         return sum(1 for (begin, _, rights), (_, end, rest) in itertools.pairwise(maps)
                    if (rights, rest) == ("rw-p", "---p") and int(begin, 16) % LARGEST_HEAP == 0
                    and int(end, 16) - int(begin, 16) == LARGEST_HEAP)
+
+    def _maps(self):
+        return Path(f"/proc/{self.process.pid}/maps").read_text().splitlines()
 
     def quit(self):
         """Asks the program to quit, and returns its exit status."""
