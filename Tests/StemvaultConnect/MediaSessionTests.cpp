@@ -22,7 +22,6 @@ const DAW& dawNamed(const std::string& identifier)
 }
 
 const std::string live = "com.ableton.live", cubase = "com.steinberg.cubase12",
-                  studioOne = "com.presonus.studioone6", proTools = "com.avid.ProTools",
                   reaper = "com.cockos.reaper", ardour = "org.ardour.Ardour",
                   bitwig = "com.bitwig.BitwigStudio", audacity = "org.audacityteam.Audacity";
 
@@ -61,14 +60,7 @@ TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)
             { wine + "users/me/Documents/Song Project/Samples/Imported/a.aif" },
             { { wine + "users/me/Documents/Song Project", 1 } },
             wine + "users/me/Documents/Song Project" },
-        { "Cubase", cubase, { "/m/Song/Audio/Vox_01.wav" }, { { "/m/Song", 1 } }, "/m/Song" },
-        { "Studio One", studioOne, { "/m/Songs/A/Media/Track 1.wav" }, { { "/m/Songs/A", 1 } },
-            "/m/Songs/A" },
-        { "Pro Tools", proTools, { "/m/Song/Audio Files/Kick.wav" }, { { "/m/Song", 1 } },
-            "/m/Song" },
         { "REAPER with media beside the project", reaper, { "/m/Song/01-Bass.wav" },
-            { { "/m/Song", 1 } }, "/m/Song" },
-        { "REAPER with media in their own folder", reaper, { "/m/Song/Media/01-Bass.wav" },
             { { "/m/Song", 1 } }, "/m/Song" },
         { "Ardour", ardour, { "/m/Song/interchange/Song/audiofiles/Audio 1-1.wav" },
             { { "/m/Song", 1 } }, "/m/Song" },
@@ -82,9 +74,6 @@ TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)
             { { "/m/A", 2 }, { "/m/B", 1 } }, "/m/B" },
         { "of equals the newest session", reaper, { "/m/A/1.wav", "/m/B/2.wav" },
             { { "/m/A", 2 }, { "/m/B", 1 } }, "/m/A" },
-        { "a loop of another session beside its own media", reaper,
-            { "/m/Old/Media/loop.wav", "/m/Song/1.wav", "/m/Song/2.wav" },
-            { { "/m/Old", 2 }, { "/m/Song", 1 } }, "/m/Song" },
         { "the nearest of two above", reaper, { "/m/Album/Song/1.wav" },
             { { "/m/Album", 2 }, { "/m/Album/Song", 1 } }, "/m/Album/Song" },
         { "six levels up", reaper, { "/m/S/b/c/d/e/f/1.wav" }, { { "/m/S", 1 } }, "/m/S" },
@@ -92,16 +81,12 @@ TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)
         { "on a drive that the desktop mounted", bitwig, { "/run/media/me/Disk/S/samples/a.wav" },
             { { "/run/media/me/Disk/S", 1 } }, "/run/media/me/Disk/S" },
 
-        { "media elsewhere", live, { "/m/Drums/Kick.wav" }, { { "/m/Song Project", 1 } },
-            "absent" },
         { "no media", cubase, { "/m/Song/Notes.txt", "/m/Song/Song.bak" }, { { "/m/Song", 1 } },
             "absent" },
 
         { "a factory pack with a demo song", live,
             { "/home/me/Music/Ableton/Factory Packs/Drums/Samples/Kick.wav" },
             { { "/home/me/Music/Ableton/Factory Packs/Drums", 1 } }, "absent" },
-        { "the library of Live", live, { "/m/Ableton/User Library/Samples/Kick.wav" },
-            { { "/m/Ableton/User Library", 1 } }, "absent" },
         { "what a Windows program brought along", cubase,
             { wine + "ProgramData/Steinberg/Content/Demo/Audio/a.wav" },
             { { wine + "ProgramData/Steinberg/Content/Demo", 1 } }, "absent" },
