@@ -18,12 +18,6 @@ using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 struct AppDelegateTests : testing::Test {
-    void openSession(const std::string& folderPath)
-    {
-        platform.openSession(folderPath + "/S.rpp");
-        platform.dispatch.settle();
-    }
-
     [[nodiscard]] std::vector<std::string> watched() const
     {
         const auto& stream = platform.fileEvents.streams.back();
@@ -62,13 +56,12 @@ TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
     SettingsStore::shared().setAlwaysWatchPath("/w");
     delegate.applicationDidFinishLaunching();
     EXPECT_THAT(watched(), ElementsAre("/w")) << "before the first look has ended";
-    openSession("/a");
+    platform.openSession("/a/S.rpp");
     EXPECT_THAT(watched(), ElementsAre("/a", "/w"));
     SettingsStore::shared().setAlwaysWatchPath("/other");
-    openSession("/b");
+    platform.openSession("/b/S.rpp");
     EXPECT_THAT(watched(), ElementsAre("/b", "/other")) << "the setting of the moment";
-    platform.workspace.quit(5);
-    platform.dispatch.settle();
+    platform.quitDAW();
     EXPECT_THAT(watched(), ElementsAre("/other"));
     EXPECT_EQ(platform.statusBar.updates, 3) << "the menu would differ";
 }
@@ -78,7 +71,7 @@ TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
     TemporaryFolder folder;
     SettingsStore::shared().setProjectsRootPath("/p");
     delegate.applicationDidFinishLaunching();
-    openSession(folder.path());
+    platform.openSession(folder.path("S.rpp"));
     constexpr auto created = FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated;
     platform.fileEvents.deliver({ folder.write("Song/1.wav", "1"), folder.write("2.wav", "2"),
                                     folder.write("Song/3.wav", "3") },
@@ -87,10 +80,7 @@ TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
     platform.dialogs.answer("Skip");
     platform.dialogs.answer("Skip");
     platform.dispatch.advance(2s);
-    std::vector<std::string> texts;
-    for (const Alert& alert : platform.dialogs.alerts)
-        texts.push_back(alert.informativeText);
-    EXPECT_THAT(texts,
+    EXPECT_THAT(platform.dialogs.texts(),
         ElementsAre("1.wav\nfrom Song",
             "2.wav\nfrom " + lastPathComponent(folder.path()) + "\n\n+ 1 more waiting",
             "3.wav\nfrom Song"));
@@ -103,7 +93,7 @@ TEST_F(AppDelegateTests, ABounceThatBecomesALinkIsNotCopied)
     const std::string secret = folder.write("private", "secret");
     SettingsStore::shared().addFolder({ UUID(), "Client A", folder.makeFolder("Client A") });
     delegate.applicationDidFinishLaunching();
-    openSession(folder.path("Song"));
+    platform.openSession(folder.path("Song/S.rpp"));
     platform.fileEvents.deliver(
         { mix }, { FileEventFlag::ItemIsFile | FileEventFlag::ItemCreated });
     platform.dialogs.answer("Add", 0, [&] {
@@ -122,14 +112,15 @@ TEST_F(AppDelegateTests, ASecondStartOpensThePreferences)
     delegate.applicationDidFinishLaunching();
     EXPECT_TRUE(platform.windows.windows.empty());
     delegate.applicationShouldHandleReopen();
-    EXPECT_THAT(platform.windows.windows, testing::ElementsAre(testing::EndsWith("shown")));
+    EXPECT_THAT(platform.windows.windows, ElementsAre(testing::EndsWith("shown")));
 }
 
 TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
 {
     delegate.applicationDidFinishLaunching();
-    openSession("/a");
-    platform.openSession("/b/S.rpp");
+    platform.openSession("/a/S.rpp");
+    platform.openFiles.listings[5] = "n/b/S.rpp\n";
+    SessionTracker::shared().refresh();
     delegate.applicationWillTerminate();
     platform.dispatch.settle();
     EXPECT_THAT(platform.fileEvents.streams, testing::SizeIs(1)) << "a late look begins no stream";
@@ -137,7 +128,7 @@ TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
         platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);
     platform.openFiles.calls.clear();
-    openSession("/c");
+    platform.openSession("/c/S.rpp");
     platform.dispatch.advance(60s);
     EXPECT_TRUE(platform.openFiles.calls.empty());
 }

@@ -1,4 +1,3 @@
-#include "Foundation/FileDescriptor.h"
 #include "Platform/FileEvents.h"
 #include "StemvaultConnect/BounceAlertController.h"
 #include "StemvaultConnect/BounceWatcher.h"
@@ -6,15 +5,14 @@
 #include "Support/FakePlatform.h"
 #include "Support/NoticeRecorder.h"
 #include "Support/TemporaryFolder.h"
+#include "Support/WrittenFile.h"
 
 #include <gmock/gmock.h>
 
 #include <csignal>
 #include <fcntl.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
 #include <sys/time.h>
-#include <unistd.h>
 
 namespace stemvault {
 namespace {
@@ -29,11 +27,11 @@ const Image icon { "/resources/AppIcon.icns" };
 
 /// A desktop, a disk and the controller's queue; a test whose cases each begin anew makes several.
 struct Stage {
-    StemvaultFolder addDestination(const std::string& name) const
+    Stage() { addDestination("Client A"); }
+
+    void addDestination(const std::string& name) const
     {
-        StemvaultFolder destination { UUID(), name, folder.makeFolder(name) };
-        SettingsStore::shared().addFolder(destination);
-        return destination;
+        SettingsStore::shared().addFolder({ UUID(), name, folder.makeFolder(name) });
     }
 
     /// Bounces of these names, whose content is their name.
@@ -45,24 +43,13 @@ struct Stage {
                 { FileURL(folder.write(below + name, name)), sourceFolder });
     }
 
-    void showAll()
+    /// Asks about all that wait; the user presses these buttons.
+    void showAll(const Texts& buttons = {})
     {
+        for (const std::string& button : buttons)
+            dialogs.answer(button);
         BounceAlertController::shared().showNextIfIdle();
         platform.dispatch.settle();
-    }
-
-    /// The pop-up's items of the latest alert.
-    [[nodiscard]] Texts offered() const
-    {
-        return std::get<PopUpButton>(*dialogs.alerts.back().accessoryView).items;
-    }
-
-    [[nodiscard]] Texts texts() const
-    {
-        Texts all;
-        for (const Alert& alert : dialogs.alerts)
-            all.push_back(alert.informativeText);
-        return all;
     }
 
     FakePlatform platform;
@@ -76,18 +63,15 @@ struct BounceAlertControllerTests : testing::Test, Stage { };
 
 TEST_F(BounceAlertControllerTests, AsksWithEverythingThePromptNeeds)
 {
-    addDestination("Client A");
     addDestination("Client B");
     queue({ "1.wav", "2.wav", "3.wav" });
-    for (int i = 0; i < 3; ++i)
-        dialogs.answer("Skip");
-    showAll();
+    showAll({ "Skip", "Skip", "Skip" });
     EXPECT_EQ(dialogs.alerts.at(2),
         (Alert { "Bounce detected", "3.wav\nfrom Song", AlertStyle::Informational, icon,
             PopUpButton { { 0, 0, 280, 26 }, { "Client A", "Client B", "New Folder…" } },
             { "Add", "Skip", "Cancel" } }));
     EXPECT_THAT(dialogs.alerts[0].buttons, ElementsAre("Add All (3)", "Add", "Skip", "Cancel"));
-    EXPECT_THAT(texts(),
+    EXPECT_THAT(dialogs.texts(),
         ElementsAre("1.wav\nfrom Song\n\n+ 2 more waiting", "2.wav\nfrom Song\n\n+ 1 more waiting",
             "3.wav\nfrom Song"));
     EXPECT_THAT(dialogs.activationsBefore, ElementsAre(1, 2, 3)) << "to the front first";
@@ -104,10 +88,8 @@ TEST_F(BounceAlertControllerTests, LoadsItsIconAndAsksForPermissionWhenMade)
     for (const auto& [missing, expected] : rows) {
         Stage stage;
         stage.platform.bundle.missing = missing;
-        stage.dialogs.answer("Skip");
-        stage.addDestination("Client A");
         stage.queue({ "Mix.wav" });
-        stage.showAll();
+        stage.showAll({ "Skip" });
         EXPECT_EQ(stage.dialogs.alerts.at(0).icon, expected);
         EXPECT_EQ(stage.notifications.requestedOptions, 6U);
         std::uint32_t options = 0;
@@ -140,8 +122,7 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
     };
     for (const auto& row : rows) {
         Stage stage;
-        for (const char* name : { "Client A", "Client B" })
-            stage.addDestination(name);
+        stage.addDestination("Client B");
         stage.queue({ "1.wav", "2.wav", "3.wav" });
         for (const auto& [title, number] : row.answers)
             title.empty() ? stage.dialogs.answerNumber(number)
@@ -155,7 +136,6 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
 
 TEST_F(BounceAlertControllerTests, WhatArrivesWhileThePromptIsOpenWaitsAndGoesAlong)
 {
-    addDestination("Client A");
     queue({ "1.wav", "2.wav" });
     dialogs.answer("Add All (2)", 0, [this] {
         queue({ "late.wav" });
@@ -170,7 +150,6 @@ TEST_F(BounceAlertControllerTests, WhatArrivesWhileThePromptIsOpenWaitsAndGoesAl
 
 TEST_F(BounceAlertControllerTests, WhatArrivesWhileTheFolderPanelIsOpenWaitsToo)
 {
-    addDestination("Client A");
     queue({ "1.wav", "2.wav" });
     dialogs.answer("Add All (2)", 1);
     dialogs.choose(folder.makeFolder("Client N"), [this] {
@@ -180,17 +159,10 @@ TEST_F(BounceAlertControllerTests, WhatArrivesWhileTheFolderPanelIsOpenWaitsToo)
     });
     showAll();
     EXPECT_THAT(notifications.bodies(), ElementsAre("3 files → Client N"));
-
-    queue({ "next.wav" });
-    dialogs.answer("Cancel", 0, [this] { queue({ "dropped.wav" }); });
-    showAll();
-    EXPECT_THAT(offered(), ElementsAre("Client A", "Client N", "New Folder…"));
-    EXPECT_THAT(BounceAlertController::shared().queue, IsEmpty());
 }
 
 TEST_F(BounceAlertControllerTests, ThousandsOfSkipsNeedNoStack)
 {
-    addDestination("Client A");
     for (int i = 0; i < 50'000; ++i) {
         BounceAlertController::shared().queue.push_back({ FileURL("/s/Mix.wav"), "s" });
         dialogs.answer("Skip");
@@ -202,10 +174,9 @@ TEST_F(BounceAlertControllerTests, ThousandsOfSkipsNeedNoStack)
 TEST_F(BounceAlertControllerTests, WithoutAnyDestinationItLeadsToThePreferences)
 {
     const NoticeRecorder preferences { "openPreferences" };
+    SettingsStore::shared().setStemvaultFolders({});
     queue({ "1.wav", "2.wav" });
-    dialogs.answer("Open Preferences");
-    dialogs.answer("Skip");
-    showAll();
+    showAll({ "Open Preferences", "Skip" });
     EXPECT_THAT(preferences.notices, ElementsAre(Notification { "openPreferences", {} }));
     EXPECT_EQ(platform.application.activations, 2);
     EXPECT_EQ(dialogs.alerts.at(0),
@@ -214,9 +185,10 @@ TEST_F(BounceAlertControllerTests, WithoutAnyDestinationItLeadsToThePreferences)
 
     SettingsStore::shared().setProjectsRootPath("");
     queue({ "Mix.wav" });
-    dialogs.answer("Skip");
-    showAll();
-    EXPECT_THAT(offered(), ElementsAre("New Folder…")) << "with a projects root alone";
+    showAll({ "Skip" });
+    EXPECT_EQ(dialogs.alerts.back().accessoryView,
+        AccessoryView(PopUpButton { { 0, 0, 280, 26 }, { "New Folder…" } }))
+        << "with a projects root alone";
 }
 
 TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
@@ -234,7 +206,7 @@ TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
     };
     for (const auto& row : rows) {
         Stage stage;
-        StemvaultFolder known = stage.addDestination("Client A");
+        StemvaultFolder known = SettingsStore::shared().stemvaultFolders().front();
         known.name = "Label";
         SettingsStore::shared().setStemvaultFolders({ known });
         SettingsStore::shared().setProjectsRootPath(row.projectsRoot);
@@ -257,7 +229,6 @@ TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
 
 TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
 {
-    addDestination("Client A");
     queue({ "Mix.wav", "Next.wav" });
     dialogs.answer("Add");
     dialogs.answer("Skip", 0, [this] {
@@ -280,10 +251,9 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
 
 TEST_F(BounceAlertControllerTests, WhatWasAskedForIsCopiedThoughTheProgramEnds)
 {
-    addDestination("Client A");
     queue({ "Mix.wav", "1.wav", "2.wav" });
-    dialogs.answer("Add");
-    dialogs.answer("Add All (2)");
+    for (const char* button : { "Add", "Add All (2)" })
+        dialogs.answer(button);
     BounceAlertController::shared().showNextIfIdle();
     EXPECT_THAT(folder.names("Client A"), IsEmpty());
     platform.dispatch.endProgram();
@@ -311,46 +281,12 @@ TEST_F(BounceAlertControllerTests, AFileIsAtRestWhenNobodyWritesItAnyMore)
         EXPECT_EQ(BounceWatcher::isAtRest(row.source, now), row.expected) << row.what;
 }
 
-/// A file that another program writes, by the stage's clock.
-class WrittenFile {
-public:
-    WrittenFile(Stage& onStage, const std::string& filePath)
-        : stage(onStage), path(filePath), file(::open(path.c_str(), O_WRONLY | O_CLOEXEC))
-    {
-        touch();
-    }
-    void write(const std::string& text)
-    {
-        EXPECT_EQ(::pwrite(file.get(), text.data(), text.size(), 0), text.size());
-        touch();
-    }
-    void close() { file.reset(); }
-
-private:
-    void touch() const
-    {
-        const auto now = stage.platform.dispatch.now().time_since_epoch();
-        const timespec date { std::chrono::floor<std::chrono::seconds>(now).count(),
-            (now % 1s).count() };
-        const timespec times[] = { date, date };
-        EXPECT_EQ(::utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
-    }
-
-    Stage& stage;
-    std::string path;
-    FileDescriptor file;
-};
-
 TEST_F(BounceAlertControllerTests, AFileThatIsStillWrittenIsCopiedOnceItIsAtRest)
 {
-    addDestination("Client A");
     for (const bool isReplacing : { false, true }) {
         queue({ "Mix.wav" });
-        WrittenFile mix(*this, folder.path("Song/Mix.wav"));
-        dialogs.answer("Add");
-        if (isReplacing)
-            dialogs.answer("Replace");
-        showAll();
+        WrittenFile mix(platform.dispatch, folder.path("Song/Mix.wav"));
+        showAll(isReplacing ? Texts { "Add", "Replace" } : Texts { "Add" });
         EXPECT_EQ(dialogs.alerts.back().messageText,
             isReplacing ? "Replace existing file?" : "Bounce detected")
             << "the question does not wait";
@@ -367,11 +303,9 @@ TEST_F(BounceAlertControllerTests, AFileThatIsStillWrittenIsCopiedOnceItIsAtRest
 
 TEST_F(BounceAlertControllerTests, AFileThatNeverComesToRestIsReported)
 {
-    addDestination("Client A");
     queue({ "Mix\n.wav" });
-    const WrittenFile mix(*this, folder.path("Song/Mix\n.wav"));
-    dialogs.answer("Add");
-    showAll();
+    const WrittenFile mix(platform.dispatch, folder.path("Song/Mix\n.wav"));
+    showAll({ "Add" });
     platform.dispatch.advance(10min - 1s);
     EXPECT_EQ(dialogs.alerts.size(), 1U);
     dialogs.answer("OK");
@@ -442,14 +376,10 @@ TEST_F(BounceAlertControllerTests, ACopyThatItsSourceSpoiltByChangingIsMadeOnceT
 {
     for (const bool isBatch : { false, true }) {
         Stage stage;
-        stage.addDestination("Client A");
         stage.queue({ "1.wav", "2.wav" });
         const Redating mix(stage.folder.write("Song/1.wav", longContent));
-        stage.dialogs.answer(isBatch ? "Add All (2)" : "Add");
-        if (!isBatch)
-            stage.dialogs.answer("Skip");
         Redating::keepOn(100);
-        stage.showAll();
+        stage.showAll(isBatch ? Texts { "Add All (2)" } : Texts { "Add", "Skip" });
         stage.platform.dispatch.advance(1s);
         EXPECT_FALSE(stage.folder.names("Client A").contains("1.wav"));
         EXPECT_THAT(stage.notifications.posted, IsEmpty());
@@ -463,19 +393,17 @@ TEST_F(BounceAlertControllerTests, ACopyThatItsSourceSpoiltByChangingIsMadeOnceT
 
 TEST_F(BounceAlertControllerTests, ASourceThatSpoilsEveryCopyIsReported)
 {
-    addDestination("Client A");
     queue({ "Mix.wav" });
-    dialogs.answer("Add");
     {
-        const WrittenFile mix(*this, folder.path("Song/Mix.wav"));
-        showAll();
+        const WrittenFile mix(platform.dispatch, folder.path("Song/Mix.wav"));
+        showAll({ "Add" });
         platform.dispatch.advance(10min - 1s);
     }
     const Redating mix(folder.write("Song/Mix.wav", longContent));
     Redating::keepOn(100);
     dialogs.answer("OK");
     platform.dispatch.advance(3s);
-    EXPECT_EQ(texts().back(),
+    EXPECT_EQ(dialogs.texts().back(),
         "“Mix.wav” couldn’t be copied because it kept changing while it was being copied.");
 }
 
@@ -483,23 +411,17 @@ TEST_F(BounceAlertControllerTests, ACopyThatFailedOtherwiseIsNotMadeAgainThoughI
 {
     for (const bool isBatch : { false, true }) {
         Stage stage;
-        stage.addDestination("Client A");
         stage.queue({ "1.wav", "2.wav" });
         const Redating mix(stage.folder.write("Song/1.wav", longContent));
         Redating::dateAs(stage.platform.dispatch.now());
-        stage.dialogs.answer(isBatch ? "Add All (2)" : "Add");
-        if (!isBatch) {
-            stage.dialogs.answer("Skip");
-            stage.dialogs.answer("OK");
-        }
         Redating::limitFiles(1 << 20);
-        stage.showAll();
+        stage.showAll(isBatch ? Texts { "Add All (2)" } : Texts { "Add", "Skip", "OK" });
         EXPECT_FALSE(stage.folder.names("Client A").contains("1.wav"));
         if (isBatch)
             EXPECT_THAT(stage.notifications.bodies(),
                 ElementsAre("1 file → Client A (1 skipped — already existed)"));
         else
-            EXPECT_THAT(stage.texts().back(), testing::HasSubstr("too large"));
+            EXPECT_THAT(stage.dialogs.texts().back(), testing::HasSubstr("too large"));
     }
 }
 
@@ -507,13 +429,11 @@ TEST_F(BounceAlertControllerTests, ABatchWaitsForItsFilesInTheirOrder)
 {
     for (const bool comesToRest : { true, false }) {
         Stage stage;
-        stage.addDestination("Client A");
         stage.queue({ "1.wav", "2.wav" });
         stage.queue({ "1.wav" }, "Other Song");
         stage.folder.write("Other Song/1.wav", "another");
-        WrittenFile first(stage, stage.folder.path("Song/1.wav"));
-        stage.dialogs.answer("Add All (3)");
-        stage.showAll();
+        WrittenFile first(stage.platform.dispatch, stage.folder.path("Song/1.wav"));
+        stage.showAll({ "Add All (3)" });
         EXPECT_THAT(stage.folder.names("Client A"), ElementsAre("2.wav"));
         EXPECT_THAT(stage.notifications.posted, IsEmpty());
         if (comesToRest)
@@ -528,12 +448,10 @@ TEST_F(BounceAlertControllerTests, ABatchWaitsForItsFilesInTheirOrder)
 
 TEST_F(BounceAlertControllerTests, ABatchDoesNotWaitForAFileWhoseNameIsTaken)
 {
-    addDestination("Client A");
     folder.write("Client A/1.wav", "old");
     queue({ "1.wav", "2.wav" });
-    const WrittenFile first(*this, folder.path("Song/1.wav"));
-    dialogs.answer("Add All (2)");
-    showAll();
+    const WrittenFile first(platform.dispatch, folder.path("Song/1.wav"));
+    showAll({ "Add All (2)" });
     EXPECT_THAT(
         notifications.bodies(), ElementsAre("1 file → Client A (1 skipped — already existed)"));
     EXPECT_EQ(folder.read("Client A/1.wav"), "old");
@@ -541,7 +459,7 @@ TEST_F(BounceAlertControllerTests, ABatchDoesNotWaitForAFileWhoseNameIsTaken)
 
 TEST_F(BounceAlertControllerTests, ACopyIntoAWatchedFolderIsNoBounce)
 {
-    const std::string watched = addDestination("Client A").path;
+    const std::string watched = folder.path("Client A");
     BounceWatcher& watcher = BounceWatcher::shared();
     Texts reported;
     watcher.onBounceDetected = [&](const FileURL& file, const auto&, const auto&) {
@@ -555,9 +473,7 @@ TEST_F(BounceAlertControllerTests, ACopyIntoAWatchedFolderIsNoBounce)
         return std::exchange(reported, {});
     };
     queue({ "1.wav", "2.wav", "3.wav" });
-    dialogs.answer("Add");
-    dialogs.answer("Add All (2)");
-    showAll();
+    showAll({ "Add", "Add All (2)" });
     for (const char* name : { "1.wav", "2.wav", "3.wav" }) {
         EXPECT_THAT(deliver(name), IsEmpty()) << "as a drive tells that cannot say more";
         const std::string sameLength(folder.read(std::string("Client A/") + name).size(), '#');
@@ -568,7 +484,6 @@ TEST_F(BounceAlertControllerTests, ACopyIntoAWatchedFolderIsNoBounce)
 
 TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
 {
-    addDestination("Client A");
     for (const int answer : { ModalResponse::alertFirstButton + 1, ModalResponse::stopped,
              ModalResponse::alertFirstButton }) {
         const bool isReplaced = answer == ModalResponse::alertFirstButton;
@@ -589,14 +504,10 @@ TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
 
 TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
 {
-    addDestination("Client A");
     queue({ "Mix.wav" });
     queue({ "Mix.wav" }, "Other Song");
     folder.write("Other Song/Mix.wav", "another");
-    dialogs.answer("Add");
-    dialogs.answer("Add");
-    dialogs.answer("Cancel");
-    showAll();
+    showAll({ "Add", "Add", "Cancel" });
     EXPECT_EQ(dialogs.alerts.back().messageText, "Replace existing file?");
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "free when asked, taken when copied";
 }
@@ -605,7 +516,6 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
 {
     for (const std::string old : { "", "old" }) {
         Stage stage;
-        stage.addDestination("Client A");
         stage.queue({ "Mix.wav" });
         stage.dialogs.answer(
             "Add", 0, [&] { std::filesystem::remove(stage.folder.path("Song/Mix.wav")); });
@@ -615,7 +525,7 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
         }
         stage.dialogs.answer("OK");
         stage.showAll();
-        const std::string reason = stage.texts().back();
+        const std::string reason = stage.dialogs.texts().back();
         EXPECT_THAT(reason, testing::HasSubstr("Mix.wav"));
         EXPECT_EQ(stage.dialogs.alerts.back(),
             (Alert { "Copy failed", reason, AlertStyle::Warning, {}, {}, {} }));
@@ -628,13 +538,12 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
 
 TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
 {
+    SettingsStore::shared().setStemvaultFolders({});
     addDestination("Client\nA");
     const std::string name = "Mix\nfrom me\xff.wav";
     queue({ name, name }, "So\nng");
-    for (const char* answer : { "Add", "Add", "Cancel" })
-        dialogs.answer(answer);
-    showAll();
-    EXPECT_THAT(texts(),
+    showAll({ "Add", "Add", "Cancel" });
+    EXPECT_THAT(dialogs.texts(),
         ElementsAre("Mix\uFFFDfrom me\uFFFD.wav\nfrom So\uFFFDng\n\n+ 1 more waiting",
             "Mix\uFFFDfrom me\uFFFD.wav\nfrom So\uFFFDng",
             "Mix\uFFFDfrom me\uFFFD.wav already exists in \"Client\uFFFDA\"."));
@@ -643,8 +552,7 @@ TEST_F(BounceAlertControllerTests, NamesAreShownHarmlessly)
     EXPECT_EQ(added.notices.at(0).userInfo.at("file"), name);
 
     queue({ "1.wav", "2.wav" });
-    dialogs.answer("Add All (2)");
-    showAll();
+    showAll({ "Add All (2)" });
     EXPECT_EQ(notifications.bodies().back(), "2 files → Client\uFFFDA");
 }
 
@@ -660,7 +568,6 @@ TEST_F(BounceAlertControllerTests, ABatchCountsAndNeverReplaces)
     };
     for (const auto& row : rows) {
         Stage stage;
-        stage.addDestination("Client A");
         for (const Texts& names : { row.taken, row.gone, row.free })
             stage.queue(names);
         for (const std::string& name : row.taken)

@@ -52,12 +52,10 @@ TEST_F(MenuBarManagerTests, TheFirstLineIsTheSessionAsOfTheOpening)
     EXPECT_EQ(bar.open().items[0].attributedTitle, none);
     SessionTracker::shared().start();
     platform.openSession("/u/Sessions/Big Song/Big Song.rpp");
-    platform.dispatch.settle();
     EXPECT_EQ(bar.menu.items[0].attributedTitle, none) << "not open since";
     const MenuItem expected { song.string, song, "", {}, false, false, false };
     EXPECT_EQ(bar.open().items[0], expected);
-    platform.workspace.quit(5);
-    platform.dispatch.settle();
+    platform.quitDAW();
     EXPECT_EQ(bar.open().items[0].attributedTitle, none);
 }
 

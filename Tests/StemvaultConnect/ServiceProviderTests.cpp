@@ -28,6 +28,14 @@ struct ServiceProviderTests : testing::Test {
         return error;
     }
 
+    /// Makes a playlist of the selection under the name that the user types.
+    void createPlaylist(FakePlatform& desktop, const Paths& selection, const std::string& name)
+    {
+        SettingsStore::shared().setProjectsRootPath(root);
+        desktop.dialogs.answerText("Create", name);
+        EXPECT_EQ(perform("createStemvaultPlaylist", paths(selection)), "");
+    }
+
     /// Files whose content is their name; a name that ends with a slash is a folder's.
     void make(const Paths& names) const
     {
@@ -120,9 +128,7 @@ TEST_F(ServiceProviderTests, OnlyALinkThatWasSelectedItselfIsFollowed)
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
-        SettingsStore::shared().setProjectsRootPath(root);
-        desktop.dialogs.answerText("Create", "New");
-        EXPECT_EQ(perform("createStemvaultPlaylist", paths(row.selection)), "");
+        createPlaylist(desktop, row.selection, "New");
         EXPECT_THAT(folder.names("Projects/New"), testing::ElementsAreArray(row.copied))
             << row.what;
         std::filesystem::remove_all(root + "/New");
@@ -141,10 +147,8 @@ TEST_F(ServiceProviderTests, OnlyALinkThatWasSelectedItselfIsFollowed)
 TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
 {
     make({ "Song Demos/a.wav", "Song Demos/b.wav", "Other/a.wav", "Projects/Song Demos/" });
-    SettingsStore::shared().setProjectsRootPath(root);
     platform.userDefaults.strings["sv_debug_base_url"] = "http://localhost:8/x?old=1#top";
-    platform.dialogs.answerText("Create", "Song Demos");
-    EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song Demos", "Other/a.wav" })), "");
+    createPlaylist(platform, { "Song Demos", "Other/a.wav" }, "Song Demos");
 
     EXPECT_THAT(platform.dialogs.alerts,
         ElementsAre(Alert { "Create Stemvault playlist",
@@ -219,9 +223,7 @@ TEST_F(ServiceProviderTests, TheTypedNameBecomesThatOfAFreeFolderAndIsInTheLink)
     };
     for (const auto& row : rows) {
         FakePlatform desktop;
-        SettingsStore::shared().setProjectsRootPath(root);
-        desktop.dialogs.answerText("Create", row.typed);
-        EXPECT_EQ(perform("createStemvaultPlaylist", paths({ "Song" })), "");
+        createPlaylist(desktop, { "Song" }, row.typed);
         EXPECT_EQ(folder.read("Projects/" + row.folderName + "/a.wav"), "Song/a.wav") << row.typed;
         EXPECT_THAT(desktop.workspace.opened,
             ElementsAre(AllOf(

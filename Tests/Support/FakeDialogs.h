@@ -36,6 +36,9 @@ struct FakeDialogs : Dialogs {
     /// Chooses several.
     void chooseAll(const std::vector<std::string>& paths);
 
+    /// The informative text of each alert.
+    [[nodiscard]] std::vector<std::string> texts() const;
+
     std::vector<Alert> alerts; ///< As they were asked.
     std::vector<OpenPanel> panels;
     const FakeApplication* application = nullptr;

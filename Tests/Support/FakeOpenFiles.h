@@ -14,15 +14,13 @@ struct FakeOpenFiles : OpenFiles {
     [[nodiscard]] std::optional<std::string> listing(std::int32_t process) override
     {
         calls.push_back(process);
-        if (!isLsofThere)
-            return std::nullopt;
         const auto found = listings.find(process);
-        return found == listings.end() ? std::string() : found->second;
+        return found == listings.end() ? "" : found->second;
     }
 
     // What a test may do.
-    std::map<std::int32_t, std::string> listings; ///< By process; others have no file open.
-    bool isLsofThere = true;
+    /// By process; others have no file open.
+    std::map<std::int32_t, std::optional<std::string>> listings;
     std::vector<std::int32_t> calls; ///< The processes asked about.
 };
 

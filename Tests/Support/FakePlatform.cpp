@@ -103,6 +103,14 @@ void FakeDialogs::chooseAll(const std::vector<std::string>& paths)
     });
 }
 
+std::vector<std::string> FakeDialogs::texts() const
+{
+    std::vector<std::string> all;
+    for (const Alert& alert : alerts)
+        all.push_back(alert.informativeText);
+    return all;
+}
+
 namespace {
 
 class FakeStream : public FileEventStream {
@@ -306,6 +314,13 @@ void FakePlatform::openSession(const std::string& file)
         workspace.launch(5, "com.cockos.reaper", "REAPER");
     else
         workspace.notify(WorkspaceNotification::DidActivateApplication);
+    dispatch.settle();
+}
+
+void FakePlatform::quitDAW()
+{
+    workspace.quit(5);
+    dispatch.settle();
 }
 
 } // namespace stemvault

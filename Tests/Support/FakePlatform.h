@@ -28,8 +28,11 @@ public:
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;
 
-    /// Opens this file in a DAW, process 5, which is launched first unless it runs.
+    /// Opens this file in a DAW, process 5, which is launched first unless it runs; all that
+    /// follows from it has happened when this returns.
     void openSession(const std::string& file);
+    /// Ends that DAW, likewise.
+    void quitDAW();
 
     FakeApplication application;
     FakeBundle bundle;
