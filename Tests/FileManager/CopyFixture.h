@@ -44,7 +44,7 @@ inline void noUnnamed(SystemCalls& calls)
     };
 }
 
-/// Closes files and reports that what was written could not be kept, as network drives may.
+/// Closes files and reports that their content could not be stored, as network drives may.
 inline Refusal failsAtClose(int error)
 {
     return [=](SystemCalls& calls) {
@@ -52,7 +52,7 @@ inline Refusal failsAtClose(int error)
     };
 }
 
-/// As file systems built on libfuse 2 do: both times are set or neither.
+/// Sets both times or neither, as file systems built on libfuse 2 do.
 inline void setsBothTimesOrNone(SystemCalls& calls)
 {
     calls.futimens = [](int file, const timespec times[2]) {
@@ -69,7 +69,7 @@ inline Refusal meanwhile(const std::function<void()>& work)
     };
 }
 
-/// What happens to the items of a folder, its sub-folders aside.
+/// Watches the files directly in a folder; events of its sub-folders are left out.
 class FolderWatch {
 public:
     FolderWatch(const std::string& folder, std::uint32_t kinds)
@@ -77,7 +77,7 @@ public:
         EXPECT_GE(::inotify_add_watch(watch.get(), folder.c_str(), kinds), 0);
     }
 
-    /// The kinds of the events since the last call, of items called `name` or, without one, of all.
+    /// The kinds of the events since the last call, for the file called `name` or for all files.
     [[nodiscard]] std::vector<std::uint32_t> events(const std::string& name = "") const
     {
         char buffer[16384];

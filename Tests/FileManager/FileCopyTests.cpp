@@ -179,7 +179,7 @@ TEST_F(CopyTest, FollowsALinkOnlyWhereTheUserNamedIt)
     }
 }
 
-// A regression would hang here.
+// This hangs if a copy opens a pipe and waits for its writer.
 TEST_F(CopyTest, WaitsForNoPipeThatTakesTheFilesPlace)
 {
     const std::string pipe = files.path("from/pipe");
@@ -362,7 +362,7 @@ TEST_F(CopyTest, LetsExactlyOneOfTwoWin)
 
 TEST_F(CopyTest, LeavesTheOldOrTheNewWholeWhenKilled)
 {
-    // Pieces of data with holes between them, so as many steps of copying.
+    // Data with holes in between, so that copying takes many system calls.
     const auto version = [](int step) {
         std::string text =
             std::to_string(step) + std::string(100'000, static_cast<char>('a' + step % 26));

@@ -70,7 +70,7 @@ TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
         { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) }, { failsAtClose(EIO) },
         { noUnnamed, failsAtClose(EIO) }, { no(&SystemCalls::renameat2, EACCES) },
         { noRename(RENAME_EXCHANGE, EINVAL),
-            noRename(RENAME_NOREPLACE, EIO) }, // Moved aside first.
+            noRename(RENAME_NOREPLACE, EIO) }, // The old one is moved aside first.
     };
     for (const auto& refusals : rows) {
         makeOld("folder");
@@ -111,8 +111,8 @@ TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
     EXPECT_THAT(watch.events("Mix.wav"), ElementsAre(IN_MOVED_TO, IN_CLOSE_WRITE));
 }
 
-// A drive that keeps no cache stores a file when it is closed, and once more, empty, when it is
-// opened for writing and not written.
+// A drive without a cache stores a file when it is closed, and stores it once more, empty, when it
+// is opened for writing and nothing is written.
 TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsNameOrGoes)
 {
     const FolderWatch watch(

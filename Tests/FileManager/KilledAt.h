@@ -14,7 +14,7 @@
 
 namespace stemvault {
 
-/// Counts `callsLeft` down at each call, and kills this process right before the last of them.
+/// Counts `callsLeft` down at each call and kills this process right before the last one.
 template <typename Call> void killAtTheLast(int& callsLeft, Call& call)
 {
     call = [&callsLeft, real = call](auto... arguments) {
@@ -24,8 +24,8 @@ template <typename Call> void killAtTheLast(int& callsLeft, Call& call)
     };
 }
 
-/// Runs `work` in a child process that is killed right before the given one of its `calls`. False
-/// if it came to its end before.
+/// Runs `work` in a child process that is killed right before its call number `call`. False if
+/// `work` ended first.
 template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Work& work)
 {
     const pid_t child = ::fork();
@@ -47,8 +47,8 @@ template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Wor
     return WIFSIGNALED(status);
 }
 
-/// Takes the steps after `last` in a child process until that is killed, so long after its start.
-/// Gives the last step that came to its end.
+/// Takes the steps after `last` in a child process, which is killed `moment` after its start.
+/// Returns the last step that ended.
 template <typename Step>
 int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
 {
@@ -73,10 +73,10 @@ int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
     return last;
 }
 
-/// Kills children that take the steps after 1, each at a random moment of its first ones, and a
-/// last one before each of its `calls` in turn. Of what was finished nothing may be lost, and what
-/// was under way must be there as a whole or not at all: `found` looks for the last step whose
-/// result is whole. Gives the number of calls.
+/// Takes steps in child processes and kills `kills` of them at random moments, then one right
+/// before each of its `calls` in turn. No finished step may be lost, and the result of the step
+/// under way must be whole or absent: `found` returns the last step whose result is whole. Returns
+/// the number of calls.
 template <typename Step, typename Found>
 int expectWholeWhenKilled(int kills, SystemCalls& calls, const Step& step, const Found& found)
 {

@@ -19,14 +19,14 @@
 namespace stemvault {
 namespace {
 
-using Writer = std::shared_ptr<void>; ///< Ends with its last owner.
+using Writer = std::shared_ptr<void>; ///< Stops writing when its last owner is gone.
 
 Writer opened(const std::string& path, int flags)
 {
     return std::make_shared<FileDescriptor>(::open(path.c_str(), flags | O_CLOEXEC));
 }
 
-/// A mapping whose descriptor is closed.
+/// Maps the file and closes its descriptor.
 Writer mapped(const std::string& path, int sharing)
 {
     const int access = sharing == MAP_SHARED ? O_RDWR : O_RDONLY;
@@ -36,7 +36,7 @@ Writer mapped(const std::string& path, int sharing)
     return { memory, [](void* mapping) { ::munmap(mapping, 4); } };
 }
 
-/// Another process that opens the file, and ends when told to.
+/// Starts a process that opens the file; it is killed with the result.
 Writer openedElsewhere(const std::string& path)
 {
     int ready[2];
@@ -123,7 +123,7 @@ TEST_F(WriterCheckTests, LooksAmongProcessesAtAFileOfAnotherUser)
     const Writer writer = opened(mix, O_WRONLY);
     const std::string other = folder.write("Other.wav", "data");
     Writers ofMix {}, ofOther {};
-    // The call itself, unlike the library's function, concerns this thread alone.
+    // The system call, unlike the C library's function, changes this thread only.
     std::thread([&] {
         ASSERT_EQ(::syscall(SYS_setresuid, -1, 65534, -1), 0);
         ofMix = writersOf(mix);
@@ -145,7 +145,7 @@ TEST_F(WriterCheckTests, AWriterThatComesMeanwhileHarmsNobody)
         }
     });
     int granted = 0, refused = 0;
-    // Among so many some meet the lease: without care for its signal, this process is ended.
+    // Some of so many opens meet the lease, whose signal kills a process that does not expect it.
     while (granted < 5'000 || refused < 100)
         ++(writersOf(mix) == Writers::None ? granted : refused);
     isOver = true;

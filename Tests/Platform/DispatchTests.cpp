@@ -10,8 +10,8 @@
 namespace stemvault {
 namespace {
 
-// That background work runs on other threads and side by side is the real adapter's alone: the fake
-// runs everything on the test's thread, which is what makes it repeatable.
+// Only the real adapter runs background work on other threads and side by side. The fake runs
+// everything on the test's thread, so that tests are repeatable.
 
 struct FakeDispatchStage {
     static constexpr const char* name = "Fake";
@@ -43,7 +43,7 @@ TYPED_TEST_SUITE(DispatchTests, Stages, StageNames);
 
 using Notes = std::vector<std::string>;
 
-/// What a row's steps may use.
+/// What the steps of a row work with.
 struct Desk {
     Dispatch& dispatch;
     Notes& notes;

@@ -12,8 +12,8 @@
 namespace stemvault {
 namespace {
 
-// Which change of a disk raises which event is the real adapter's alone: the fake has no disk, and
-// a test says what it delivers.
+// Which change on disk raises which event is tested with the real adapter only: the fake has no
+// disk and delivers what a test tells it to.
 
 struct FakeFileEventsStage {
     static constexpr const char* name = "Fake";
@@ -46,7 +46,7 @@ template <typename Stage> struct FileEventsTests : testing::Test {
 using Stages = testing::Types<FakeFileEventsStage, InotifyStage>;
 TYPED_TEST_SUITE(FileEventsTests, Stages, StageNames);
 
-/// A stream over the stage's folder, and the names of all that it has reported.
+/// A stream over the stage's folder and the names of the files that it has reported.
 struct Listener {
     template <typename Stage> explicit Listener(Stage& stage)
     {
@@ -101,7 +101,7 @@ TYPED_TEST(FileEventsTests, AStreamReportsFromStartToStop)
         EXPECT_TRUE(stage.happens([&] {
             return (row.isReported ? listener : witness).hasHeardOf("Mix.wav");
         })) << row.what;
-        // By the time of a second report the first would have come.
+        // The first report would have come before this one.
         stage.write("Later.wav");
         EXPECT_TRUE(stage.happens([&] { return witness.hasHeardOf("Later.wav"); })) << row.what;
         EXPECT_EQ(listener.hasHeardOf("Mix.wav"), row.isReported) << row.what;

@@ -10,8 +10,8 @@
 namespace stemvault {
 namespace {
 
-// What a view looks like and how it is used is the real adapter's alone: tests of the program read
-// and press a view as a value.
+// How a view looks and is used is tested with the real adapter only: tests of the program read a
+// view as a value and press its buttons there.
 
 struct FakeWindowsStage {
     static constexpr const char* name = "Fake";

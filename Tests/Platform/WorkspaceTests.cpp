@@ -13,7 +13,8 @@ namespace {
 
 using namespace std::string_literals;
 
-// How applications are recognised is the real adapter's alone: a test says which ones the fake has.
+// How applications are recognised is tested with the real adapter only: a test says which ones the
+// fake has.
 
 constexpr int reaper = 5'000'001; // No process of this machine.
 constexpr int proTools = 5'000'002;
@@ -144,7 +145,7 @@ TYPED_TEST(WorkspaceTests, ARemovedObserverHearsNothingNotEvenOfTheEventAtHand)
     stage.workspace.addObserver(&handles[2], launched, [&] { told.emplace_back("removed"); });
     stage.workspace.addObserver(&handles[3], launched, [&] { told.emplace_back("last"); });
     stage.workspace.removeObserver(&handles[0]);
-    stage.workspace.removeObserver(&handles[0]); // Not known any more.
+    stage.workspace.removeObserver(&handles[0]); // It is no longer known.
     stage.start(reaper);
     EXPECT_TRUE(stage.happens([&told] { return !told.empty() && told.back() == "last"; }));
     EXPECT_THAT(told, ElementsAre("remover", "last"));

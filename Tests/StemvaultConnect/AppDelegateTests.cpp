@@ -38,7 +38,7 @@ TEST_F(AppDelegateTests, LaunchMakesWhatItNeedsAndNoMore)
     EXPECT_FALSE(BounceAlertController::isMade() || SessionTrackerObservable::isMade());
     EXPECT_EQ(platform.statusBar.menu.items.size(), 7U);
     EXPECT_EQ(platform.urlSession.urls.size(), 1U) << "the daily look for an update";
-    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "a DAW that was running already is seen";
+    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "a DAW that was already running";
     EXPECT_TRUE(platform.fileEvents.streams.empty()) << "nothing to watch";
     EXPECT_EQ(platform.application.icon, Image { "/resources/AppIcon.icns" });
     EXPECT_NE(platform.application.servicesProvider, nullptr);
@@ -55,15 +55,15 @@ TEST_F(AppDelegateTests, WatchingFollowsTheSessionAndTheSetting)
 {
     SettingsStore::shared().setAlwaysWatchPath("/w");
     delegate.applicationDidFinishLaunching();
-    EXPECT_THAT(watched(), ElementsAre("/w")) << "before the first look has ended";
+    EXPECT_THAT(watched(), ElementsAre("/w")) << "before the first scan has ended";
     platform.openSession("/a/S.rpp");
     EXPECT_THAT(watched(), ElementsAre("/a", "/w"));
     SettingsStore::shared().setAlwaysWatchPath("/other");
     platform.openSession("/b/S.rpp");
-    EXPECT_THAT(watched(), ElementsAre("/b", "/other")) << "the setting of the moment";
+    EXPECT_THAT(watched(), ElementsAre("/b", "/other")) << "the current setting";
     platform.quitDAW();
     EXPECT_THAT(watched(), ElementsAre("/other"));
-    EXPECT_EQ(platform.statusBar.updates, 3) << "the menu would differ";
+    EXPECT_EQ(platform.statusBar.updates, 3) << "each change of the session changes the menu";
 }
 
 TEST_F(AppDelegateTests, BouncesAreAskedAboutInTheOrderOfTheirDetection)
@@ -123,7 +123,8 @@ TEST_F(AppDelegateTests, TerminatingStopsWhatRunsByItself)
     SessionTracker::shared().refresh();
     delegate.applicationWillTerminate();
     platform.dispatch.settle();
-    EXPECT_THAT(platform.fileEvents.streams, testing::SizeIs(1)) << "a late look begins no stream";
+    EXPECT_THAT(platform.fileEvents.streams, testing::SizeIs(1))
+        << "a scan that ends late starts no stream";
     EXPECT_EQ(
         platform.fileEvents.streams.back()->state, "made started stopped invalidated released");
     EXPECT_EQ(platform.dispatch.timerCount(), 0U);

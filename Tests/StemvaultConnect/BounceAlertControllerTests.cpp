@@ -25,7 +25,8 @@ using Texts = std::vector<std::string>;
 
 const Image icon { "/resources/AppIcon.icns" };
 
-/// A desktop, a disk and the controller's queue; a test whose cases each begin anew makes several.
+/// A desktop, a disk and the controller's queue. A test whose cases must not affect each other
+/// makes one for each.
 struct Stage {
     Stage() { addDestination("Client A"); }
 
@@ -34,7 +35,7 @@ struct Stage {
         SettingsStore::shared().addFolder({ UUID(), name, folder.makeFolder(name) });
     }
 
-    /// Bounces of these names, whose content is their name.
+    /// Queues files with these names; the content of each is its name.
     void queue(const Texts& names, const std::string& sourceFolder = "Song") const
     {
         const std::string below = sourceFolder + "/";
@@ -43,7 +44,7 @@ struct Stage {
                 { FileURL(folder.write(below + name, name)), sourceFolder });
     }
 
-    /// Asks about all that wait; the user presses these buttons.
+    /// Shows the prompts for the whole queue; the user presses these buttons in turn.
     void showAll(const Texts& buttons = {})
     {
         for (const std::string& button : buttons)
@@ -74,7 +75,8 @@ TEST_F(BounceAlertControllerTests, AsksWithEverythingThePromptNeeds)
     EXPECT_THAT(dialogs.texts(),
         ElementsAre("1.wav\nfrom Song\n\n+ 2 more waiting", "2.wav\nfrom Song\n\n+ 1 more waiting",
             "3.wav\nfrom Song"));
-    EXPECT_THAT(dialogs.activationsBefore, ElementsAre(1, 2, 3)) << "to the front first";
+    EXPECT_THAT(dialogs.activationsBefore, ElementsAre(1, 2, 3))
+        << "the program comes to the front before each prompt";
 }
 
 TEST_F(BounceAlertControllerTests, LoadsItsIconAndAsksForPermissionWhenMade)
@@ -103,7 +105,8 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
 {
     const struct {
         const char* what;
-        std::vector<std::pair<std::string, int>> answers; ///< Button and item, or a bare number.
+        std::vector<std::pair<std::string, int>>
+            answers; ///< Button and item; no button: the response.
         int cancelledPanels;
         Texts bodies;
     } rows[] = {
@@ -114,9 +117,9 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
         { "Skip, then the rest at once", { { "Skip", 0 }, { "Add All (2)", 0 } }, 0,
             { "2 files → Client A" } },
         { "Cancel empties the queue", { { "Cancel", 0 } }, 0, {} },
-        { "a cancelled panel drops this file alone",
+        { "a cancelled panel drops only this file",
             { { "Add All (3)", 2 }, { "Add", -1 }, { "Add", 0 } }, 2, { "3.wav → Client A" } },
-        { "an answer that is no button skips",
+        { "a response that belongs to no button skips",
             { { "", ModalResponse::stopped }, { "", 1099 }, { "Add", 0 } }, 0,
             { "3.wav → Client A" } },
     };
@@ -200,7 +203,7 @@ TEST_F(BounceAlertControllerTests, ANewFolderIsChosenInThePanel)
         Texts bodies;
     } rows[] = {
         { "cancelled", {}, {}, 1, {} },
-        { "one that is known, by its path alone", "/projects", "Client A/", 1,
+        { "a known one, recognised by its path", "/projects", "Client A/", 1,
             { "Mix.wav → Client A" } },
         { "a new one", "", "Client N", 2, { "Mix.wav → Client N" } },
     };
@@ -239,7 +242,7 @@ TEST_F(BounceAlertControllerTests, ACopyIsConfirmedAndHoldsUpNoPrompt)
         EXPECT_THAT(added.notices,
             ElementsAre(Notification {
                 "bounceAdded", { { "file", "Mix.wav" }, { "destination", "Client A" } } }))
-            << "told where it was copied";
+            << "posted from the thread that copied";
     });
     showAll();
     const std::string identifier = notifications.posted.at(0).identifier;
@@ -271,11 +274,11 @@ TEST_F(BounceAlertControllerTests, AFileIsAtRestWhenNobodyWritesItAnyMore)
         { "closed, written a second ago", { Writers::None, 10, now - 1s }, true },
         { "closed, written just now", { Writers::None, 10, now - 999ms }, false },
         { "nobody can tell who writes it", { Writers::Unknown, 10, now - 1s }, true },
-        { "by a clock that is a little ahead", { Writers::None, 10, now + 999ms }, false },
-        { "by a clock that is far ahead", { Writers::None, 10, now + 1h }, true },
+        { "dated by a clock slightly ahead", { Writers::None, 10, now + 999ms }, false },
+        { "dated by a clock far ahead", { Writers::None, 10, now + 1h }, true },
         { "open, written a while ago", { Writers::Some, 5000, now - 299s }, false },
         { "open, left alone for minutes", { Writers::Some, 5000, now - 5min }, true },
-        { "open, no more than a header", { Writers::Some, 4096, now - 5min }, false },
+        { "open, with only a header", { Writers::Some, 4096, now - 5min }, false },
     };
     for (const auto& row : rows)
         EXPECT_EQ(BounceWatcher::isAtRest(row.source, now), row.expected) << row.what;
@@ -289,7 +292,7 @@ TEST_F(BounceAlertControllerTests, AFileThatIsStillWrittenIsCopiedOnceItIsAtRest
         showAll(isReplacing ? Texts { "Add", "Replace" } : Texts { "Add" });
         EXPECT_EQ(dialogs.alerts.back().messageText,
             isReplacing ? "Replace existing file?" : "Bounce detected")
-            << "the question does not wait";
+            << "the question comes before the file is at rest";
         platform.dispatch.advance(1min);
         mix.write(isReplacing ? "new mix" : "the mix");
         mix.close();
@@ -318,8 +321,8 @@ TEST_F(BounceAlertControllerTests, AFileThatNeverComesToRestIsReported)
     EXPECT_THAT(folder.names("Client A"), IsEmpty());
 }
 
-/// Gives a file another date ten thousand times a second, or whenever a file gets too large, in
-/// signals to the thread that copies. Dates in the future tell nothing of rest.
+/// Changes a file's date ten thousand times a second, or whenever a write exceeds the limit, from
+/// signals to the thread that copies. A date in the future does not keep a file from being copied.
 class Redating {
 public:
     explicit Redating(const std::string& file)
@@ -350,7 +353,7 @@ public:
         const rlimit limit { size, RLIM_INFINITY };
         EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     }
-    /// From now on as what is written at this time.
+    /// Uses this time for the next dates.
     static void dateAs(WallTime now)
     {
         seconds = std::chrono::floor<std::chrono::seconds>(now.time_since_epoch()).count();
@@ -475,10 +478,10 @@ TEST_F(BounceAlertControllerTests, ACopyIntoAWatchedFolderIsNoBounce)
     queue({ "1.wav", "2.wav", "3.wav" });
     showAll({ "Add", "Add All (2)" });
     for (const char* name : { "1.wav", "2.wav", "3.wav" }) {
-        EXPECT_THAT(deliver(name), IsEmpty()) << "as a drive tells that cannot say more";
+        EXPECT_THAT(deliver(name), IsEmpty()) << "from a drive that reports every change alike";
         const std::string sameLength(folder.read(std::string("Client A/") + name).size(), '#');
         folder.write(std::string("Client A/") + name, sameLength);
-        EXPECT_THAT(deliver(name), ElementsAre(name)) << "recorded anew";
+        EXPECT_THAT(deliver(name), ElementsAre(name)) << "recorded again";
     }
 }
 
@@ -499,7 +502,8 @@ TEST_F(BounceAlertControllerTests, ATakenNameIsAskedAboutOnce)
     EXPECT_EQ(dialogs.alerts[1],
         (Alert { "Replace existing file?", "Mix.wav already exists in \"Client A\".",
             AlertStyle::Warning, icon, {}, { "Replace", "Cancel" } }));
-    EXPECT_EQ(platform.application.activations, 3) << "the question does not come to the front";
+    EXPECT_EQ(platform.application.activations, 3)
+        << "the question does not bring the program to the front";
 }
 
 TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
@@ -509,7 +513,8 @@ TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
     folder.write("Other Song/Mix.wav", "another");
     showAll({ "Add", "Add", "Cancel" });
     EXPECT_EQ(dialogs.alerts.back().messageText, "Replace existing file?");
-    EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav") << "free when asked, taken when copied";
+    EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav")
+        << "the name was free at the prompt and taken at the copy";
 }
 
 TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
@@ -532,7 +537,8 @@ TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)
         EXPECT_EQ(stage.folder.read("Client A/Mix.wav"), old);
         EXPECT_THAT(stage.added.notices, IsEmpty());
         EXPECT_THAT(stage.notifications.posted, IsEmpty());
-        EXPECT_EQ(stage.platform.application.activations, 1) << "it does not come to the front";
+        EXPECT_EQ(stage.platform.application.activations, 1)
+            << "the failure does not bring the program to the front";
     }
 }
 

@@ -41,7 +41,7 @@ struct BounceWatcherTests : testing::Test {
     /// Writes the mix and delivers its event.
     void bounce(const std::string& content = "data") { deliver(folder.write("Mix.wav", content)); }
 
-    /// What has been reported since the last call, by the end of that time.
+    /// Lets this time pass and returns what has been reported since the last call.
     std::vector<std::string> reportedAfter(std::chrono::milliseconds time)
     {
         platform.dispatch.advance(time);
@@ -52,7 +52,7 @@ struct BounceWatcherTests : testing::Test {
     TemporaryFolder folder;
     const std::string mix = folder.path("Mix.wav");
     std::vector<std::string> reported;
-    std::optional<FileIdentity> reportedFolder; ///< Of the latest report.
+    std::optional<FileIdentity> reportedFolder; ///< The one given with the latest report.
 };
 
 TEST_F(BounceWatcherTests, MakesOneStreamOverTheFoldersItIsGiven)
@@ -115,7 +115,7 @@ TEST_F(BounceWatcherTests, TakesAudioFilesThatAreWritten)
         EXPECT_EQ(isTaken(row.path, row.flags), row.isTaken) << row.what;
     for (const std::string extension : { "wav", "aiff", "aif", "mp3", "flac", "m4a", "mp4", "mov" })
         EXPECT_TRUE(isTaken("/s/a." + extension)) << extension;
-    SettingsStore::shared().setAlwaysWatchPath(""); // The beginning of nothing.
+    SettingsStore::shared().setAlwaysWatchPath(""); // Every path begins with it.
     for (const std::string internal : { "Audio Files", "Session File Backups", "WaveCache Files",
              "Fade Files", "Plug-In Settings", "Rendered Files", "Video Files", "Clip Groups" })
         EXPECT_FALSE(isTaken("/s/" + internal + "/a.wav")) << internal;
@@ -200,7 +200,8 @@ TEST_F(BounceWatcherTests, ReportsAgainOnlyAtAnotherSize)
     }
     std::filesystem::remove(mix);
     deliver(mix);
-    EXPECT_THAT(reportedAfter(2s), IsEmpty()) << "gone counts as empty, which is known";
+    EXPECT_THAT(reportedAfter(2s), IsEmpty())
+        << "a missing file counts as empty, and that size was reported";
 }
 
 TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)
@@ -208,7 +209,7 @@ TEST_F(BounceWatcherTests, AFileThatGoesDuringItsWaitIsReported)
     bounce();
     platform.dispatch.advance(600ms);
     std::filesystem::remove(mix);
-    EXPECT_THAT(reportedAfter(1400ms), IsEmpty()) << "it has read empty for less than a second";
+    EXPECT_THAT(reportedAfter(1400ms), IsEmpty()) << "its size has been 0 for less than a second";
     EXPECT_THAT(reportedAfter(500ms), ElementsAre(mix));
 }
 
@@ -253,7 +254,7 @@ TEST_F(BounceWatcherTests, ReportsAFileOfTwoSpellingsOnce)
     EXPECT_EQ(write("Mix.wav", "more data"), 1U) << "another folder";
 
     deliver(folder.path("Music/Song/Mix.wav"));
-    EXPECT_THAT(reportedAfter(3s), IsEmpty()) << "told of under the other spelling alone";
+    EXPECT_THAT(reportedAfter(3s), IsEmpty()) << "an event under the second spelling only";
 
     std::filesystem::rename(session, folder.path("disk/Music/Renamed"));
     std::filesystem::last_write_time(folder.path("disk/Music/Renamed/Mix.wav"), {});
@@ -268,7 +269,7 @@ TEST_F(BounceWatcherTests, ADriveThatDoesNotAnswerHoldsUpOnlyItsOwnFiles)
     for (int i = 0; i < 100; ++i)
         deliver(
             folder.write("drive/" + std::to_string(i % 50) + "/" + std::to_string(i) + ".wav", ""));
-    // None of the looks at the drive ends.
+    // No look at the drive returns.
     std::vector<Work> hanging;
     while (platform.dispatch.utilityWorkCount() > 0)
         hanging.push_back(platform.dispatch.holdOldestUtilityWork());
@@ -276,12 +277,12 @@ TEST_F(BounceWatcherTests, ADriveThatDoesNotAnswerHoldsUpOnlyItsOwnFiles)
 
     bounce();
     EXPECT_THAT(reportedAfter(1500ms), ElementsAre(mix))
-        << "of the other drive, at the fourth check";
+        << "on the other drive, at the fourth check";
     EXPECT_THAT(reportedAfter(1h), IsEmpty());
 
     for (const Work& look : hanging)
         look();
-    EXPECT_THAT(reportedAfter(1499ms), IsEmpty()) << "the drive answers, and the waits begin";
+    EXPECT_THAT(reportedAfter(1499ms), IsEmpty()) << "the waits begin when the drive answers";
     EXPECT_EQ(reportedAfter(1ms).size(), 100U);
 }
 
@@ -368,7 +369,7 @@ TEST_F(BounceWatcherTests, ReportsAnExportWhenItIsComplete)
         { "left open with a header alone", { open, grow(4096) }, {} },
         { "a header alone, closed in the end", { open, grow(4096), wait(20min + 200ms), close },
             { "4096 bytes at 1200.5 s" } },
-        { "closed between two blocks, which cannot be told from the end",
+        { "closed between two blocks, which looks like the end",
             { open, grow(9000), close, wait(3s), open, grow(9000), close },
             { "9000 bytes at 1.5 s", "18000 bytes at 4.5 s" } },
     };
@@ -406,7 +407,7 @@ TEST_F(BounceWatcherTests, AnUpdateForgetsWaitsAndReports)
     EXPECT_THAT(reportedAfter(5s), ElementsAre(mix)) << "two waits for one path report once";
     watch();
     bounce();
-    EXPECT_THAT(reportedAfter(2s), ElementsAre(mix)) << "reported before the update, so once more";
+    EXPECT_THAT(reportedAfter(2s), ElementsAre(mix)) << "an update forgets what was reported";
 
     bounce("other");
     BounceWatcher::shared().stop();

@@ -26,7 +26,8 @@ const std::string live = "com.ableton.live", cubase = "com.steinberg.cubase12",
                   bitwig = "com.bitwig.BitwigStudio", audacity = "org.audacityteam.Audacity";
 
 struct MediaSessionTests : testing::Test {
-    /// What is found when these files are open and the session files changed at these hours.
+    /// The folder found when these files are open and each session folder's newest file has this
+    /// hour.
     std::string folderOf(const std::string& daw, const std::vector<std::string_view>& openPaths,
         const std::map<std::string, int>& sessionFolders)
     {
@@ -41,7 +42,7 @@ struct MediaSessionTests : testing::Test {
         return found ? found->path() : "absent";
     }
 
-    std::map<std::string, int> questions; ///< How often was asked for a folder.
+    std::map<std::string, int> questions; ///< How often each folder was asked about.
 };
 
 TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)
@@ -72,7 +73,7 @@ TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)
         { "a file that is open twice counts once", reaper,
             { "/m/A/1.wav", "/m/A/1.wav", "/m/A/1.wav", "/m/B/2.wav", "/m/B/3.wav" },
             { { "/m/A", 2 }, { "/m/B", 1 } }, "/m/B" },
-        { "of equals the newest session", reaper, { "/m/A/1.wav", "/m/B/2.wav" },
+        { "with equal counts the newest session", reaper, { "/m/A/1.wav", "/m/B/2.wav" },
             { { "/m/A", 2 }, { "/m/B", 1 } }, "/m/A" },
         { "the nearest of two above", reaper, { "/m/Album/Song/1.wav" },
             { { "/m/Album", 2 }, { "/m/Album/Song", 1 } }, "/m/Album/Song" },

@@ -52,7 +52,7 @@ TEST_F(MenuBarManagerTests, TheFirstLineIsTheSessionAsOfTheOpening)
     EXPECT_EQ(bar.open().items[0].attributedTitle, none);
     SessionTracker::shared().start();
     platform.openSession("/u/Sessions/Big Song/Big Song.rpp");
-    EXPECT_EQ(bar.menu.items[0].attributedTitle, none) << "not open since";
+    EXPECT_EQ(bar.menu.items[0].attributedTitle, none) << "the menu was not opened since";
     const MenuItem expected { song.string, song, "", {}, false, false, false };
     EXPECT_EQ(bar.open().items[0], expected);
     platform.quitDAW();
@@ -75,7 +75,7 @@ TEST_F(MenuBarManagerTests, TheSecondLineIsTheLatestSingleCopy)
     for (const auto& row : rows) {
         const int updates = bar.updates;
         NotificationCenter::defaultCenter().post({ "bounceAdded", row.added });
-        EXPECT_EQ(bar.updates, updates) << "taken over on the main thread alone";
+        EXPECT_EQ(bar.updates, updates) << "the notice is handled on the main thread only";
         platform.dispatch.settle();
         const MenuItem& line = bar.open().items.at(1);
         EXPECT_EQ(line.isHidden ? "hidden" : line.title, row.expected);
@@ -132,7 +132,7 @@ TEST_F(MenuBarManagerTests, WithoutAStatusBarAFirstStartOpensThePreferences)
         const MenuBarManager fresh;
         row.setUp(SettingsStore::shared());
         desktop.dispatch.advance(9s);
-        EXPECT_TRUE(desktop.windows.windows.empty()) << "a status bar may come yet";
+        EXPECT_TRUE(desktop.windows.windows.empty()) << "a status bar may still come";
         desktop.statusBar.isThere = row.isBarThere;
         desktop.dispatch.advance(1s);
         EXPECT_EQ(desktop.windows.windows.size(), row.windows) << row.what;

@@ -28,7 +28,7 @@ View row(std::vector<View> children, std::optional<double> spacing = {})
         std::move(children) };
 }
 
-/// What of one kind there is in the tree, in the order in which it is read.
+/// All nodes of one kind in the tree, in reading order.
 template <typename Node> std::vector<Node> all(const View& view)
 {
     std::vector<Node> found;
@@ -44,7 +44,7 @@ class PreferencesViewTests : public testing::Test {
 protected:
     PreferencesViewTests() { setenv("HOME", "/home/u", 1); }
 
-    /// Group `index`, counted without the dividers, as a list of its children.
+    /// The children of group `index`; dividers are not counted.
     [[nodiscard]] static std::vector<View> group(PreferencesView& view, std::size_t index)
     {
         const View body = view.body();
@@ -131,7 +131,7 @@ TEST_F(PreferencesViewTests, TheSessionFollowsTheTracker)
         6);
     EXPECT_EQ(group(view, 1).at(1), open);
     PreferencesView second;
-    EXPECT_EQ(group(second, 1).at(1), open) << "known from the first drawing on";
+    EXPECT_EQ(group(second, 1).at(1), open) << "the first drawing already shows it";
 }
 
 TEST_F(PreferencesViewTests, ASessionThatIsOpenAlreadyIsInTheFirstDrawing)
@@ -172,9 +172,9 @@ TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
                 Text { "~/" + folder.name, caption, Color::SecondaryLabel } });
     };
     static_cast<void>(view.draw());
-    EXPECT_THAT(rows(), ElementsAre(present(there), present(gone))) << "before anyone has looked";
+    EXPECT_THAT(rows(), ElementsAre(present(there), present(gone))) << "before the disk was asked";
     platform.dispatch.settle();
-    EXPECT_EQ(drawings, 1) << "only for what has changed";
+    EXPECT_EQ(drawings, 1) << "one drawing for the one change";
     EXPECT_THAT(rows(),
         ElementsAre(present(there),
             rowOf(gone, Symbol { "folder.fill.badge.questionmark", Color::SystemYellow, {} },
@@ -277,7 +277,7 @@ TEST_F(PreferencesViewTests, ChoosingAndClearingBothFolders)
     press(view, 3, 0);
     EXPECT_EQ(store.projectsRootPath(), "/home/u/Root");
     EXPECT_EQ(group(view, 3).at(2), setRow("~/Root", "projects root"));
-    EXPECT_FALSE(BounceWatcher::isMade()) << "it has nothing to do with watching";
+    EXPECT_FALSE(BounceWatcher::isMade()) << "the projects root is not watched";
     press(view, 3, 0);
     EXPECT_FALSE(store.projectsRootPath());
 

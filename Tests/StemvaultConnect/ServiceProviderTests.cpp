@@ -36,7 +36,7 @@ struct ServiceProviderTests : testing::Test {
         EXPECT_EQ(perform("createStemvaultPlaylist", paths(selection)), "");
     }
 
-    /// Files whose content is their name; a name that ends with a slash is a folder's.
+    /// Makes files whose content is their name; a name that ends with a slash makes a folder.
     void make(const Paths& names) const
     {
         for (const std::string& name : names)
@@ -81,7 +81,7 @@ TEST_F(ServiceProviderTests, TheWalkTakesAudioFilesAndNamesTheirFolder)
     } rows[] = {
         { "a folder, one level deep, hidden files too", { "Song" },
             { "Song/.hidden.mp3", "Song/B.AIFF", "Song/a.wav", "Song/c.mov" } },
-        { "a folder by a link to it", { "link/" },
+        { "a link to a folder", { "link/" },
             { "link/.hidden.mp3", "link/B.AIFF", "link/a.wav", "link/c.mov" } },
         { "files, as they were selected", { "Mixes/a.flac", "Mixes/Mix.WAV", "Mixes/a.flac" },
             { "Mixes/a.flac", "Mixes/Mix.WAV", "Mixes/a.flac" } },
@@ -104,7 +104,7 @@ TEST_F(ServiceProviderTests, TheWalkTakesAudioFilesAndNamesTheirFolder)
         EXPECT_EQ(perform("addToStemvault", paths(row.selection)),
             row.queued.empty() ? "No audio files found in that selection." : "")
             << row.what;
-        // A disk lists a folder in an order of its own.
+        // The order within a folder is the file system's.
         if (row.selection.size() == 1)
             std::ranges::sort(queued);
         EXPECT_EQ(queued, row.queued) << row.what;
@@ -155,7 +155,8 @@ TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
             "This will be the new project's folder name.", AlertStyle::Informational, {},
             TextField { { 0, 0, 280, 24 }, "Song Demos", true }, { "Create", "Cancel" } }));
     EXPECT_THAT(platform.dialogs.activationsBefore, ElementsAre(1));
-    EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav") << "the first one";
+    EXPECT_EQ(folder.read("Projects/Song Demos 2/a.wav"), "Song Demos/a.wav")
+        << "the first of the two files called a.wav";
     EXPECT_EQ(folder.read("Projects/Song Demos 2/b.wav"), "Song Demos/b.wav");
     EXPECT_THAT(platform.workspace.opened,
         ElementsAre("http://localhost:8/x?prefillFolder=/song%20demos%202&title=Song%20Demos"
@@ -165,7 +166,7 @@ TEST_F(ServiceProviderTests, APlaylistIsAskedForMadeOpenedAndAnnounced)
     EXPECT_THAT(platform.userNotificationCenter.posted,
         ElementsAre(UserNotification { identifier, "Stemvault playlist ready",
             "Song Demos — 2 files copied, opening browser…", UserNotificationSound::Default }));
-    EXPECT_FALSE(BounceAlertController::isMade()) << "it asks for no permission";
+    EXPECT_FALSE(BounceAlertController::isMade()) << "no permission for notifications is asked for";
 }
 
 TEST_F(ServiceProviderTests, ANamePromptThatIsCancelledOrClosedMakesNothing)
@@ -284,7 +285,8 @@ TEST_F(ServiceProviderTests, EachFailureIsAnsweredInItsPlace)
         if (row.error.empty())
             desktop.dialogs.answerText("Create", "New");
         desktop.dialogs.answer("OK", 0, [&desktop] {
-            EXPECT_THAT(desktop.userNotificationCenter.posted, IsEmpty()) << "the browser is first";
+            EXPECT_THAT(desktop.userNotificationCenter.posted, IsEmpty())
+                << "the browser comes before the notification";
         });
         EXPECT_EQ(perform("createStemvaultPlaylist", paths(row.selection)), row.error);
         EXPECT_EQ(desktop.dialogs.alerts.back(),

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view extensions[] = { "ptx", "logicx", "als", "song", "cpr", "rpp" };
 
-/// What is found when lsof printed this and the named files changed at these hours.
+/// The folder found when lsof printed this and the named files were modified at these hours.
 std::string folderOf(const std::string& lsofOutput, const std::map<std::string, int>& hours = {})
 {
     const auto modificationDate = [&hours](const std::string& path) {
@@ -37,12 +37,12 @@ TEST(SessionFolderTests, TheFirstRuleThatAPathSatisfiesDecides)
             "n/L/X.logicx/a\nn/B/Audio "
             "Files/a.wav\nn/C/c.cpr\nn/S/WaveCache.wfm\nn/b/WaveCache.wfm\n",
             "/S" },
-        { "a wave cache by its ending alone", "n/x/MyWaveCache.wfm\n", "/x" },
-        { "what follows a wave cache's name", "n/x/WaveCache.wfm.bak\n", "absent" },
-        { "not a wave cache in other case", "n/x/wavecache.wfm\n", "absent" },
+        { "a wave cache by the end of its name", "n/x/MyWaveCache.wfm\n", "/x" },
+        { "no wave cache: more follows its name", "n/x/WaveCache.wfm.bak\n", "absent" },
+        { "no wave cache: other capitals", "n/x/wavecache.wfm\n", "absent" },
         { "the outermost package", "n/a/One.logicx/b/Two.logicx/c\n", "/a" },
         { "the package itself, open as a folder", "n/a/One.logicx\n", "/a" },
-        { "a name that only holds the letters of a package", "n/a/One.logicx.bak/c\n", "absent" },
+        { "no package: .logicx within the name", "n/a/One.logicx.bak/c\n", "absent" },
         { "such a name, then a package", "n/a/One.logicx.bak/c\nn/b/Two.logicx/c\n", "/b" },
         { "a package wins over an Audio Files folder",
             "n/b/Audio Files/a.wav\nn/a/One.logicx/Audio Files/x.wav\n", "/a" },
@@ -50,15 +50,16 @@ TEST(SessionFolderTests, TheFirstRuleThatAPathSatisfiesDecides)
             "/b" },
         { "an Audio Files folder", "n/Work/Big Song/Audio Files/Kick_01.wav\n", "/Work/Big Song" },
         { "the outermost Audio Files", "n/a/Audio Files/Audio Files/x\n", "/a" },
-        { "a folder that only begins so", "n/x/Audio Files Backup/a.wav\n", "absent" },
-        { "a folder that only ends so", "n/x/Old Audio Files/a.wav\n", "absent" },
+        { "a folder whose name begins with it", "n/x/Audio Files Backup/a.wav\n", "absent" },
+        { "a folder whose name ends with it", "n/x/Old Audio Files/a.wav\n", "absent" },
         { "Audio Files in other case", "n/x/audio files/a.wav\n", "absent" },
         { "Audio Files directly under the root names no folder", "n/Audio Files/a.wav\n",
             "absent" },
-        { "then the next one counts", "n/Audio Files/a.wav\nn/x/Audio Files/a.wav\n", "/x" },
+        { "a later Audio Files folder counts then", "n/Audio Files/a.wav\nn/x/Audio Files/a.wav\n",
+            "/x" },
         { "a session file by its extension in any case", "n/s/Song.RPP\n", "/s" },
         { "a name that is all extension", "n/s/.als\n", "/s" },
-        { "an extension of the folder is none of the file's", "n/s.rpp/Song\n", "absent" },
+        { "an extension of the folder, not of the file", "n/s.rpp/Song\n", "absent" },
         { "a session file directly under the root", "n/Song.als\n", "/" },
         { "output that is not UTF-8", "n/s/Song.als\nn/t/\xff\n", "absent" },
     };
@@ -75,8 +76,8 @@ TEST(SessionFolderTests, TheNewestSessionFileWins)
         std::string expected;
     } rows[] = {
         { "the newest", { { "/a/A.cpr", 10 }, { "/b/B.CPR", 11 }, { "/c/C.song", 9 } }, "/b" },
-        { "of equals the first", { { "/a/A.cpr", 10 }, { "/b/B.CPR", 11 }, { "/c/C.song", 11 } },
-            "/b" },
+        { "with equal dates the first",
+            { { "/a/A.cpr", 10 }, { "/b/B.CPR", 11 }, { "/c/C.song", 11 } }, "/b" },
         { "unreadable counts as the oldest", { { "/c/C.song", -9999 } }, "/c" },
         { "all unreadable: the first", {}, "/a" },
     };

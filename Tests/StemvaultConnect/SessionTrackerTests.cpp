@@ -72,7 +72,7 @@ TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
     EXPECT_THAT(platform.openFiles.calls, ElementsAre(30, 20));
 }
 
-// In capitals, as a package in small letters is found by its name already.
+// In capitals, because the rule for packages already finds .logicx in small letters.
 TEST_F(SessionTrackerTests, KnowsTheSessionFilesOfEveryDAW)
 {
     for (const std::string extension : { "PTX", "LOGICX", "ALS", "SONG", "CPR", "RPP" }) {
@@ -147,12 +147,13 @@ TEST_F(SessionTrackerTests, KeepsWhatAServerToldWhileTheDAWRuns)
     EXPECT_THAT(leftOut, testing::Contains("/s/Samples"));
     platform.openFiles.listings.clear();
     platform.dispatch.advance(30s);
-    EXPECT_THAT(told, ElementsAre("/s")) << "it has read its session";
+    EXPECT_THAT(told, ElementsAre("/s")) << "the DAW has read its session file and closed it";
     EXPECT_EQ(SessionTracker::shared().workingFolders(), leftOut);
     platform.openFiles.listings = { { 5, "n/next/N.als\n" } };
     platform.dispatch.advance(30s);
     EXPECT_THAT(told, ElementsAre("/s", "/next"));
-    EXPECT_THAT(SessionTracker::shared().workingFolders(), IsEmpty()) << "its own file tells";
+    EXPECT_THAT(SessionTracker::shared().workingFolders(), IsEmpty())
+        << "the DAW itself has the session file open";
     platform.openFiles.listings = { { 1, "n/s/S.als\n" } };
     platform.dispatch.advance(30s);
     platform.quitDAW();
@@ -185,7 +186,7 @@ struct SessionByMediaTests : SessionTrackerTests {
         start();
     }
 
-    /// What is told after the DAW, process 5 or another one, has these files open.
+    /// What observers are told once this process has these files open.
     std::vector<std::string> openedBy(std::int32_t process, const std::string& output)
     {
         platform.openFiles.listings[process] = output;
@@ -193,7 +194,7 @@ struct SessionByMediaTests : SessionTrackerTests {
         return std::exchange(told, {});
     }
 
-    /// Makes a session and gives what lsof prints of a take in it.
+    /// Makes a session and returns what lsof prints for a take in it.
     std::string takeIn(const std::string& session)
     {
         folder.write(session + "/" + session + ".rpp", "");
@@ -214,7 +215,7 @@ TEST_F(SessionByMediaTests, IsKeptWhileItsDAWRunsAndNothingElseIsFound)
 {
     EXPECT_THAT(openedBy(5, takeOfSong), ElementsAre(song));
     EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
-    EXPECT_THAT(openedBy(5, ""), IsEmpty()) << "it has closed its media";
+    EXPECT_THAT(openedBy(5, ""), IsEmpty()) << "the DAW has closed its media";
     EXPECT_THAT(workingFolders(), ElementsAre(song + "/Media"));
     EXPECT_THAT(openedBy(5, takeIn("Next")), ElementsAre(folder.path("Next")));
     openedBy(5, "");
@@ -233,7 +234,8 @@ TEST_F(SessionByMediaTests, CountsOnlyWhereNoFileOfASessionTells)
 
     EXPECT_THAT(openedBy(5, "n" + song + "/Song.rpp\n"), IsEmpty()) << "the same folder";
     EXPECT_THAT(workingFolders(), IsEmpty());
-    EXPECT_THAT(openedBy(5, ""), ElementsAre("absent")) << "such a folder comes and goes";
+    EXPECT_THAT(openedBy(5, ""), ElementsAre("absent"))
+        << "a folder known by its session file is not kept";
 }
 
 TEST_F(SessionByMediaTests, IsNotKeptForAnotherProcessOfTheSameNumber)
@@ -258,7 +260,7 @@ TEST_F(SessionByMediaTests, LooksThatHangDoNotPileUp)
             hanging.push_back(platform.dispatch.holdOldestUtilityWork());
     }
     EXPECT_EQ(hanging.size(), 1U);
-    EXPECT_THAT(openedBy(5, "n/a/S.rpp\n"), ElementsAre("/a")) << "all else goes on";
+    EXPECT_THAT(openedBy(5, "n/a/S.rpp\n"), ElementsAre("/a")) << "scans by session file go on";
     hanging.front()();
     platform.dispatch.settle();
     EXPECT_THAT(told, IsEmpty()) << "what it found is out of date";
@@ -287,11 +289,11 @@ TEST_F(SessionTrackerTests, AppliesResultsInTheOrderInWhichScansFinish)
     platform.openFiles.listings[5] = "n/a/S.rpp\n";
     platform.workspace.launch(5, "com.cockos.reaper", "REAPER");
     platform.workspace.quit(5);
-    // The later pass, which saw no DAW, is done first; the earlier one comes in last.
+    // The later pass, which saw no DAW, ends before the earlier one.
     const auto earlier = platform.dispatch.holdOldestUtilityWork();
     platform.dispatch.runOldestUtilityWork();
     earlier();
-    EXPECT_THAT(told, IsEmpty()) << "never outside the main queue";
+    EXPECT_THAT(told, IsEmpty()) << "observers are called from the main queue only";
     platform.dispatch.settle();
     EXPECT_THAT(told, ElementsAre("/a"));
 }
@@ -300,13 +302,13 @@ TEST_F(SessionTrackerTests, AScanThatOutlivesTheTrackerIsDropped)
 {
     platform.openSession("/a/S.rpp");
     SessionTracker::shared().observers.emplace_back(
-        [](const auto&) { ADD_FAILURE() << "told by a tracker that is gone"; });
+        [](const auto&) { ADD_FAILURE() << "a destroyed tracker called its observer"; });
     SessionTracker::shared().start();
     SessionTracker::shared().refresh();
     platform.dispatch.runOldestUtilityWork();
     SharedInstances::destroyAll();
     platform.dispatch.settle();
-    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "the second had not begun";
+    EXPECT_EQ(platform.openFiles.calls.size(), 1U) << "the second scan had not begun";
 }
 
 TEST_F(SessionTrackerTests, WhatIsDrawnFollowsInATurnOfItsOwn)

@@ -34,14 +34,14 @@ TEST_F(SettingsStoreTests, LoadsWhatCanBeReadAndNormalizesIt)
         std::string record;
         json expected;
     } rows[] = {
-        { "null means absent, and another member goes",
+        { "null means absent; an unknown member is dropped",
             R"({"stemvaultFolders":[],"alwaysWatchPath":null,"theme":{"dark":true}})",
             { { "stemvaultFolders", json::array() } } },
         { "escaped slashes and both paths",
             R"({"projectsRootPath":"\/p\/r","stemvaultFolders":[],"alwaysWatchPath":"/w"})",
             { { "stemvaultFolders", json::array() }, { "alwaysWatchPath", "/w" },
                 { "projectsRootPath", "/p/r" } } },
-        { "an identifier in lower case, a member too many",
+        { "an identifier in lower case and an unknown member",
             R"({"stemvaultFolders":[{"id":"0a1b2c3d-4e5f-4071-8293-a4b5c6d7e8f9","name":"Client A",)"
             R"("path":"/d/Client A","colour":1}]})",
             { { "stemvaultFolders", json::array({ json::parse(oneFolder) }) } } },

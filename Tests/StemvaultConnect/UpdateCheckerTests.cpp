@@ -126,7 +126,8 @@ TEST_F(UpdateCheckerTests, AnswersEveryFeedTheUserAsksFor)
             << "to the front first";
     }
     EXPECT_TRUE(platform.workspace.opened.empty());
-    EXPECT_TRUE(platform.userDefaults.dates.empty()) << "asked for, so it does not count";
+    EXPECT_TRUE(platform.userDefaults.dates.empty())
+        << "a check that the user asks for does not count as the daily one";
     EXPECT_THAT(platform.urlSession.urls, testing::Each("https://www.stemvault.example/updates"));
 }
 
@@ -150,8 +151,9 @@ TEST_F(UpdateCheckerTests, TheDailyCheckSpeaksOnlyOfAnUpdate)
     const Result<std::string> newer = feed(entry("2"));
     platform.bundle.version.reset();
     UpdateChecker::shared().checkForUpdatesIfNeeded();
-    EXPECT_EQ(platform.userDefaults.dates.at(lastCheck), platform.dispatch.now()) << "at once";
-    EXPECT_EQ(alertAfter(newer, "Later"), available("")) << "newer than no version at all";
+    EXPECT_EQ(platform.userDefaults.dates.at(lastCheck), platform.dispatch.now())
+        << "stored before the answer";
+    EXPECT_EQ(alertAfter(newer, "Later"), available("")) << "any version is newer than none";
     platform.bundle.version = "2";
 
     const struct {
