@@ -12,7 +12,9 @@
 #include <csignal>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/time.h>
+#include <unistd.h>
 
 namespace stemvault {
 namespace {
@@ -515,6 +517,22 @@ TEST_F(BounceAlertControllerTests, TwoFilesOfOneNameAreNotTakenForOne)
     EXPECT_EQ(dialogs.alerts.back().messageText, "Replace existing file?");
     EXPECT_EQ(folder.read("Client A/Mix.wav"), "Mix.wav")
         << "the name was free at the prompt and taken at the copy";
+}
+
+TEST_F(BounceAlertControllerTests, ANameThatIsTakenDuringTheCopyIsAskedAbout)
+{
+    queue({ "Mix.wav" });
+    folder.write("Song/Mix.wav", longContent);
+    static std::string copy;
+    copy = folder.path("Client A/Mix.wav");
+    // The thread that copies gets this signal when the copy exceeds the limit.
+    ::signal(SIGXFSZ, [](int) { ::close(::creat(copy.c_str(), S_IRUSR | S_IWUSR)); });
+    Redating::limitFiles(1 << 20);
+    showAll({ "Add", "Cancel" });
+    Redating::limitFiles(RLIM_INFINITY);
+    ::signal(SIGXFSZ, SIG_DFL);
+    EXPECT_EQ(dialogs.alerts.back().messageText, "Replace existing file?");
+    EXPECT_EQ(dialogs.alerts.size(), 2U);
 }
 
 TEST_F(BounceAlertControllerTests, AFailedCopySaysWhyAndLeavesTheOldFile)

@@ -123,6 +123,7 @@ TEST_F(SessionTrackerTests, AsksTheServerOfWindowsProgramsWhereNothingElseDecide
         { "the session of another DAW of that server", { live, cubase },
             { { 1, "n/c/C.cpr\nn/c/Audio Files/a.wav\nn/c/WaveCache.wfm\n" } }, FileURL("/c"), 4 },
         { "the session of a DAW that does not run", { live }, { { 1, "n/c/C.cpr\n" } }, {}, 2 },
+        { "no lsof for the server", { live }, { { 1, std::nullopt } }, {}, 2 },
         { "no server", { reaper }, { { 0, "n/r/R.rpp\n" } }, {}, 1 },
     };
     for (const auto& row : rows) {
