@@ -10,7 +10,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <random>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -111,7 +110,7 @@ public:
             return report != reports.end() && isNew(report->second);
         };
         for (const auto& [path, item] : disk)
-            if (isOwed(path, item) && std::none_of(item.owed.begin(), item.owed.end(), isTold))
+            if (!item.owed.empty() && std::none_of(item.owed.begin(), item.owed.end(), isTold))
                 text += path + " is new and silent\n";
         for (const auto& [path, flags] : reports) {
             // What was written a moment ago may be told late or again. What is written in a folder
@@ -130,7 +129,7 @@ public:
     {
         began[++round] = std::chrono::steady_clock::now();
         steady.clear();
-        isOver = false;
+        isOver = isFlooded = false;
         for (auto& [path, item] : disk) {
             item.owed.clear();
             if (item.isFolder && isWatched(path + "/"))
@@ -149,8 +148,6 @@ private:
         int written; ///< In which round, wherever it was then.
         std::set<std::string> owed {}; ///< Under one of these it must be reported, unless empty.
         int dated = 0; ///< In which round its times were set without a write.
-        int met = 0; ///< In which round it was last renamed, closed or dated, or its mode changed.
-        bool isMapped = false; ///< What is owed was written through a mapping.
     };
     /// By path. What is taken out has the rest of the path for a key.
     using Items = std::map<std::string, Item>;
@@ -182,29 +179,6 @@ private:
         noteWrite(number);
         if (isWatched(target))
             disk[target].owed = { target };
-        disk[target].isMapped = false;
-        return true;
-    }
-
-    bool writeThroughMapping(const std::string& item, const std::string&)
-    {
-        // Others do not see the time change before the memory is written back.
-        if (way == Way::Polled || !is(item, false))
-            return false;
-        const FileDescriptor file(open(real(item).c_str(), O_RDWR | O_CLOEXEC));
-        void* const bytes = mmap(nullptr, 1, PROT_WRITE, MAP_SHARED, file.get(), 0);
-        if (bytes == MAP_FAILED)
-            return false;
-        ++*static_cast<char*>(bytes);
-        munmap(bytes, 1);
-        // The time of the write tells it from what was done to the file before, unless that is read
-        // only afterwards.
-        const bool isAlone = disk[item].met != round;
-        noteWrite(disk[item].file);
-        if (isAlone && isSteady(item)) {
-            disk[item].owed = { item };
-            disk[item].isMapped = true;
-        }
         return true;
     }
 
@@ -215,7 +189,6 @@ private:
         // What was written by another name is noticed now.
         if (linked.contains(disk[item].file))
             written[item] = round;
-        disk[item].met = round;
         return FileDescriptor(open(real(item).c_str(), O_RDWR | O_CLOEXEC)).isOpen();
     }
 
@@ -236,7 +209,6 @@ private:
     {
         if (!is(item, false))
             return false;
-        disk[item].met = round;
         return chmod(real(item).c_str(), 0600) == 0;
     }
 
@@ -301,15 +273,16 @@ private:
         if (!isSteady(target) || isFresh(disk[item].written))
             written[target] = round;
         disk[target] = { false, ++files, round };
-        disk[target].met = round;
         return true;
     }
 
     bool overflow(const std::string&, const std::string&)
     {
-        if (way == Way::Overflow)
-            flood(stage);
-        return way == Way::Overflow;
+        // The queue stays full to the end of the round, as nothing is read before.
+        if (way != Way::Overflow || std::exchange(isFlooded, true))
+            return false;
+        flood(stage);
+        return true;
     }
 
     [[nodiscard]] std::string real(const std::string& path) const { return stage.path(path); }
@@ -320,22 +293,11 @@ private:
         return found != disk.end() && found->second.isFolder == isFolder;
     }
 
-    /// A write through a mapping shows only in the times of the file, and no longer once its mode
-    /// or the number of its names has changed.
-    [[nodiscard]] bool isOwed(const std::string& path, const Item& item) const
-    {
-        struct stat status { };
-        return !item.owed.empty()
-            && !(item.isMapped && ::stat(real(path).c_str(), &status) == 0
-                && (status.st_ctim.tv_sec != status.st_mtim.tv_sec
-                    || status.st_ctim.tv_nsec != status.st_mtim.tv_nsec));
-    }
-
     void noteWrite(int number)
     {
         for (auto& [path, item] : disk)
             if (item.file == number) {
-                item.written = item.met = round;
+                item.written = round;
                 written[path] = round;
             }
     }
@@ -350,7 +312,7 @@ private:
         const int number = disk[path].file;
         for (auto& [other, item] : disk)
             if (item.file == number) {
-                item.dated = item.met = round;
+                item.dated = round;
                 // A listing cannot tell it from a write.
                 if (!isSteady(other))
                     written[other] = round;
@@ -394,14 +356,13 @@ private:
         return taken;
     }
 
-    /// A move out of a folder that is not watched yet looks like one from elsewhere. Only at its
-    /// path do the times of a file show that it was written through a mapping.
+    /// A move out of a folder that is not watched yet looks like one from elsewhere.
     Items takeFrom(const std::string& path)
     {
         const bool isLeft = isSteady(path) || way == Way::Overflow;
         Items taken = take(path);
         for (auto& [rest, item] : taken)
-            if (!isLeft || holdsRoot(path) || item.isMapped)
+            if (!isLeft || holdsRoot(path))
                 item.owed.clear();
         return taken;
     }
@@ -424,7 +385,6 @@ private:
             const bool isNewFolder = moved.isFolder && way == Way::Polled;
             if (isFresh(moved.written) || isUnclear || isNewFolder)
                 written[path] = round;
-            moved.met = round;
             disk[path] = moved;
         }
     }
@@ -438,6 +398,7 @@ private:
     std::set<std::string> steady; ///< Folders watched all through this round.
     std::set<int> linked; ///< Files that have or had several names.
     bool isOver = false;
+    bool isFlooded = false;
     int files = 0;
 };
 
@@ -451,8 +412,7 @@ const Model::Kind Model::kinds[] = {
     { 3, "link", &Model::link },
     { 3, "copy as we do", &Model::copyAsWeDo },
     { 3, "overflow", &Model::overflow },
-    { 3, "write through a mapping", &Model::writeThroughMapping },
-    { 3, "open and close", &Model::openAndClose },
+    { 6, "open and close", &Model::openAndClose },
     { 2, "touch", &Model::touch },
     { 2, "set the date", &Model::setDate },
     { 1, "change the mode", &Model::changeMode },
