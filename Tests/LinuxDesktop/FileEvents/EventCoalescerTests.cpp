@@ -52,8 +52,7 @@ TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
         Batches batches;
         FirstEvent first = FirstEvent::AtOnce;
     } rows[] = {
-        { "the first event goes out at once", { { 0us, "a", 1 } }, { { 0us, "a1 " } } },
-        { "what follows is held to the end of the window",
+        { "the first event goes out at once, and what follows at the end of the window",
             { { 0us, "a", 1 }, { 100ms, "b", 1 }, { 400ms, "c", 1 } },
             { { 0us, "a1 " }, { 500ms, "b1 c1 " } } },
         { "flags add up, in the order of the first occurrence",

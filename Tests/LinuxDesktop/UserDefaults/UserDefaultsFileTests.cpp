@@ -65,7 +65,6 @@ TEST_F(UserDefaultsFileTest, ReadsWhatIsUnderItsKind)
         std::optional<std::string> expected;
     } rows[] = {
         { "text", R"({"settingsStore_v1": {"data": "{\"a\":1}"}})", R"({"a":1})" },
-        { "an unknown kind", R"({"settingsStore_v1": {"base64": "/wA="}})", std::nullopt },
         { "another kind", R"({"settingsStore_v1": {"string": "https://h"}})", std::nullopt },
         { "no kind", R"({"settingsStore_v1": "text"})", std::nullopt },
         { "another key", R"({"other": {"data": "x"}})", std::nullopt },
