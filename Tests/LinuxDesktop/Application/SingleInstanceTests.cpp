@@ -44,35 +44,50 @@ TEST(SingleInstanceTest, AForeignProgramWithTheNameIsSeen)
     EXPECT_EQ(SingleInstance(bus.connect()).claim(), Claim::ForeignProgram);
 }
 
-TEST(SingleInstanceTest, WithoutABusTheRuntimeFolderHoldsOne)
-{
+/// Without a bus a file in the runtime folder is locked.
+struct SingleInstanceWithoutBusTest : testing::Test {
+    SingleInstanceWithoutBusTest() { qputenv("XDG_RUNTIME_DIR", runtime.path().c_str()); }
+    ~SingleInstanceWithoutBusTest() override { qputenv("XDG_RUNTIME_DIR", usual); }
+
+    /// The claim of a program while another one holds a lock on this file.
+    [[nodiscard]] Claim claimWhileLocked(const std::string& file) const
+    {
+        const FileDescriptor held(::open(file.c_str(), O_RDWR | O_CLOEXEC));
+        EXPECT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
+        return SingleInstance(noBus).claim();
+    }
+
     const TemporaryFolder runtime;
+    const std::string lock = runtime.path("stemvault-connect.lock");
     const QByteArray usual = qgetenv("XDG_RUNTIME_DIR");
-    qputenv("XDG_RUNTIME_DIR", runtime.path().c_str());
-    const auto noBus = QDBusConnection::connectToBus("unix:path=/nowhere", "no bus");
+    const QDBusConnection noBus = QDBusConnection::connectToBus("unix:path=/nowhere", "no bus");
+};
+
+TEST_F(SingleInstanceWithoutBusTest, TheLockGoesWithItsOwner)
+{
     {
         SingleInstance first(noBus);
         SingleInstance second(noBus);
         EXPECT_EQ(first.claim(), Claim::Granted);
         EXPECT_EQ(second.claim(), Claim::OtherInstance);
     }
-    EXPECT_EQ(SingleInstance(noBus).claim(), Claim::Granted) << "the lock outlived its owner";
+    EXPECT_EQ(SingleInstance(noBus).claim(), Claim::Granted);
+}
 
+TEST_F(SingleInstanceWithoutBusTest, ALinkToALockedFileDoesNotCount)
+{
     const std::string victim = runtime.write("victim", "");
-    std::filesystem::remove(runtime.path("stemvault-connect.lock"));
-    std::filesystem::create_symlink(victim, runtime.path("stemvault-connect.lock"));
-    const FileDescriptor held(::open(victim.c_str(), O_RDWR | O_CLOEXEC));
-    ASSERT_EQ(::flock(held.get(), LOCK_EX | LOCK_NB), 0);
-    EXPECT_EQ(SingleInstance(noBus).claim(), Claim::Granted) << "a link to what another has locked";
-    std::filesystem::remove(runtime.path("stemvault-connect.lock"));
-    if (::geteuid() == 0) {
-        ASSERT_EQ(::chown(runtime.write("stemvault-connect.lock", "").c_str(), 65534, 65534), 0);
-        const FileDescriptor strangers(
-            ::open(runtime.path("stemvault-connect.lock").c_str(), O_RDWR | O_CLOEXEC));
-        ASSERT_EQ(::flock(strangers.get(), LOCK_EX | LOCK_NB), 0);
-        EXPECT_EQ(SingleInstance(noBus).claim(), Claim::Granted) << "the lock of another user";
-    }
-    qputenv("XDG_RUNTIME_DIR", usual);
+    std::filesystem::create_symlink(victim, lock);
+    EXPECT_EQ(claimWhileLocked(victim), Claim::Granted);
+}
+
+TEST_F(SingleInstanceWithoutBusTest, TheLockOfAnotherUserDoesNotCount)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root may give a file away";
+    runtime.write("stemvault-connect.lock", "");
+    ASSERT_EQ(::chown(lock.c_str(), 65534, 65534), 0);
+    EXPECT_EQ(claimWhileLocked(lock), Claim::Granted);
 }
 
 } // namespace
