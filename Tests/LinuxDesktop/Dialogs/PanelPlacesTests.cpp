@@ -3,8 +3,6 @@
 #include "LinuxDesktop/QtTest.h"
 #include "Support/TemporaryFolder.h"
 
-#include <QFile>
-
 namespace stemvault::dialogs {
 namespace {
 
@@ -46,13 +44,9 @@ TEST(PanelPlacesTests, ThePanelListsWhatIsThereAndLeavesNothingToOtherPrograms)
     const TemporaryFolder folder;
     const QByteArray before = qgetenv("XDG_CONFIG_HOME");
     qputenv("XDG_CONFIG_HOME", folder.path().c_str());
-    std::filesystem::create_directories(folder.path() + "/gtk-3.0");
-    std::filesystem::create_directory(folder.path() + "/Mixes");
-    QFile bookmarks(QString::fromStdString(folder.path() + "/gtk-3.0/bookmarks"));
-    ASSERT_TRUE(bookmarks.open(QIODevice::WriteOnly));
-    const QUrl mixes = QUrl::fromLocalFile(QString::fromStdString(folder.path() + "/Mixes"));
-    bookmarks.write(mixes.toEncoded() + "x\n" + mixes.toEncoded() + "\n");
-    bookmarks.close();
+    const QUrl mixes = QUrl::fromLocalFile(QString::fromStdString(folder.makeFolder("Mixes")));
+    const std::string bookmark = mixes.toEncoded().toStdString();
+    folder.write("gtk-3.0/bookmarks", bookmark + "x\n" + bookmark + "\n");
 
     const QList<QUrl> usual = QFileDialog().sidebarUrls();
     {

@@ -51,19 +51,29 @@ struct Delegate : MenuDelegate {
     void menuWillOpen(Menu& menu) override { menu.items[0].title = title; }
 };
 
-TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
-{
+/// A menu as a panel shows it.
+struct ShownMenu {
+    [[nodiscard]] QVariant property(int row, const char* name)
+    {
+        return bus.GetProperty(row, name).variant();
+    }
+
     Delegate delegate;
     TrayMenu menu;
+    QObject node;
+    DBusMenu bus { &node, menu };
+};
+struct DBusMenuTests : testing::Test, ShownMenu { };
+
+TEST_F(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
+{
     int chosen = 0;
     MenuItem other = titled("a_b & c\n");
     other.action = [&chosen] { ++chosen; };
     other.keyEquivalent = ",";
     menu.setMenu({ { titled("as built"), other } }, &delegate);
-    QObject node;
-    DBusMenu bus(&node, menu);
     const QSignalSpy updates(&bus, &DBusMenu::LayoutUpdated);
-    const auto firstRow = [&bus] {
+    const auto firstRow = [this] {
         DBusMenuLayout layout;
         bus.GetLayout(0, -1, {}, layout);
         return layout.children.at(0).properties["label"].toString().toStdString();
@@ -77,8 +87,8 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     delegate.title = "third";
     bus.Event(0, "opened", QDBusVariant(""), 0);
     EXPECT_EQ(updates.size(), 2);
-    EXPECT_EQ(bus.GetProperty(1, "label").variant().toString(), "third");
-    EXPECT_EQ(bus.GetProperty(2, "label").variant().toString(), "a__b & c␊");
+    EXPECT_EQ(property(1, "label").toString(), "third");
+    EXPECT_EQ(property(2, "label").toString(), "a__b & c␊");
     for (const auto& [key, name] : { std::pair(",", "comma"), std::pair("q", "q") }) {
         MenuItem row = titled("row");
         row.keyEquivalent = key;
@@ -88,7 +98,7 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
         EXPECT_EQ(
             shortcut.value<QList<QStringList>>(), QList({ QStringList({ "Control", name }) }));
     }
-    EXPECT_FALSE(bus.GetProperty(9, "label").variant().toString().size());
+    EXPECT_EQ(property(9, "label").toString(), "");
 
     EXPECT_THAT(bus.EventGroup({ { 2, "clicked", QDBusVariant(""), 0 },
                     { 7, "clicked", QDBusVariant(""), 0 } }),
@@ -98,7 +108,7 @@ TEST(DBusMenuTests, HoweverAPanelOpensTheMenuItsRowsAreRight)
     EXPECT_EQ(chosen, 1);
 }
 
-TEST(DBusMenuTests, AnOpenMenuStaysAsItIs)
+TEST_F(DBusMenuTests, AnOpenMenuStaysAsItIs)
 {
     enum Step { AboutToShow, Opened, Closed, Read };
     const struct {
@@ -116,31 +126,27 @@ TEST(DBusMenuTests, AnOpenMenuStaysAsItIs)
         { "one that tells nothing of what it opens", { Read, AboutToShow }, true, {} },
     };
     for (const auto& row : rows) {
-        Delegate delegate;
-        TrayMenu menu;
-        menu.setMenu({ { titled("as built") } }, &delegate);
-        QObject node;
-        DBusMenu bus(&node, menu);
-        const auto take = [&bus](Step step) {
+        ShownMenu panel;
+        panel.menu.setMenu({ { titled("as built") } }, &panel.delegate);
+        const auto take = [&panel](Step step) {
             DBusMenuLayout layout;
             if (step == AboutToShow)
-                bus.AboutToShow(0);
+                panel.bus.AboutToShow(0);
             else if (step == Read)
-                bus.GetLayout(0, -1, {}, layout);
+                panel.bus.GetLayout(0, -1, {}, layout);
             else
-                bus.Event(0, step == Opened ? "opened" : "closed", QDBusVariant(""), 0);
+                panel.bus.Event(0, step == Opened ? "opened" : "closed", QDBusVariant(""), 0);
         };
-        const auto shown = [&bus] { return bus.GetProperty(1, "label").variant().toString(); };
         for (const Step step : row.before)
             take(step);
-        QSignalSpy updates(&bus, &DBusMenu::ItemsPropertiesUpdated);
-        delegate.title = "second";
-        menu.updateUnlessOpen();
-        EXPECT_EQ(shown(), row.isUpdatedAtOnce ? "second" : "first") << row.what;
+        QSignalSpy updates(&panel.bus, &DBusMenu::ItemsPropertiesUpdated);
+        panel.delegate.title = "second";
+        panel.menu.updateUnlessOpen();
+        EXPECT_EQ(panel.property(1, "label"), row.isUpdatedAtOnce ? "second" : "first") << row.what;
         EXPECT_EQ(updates.size(), row.isUpdatedAtOnce ? 1 : 0) << row.what;
         for (const Step step : row.after)
             take(step);
-        EXPECT_EQ(shown(), "second") << row.what;
+        EXPECT_EQ(panel.property(1, "label"), "second") << row.what;
         EXPECT_EQ(updates.size(), 1) << row.what;
     }
 }
@@ -164,18 +170,14 @@ TEST(PopUpMenuTests, AnOpenMenuStaysAsItIs)
     popUp.close();
 }
 
-TEST(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
+TEST_F(DBusMenuTests, APanelThatShowsIconsUnscaledGetsSmallOnes)
 {
-    Delegate delegate;
     delegate.title = "● Big Song";
-    TrayMenu menu;
     menu.setMenu({ { titled("● Big Song", Color::SystemGreen) } }, &delegate);
-    QObject node;
-    DBusMenu bus(&node, menu);
     for (const auto& [desktop, height] : std::vector<std::pair<const char*, int>> {
              { "GNOME", 48 }, { "MATE", 16 }, { "GNOME-Flashback:GNOME", 16 } }) {
         qputenv("XDG_CURRENT_DESKTOP", desktop);
-        const QByteArray icon = bus.GetProperty(1, "icon-data").variant().toByteArray();
+        const QByteArray icon = property(1, "icon-data").toByteArray();
         EXPECT_EQ(QImage::fromData(icon).height(), height) << desktop;
     }
     qunsetenv("XDG_CURRENT_DESKTOP");
