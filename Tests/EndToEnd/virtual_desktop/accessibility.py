@@ -8,6 +8,7 @@ import itertools
 import dbus
 import dbus.bus
 
+from .processes import process_of
 from .waiting import TimedOut, wait_for
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -23,11 +24,9 @@ CHECKED, SELECTED, SENSITIVE, SHOWING = 4, 23, 24, 25
 
 
 class Accessibility:
-    def __init__(self, session_bus_address, display):
-        session = dbus.bus.BusConnection(session_bus_address)
-        address = session.call_blocking(
+    def __init__(self, session_bus, display):
+        address = session_bus.call_blocking(
             "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", "", ())
-        session.close()
         self.bus = dbus.bus.BusConnection(address)
         self.root = Node(self.bus, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root")
         self.root.call(ACCESSIBLE, "GetChildren")  # Starts the registry before the first program.
@@ -53,7 +52,7 @@ class Accessibility:
     def owners(self, process):
         """The bus names of a process. The bus's own list of programs is not always complete."""
         return [name for name in self.bus.list_names()
-                if name.startswith(":") and self._process_of(name) == process
+                if name.startswith(":") and process_of(self.bus, name) == process
                 and Node(self.bus, name, "/org/a11y/atspi/accessible/root").role() != "gone"]
 
     def qt_menus(self, owner):
@@ -67,11 +66,6 @@ class Accessibility:
                 return
             if role == "popup menu" and node.has_state(SHOWING):
                 yield from node.walk()
-
-    def _process_of(self, name):
-        return int(self.bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                          "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
-                                          (name,)))
 
     def dump(self):
         """Every window with its contents, one line for each node."""
@@ -258,15 +252,9 @@ class Window:
 
     def id(self):
         """Its window ID on the X display."""
-        process = self._process()
+        process = process_of(self.node.bus, self.node.owner)
         return wait_for(
             f'the window of "{self.name}"', lambda: self.display.window_of(self.name, process))
-
-    def _process(self):
-        bus = self.node.bus
-        return int(bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                     "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
-                                     (self.node.owner,)))
 
     def _popup(self):
         return wait_for(f'a pop-up in "{self.name}"', lambda: self.node.find(("combo box",)))

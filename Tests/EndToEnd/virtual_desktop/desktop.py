@@ -6,7 +6,6 @@ import os
 import sys
 from pathlib import Path
 
-import dbus
 import dbus.bus
 
 from .accessibility import Accessibility
@@ -69,8 +68,9 @@ class VirtualDesktop(PrivateSession):
         try:
             self._start_bus()
             self._start_display(size)
+            self.bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
             self._start_window_manager(look)
-            self._start_accessibility()
+            self.accessibility = Accessibility(self.bus, self.display)
             if notifications is not None:
                 self.start_service("notification_server", NOTIFICATIONS, notifications)
             if look == "dark":
@@ -85,6 +85,7 @@ class VirtualDesktop(PrivateSession):
     def __exit__(self, *_):
         self.accessibility.close()
         self.display.close()
+        self.bus.close()
         self.end()
         self.turn.close()
 
@@ -103,20 +104,14 @@ class VirtualDesktop(PrivateSession):
         return wait_for(f'a notification "{body}"', posted)
 
     def has_bus_name(self, name):
-        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
-        try:
-            return bus.name_has_owner(name)
-        finally:
-            bus.close()
+        return self.bus.name_has_owner(name)
 
     def choose_scheme(self, scheme):
         """Changes the scheme, as the user does in the settings: 1 is dark, 2 light, 0 neither."""
         if not self.has_bus_name(PORTAL):
             self.start_service("appearance_portal", PORTAL)
-        bus = dbus.bus.BusConnection(self.environment["DBUS_SESSION_BUS_ADDRESS"])
-        bus.call_blocking(PORTAL, "/org/freedesktop/portal/desktop", "local.VirtualDesktop", "Choose",
-                          "u", (scheme,))
-        bus.close()
+        self.bus.call_blocking(PORTAL, "/org/freedesktop/portal/desktop", "local.VirtualDesktop",
+                               "Choose", "u", (scheme,))
 
     def keep_evidence(self, folder):
         """Saves a picture, the contents of all windows, and every log in a folder."""
@@ -161,10 +156,6 @@ class VirtualDesktop(PrivateSession):
         wait_for("the window manager", ready.exists)
         self.display.set_background(background)
         self.display.move_pointer_aside()
-
-    def _start_accessibility(self):
-        self.accessibility = Accessibility(
-            self.environment["DBUS_SESSION_BUS_ADDRESS"], self.display)
 
     def start_service(self, name, bus_name, *arguments):
         """Starts one of the services in this folder, which logs the calls that it receives."""

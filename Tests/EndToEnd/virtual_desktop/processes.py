@@ -111,6 +111,12 @@ class PrivateSession:
                 if entry.name.isdigit() and mark in read_bytes(entry / "environ").split(b"\0")]
 
 
+def process_of(bus, name):
+    """The number of the process that a name on a bus belongs to."""
+    return int(bus.call_blocking("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                 "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s", (name,)))
+
+
 def end_process(process):
     if process.poll() is None:
         process.terminate()

@@ -8,8 +8,8 @@ import sys
 from pathlib import Path
 
 import dbus
-import dbus.bus
 
+from .processes import process_of
 from .waiting import wait_for
 
 NAME = "net.stemvault.Connect"
@@ -80,12 +80,11 @@ class Services:
     def _tell_bus(self):
         """Passes the environment to the bus, as a session does at its start, and reloads its services."""
         environment = dbus.Dictionary(self.desktop.environment, signature="ss")
-        bus = dbus.bus.BusConnection(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
-        interface = dbus.Interface(bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus"),
-                                   "org.freedesktop.DBus")
+        interface = dbus.Interface(
+            self.desktop.bus.get_object("org.freedesktop.DBus", "/org/freedesktop/DBus"),
+            "org.freedesktop.DBus")
         interface.UpdateActivationEnvironment(environment)
         interface.ReloadConfig()
-        bus.close()
 
     def _register_browser(self):
         browser = self.desktop.made_folder("bin") / "browser"
@@ -103,12 +102,8 @@ class StartedByBus:
     """A program that the bus has started. It is not our child process, so its exit status is unknown."""
 
     def __init__(self, desktop):
-        bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
-        wait_for(f"the owner of {NAME}", lambda: bus.name_has_owner(NAME))
-        self.pid = int(bus.call_blocking(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-            "GetConnectionUnixProcessID", "s", (NAME,)))
-        bus.close()
+        wait_for(f"the owner of {NAME}", lambda: desktop.has_bus_name(NAME))
+        self.pid = process_of(desktop.bus, NAME)
         self.descriptor = os.pidfd_open(self.pid)
 
     def send_signal(self, number):

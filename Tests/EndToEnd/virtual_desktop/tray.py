@@ -1,7 +1,6 @@
 """The tray from the panel's side: its items, and the menu of each."""
 
 import dbus
-import dbus.bus
 
 from .waiting import wait_for
 
@@ -14,7 +13,7 @@ class Tray:
 
     def __init__(self, desktop):
         self.desktop = desktop
-        self.bus = dbus.bus.BusConnection(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self.bus = desktop.bus
 
     def start(self):
         self.desktop.start_service("tray_host", "org.kde.StatusNotifierWatcher")
