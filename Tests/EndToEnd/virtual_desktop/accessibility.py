@@ -9,7 +9,7 @@ import dbus
 import dbus.bus
 
 from .processes import process_of
-from .waiting import TimedOut, wait_for
+from .waiting import soon, wait_for
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 ACTION = "org.a11y.atspi.Action"
@@ -218,7 +218,7 @@ class Window:
         order = self.choices()
         while (selected := wait_for("a selected item", self._selected)) != item:
             self.display.press_key("Down" if order.index(selected) < order.index(item) else "Up")
-            self._comes_about(lambda: self._selected() not in (None, selected), 0.5)
+            soon(lambda: self._selected() not in (None, selected), 0.5)
         self.display.press_key("Return")
         wait_for(f'the choice "{item}"', lambda: self.choice() == item)
 
@@ -226,14 +226,8 @@ class Window:
         """Presses keys together, and again if they came too early to have an effect."""
         def happened():
             self.display.press_keys(*keys)
-            return self._comes_about(condition, 1)
+            return soon(condition, 1)
         wait_for(f"what {'+'.join(keys)} does", happened)
-
-    def _comes_about(self, condition, seconds):
-        try:
-            return wait_for("what a key does", condition, seconds)
-        except TimedOut:
-            return False
 
     def type(self, field, text):
         """Puts text into the field with that label."""

@@ -5,7 +5,7 @@ import itertools
 
 from . import waiting
 from .processes import end_process
-from .waiting import TimedOut, wait_for
+from .waiting import soon, wait_for
 
 COMMANDS = {"caja": ["caja", "--no-desktop"], "dolphin": ["dolphin", "--new-window"],
             "nautilus": ["nautilus", "--new-window"], "nemo": ["nemo"], "pcmanfm-qt": ["pcmanfm-qt"],
@@ -31,11 +31,10 @@ class FileManager:
         def opened():
             display.press_keys("Control_L", "a")
             display.press_keys("Menu")
-            try:
-                return wait_for("the menu", lambda: self._entry("Cut"), waiting.DEADLINE / 3)
-            except TimedOut:  # The folder was still loading, so the menu is that of the folder.
+            if not (entry := soon(lambda: self._entry("Cut"), waiting.DEADLINE / 3)):
+                # The folder was still loading, so the menu is that of the folder.
                 display.press_keys("Escape")
-                return None
+            return entry
         wait_for(f"the menu of {self.name}", opened, 3 * waiting.DEADLINE)
 
     def entry(self, *titles):
@@ -70,13 +69,12 @@ class FileManager:
         # An instance that passes its folder to another one that is about to exit shows no window.
         def appeared():
             return self._window(folder.name) or self.process.poll() is not None
-        try:
-            wait_for(f"{self.name}'s window", appeared, 2 * waiting.DEADLINE)
-            self.window = self._window(folder.name)
-            return self.window and wait_for("its owner", self._owners, waiting.DEADLINE / 2)
-        except TimedOut:
-            end_process(self.process)
-            return None
+        soon(appeared, 2 * waiting.DEADLINE)
+        self.window = self._window(folder.name)
+        if self.window and (owners := soon(self._owners, waiting.DEADLINE / 2)):
+            return owners
+        end_process(self.process)
+        return None
 
     def _window(self, title):
         windows = self.desktop.display.windows().items()

@@ -1,6 +1,6 @@
 """An XEmbed tray, which embeds a window of each program and has no protocol for menus."""
 
-from .waiting import TimedOut, wait_for
+from .waiting import soon, wait_for
 
 
 class OlderTray:
@@ -31,10 +31,8 @@ class OlderTray:
         program) then opens."""
         def opened():
             self.display.click(self.icon(), button)
-            try:
-                return wait_for("the menu", self.display.pop_ups, 1)
-            except TimedOut:  # A window that just got the focus closes the menu again.
-                return None
+            # A window that just got the focus closes the menu again.
+            return soon(self.display.pop_ups, 1)
         wait_for("the menu", opened)
         return wait_for("its rows", lambda: self._rows(process))
 

@@ -18,3 +18,11 @@ def wait_for(what, condition, seconds=None):
             raise TimedOut(f"waited {seconds:g} s for {what}")
         time.sleep(0.01)
     return answer
+
+
+def soon(condition, seconds):
+    """The condition's first answer that is true, or None when none comes in time."""
+    try:
+        return wait_for("what may not come", condition, seconds)
+    except TimedOut:
+        return None
