@@ -1,9 +1,7 @@
 """A panel's side of the tray: the watcher that status items register with, and a host of them.
 
-Prints its items, one line for each change, and a line for each new icon.
+Prints a line when an item has a new icon.
 """
-
-import json
 
 import dbus
 import dbus.service
@@ -33,16 +31,11 @@ class TrayHost(dbus.service.Object):
         self.items.append(item)
         self.bus.watch_name_owner(item.partition("/")[0], lambda owner: owner or self.forget(item))
         self.StatusNotifierItemRegistered(item)
-        self.tell()
 
     def forget(self, item):
         if item in self.items:
             self.items.remove(item)
             self.StatusNotifierItemUnregistered(item)
-            self.tell()
-
-    def tell(self):
-        print(json.dumps([str(item) for item in self.items]), flush=True)
 
     @dbus.service.method(WATCHER, in_signature="s")
     def RegisterStatusNotifierHost(self, service):
