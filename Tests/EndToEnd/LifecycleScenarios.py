@@ -2,11 +2,9 @@
 
 import os
 import shutil
-import time
 import unittest
 
 from Scenario import Scenario
-from virtual_desktop import HangingDrive
 
 
 class LifecycleScenarios(Scenario):
@@ -44,23 +42,6 @@ class LifecycleScenarios(Scenario):
         self.assertEqual(self.connect.quit(), 0)
         self.assertEqual(self.connect.settings(), settings)
         self.assertEqual(list(self.client_a.iterdir()), [])
-
-    def test_it_ends_at_once_though_the_drive_of_a_bounce_hangs(self):
-        if not HangingDrive.is_allowed(self.desktop):
-            self.skipTest("nobody may mount a drive here")
-        drive = self.folder("nas")
-        hanging = HangingDrive(self.desktop, drive)
-        self.addCleanup(hanging.end)
-        self.start_with_session(always_watch=drive)
-        self.connect.wait_until_it_rests()
-        with self.connect.wait_until_it_wakes():
-            (drive / "Mix.wav").write_bytes(b"RIFF")
-        hanging.stop_answering(self.connect.process)
-        hanging.wait_until_it_holds_up(self.connect.process)
-        self.bounce_and_ask("Other.wav").answer("Skip")
-        asked_to_end = time.monotonic()
-        self.assertEqual(self.connect.quit(), 0)
-        self.assertLess(time.monotonic() - asked_to_end, 5, "it waits for copies alone")
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 """The tray menu, and the preferences that it opens."""
 
+import time
 import unittest
 
 from Scenario import PROGRAMS, Scenario
@@ -190,7 +191,9 @@ class PreferencesScenarios(Scenario):
         window.press("Choose…", 1)
         self.choose_folder("Watch This Folder", self.client_b)
         self.connect.wait_until_it_watches(self.client_b)
-        dead.answer()
+        asked_to_end = time.monotonic()
+        self.assertEqual(self.connect.quit(), 0)
+        self.assertLess(time.monotonic() - asked_to_end, 5, "it waits for copies alone")
 
     def test_both_folders_are_chosen_and_cleared(self):
         self.start()

@@ -16,12 +16,11 @@ from .connect import StemvaultConnect
 from .daw import StandInDaw
 from .dead_mount import DeadMount
 from .desktop import VirtualDesktop
-from .hanging_drive import HangingDrive
 from .older_tray import OlderTray
 from .tray import Tray
 from .update_feed import UpdateFeed
 from .waiting import TimedOut, wait_for
 
-__all__ = ["Accessibility", "DeadMount", "HangingDrive", "OlderTray", "StandInDaw",
+__all__ = ["Accessibility", "DeadMount", "OlderTray", "StandInDaw",
            "StemvaultConnect", "TimedOut", "Tray", "UpdateFeed", "VirtualDesktop", "Window",
            "live_alone", "wait_for"]

@@ -1,6 +1,5 @@
 """Stemvault Connect under observation: its settings, its process, its prompts."""
 
-import contextlib
 import itertools
 import json
 import os
@@ -76,13 +75,6 @@ class StemvaultConnect:
             since = seen.setdefault(self._wake_ups(), time.monotonic())
             return time.monotonic() - since > 1.2
         wait_for("the program to come to rest", rests)
-
-    @contextlib.contextmanager
-    def wait_until_it_wakes(self):
-        """Waits, after the body of the `with` statement, until the program has woken up."""
-        before = self._wake_ups()
-        yield
-        wait_for("the program to wake", lambda: self._wake_ups() != before)
 
     def open_files(self):
         """The targets of its descriptors."""
