@@ -26,49 +26,20 @@ namespace {
 class Arrangement : public QWidget {
     void paintEvent(QPaintEvent*) override
     {
-        const QStringList tracks { "Kick", "Snare", "Bass", "Guitar", "Keys", "Vocals" };
         QPainter painter(this);
         painter.fillRect(rect(), 0x2b2d30);
-        quint32 noise = 7;
-        for (int track = 0; track < tracks.size(); ++track) {
+        for (int track = 0; track < 6; ++track) {
             const int top = 10 + track * 74;
-            const QColor colour = QColor::fromHsl(track * 57, 110, 150);
+            const int begin = 150 + track % 3 * 90;
             painter.fillRect(8, top, 130, 68, 0x3a3d41);
-            painter.fillRect(8, top, 5, 68, colour);
-            painter.fillRect(144, top, width() - 152, 68, 0x33363a);
-            painter.setPen(Qt::lightGray);
-            painter.drawText(24, top + 26, tracks[track]);
-            for (int x = 150 + track % 3 * 90; x < width() - 14; x += 4) {
-                noise = noise * 1664525 + 1013904223;
-                const int height = 4 + static_cast<int>(noise >> 17) % (x / 96 % 3 * 20 + 14);
-                painter.fillRect(x, top + 34 - height / 2, 3, height, colour);
-            }
+            painter.fillRect(
+                begin, top, width() - begin - 14, 68, QColor::fromHsl(track * 57, 110, 150));
         }
-        painter.fillRect(402, 0, 1, height(), Qt::white);
     }
 };
 
-void appendNumbers(QByteArray& bytes, std::initializer_list<std::pair<quint32, int>> numbers)
-{
-    for (const auto& [value, width] : numbers)
-        for (int i = 0; i < width; ++i)
-            bytes.append(static_cast<char>(value >> (8 * i)));
-}
-
-QByteArray wavHeader(quint32 audioBytes)
-{
-    QByteArray header("RIFF");
-    appendNumbers(header, { { audioBytes == 0 ? 0 : audioBytes + 36, 4 } });
-    header.append("WAVEfmt ");
-    appendNumbers(header,
-        { { 16, 4 }, { 1, 2 }, { 2, 2 }, { 48000, 4 }, { 192000, 4 }, { 4, 2 }, { 16, 2 } });
-    header.append("data");
-    appendNumbers(header, { { audioBytes, 4 } });
-    return header;
-}
-
-/// A WAV file that is written as a DAW does it: a header that promises nothing, the audio in
-/// portions, and at the end the header with the right lengths.
+/// A file that is written as a DAW does it: a header without lengths, the audio in portions, and at
+/// the end the whole header.
 class Bounce : public QObject {
 public:
     Bounce(QByteArray encodedPath, quint32 bytes, quint32 portions, int milliseconds)
@@ -76,7 +47,7 @@ public:
     {
         file.open(::fopen(QByteArray::fromPercentEncoding(name).constData(), "wb"),
             QFile::WriteOnly | QFile::Unbuffered, QFile::AutoCloseHandle);
-        file.write(wavHeader(0));
+        file.write(QByteArray(headerSize, '\0'));
         QObject::connect(&timer, &QTimer::timeout, this, &Bounce::writePortion);
         timer.start(milliseconds);
     }
@@ -91,11 +62,13 @@ private:
         if (written < audioBytes)
             return;
         file.seek(0);
-        file.write(wavHeader(audioBytes));
+        file.write(QByteArray(headerSize, 'R'));
         file.close();
         std::cout << "bounce " << name.constData() << std::endl;
         deleteLater();
     }
+
+    static constexpr int headerSize = 44;
 
     QByteArray name;
     QFile file;
