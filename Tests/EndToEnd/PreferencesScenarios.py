@@ -140,20 +140,7 @@ class PreferencesScenarios(Scenario):
             hide()
             self.open().focus()
 
-    def test_folders_come_and_go_at_once(self):
-        self.start(folders=[self.client_a])
-        window = self.open()
-        window.press("+ Add")
-        self.choose_folder("Add to Stemvault", self.client_b)
-        wait_for("the folder", lambda: self.paths() == [str(self.client_a), str(self.client_b)])
-        window.press("Remove Client A")
-        wait_for("its end", lambda: self.paths() == [str(self.client_b)])
-        self.client_b.rename(self.client_b.with_name("Moved"))
-        window.press("+ Add")
-        self.choose_folder("Add to Stemvault", self.client_a)
-        wait_for("the warning", lambda: "Folder not found — move it or remove it" in window.texts())
-
-    def test_the_window_stays_on_the_screen_however_many_folders_there_are(self):
+    def test_folders_come_and_go_at_once_and_the_window_stays_on_the_screen(self):
         self.start(folders=[self.client_a])
         window = self.open()
         window.focus()
@@ -167,6 +154,12 @@ class PreferencesScenarios(Scenario):
             _, top, _, height = self.desktop.display.frame(window.id())
             return height > 600 and 0 <= top and top + height < screen
         wait_for("the whole window on the screen", is_whole)
+        window.press("Remove Client A")
+        wait_for("its end", lambda: sorted(self.paths()) == sorted(map(str, many)))
+        many[0].rename(many[0].with_name("Moved"))
+        window.press("+ Add")
+        self.choose_folder("Add to Stemvault", self.client_a)
+        wait_for("the warning", lambda: "Folder not found — move it or remove it" in window.texts())
 
     def test_a_drive_that_does_not_answer_holds_up_nobody(self):
         if not DeadMount.is_allowed(self.desktop):
@@ -218,7 +211,7 @@ class PreferencesScenarios(Scenario):
         self.daw.quit()
         wait_for("its end", lambda: "No session detected" in window.texts())
 
-    def test_the_switch_writes_the_autostart_entry_or_goes_back(self):
+    def test_the_switch_writes_the_autostart_entry(self):
         self.start()
         window = self.open()
         entry = self.desktop.home / ".config/autostart/net.stemvault.Connect.desktop"
@@ -226,10 +219,6 @@ class PreferencesScenarios(Scenario):
         wait_for("the entry", entry.exists)
         window.toggle("Launch at login")
         wait_for("its end", lambda: not entry.exists())
-        entry.parent.rmdir()
-        entry.parent.write_text("in the way")
-        window.toggle("Launch at login")
-        wait_for("the switch to go back", lambda: not window.is_checked("Launch at login"))
 
 
 if __name__ == "__main__":
