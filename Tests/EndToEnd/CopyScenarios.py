@@ -23,20 +23,6 @@ class CopyScenarios(Scenario):
         self.desktop.wait_for_notification("Mix.wav → Client A")
         self.assert_copied(self.song / "Mix.wav", self.client_a)
 
-    def test_a_failed_copy_is_told_and_the_next_one_works(self):
-        self.start_with_session()
-        self.client_a.rmdir()
-        self.client_a.write_text("a file where the folder was")
-        self.bounce_and_ask("Mix.wav").answer("Add")
-        alert = self.connect.window("Copy failed")
-        self.assertEqual(alert.buttons(), ["OK"])
-        alert.answer("OK")
-        self.assertEqual(self.client_a.read_text(), "a file where the folder was")
-        prompt = self.bounce_and_ask("Next.wav")
-        prompt.choose("Client B")
-        prompt.answer("Add")
-        self.desktop.wait_for_notification("Next.wav → Client B")
-
     def test_a_copy_into_the_watched_folder_is_not_asked_about(self):
         self.start_with_session()
         delivery = self.folder("Sessions/Big Song/Delivery")

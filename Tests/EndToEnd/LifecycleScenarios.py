@@ -22,12 +22,6 @@ class LifecycleScenarios(Scenario):
             self.assertEqual(lost.wait(timeout=10), 1)
             self.assertRegex(self.desktop.log(name), f"^[^\n]*{text}[^\n]*\n$")
 
-    def test_a_second_start_leaves_it_to_the_first(self):
-        self.start(always_watch=self.folder("Bounces"))
-        second = self.connect.start("second")
-        self.assertEqual(second.wait(timeout=10), 0)
-        self.assertIsNone(self.connect.process.poll())
-
     def test_its_threads_share_a_heap(self):
         self.start_with_session()
         if self.connect.replaces_allocator():

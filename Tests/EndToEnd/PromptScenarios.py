@@ -39,15 +39,6 @@ class PromptScenarios(Scenario):
         self.assertEqual(sorted(file.name for file in self.client_a.iterdir()),
                          ["2.wav", "3.wav", "4.wav"])
 
-    def test_cancel_drops_all_that_waits(self):
-        self.start_with_session()
-        first = self.bounce_and_ask("1.wav")
-        self.daw.bounce(self.song / "2.wav")
-        self.connect.wait_until_it_rests()
-        first.answer("Cancel")
-        third = self.bounce_and_ask("3.wav")
-        self.assertIn("3.wav\nfrom Big Song", third.texts())
-
     def test_new_folder_is_kept_and_offered_from_then_on(self):
         root = self.folder("Projects")
         self.start_with_session(folders=[], projects_root=root)

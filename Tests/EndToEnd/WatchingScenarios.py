@@ -31,18 +31,6 @@ class WatchingScenarios(Scenario):
         self.connect.wait_until_it_leaves(next_song)
         self.connect.wait_until_it_watches(bounces)
 
-    def test_a_daw_that_starts_later_is_found(self):
-        self.start()
-        self.start_daw()
-        self.connect.wait_until_it_watches(self.song)
-
-    def test_the_recordings_of_the_daw_are_no_bounces(self):
-        self.start_with_session()
-        recordings = self.folder("Sessions/Big Song/Audio Files")
-        self.connect.wait_until_it_watches(recordings)
-        self.daw.bounce(recordings / "Take 1.wav")
-        self.assertIn("Mix.wav\nfrom Big Song", self.bounce_and_ask("Mix.wav").texts())
-
 
 if __name__ == "__main__":
     unittest.main()
