@@ -30,8 +30,9 @@ TEST(LinuxBundleTest, ADamagedContainerHoldsNoImage)
     std::string garbled = whole;
     garbled.replace(40, 200, 200, 'x'); // Inside the smallest image.
     const std::pair<const char*, std::string> rows[] = {
-        { "empty", "" },
+        { "only its mark", "icns" },
         { "cut within the first header", whole.substr(0, 12) },
+        { "cut within the last image", whole.substr(0, whole.size() - 1) },
         { "an image past the end", runaway },
         { "an image that cannot be decoded", garbled },
         { "another format", "GIF89a" + whole.substr(6) },

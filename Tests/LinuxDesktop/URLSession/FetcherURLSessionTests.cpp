@@ -76,7 +76,9 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
         { "a truncated page", "HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\npage", "failed" },
         { "no answer at all", "", "failed" },
         { "a close before the end of the head", "HTTP/1.1 200 OK\r\nCont", "failed" },
+        { "no HTTP", "220 mail.example ready\r\n", "failed" },
         { "a stall in the middle", "HTTP/1.1 200 OK\r\nContent-Length: 40\r\n\r\nstay", "failed" },
+        { "a page beyond the limit", "HTTP/1.1 200 OK\r\n\r\n" + large, "failed" },
         { "an endless page", "HTTP/1.1 200 OK\r\n\r\n" + large + "stay", "failed" },
     };
     for (std::size_t i = 0; i < std::size(rows); ++i)
