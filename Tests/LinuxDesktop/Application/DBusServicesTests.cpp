@@ -14,7 +14,7 @@
 namespace stemvault::application {
 namespace {
 
-/// Takes what it is asked. "slow" takes its time.
+/// Records each call. A "slow" one runs `meanwhile`.
 struct Provider : ServicesProvider {
     bool perform(const std::string& message, const Pasteboard& pasteboard,
         const std::string& /*userData*/, std::string& error) override
@@ -98,7 +98,7 @@ TEST_F(DBusServicesTest, ManyCallsAndACallerThatGoesAwayDoNoHarm)
     for (int i = 0; i < 500; ++i)
         EXPECT_TRUE(callerBus.send(message("slow")));
 
-    // The loops of all that is under way run inside each other: only a timer gets a word in.
+    // The event loops of all running calls are nested, so only a timer can run code meanwhile.
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, &timer, [&] {
         if (provider.asked.size() < 8 || std::exchange(isLetGo, true))

@@ -18,8 +18,8 @@ struct Event {
 
 using Batches = std::vector<std::pair<std::chrono::microseconds, std::string>>;
 
-/// Plays events into a window of 500 ms and takes each batch when it is due; a batch is written as
-/// its paths with their flags.
+/// Adds events to a window of 500 ms and takes each batch when it is due. A batch is written as its
+/// paths with their flags.
 Batches batchesOf(const std::vector<Event>& events, FirstEvent first)
 {
     const EventCoalescer::Time start = EventCoalescer::Time() + 1h;
@@ -60,18 +60,19 @@ TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
             { { 0us, "x1 " }, { 500ms, "b7 a1 " } } },
         { "after half a second of quiet the next goes out at once again",
             { { 0us, "a", 1 }, { 600ms, "a", 2 } }, { { 0us, "a1 " }, { 600ms, "a2 " } } },
-        { "events that keep coming do not put a batch off",
+        { "a steady stream of events does not delay a batch",
             { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 600ms, "a", 2 }, { 900ms, "a", 2 } },
             { { 0us, "a1 " }, { 500ms, "a2 " }, { 1000ms, "a2 " } } },
-        { "a file just made waits for the rest of a short write",
+        { "a new file waits for the end of a short write",
             { { 0us, "a", 1, More::Expected }, { 90us, "a", 2, More::Done } }, { { 0us, "a3 " } } },
-        { "but not for that of a long one", { { 0us, "a", 1, More::Expected }, { 9ms, "a", 2 } },
+        { "a new file does not wait for the end of a long write",
+            { { 0us, "a", 1, More::Expected }, { 9ms, "a", 2 } },
             { { 500us, "a1 " }, { 500500us, "a2 " } } },
-        { "and in a busy spell for the next window",
+        { "a new file in a busy spell waits for the next window",
             { { 0us, "x", 1 }, { 9ms, "b", 1 }, { 499ms, "a", 1, More::Expected },
                 { 501ms, "a", 2, More::Done } },
             { { 0us, "x1 " }, { 500ms, "b1 " }, { 1000ms, "a3 " } } },
-        { "the first event may be held as well",
+        { "the first event is held where that is asked for",
             { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
             { { 500ms, "a3 " }, { 1300ms, "b1 " } }, FirstEvent::Gathered },
     };

@@ -31,7 +31,7 @@ public:
         added.notify_all();
     }
 
-    /// The next piece of work; absent when none comes in time.
+    /// The next piece of work, or nothing when none comes in time.
     std::optional<Work> next(std::chrono::milliseconds patience)
     {
         std::unique_lock lock(mutex);
@@ -63,7 +63,7 @@ protected:
         return stream;
     }
 
-    /// Makes files until one is noticed, which is when the stream has got that far.
+    /// Creates files until one is delivered, which shows that the stream is watching.
     Work awaitDelivery()
     {
         for (int attempt = 0; attempt < 1000; ++attempt) {
@@ -87,7 +87,7 @@ std::ptrdiff_t count(const char* folder)
     return std::distance(std::filesystem::directory_iterator(folder), {});
 }
 
-/// Threads and descriptors return to what they were, a moment later.
+/// Waits until there are no more threads and descriptors than before.
 void expectBackTo(std::ptrdiff_t threads, std::ptrdiff_t descriptors)
 {
     const auto deadline = std::chrono::steady_clock::now() + 30s;
@@ -161,14 +161,14 @@ TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
 {
     for (int made = 0; made < 2000; ++made)
         folder.makeFolder(std::to_string(made / 40) + "/" + std::to_string(made));
-    // A sanitizer begins a thread of its own with the first of ours.
+    // A sanitizer starts a thread of its own along with our first one.
     std::thread([] {}).join();
     const std::ptrdiff_t threads = count("/proc/self/task");
     const std::ptrdiff_t descriptors = count("/proc/self/fd");
     std::vector<std::chrono::nanoseconds> stops(1000);
     for (int cycle = 0; auto& time : stops) {
         const auto stream = makeStream(folder.path());
-        // Every so often it gets as far as watching something.
+        // Some streams get the time to set watches.
         if (cycle % 50 == 0)
             static_cast<void>(queue.next(std::chrono::milliseconds(cycle / 50)));
         ++cycle;
@@ -176,7 +176,7 @@ TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
         stream->stop();
         time = std::chrono::steady_clock::now() - before;
     }
-    // On a busy machine a single one may have to wait for a processor.
+    // On a busy machine single stops may have to wait for a processor.
     const auto median = stops.begin() + static_cast<std::ptrdiff_t>(stops.size() / 2);
     std::nth_element(stops.begin(), median, stops.end());
     EXPECT_LT(*median, 1ms);
@@ -203,7 +203,7 @@ TEST(StreamIdleness, NeverWakesUpWhileNothingHappens)
     std::filesystem::create_directory(stage.path("root"));
     stage.start({ "root" });
     stage.sync();
-    // After the last delivery it may look once or twice more; then there must be no change.
+    // It may wake up once or twice more after the last delivery, but not again after that.
     for (int change = 0; change < 4; ++change) {
         const long before = sleepsOfStreams();
         const auto end = std::chrono::steady_clock::now() + 1s;

@@ -20,13 +20,13 @@ using namespace std::chrono_literals;
 using Reports = StreamStage::Reports;
 
 enum class Way {
-    Plain, ///< The stream reads when it likes, or everything at the end of a round.
+    Plain, ///< The stream reads along, or reads everything at the end of a round.
     Overflow, ///< The kernel's queue overflows in the middle of a round.
-    Polled, ///< The kernel tells nothing, as on a network drive.
+    Polled, ///< The kernel reports nothing, as on a network drive.
 };
 
-/// Side by side, within each other, and one that is not there at first; what lies in "o" and
-/// directly in "s" is not watched.
+/// Watched folders: side by side, within each other, and one that is missing at first. What lies in
+/// "o" or directly in "s" is not watched.
 const std::string roots[] = { "r", "r/a", "s/a", "m" };
 
 bool isBelow(const std::string& path, const std::string& folder)
@@ -55,8 +55,8 @@ bool isNew(std::uint32_t flags)
         && (flags & (FileEventFlag::ItemCreated | FileEventFlag::ItemModified)) != 0;
 }
 
-/// Numbers that choose among what can be done when it is done: a list of them makes sense whatever
-/// is left out of it.
+/// Numbers that choose among what is possible at that moment, so that a list of operations stays
+/// valid whatever is left out of it.
 struct Operation {
     std::uint32_t what, item, place, name;
 };
@@ -75,7 +75,7 @@ public:
     Model& operator=(const Model&) = delete;
     ~Model() { stage.calls().holdReads(false); }
 
-    /// Does it, and says what was done; nothing if it cannot be.
+    /// Performs it and describes what was done. Returns nothing if it is impossible.
     std::string perform(const Operation& operation)
     {
         std::vector<std::string> items = { "" };
@@ -101,7 +101,7 @@ public:
         return (isFull ? "remove" : kind->name) + (" " + item) + " > " + target + "\n";
     }
 
-    /// What is wrong with the reports of this round, in words; empty if nothing is.
+    /// What is wrong with the reports of this round, in words. Empty if they are right.
     [[nodiscard]] std::string complaints(const Reports& reports) const
     {
         std::string text;
@@ -113,9 +113,9 @@ public:
             if (!item.owed.empty() && std::none_of(item.owed.begin(), item.owed.end(), isTold))
                 text += path + " is new and silent\n";
         for (const auto& [path, flags] : reports) {
-            // What was written a moment ago may be told late or again. What is written in a folder
-            // outside counts where the folder returns to before anybody missed it. Nobody asks
-            // about a file that is not there, which a copy's names before it is whole are not.
+            // A recent write may be reported late or twice. A write in a folder that was moved out
+            // counts where the folder reappears before it was missed. A file that is gone again,
+            // such as a copy under its temporary name, is never asked about.
             const auto known = written.find(path);
             const bool isAllowed =
                 (known != written.end() && isFresh(known->second)) || !is(path, false);
@@ -137,8 +137,8 @@ public:
         }
     }
 
-    /// Whether a watched folder itself has moved. The stream follows these by their paths, not in
-    /// the order of events, so the round is to end.
+    /// Whether a watched folder itself has moved. The stream follows these by path, not in the
+    /// order of events, so the round has to end.
     [[nodiscard]] bool isRoundOver() const { return isOver; }
 
 private:

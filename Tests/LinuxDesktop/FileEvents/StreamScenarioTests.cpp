@@ -19,15 +19,14 @@ using namespace std::chrono_literals;
 using Step = StreamStage::Step;
 using Reports = StreamStage::Reports;
 
-/// What a scenario must report: letters for flags, in capitals those that must be there and in
-/// small ones those that may, for whether a write is seen or its result is found in a listing is a
-/// matter of a moment.
+/// What a scenario must report, a letter for each flag. Those in capitals must be set, those in
+/// small letters may be: timing decides whether a write is seen or its result found in a listing.
 struct Report {
     const char* flags;
     std::string path;
 };
 
-/// The flags of one path add up over all batches. Every path that is not named must stay silent.
+/// The flags of a path add up over all batches. A path that is not named must not be reported.
 struct Scenario {
     const char* name;
     std::vector<Step> before;
@@ -167,7 +166,7 @@ void linkUnnamedFile(StreamStage& stage)
 
 const std::string longName(200, 'n');
 
-/// Goes down into folders within each other, which it makes, until no system call takes the path.
+/// Creates nested folders and enters them until the path is too long for any system call.
 const std::string enterDeepFolder =
     "cd -P root; for i in $(seq 25); do mkdir -p " + longName + "; cd -P " + longName + "; done; ";
 
@@ -199,7 +198,7 @@ Step noDescriptors(bool areNone)
     return [=](StreamStage& stage) { stage.calls().noDescriptors = areNone; };
 }
 
-/// Sets off what was done before from what follows.
+/// Lets time pass, so that earlier steps are clearly older than later ones.
 void longAgo(StreamStage& stage)
 {
     age(stage, 150ms);
@@ -233,8 +232,8 @@ const std::vector<Scenario> scenarios = {
         { sh("truncate -s 2 root/1"), sh("touch -d 2001-02-03 root/2; echo new > root/2"),
             sh(": > root/3") },
         { { "MF", "root/1" }, { "MF", "root/2" }, { "MF", "root/3" } } },
-    // A file that is written in a watched folder and renamed meanwhile is complete when it is
-    // closed, under its last name. One that was written elsewhere was moved here.
+    // A file written in a watched folder and renamed meanwhile is reported when it is closed, under
+    // its last name. A file written elsewhere was only moved in.
     { "RenamedWhileWritten", { sh("mkdir root out") },
         { longAgo, renamedWhileOpen("root/1.tmp", "root/1", Closed::AtOnce),
             renamedWhileOpen("root/2.tmp", "root/2", Closed::Later) },
@@ -281,7 +280,7 @@ const std::vector<Scenario> scenarios = {
     { "MovedOverAnEmptyOne", { oldTree, sh("mkdir root/b") },
         { sh("mv -T root/a root/b; echo > root/b/deep/f") },
         { { "RO", "root/a" }, { "RO", "root/b" }, { "CMF", "root/b/deep/f" } } },
-    // What the model has found: all at once, so that the stream learns of it afterwards.
+    // Found by the random model. All steps are done before the stream reads its first event.
     { "NewFolderOfOldFiles", { oldTree, longAgo },
         { held(true), sh("mkdir root/n; mv out/t root/n/t; echo > root/n/t/deep/f"), held(false) },
         { { "CO", "root/n" }, { "ROc", "root/n/t" }, { "CmF", "root/n/t/deep/f" } } },

@@ -19,7 +19,7 @@ namespace stemvault::file_events {
 
 namespace {
 
-/// Streams may outlive their test by a moment and the kernel's stand-in with them.
+/// A stream may outlive its test by a moment, and so must the calls it makes.
 FaultyInotifyCalls* newCalls()
 {
     static auto& all = *new std::vector<std::unique_ptr<FaultyInotifyCalls>>;
@@ -157,8 +157,8 @@ void StreamStage::start(const std::vector<std::string>& roots, std::chrono::mill
     ASSERT_TRUE(record->waitFor([this] { return record->isReady; }));
 }
 
-/// The kernel keeps events in order, so what comes back last was preceded by all else; four times,
-/// because what is half done by then is done one window later.
+/// The kernel keeps events in order, so once this one is reported all earlier ones are. Four times,
+/// because what the stream was still working on then is reported one window later.
 void StreamStage::sync()
 {
     for (int count = 0; count < 4; ++count)
@@ -213,7 +213,8 @@ StreamStage::Step sh(const std::string& script)
     };
 }
 
-/// Truncation to the same size is an event, too, and one of its own after that of another file.
+/// Truncation to the same size raises an event too. The kernel merges equal events in a row, so two
+/// files take turns.
 void flood(StreamStage& stage)
 {
     const std::string files[] = { stage.path("beat/one"), stage.path("beat/two") };

@@ -17,7 +17,7 @@
 
 namespace stemvault::file_events {
 
-/// The kernel, with faults that a test can switch on.
+/// The kernel's calls, with faults that a test can switch on.
 class FaultyInotifyCalls : public InotifyCalls {
 public:
     std::atomic<bool> noDescriptors = false;
@@ -30,13 +30,13 @@ public:
     long read(int descriptor, void* buffer, std::size_t size) override;
     std::uint32_t fileSystemType(const char* path) override;
 
-    /// While held, nothing is read, as if the reader were busy elsewhere.
+    /// While held, no events are read, as if the reader were busy elsewhere.
     void holdReads(bool isHeld);
 
     int wait(std::span<pollfd> awaited, const timespec* timeout) override;
     std::chrono::nanoseconds runDelay() override;
 
-    /// While held, an event ends no wait, as if no processor were free for the reader.
+    /// While held, no wait returns, as if no processor were free for the reader.
     void holdWaits(bool isHeld);
 
 private:
@@ -47,7 +47,7 @@ private:
     std::chrono::nanoseconds heldFor {};
 };
 
-/// A temporary folder, a stream over some of what is in it, and everything it reported.
+/// A temporary folder, a stream over parts of it, and everything the stream reported.
 class StreamStage {
 public:
     using Step = std::function<void(StreamStage&)>;
@@ -58,19 +58,19 @@ public:
     [[nodiscard]] std::string path(const std::string& name) const { return folder.path(name); }
     [[nodiscard]] FaultyInotifyCalls& calls() const { return *faults; }
 
-    /// Watches these, and one more folder that `sync` needs; returns when all watches are in place.
+    /// Watches these and one more folder that `sync` needs. Returns when all watches are in place.
     void start(const std::vector<std::string>& roots,
         std::chrono::milliseconds latency = std::chrono::milliseconds(30));
 
     /// Returns when everything that was done before has been reported.
     void sync();
 
-    /// Makes something and waits for its report. What is of no kind that is ever closed is reported
-    /// after all files that were made before and not closed.
+    /// Creates an item and waits for its report. A kind that is never closed is reported after all
+    /// files that were created before it and are still open.
     void beat(mode_t kind);
 
-    /// All flags reported so far by path, those of `sync` left out; paths below the stage's folder
-    /// are shortened by it.
+    /// All flags reported so far, by path, without those of `sync`. Paths below the stage's folder
+    /// are relative to it.
     [[nodiscard]] Reports reports() const;
     void forgetReports();
 
@@ -98,14 +98,14 @@ inline void sync(StreamStage& stage)
     stage.sync();
 }
 
-/// Makes more events than the kernel's queue holds, none of which is reported.
+/// Raises more events than the kernel's queue holds. None of them is reported.
 void flood(StreamStage& stage);
 
-/// Waits until the clock of the file system is that far on, with a file that shows it.
+/// Waits until the file system's clock has advanced that far; writes a file to read it.
 void age(const std::string& clock, std::chrono::milliseconds least);
 void age(StreamStage& stage, std::chrono::milliseconds least);
 
-/// Whether this process may mount: as root, or in a user namespace of its own. Nobody else sees it.
+/// Whether this process may mount, as root or in a user namespace. Other processes do not see it.
 [[nodiscard]] bool canMount();
 
 } // namespace stemvault::file_events

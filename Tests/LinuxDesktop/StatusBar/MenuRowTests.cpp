@@ -120,10 +120,12 @@ TEST_F(DBusMenuTests, AnOpenMenuStaysAsItIs)
         { "never opened", { Read }, true, {} },
         { "open, then closed", { Read, AboutToShow, Opened }, false, { Closed } },
         { "closed again", { Read, Opened, Closed }, true, {} },
-        { "a panel that tells no end", { Read, AboutToShow, Opened }, false, { AboutToShow } },
-        { "one that tells beginnings alone", { Read, Opened }, false, { Opened } },
-        { "one that only reads", { Read, Opened }, false, { Read } },
-        { "one that tells nothing of what it opens", { Read, AboutToShow }, true, {} },
+        { "a panel that does not say when it closes the menu", { Read, AboutToShow, Opened }, false,
+            { AboutToShow } },
+        { "a panel that says only when it opens the menu", { Read, Opened }, false, { Opened } },
+        { "a panel that only reads", { Read, Opened }, false, { Read } },
+        { "a panel that asks first and never says that it opened", { Read, AboutToShow }, true,
+            {} },
     };
     for (const auto& row : rows) {
         ShownMenu panel;

@@ -11,14 +11,14 @@ namespace stemvault::workspace {
 class FakeProcesses {
 public:
     struct Description {
-        std::string commandLine; ///< With a NUL behind each word.
+        std::string commandLine; ///< A NUL follows each word.
         std::string command;
         int parent = 1;
         int startTime = 100;
         std::string unit = "session-2.scope";
         char state = 'S';
-        std::string environment = {}; ///< With a NUL behind each entry.
-        int image = 1; ///< Another one for another program in the same process.
+        std::string environment = {}; ///< A NUL follows each entry.
+        int image = 1; ///< Changes when the process executes another program.
     };
 
     [[nodiscard]] const std::string& root() const { return folder.path(); }

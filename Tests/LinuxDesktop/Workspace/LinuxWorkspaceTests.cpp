@@ -41,14 +41,14 @@ public:
         waitForFinished();
     }
 
-    /// The first that it says: a server says where it is.
+    /// Its first line of output; a server says there where it is.
     std::string firstLine()
     {
         EXPECT_TRUE(hasSaid("\n"));
         return said.left(said.indexOf('\n')).toStdString();
     }
 
-    /// Waits for it.
+    /// Waits until its output contains this text.
     bool hasSaid(const char* text)
     {
         return happens([&] { return (said += readAllStandardOutput()).contains(text); });
@@ -88,7 +88,7 @@ class LinuxWorkspaceTests : public testing::Test {
 protected:
     LinuxWorkspaceTests() { sources.processRoot = processes.root(); }
 
-    /// As the session tracker does it: asks first, listens then.
+    /// As the session tracker does: asks first, then listens.
     void makeWorkspace()
     {
         workspace.emplace(dispatch, sources, [this] {
@@ -340,7 +340,7 @@ TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
     daw.say("open");
     EXPECT_TRUE(waitFor("activate"));
     const auto told = [this] { return std::ranges::count(notices, "activate"); };
-    // What a program said before it opened a window has come in when the window has.
+    // Whatever a program said before it opened a window has arrived once the window has.
     const auto takeAllOf = [this](const StandIn& standIn) {
         notices.clear();
         standIn.say("open");
