@@ -2,8 +2,7 @@
 
 import dbus
 import dbus.service
-from dbus.mainloop.glib import DBusGMainLoop
-from gi.repository import GLib
+from bus_service import serve
 
 SETTINGS = "org.freedesktop.portal.Settings"
 GROUP, KEY = "org.freedesktop.appearance", "color-scheme"
@@ -29,13 +28,5 @@ class AppearancePortal(dbus.service.Object):
         pass
 
 
-def main():
-    DBusGMainLoop(set_as_default=True)
-    bus = dbus.SessionBus()
-    portal = AppearancePortal(bus, "/org/freedesktop/portal/desktop")
-    name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
-    GLib.MainLoop().run()
-    del portal, name
-
-
-main()
+serve("org.freedesktop.portal.Desktop",
+      lambda bus: AppearancePortal(bus, "/org/freedesktop/portal/desktop"))

@@ -9,8 +9,7 @@ import sys
 
 import dbus
 import dbus.service
-from dbus.mainloop.glib import DBusGMainLoop
-from gi.repository import GLib
+from bus_service import serve
 
 NAME = "org.freedesktop.Notifications"
 
@@ -33,13 +32,4 @@ class NotificationServer(dbus.service.Object):
         return dbus.Array(self.mode.split(","), signature="s")
 
 
-def main():
-    DBusGMainLoop(set_as_default=True)
-    bus = dbus.SessionBus()
-    server = NotificationServer(bus, sys.argv[1])
-    name = dbus.service.BusName(NAME, bus)
-    GLib.MainLoop().run()
-    del server, name
-
-
-main()
+serve(NAME, lambda bus: NotificationServer(bus, sys.argv[1]))

@@ -5,8 +5,7 @@ Prints a line when an item has a new icon.
 
 import dbus
 import dbus.service
-from dbus.mainloop.glib import DBusGMainLoop
-from gi.repository import GLib
+from bus_service import serve
 
 WATCHER = "org.kde.StatusNotifierWatcher"
 PROPERTIES = "org.freedesktop.DBus.Properties"
@@ -70,13 +69,4 @@ class TrayHost(dbus.service.Object):
         pass
 
 
-def main():
-    DBusGMainLoop(set_as_default=True)
-    bus = dbus.SessionBus()
-    host = TrayHost(bus)
-    name = dbus.service.BusName(WATCHER, bus)
-    GLib.MainLoop().run()
-    del host, name
-
-
-main()
+serve(WATCHER, TrayHost)
