@@ -71,7 +71,7 @@ class FileManager:
             return self._window(folder.name) or self.process.poll() is not None
         soon(appeared, 2 * waiting.DEADLINE)
         self.window = self._window(folder.name)
-        if self.window and (owners := soon(self._owners, waiting.DEADLINE / 2)):
+        if self.window and (owners := soon(self._owners, waiting.DEADLINE / 5)):
             return owners
         end_process(self.process)
         return None
