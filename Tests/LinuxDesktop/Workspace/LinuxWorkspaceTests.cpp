@@ -23,7 +23,6 @@ namespace {
 using namespace std::literals;
 using testing::Contains;
 using testing::IsEmpty;
-using testing::Not;
 using testing::UnorderedElementsAre;
 
 /// Another program for as long as this lives.
