@@ -36,8 +36,8 @@ void feed(std::string_view input)
     const TemporaryFolder folder;
     const std::string path = folder.write("connect.json", text);
     change(path, isValidUTF8(text) ? text : "text");
-    auto before = parsedRecord(text);
-    auto after = RecordFile(path).read();
+    auto before = user_defaults::parsedRecord(text);
+    auto after = user_defaults::RecordFile(path).read();
     if (!before) {
         mustHold(
             folder.read(*folder.names("").rbegin()) == text, "what is no record is kept aside");
