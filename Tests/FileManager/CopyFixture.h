@@ -25,7 +25,7 @@ template <typename Call> Refusal no(Call SystemCalls::*call, int error)
     return [=](SystemCalls& calls) { calls.*call = [=](auto...) { return errno = error, -1; }; };
 }
 
-/// Refuses only the renames that carry one of the flags.
+/// Fails only the renames that have one of the flags.
 inline Refusal noRename(unsigned flags, int error)
 {
     return [=](SystemCalls& calls) {
@@ -44,7 +44,7 @@ inline void noUnnamed(SystemCalls& calls)
     };
 }
 
-/// Closes files and reports that their content could not be stored, as network drives may.
+/// Closes files but returns `error`, as network drives do when they cannot store the content.
 inline Refusal failsAtClose(int error)
 {
     return [=](SystemCalls& calls) {
@@ -61,7 +61,7 @@ inline void setsBothTimesOrNone(SystemCalls& calls)
     };
 }
 
-/// Runs `work` at each attempt, before the first bytes are copied.
+/// Runs `work` on each attempt, before the first bytes are copied.
 inline Refusal meanwhile(const std::function<void()>& work)
 {
     return [=](SystemCalls& calls) {
@@ -69,7 +69,7 @@ inline Refusal meanwhile(const std::function<void()>& work)
     };
 }
 
-/// Watches the files directly in a folder; events of its sub-folders are left out.
+/// Watches the files directly in a folder; ignores events of its sub-folders.
 class FolderWatch {
 public:
     FolderWatch(const std::string& folder, std::uint32_t kinds)

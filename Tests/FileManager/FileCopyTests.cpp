@@ -143,7 +143,7 @@ TEST_F(CopyTest, FollowsALinkOnlyWhereTheUserNamedIt)
     const struct {
         const char* what;
         bool isNamed;
-        std::function<void()> change; ///< After the source was named or found.
+        std::function<void()> change; ///< Made after the source was named or found.
         std::string copied, reason;
     } rows[] = {
         { "a named link", true, [&] { putLink(secret); }, "secret", "" },
@@ -243,7 +243,7 @@ TEST_F(CopyTest, CopiesASourceThatChangesAgain)
 
 TEST_F(CopyTest, GivesNoMorePermissionsThanTheSourceAndTheUmaskAllow)
 {
-    // As setfacl writes it: user::rw-, user:1234:rwx, group::r--, mask::rwx, other::---
+    // What setfacl writes for user::rw-, user:1234:rwx, group::r--, mask::rwx, other::---
     constexpr unsigned char list[] = { 2, 0, 0, 0, // Version.
         1, 0, 6, 0, 255, 255, 255, 255, 2, 0, 7, 0, 210, 4, 0, 0, 4, 0, 4, 0, 255, 255, 255, 255,
         16, 0, 7, 0, 255, 255, 255, 255, 32, 0, 0, 0, 255, 255, 255, 255 };

@@ -29,7 +29,7 @@ protected:
             ::chmod(files.path("to/Mix.wav/Old").c_str(), 0);
     }
 
-    /// Half a file as a copy leaves it when it is killed, open until the result is destroyed.
+    /// Creates what a killed copy leaves behind: half a file, open until the result is destroyed.
     [[nodiscard]] FileDescriptor openDraft(const std::string& name) const
     {
         const std::string draft = files.write("to/.syncthing.~" + name + ".tmp", "half");
@@ -111,8 +111,8 @@ TEST_F(ReplaceTest, ShowsWatchersARenameAlone)
     EXPECT_THAT(watch.events("Mix.wav"), ElementsAre(IN_MOVED_TO, IN_CLOSE_WRITE));
 }
 
-// A drive without a cache stores a file when it is closed, and stores it once more, empty, when it
-// is opened for writing and nothing is written.
+// A network drive without a cache stores a file when it is closed. If the file is then opened for
+// writing again and nothing is written, the drive stores it again, empty.
 TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsNameOrGoes)
 {
     const FolderWatch watch(

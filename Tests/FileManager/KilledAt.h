@@ -14,7 +14,7 @@
 
 namespace stemvault {
 
-/// Counts `callsLeft` down at each call and kills this process right before the last one.
+/// Decrements `callsLeft` at each call and kills this process just before the call that makes it 0.
 template <typename Call> void killAtTheLast(int& callsLeft, Call& call)
 {
     call = [&callsLeft, real = call](auto... arguments) {
@@ -24,8 +24,8 @@ template <typename Call> void killAtTheLast(int& callsLeft, Call& call)
     };
 }
 
-/// Runs `work` in a child process that is killed right before its call number `call`. False if
-/// `work` ended first.
+/// Runs `work` in a child process that is killed just before its system call number `call`.
+/// Returns false if `work` finished first.
 template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Work& work)
 {
     const pid_t child = ::fork();
@@ -47,8 +47,8 @@ template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Wor
     return WIFSIGNALED(status);
 }
 
-/// Takes the steps after `last` in a child process, which is killed `moment` after its start.
-/// Returns the last step that ended.
+/// Runs the steps after `last` in a child process that is killed `moment` after its start.
+/// Returns the last step that finished.
 template <typename Step>
 int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
 {
@@ -57,7 +57,7 @@ int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
     auto* const done = new (shared) std::atomic<int>(last);
     const pid_t child = ::fork();
     if (child == 0) {
-        // Nobody handles this signal, so it ends the child as abruptly as any.
+        // SIGALRM is not handled, so it ends the child as abruptly as SIGKILL.
         const auto microseconds = moment.count() / 1000;
         const itimerval due { {}, { microseconds / 1'000'000, microseconds % 1'000'000 + 1 } };
         if (::setitimer(ITIMER_REAL, &due, nullptr) != 0)
@@ -73,10 +73,10 @@ int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
     return last;
 }
 
-/// Takes steps in child processes and kills `kills` of them at random moments, then one right
-/// before each of its `calls` in turn. No finished step may be lost, and the result of the step
-/// under way must be whole or absent: `found` returns the last step whose result is whole. Returns
-/// the number of calls.
+/// Runs steps in child processes and kills `kills` of them at random moments, then one just before
+/// each of its `calls` in turn. No finished step may be lost, and the result of an interrupted step
+/// must be complete or absent: `found` returns the last step whose result is complete. Returns the
+/// number of calls, plus one.
 template <typename Step, typename Found>
 int expectWholeWhenKilled(int kills, SystemCalls& calls, const Step& step, const Found& found)
 {

@@ -19,7 +19,7 @@
 namespace stemvault {
 namespace {
 
-using Writer = std::shared_ptr<void>; ///< Stops writing when its last owner is gone.
+using Writer = std::shared_ptr<void>; ///< Stops writing when the last copy is destroyed.
 
 Writer opened(const std::string& path, int flags)
 {
@@ -36,7 +36,7 @@ Writer mapped(const std::string& path, int sharing)
     return { memory, [](void* mapping) { ::munmap(mapping, 4); } };
 }
 
-/// Starts a process that opens the file; it is killed with the result.
+/// Starts a process that opens the file, and kills it when the result is destroyed.
 Writer openedElsewhere(const std::string& path)
 {
     int ready[2];
@@ -123,7 +123,7 @@ TEST_F(WriterCheckTests, LooksAmongProcessesAtAFileOfAnotherUser)
     const Writer writer = opened(mix, O_WRONLY);
     const std::string other = folder.write("Other.wav", "data");
     Writers ofMix {}, ofOther {};
-    // The system call, unlike the C library's function, changes this thread only.
+    // The raw system call changes only this thread; the C library's function would change them all.
     std::thread([&] {
         ASSERT_EQ(::syscall(SYS_setresuid, -1, 65534, -1), 0);
         ofMix = writersOf(mix);
@@ -145,7 +145,7 @@ TEST_F(WriterCheckTests, AWriterThatComesMeanwhileHarmsNobody)
         }
     });
     int granted = 0, refused = 0;
-    // Some of so many opens meet the lease, whose signal kills a process that does not expect it.
+    // Some of these opens break the lease; its default signal, SIGIO, would kill this process.
     while (granted < 5'000 || refused < 100)
         ++(writersOf(mix) == Writers::None ? granted : refused);
     isOver = true;

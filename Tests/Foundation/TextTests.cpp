@@ -93,7 +93,7 @@ TEST(DAWTable, IsWrittenAsItIsRead)
         EXPECT_EQ(dawWithBundleIdentifier(std::string(daw.identifier) + ".Beta"), &daw)
             << "No other row's identifier begins it.";
     }
-    // The DAWs that the program has known from the beginning, in this order.
+    // The table begins with the DAWs that were supported first, in this order.
     const std::string_view first[] = { "com.avid.ProTools", "com.apple.logic10", "com.ableton.live",
         "com.presonus.studioone5", "com.presonus.studioone6", "com.steinberg.cubase12",
         "com.cockos.reaper" };
