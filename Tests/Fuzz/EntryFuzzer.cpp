@@ -4,7 +4,7 @@
 #include "LinuxDesktop/Workspace/DesktopEntry.h"
 #include "Support/TemporaryFolder.h"
 
-// Desktop entries, which any package and any user may have written, and our own among them.
+// Parses desktop entries, which any package or user may have written, and writes our own.
 namespace stemvault {
 
 void feed(std::string_view input)

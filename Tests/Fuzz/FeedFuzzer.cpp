@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-// The update feed's page to its entries.
+// Parses the page of the update feed into its entries.
 namespace stemvault {
 
 namespace {

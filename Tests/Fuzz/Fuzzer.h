@@ -8,10 +8,10 @@
 
 namespace stemvault {
 
-/// Defined by each fuzzer: hands one input, any bytes at all, to what the fuzzer is about.
+/// Defined by each fuzzer: passes one input of arbitrary bytes to the code under test.
 void feed(std::string_view input);
 
-/// Ends the program, so that libFuzzer keeps the input, when that does not hold.
+/// Aborts the program if the condition does not hold, so that libFuzzer keeps the input.
 inline void mustHold(bool holds, const char* what)
 {
     if (holds)
@@ -22,7 +22,7 @@ inline void mustHold(bool holds, const char* what)
 
 } // namespace stemvault
 
-// NOLINTNEXTLINE(misc-definitions-in-headers): a fuzzer is one file.
+// NOLINTNEXTLINE(misc-definitions-in-headers): each fuzzer has only one source file.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
 {
     stemvault::feed({ reinterpret_cast<const char*>(bytes), size });

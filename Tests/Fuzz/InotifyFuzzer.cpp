@@ -3,7 +3,7 @@
 
 #include <sys/inotify.h>
 
-// What was read from inotify, to its events.
+// Parses the bytes read from inotify into events.
 namespace stemvault {
 
 void feed(std::string_view input)

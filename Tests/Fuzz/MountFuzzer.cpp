@@ -1,12 +1,12 @@
 #include "Fuzz/Fuzzer.h"
 #include "LinuxDesktop/FileEvents/MountTable.h"
 
-// The table of mounts; whoever may mount chooses the names in it.
+// Parses the mount table; anyone who may mount can choose the names in it.
 namespace stemvault {
 
 namespace {
 
-/// As the kernel writes it.
+/// The name as the kernel writes it.
 std::string escaped(std::string_view name)
 {
     std::string text;

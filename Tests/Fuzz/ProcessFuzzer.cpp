@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <string>
 
-// What /proc says of a process; every user of the system chooses what that is for his own.
+// Parses the files that /proc has for a process; its user can choose most of their content.
 namespace stemvault {
 
 namespace {

@@ -4,17 +4,17 @@
 #include "Support/FakeDispatch.h"
 #include "Support/TemporaryFolder.h"
 
-// The settings' file. What is kept in it as the program's record is for SettingsFuzzer.
+// Reads and writes the settings file. SettingsFuzzer tests the program's record inside it.
 namespace stemvault {
 
 namespace {
 
-/// Puts the value into the file and, a second time, what the file held under "k".
+/// Stores the value in the file, and a second copy of what the file held under "k".
 void change(const std::string& path, const std::string& value)
 {
     FakeDispatch dispatch;
     SystemCalls calls;
-    calls.fsync = [](int) { return 0; }; // It would take most of the time.
+    calls.fsync = [](int) { return 0; }; // It would take most of the run time.
     user_defaults::UserDefaultsFile defaults(path, dispatch, calls);
     const auto bytes = defaults.data("k");
     const auto date = defaults.date("k");

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-// What lsof printed, or what stands in for it while a mount is dead, to the session's folder.
+// Finds the session folder in the output of lsof, or in its substitute while a mount is dead.
 namespace stemvault {
 
 namespace {

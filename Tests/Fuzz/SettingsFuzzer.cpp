@@ -5,12 +5,12 @@
 
 #include <tuple>
 
-// The settings' record, as anyone may have left it.
+// Loads the settings record, which other programs may have changed in any way.
 namespace stemvault {
 
 namespace {
 
-/// The settings that begin with that record, what is added to them, and the record that this gives.
+/// Loads the settings from a record, adds folders, and returns the settings and the record saved.
 auto loaded(const std::string& record, const std::vector<StemvaultFolder>& added = {})
 {
     FakePlatform desktop;

@@ -3,7 +3,7 @@
 #include "Foundation/URLComponents.h"
 #include "Fuzz/Fuzzer.h"
 
-// What comes over the bus, from the Courier or from anyone, and the URLs of the web.
+// Parses the URIs that the Courier or any other program sends over the bus, and web URLs.
 namespace stemvault {
 
 void feed(std::string_view input)

@@ -4,7 +4,7 @@
 #include <sstream>
 #include <string>
 
-// Versions, however malformed, stand in one order.
+// Compares versions: even malformed ones must have a consistent order.
 namespace stemvault {
 
 void feed(std::string_view input)
