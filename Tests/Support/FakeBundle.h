@@ -31,7 +31,7 @@ struct FakeBundle : Bundle {
     [[nodiscard]] std::optional<std::string> shortVersionString() const override { return version; }
 
     // What a test may set.
-    std::set<std::string> missing; ///< Resources, files, images and symbols, by their names.
+    std::set<std::string> missing; ///< Names of resources, files, images and symbols.
     std::optional<std::string> version = "1.4";
 
 private:

@@ -34,29 +34,29 @@ public:
 
     // What a test may do.
 
-    /// Runs all that is due now, and what that asks for, until nothing is left.
+    /// Runs all work in the queues, including work that it adds, until they are empty.
     void settle();
 
-    /// Moves the clock, and runs everything due on the way, each at its own time.
+    /// Advances the clock and runs all work that becomes due, each piece at its due time.
     void advance(std::chrono::milliseconds duration);
 
-    /// Sets the wall clock alone, as a user may.
+    /// Changes only the wall clock, as a user may.
     void jumpWallClock(std::chrono::milliseconds distance) { wallOffset += distance; }
 
-    /// Runs the main queue alone: background work stays as if it took long.
+    /// Runs only the main queue; background work stays queued, as if it took long.
     void settleMainQueue();
 
-    /// Takes the oldest piece of background work out, to be run when the test likes, or runs it.
+    /// Removes the oldest background work from the queue, so that the test can run it later.
     [[nodiscard]] Work holdOldestUtilityWork();
     void runOldestUtilityWork() { holdOldestUtilityWork()(); }
 
-    /// Whether what runs just now would be on a background thread.
+    /// Whether the work that is running now would run on a background thread.
     [[nodiscard]] bool isInBackground() const { return isRunningUtilityWork; }
 
     [[nodiscard]] std::size_t utilityWorkCount() const { return utilityQueue.size(); }
 
-    /// As at the end of the program: background work that is to be finished is, all else is
-    /// dropped.
+    /// Does what happens when the program ends: finishes the background work with
+    /// AtEnd::Finished and drops all other work.
     void endProgram();
 
     [[nodiscard]] std::size_t timerCount() const { return timers; }

@@ -16,7 +16,7 @@ struct FakeFileEvents : FileEvents {
         std::vector<std::string> paths;
         std::chrono::milliseconds latency;
         std::uint32_t flags;
-        std::string state; ///< What was done to it: "made started stopped invalidated released".
+        std::string state; ///< Its history: "made started stopped invalidated released".
         bool isStarted = false;
     };
 
@@ -30,7 +30,7 @@ struct FakeFileEvents : FileEvents {
     void deliver(const std::vector<std::string>& paths, const std::vector<std::uint32_t>& flags);
 
     bool canCreate = true;
-    std::vector<std::shared_ptr<Stream>> streams; ///< In the order in which they were made.
+    std::vector<std::shared_ptr<Stream>> streams; ///< In order of creation.
 };
 
 } // namespace stemvault

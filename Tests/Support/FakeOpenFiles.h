@@ -19,9 +19,9 @@ struct FakeOpenFiles : OpenFiles {
     }
 
     // What a test may do.
-    /// By process; others have no file open.
+    /// By process; processes without an entry have no open files.
     std::map<std::int32_t, std::optional<std::string>> listings;
-    std::vector<std::int32_t> calls; ///< The processes asked about.
+    std::vector<std::int32_t> calls; ///< The processes that were queried.
 };
 
 } // namespace stemvault

@@ -39,7 +39,7 @@ int responseOf(const Alert& alert, const std::string& title)
     return ModalResponse::alertFirstButton + static_cast<int>(button - buttons.begin());
 }
 
-/// With the accessory as it was left.
+/// The answer, including the state of the accessory.
 AlertAnswer answerOf(const Alert& alert, int response, int index)
 {
     if (!alert.accessoryView)
@@ -286,7 +286,7 @@ bool FakeWorkspace::open(const std::string& url)
 
 void FakeWorkspace::notify(WorkspaceNotification notification)
 {
-    // Observers may come and go meanwhile: new ones are not told, removed ones no more.
+    // Observers may be added or removed meanwhile; neither kind is called.
     for (const Entry& entry : std::vector(entries))
         if (entry.notification == notification
             && std::ranges::count(entries, entry.number, &Entry::number) == 1)

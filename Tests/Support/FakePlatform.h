@@ -19,8 +19,8 @@
 
 namespace stemvault {
 
-/// A desktop for tests, installed for as long as it lives. The program's shared instances begin
-/// anew on it, and end before it.
+/// A desktop for tests, installed during its lifetime. The program's shared instances are created
+/// anew on it, and destroyed before it.
 class FakePlatform {
 public:
     FakePlatform();
@@ -28,10 +28,10 @@ public:
     FakePlatform(const FakePlatform&) = delete;
     FakePlatform& operator=(const FakePlatform&) = delete;
 
-    /// Opens this file in a DAW, process 5, which is launched first unless it runs; all that
-    /// follows from it has happened when this returns.
+    /// Opens this file in a DAW with process ID 5, and launches the DAW first if necessary.
+    /// Returns after the program has handled this.
     void openSession(const std::string& file);
-    /// Ends that DAW, likewise.
+    /// Quits that DAW. Returns after the program has handled this.
     void quitDAW();
 
     FakeApplication application;

@@ -14,16 +14,16 @@ struct FakeStatusBar : StatusBar {
 
     // What a test may do.
 
-    /// The menu as the user finds it on opening it.
+    /// Returns the menu as the user sees it on opening it.
     const Menu& open();
-    /// Opens the menu and chooses the row of this title.
+    /// Opens the menu and chooses the row with this title.
     void choose(const std::string& title);
 
     bool isThere = true;
     double length = 0;
     std::optional<Image> image;
     Menu menu;
-    int updates = 0; ///< How often the menu was said to be out of date.
+    int updates = 0; ///< How often an update of the menu was requested.
     MenuDelegate* delegate = nullptr;
 };
 

@@ -18,10 +18,10 @@ struct FakeURLSession : URLSession {
 
     // What a test may do.
 
-    /// Ends the oldest fetch under way.
+    /// Finishes the oldest pending fetch.
     void finish(const Result<std::string>& body);
 
-    std::vector<std::string> urls; ///< As they were asked for.
+    std::vector<std::string> urls; ///< In the order requested.
 
 private:
     std::deque<CompletionHandler> handlers;

@@ -41,7 +41,7 @@ struct FakeUserDefaults : UserDefaults {
     int writes = 0;
 
 private:
-    /// A key has a value of one kind.
+    /// A key has only one value, of any type, so a new value replaces it.
     void forget(const std::string& key)
     {
         values.erase(key);

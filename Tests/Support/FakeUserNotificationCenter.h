@@ -37,7 +37,7 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
     UserNotificationCenterDelegate* delegate = nullptr;
     std::optional<std::uint32_t> requestedOptions;
     std::vector<UserNotification> posted; ///< As they were shown.
-    bool isInFront = false; ///< Whether the program is, so that the delegate decides.
+    bool isInFront = false; ///< Whether the program is; if so, the delegate decides.
 
 private:
     Dispatch& dispatch;

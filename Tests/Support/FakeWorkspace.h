@@ -28,7 +28,7 @@ struct FakeWorkspace : Workspace {
 
     // What a test may do.
 
-    /// An ordinary application with a window.
+    /// Launches an ordinary application with a window.
     void launch(std::int32_t pid, const std::string& bundleIdentifier, const std::string& name)
     {
         applications.push_back({ bundleIdentifier, ActivationPolicy::Regular, name, pid });
@@ -43,7 +43,7 @@ struct FakeWorkspace : Workspace {
     void notify(WorkspaceNotification notification);
 
     std::vector<RunningApplication> applications;
-    std::vector<std::string> opened; ///< URLs that are not refused, whether or not they could be.
+    std::vector<std::string> opened; ///< The URLs that were accepted, even if `canOpen` is false.
     bool canOpen = true;
 
 private:
@@ -51,7 +51,7 @@ private:
         const void* observer;
         WorkspaceNotification notification;
         std::function<void()> work;
-        std::uint64_t number; ///< No other entry has or had it.
+        std::uint64_t number; ///< Unique, never reused.
     };
     std::vector<Entry> entries;
     std::uint64_t entriesAdded = 0;

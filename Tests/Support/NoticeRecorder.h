@@ -7,7 +7,7 @@
 
 namespace stemvault {
 
-/// Keeps the notices of one name for as long as it lives.
+/// Records the notices of one name during its lifetime.
 class NoticeRecorder {
 public:
     explicit NoticeRecorder(const std::string& name)

@@ -8,7 +8,7 @@
 
 namespace stemvault {
 
-/// A folder of the test's own, gone with it.
+/// A private folder for a test, removed by the destructor.
 class TemporaryFolder {
 public:
     TemporaryFolder()
@@ -24,7 +24,7 @@ public:
     [[nodiscard]] const std::string& path() const { return folder; }
     [[nodiscard]] std::string path(const std::string& name) const { return folder + "/" + name; }
 
-    /// Removes whatever is there; a folder that is closed even to its owner is opened first.
+    /// Removes a file or a folder tree, including folders that even their owner may not enter.
     static void removeAll(const std::filesystem::path& path)
     {
         namespace fs = std::filesystem;
@@ -37,14 +37,14 @@ public:
         fs::remove(path, ignored);
     }
 
-    /// Makes a folder, with those above it, and gives its path.
+    /// Creates a folder and its parents, and returns its path.
     std::string makeFolder(const std::string& name) const
     {
         std::filesystem::create_directories(path(name));
         return path(name);
     }
 
-    /// Writes a file, with the folders above it, and gives its path.
+    /// Writes a file, creating its parent folders, and returns its path.
     std::string write(const std::string& name, const std::string& content) const
     {
         std::filesystem::create_directories(std::filesystem::path(path(name)).parent_path());
@@ -58,7 +58,7 @@ public:
         return { std::istreambuf_iterator<char>(file), {} };
     }
 
-    /// What lies directly in a folder, sorted.
+    /// The names of the items directly in a folder, sorted.
     [[nodiscard]] std::set<std::string> names(const std::string& name) const
     {
         std::set<std::string> found;

@@ -13,8 +13,8 @@
 
 namespace stemvault {
 
-/// A file that another program has open for writing, and makes if it is not there. Its date is that
-/// of the virtual clock.
+/// A file that another program has open for writing, created if it does not exist. Its date comes
+/// from the virtual clock.
 class WrittenFile {
 public:
     WrittenFile(const FakeDispatch& itsClock, const std::string& path)
@@ -33,7 +33,7 @@ public:
         EXPECT_EQ(::ftruncate(file.get(), size), 0);
         touch();
     }
-    /// As if it were overwritten by content of the same size.
+    /// Sets the date, as overwriting it with content of the same size does.
     void touch() const
     {
         const auto now = clock.now().time_since_epoch();
