@@ -18,8 +18,8 @@ struct Event {
 
 using Batches = std::vector<std::pair<std::chrono::microseconds, std::string>>;
 
-/// Adds events to a window of 500 ms and takes each batch when it is due. A batch is written as its
-/// paths with their flags.
+/// Adds events to a coalescer with a window of 500 ms and takes each batch when it is due. A batch
+/// is returned as text: its paths, each followed by its flags.
 Batches batchesOf(const std::vector<Event>& events, FirstEvent first)
 {
     const EventCoalescer::Time start = EventCoalescer::Time() + 1h;
@@ -76,7 +76,7 @@ TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
             { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
             { { 500ms, "a3 " }, { 1300ms, "b1 " } }, FirstEvent::Gathered },
     };
-    // The window is looked at after each event, so a write that ends is due since its start.
+    // Batches are taken between events, so one with a finished write was due when the write began.
     for (const auto& row : rows)
         EXPECT_EQ(batchesOf(row.events, row.first), row.batches) << row.what;
 }

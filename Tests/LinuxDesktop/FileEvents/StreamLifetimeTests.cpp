@@ -21,7 +21,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A main queue that the test itself runs.
+/// A main queue whose work the test runs.
 class MainQueue final : public FakeDispatch {
 public:
     void mainAsync(Work work) override
@@ -31,7 +31,7 @@ public:
         added.notify_all();
     }
 
-    /// The next piece of work, or nothing when none comes in time.
+    /// Takes the next piece of work from the queue; absent if none arrives in time.
     std::optional<Work> next(std::chrono::milliseconds patience)
     {
         std::unique_lock lock(mutex);
@@ -111,7 +111,7 @@ TEST_F(StreamLifetime, DeliversWhatWasWrittenBeforeItsFolderWasWatched)
         if (made % 100 == 0)
             missing.insert(folder.write(name + "/mix", "x"));
         else if (made % 100 == 50)
-            missing.insert(folder.path(name + "/mix")); // Made only after the start.
+            missing.insert(folder.path(name + "/mix")); // Created after the stream's start.
     }
     const TemporaryFolder elsewhere;
     age(elsewhere.path("clock"), 20ms);
@@ -161,14 +161,14 @@ TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
 {
     for (int made = 0; made < 2000; ++made)
         folder.makeFolder(std::to_string(made / 40) + "/" + std::to_string(made));
-    // A sanitizer starts a thread of its own along with our first one.
+    // A sanitizer starts a background thread along with our first thread.
     std::thread([] {}).join();
     const std::ptrdiff_t threads = count("/proc/self/task");
     const std::ptrdiff_t descriptors = count("/proc/self/fd");
     std::vector<std::chrono::nanoseconds> stops(1000);
     for (int cycle = 0; auto& time : stops) {
         const auto stream = makeStream(folder.path());
-        // Some streams get the time to set watches.
+        // Gives some streams time to set watches.
         if (cycle % 50 == 0)
             static_cast<void>(queue.next(std::chrono::milliseconds(cycle / 50)));
         ++cycle;
@@ -176,7 +176,7 @@ TEST_F(StreamLifetime, EndsWithoutWaitingAndLeavesNothingBehind)
         stream->stop();
         time = std::chrono::steady_clock::now() - before;
     }
-    // On a busy machine single stops may have to wait for a processor.
+    // The median, because on a busy machine a single stop may have to wait for a processor.
     const auto median = stops.begin() + static_cast<std::ptrdiff_t>(stops.size() / 2);
     std::nth_element(stops.begin(), median, stops.end());
     EXPECT_LT(*median, 1ms);

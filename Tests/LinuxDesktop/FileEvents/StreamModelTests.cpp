@@ -20,13 +20,13 @@ using namespace std::chrono_literals;
 using Reports = StreamStage::Reports;
 
 enum class Way {
-    Plain, ///< The stream reads along, or reads everything at the end of a round.
+    Plain, ///< The stream reads events as they occur, or all at the end of a round.
     Overflow, ///< The kernel's queue overflows in the middle of a round.
     Polled, ///< The kernel reports nothing, as on a network drive.
 };
 
-/// Watched folders: side by side, within each other, and one that is missing at first. What lies in
-/// "o" or directly in "s" is not watched.
+/// Watched folders: separate, nested, and one that does not exist at first. Items in "o" or
+/// directly in "s" are not watched.
 const std::string roots[] = { "r", "r/a", "s/a", "m" };
 
 bool isBelow(const std::string& path, const std::string& folder)
@@ -55,14 +55,14 @@ bool isNew(std::uint32_t flags)
         && (flags & (FileEventFlag::ItemCreated | FileEventFlag::ItemModified)) != 0;
 }
 
-/// Numbers that choose among what is possible at that moment, so that a list of operations stays
-/// valid whatever is left out of it.
+/// Numbers that select among the operations and items of that moment, so that a list of operations
+/// stays valid when some are left out.
 struct Operation {
     std::uint32_t what, item, place, name;
 };
 
-/// Folders full of random operations, and what a stream over some of them must report of files that
-/// are made or written, and what it may. The stream has caught up at the end of each round.
+/// Performs random operations in a folder tree, and tracks which new or written files a stream must
+/// report and which it may report. The stream has caught up at the end of each round.
 class Model {
 public:
     Model(StreamStage& where, Way how) : stage(where), way(how)
@@ -75,7 +75,7 @@ public:
     Model& operator=(const Model&) = delete;
     ~Model() { stage.calls().holdReads(false); }
 
-    /// Performs it and describes what was done. Returns nothing if it is impossible.
+    /// Performs an operation and returns a description of it, or "" if the operation is impossible.
     std::string perform(const Operation& operation)
     {
         std::vector<std::string> items = { "" };
@@ -89,7 +89,7 @@ public:
         const std::string folder = folders[operation.place % folders.size()];
         const std::string target = folder.empty() ? std::string(1, "rsom"[operation.name % 4])
                                                   : folder + "/" + "abcdef"[operation.name % 6];
-        // Watched folders themselves are moved more seldom than others, for that ends a round.
+        // Watched folders themselves are changed less often, because moving one ends the round.
         if ((holdsRoot(item) || holdsRoot(target)) && operation.name / 24 % 8 != 0)
             return "";
         const Kind* kind = kinds;
@@ -114,8 +114,8 @@ public:
                 text += path + " is new and silent\n";
         for (const auto& [path, flags] : reports) {
             // A recent write may be reported late or twice. A write in a folder that was moved out
-            // counts where the folder reappears before it was missed. A file that is gone again,
-            // such as a copy under its temporary name, is never asked about.
+            // may be reported where the folder reappears, if that is before it was found missing.
+            // Reports of files that are gone again, such as a copy's temporary file, are allowed.
             const auto known = written.find(path);
             const bool isAllowed =
                 (known != written.end() && isFresh(known->second)) || !is(path, false);
@@ -137,23 +137,23 @@ public:
         }
     }
 
-    /// Whether a watched folder itself has moved. The stream follows these by path, not in the
-    /// order of events, so the round has to end.
+    /// Whether a watched folder itself has moved. The stream tracks these by path, not in the order
+    /// of events, so the round has to end.
     [[nodiscard]] bool isRoundOver() const { return isOver; }
 
 private:
     struct Item {
         bool isFolder;
-        int file; ///< The same for all names of one file.
-        int written; ///< In which round, wherever it was then.
-        std::set<std::string> owed {}; ///< Under one of these it must be reported, unless empty.
-        int dated = 0; ///< In which round its times were set without a write.
+        int file; ///< Identifies the file; all its links have the same number.
+        int written; ///< The round of the last write, wherever it was then.
+        std::set<std::string> owed {}; ///< If not empty, one of these must be reported.
+        int dated = 0; ///< The round in which its times were set without a write.
     };
-    /// By path. What is taken out has the rest of the path for a key.
+    /// By path. Items that were taken out are keyed by the rest of their path.
     using Items = std::map<std::string, Item>;
 
     struct Kind {
-        std::uint32_t share; ///< Of a hundred.
+        std::uint32_t share; ///< In percent.
         const char* name;
         bool (Model::*act)(const std::string& item, const std::string& target);
     };
@@ -164,7 +164,7 @@ private:
         if (mkdir(real(target).c_str(), 0700) != 0)
             return false;
         disk[target] = { true, ++files, 0 };
-        written[target] = round; // Flags add up, also with those of a file that bore the name.
+        written[target] = round; // Flags add up with those of an earlier file of this name.
         return true;
     }
 
@@ -186,7 +186,7 @@ private:
     {
         if (!is(item, false))
             return false;
-        // What was written by another name is noticed now.
+        // A write under another name is noticed now.
         if (linked.contains(disk[item].file))
             written[item] = round;
         return FileDescriptor(open(real(item).c_str(), O_RDWR | O_CLOEXEC)).isOpen();
@@ -250,7 +250,7 @@ private:
 
     bool link(const std::string& item, const std::string& target)
     {
-        // Where others change a file, its names and its content change alike.
+        // Polling cannot tell a change of a file's names from a change of its content.
         if (way == Way::Polled || !is(item, false)
             || ::link(real(item).c_str(), real(target).c_str()) != 0)
             return false;
@@ -269,7 +269,7 @@ private:
         options.durability = Durability::InMemory;
         if (!is(item, false) || is(target, true) || !copyItem(real(item), real(target), options))
             return false;
-        // Where a folder is listed, a copy made meanwhile looks like a recording.
+        // When a folder is listed, a copy that we made meanwhile looks like a recording.
         if (!isSteady(target) || isFresh(disk[item].written))
             written[target] = round;
         disk[target] = { false, ++files, round };
@@ -278,7 +278,7 @@ private:
 
     bool overflow(const std::string&, const std::string&)
     {
-        // The queue stays full to the end of the round, as nothing is read before.
+        // The queue stays full until the end of the round, because nothing is read before that.
         if (way != Way::Overflow || std::exchange(isFlooded, true))
             return false;
         flood(stage);
@@ -313,15 +313,15 @@ private:
         for (auto& [other, item] : disk)
             if (item.file == number) {
                 item.dated = round;
-                // A listing cannot tell it from a write.
+                // A listing cannot tell this from a write.
                 if (!isSteady(other))
                     written[other] = round;
             }
         return true;
     }
 
-    /// A tenth of a second, which is what the stream may look back; where it looks by the clock,
-    /// some looks, which take long on a busy machine.
+    /// Whether a change in this round may still be reported: for three rounds, because the stream
+    /// looks back 100 ms, and with polling for a second, because polls are slow on a busy machine.
     [[nodiscard]] bool isFresh(int when) const
     {
         const auto past = way == Way::Polled ? 1s : 0s;
@@ -329,7 +329,7 @@ private:
             && (when + 3 >= round || began.at(when) + past > std::chrono::steady_clock::now());
     }
 
-    /// Whether events alone have told of the folder of a path all through this round.
+    /// Whether a path's folder was watched by events alone throughout this round.
     [[nodiscard]] bool isSteady(const std::string& path) const
     {
         return way == Way::Plain && steady.contains(path.substr(0, path.rfind('/')));
@@ -356,7 +356,7 @@ private:
         return taken;
     }
 
-    /// A move out of a folder that is not watched yet looks like one from elsewhere.
+    /// A move out of a folder that is not watched yet looks like a move from outside.
     Items takeFrom(const std::string& path)
     {
         const bool isLeft = isSteady(path) || way == Way::Overflow;
@@ -367,8 +367,8 @@ private:
         return taken;
     }
 
-    /// A move is no recording, but what was recorded stays owed wherever a folder takes it, unless
-    /// a watched folder itself went or came.
+    /// A file that itself was moved is not owed. A file that was recorded in a folder and moved
+    /// with it stays owed, at the old or new path, unless a watched folder itself was moved.
     void put(const std::string& place, const Items& items)
     {
         isOver = isOver || holdsRoot(place);
@@ -380,8 +380,7 @@ private:
             else if (!moved.owed.empty())
                 moved.owed.insert(path);
             const bool isUnclear = isFresh(moved.dated) && !isSteady(path);
-            // Where a folder is looked at by the clock, one that is moved in looks new itself, and
-            // flags add up.
+            // With polling, a folder that is moved in looks new itself, and flags add up.
             const bool isNewFolder = moved.isFolder && way == Way::Polled;
             if (isFresh(moved.written) || isUnclear || isNewFolder)
                 written[path] = round;
@@ -394,7 +393,7 @@ private:
     Items disk;
     int round = 1;
     std::map<int, std::chrono::steady_clock::time_point> began { { 1, {} } }; ///< By round.
-    std::map<std::string, int> written; ///< When by which path.
+    std::map<std::string, int> written; ///< By path, the last round that may cause a report.
     std::set<std::string> steady; ///< Folders watched all through this round.
     std::set<int> linked; ///< Files that have or had several names.
     bool isOver = false;
@@ -430,8 +429,9 @@ Operations operationsOf(unsigned seed)
     return operations;
 }
 
-/// Begins with a tree of the first round's making. Gives what is wrong after the first round after
-/// which something is, and all that was done until then; nothing if all is well.
+/// Builds a tree in the first round, then starts the stream. Returns "" if all rounds pass.
+/// Otherwise returns a log of the operations and what is wrong after the first round that failed,
+/// and removes the later operations.
 std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds patience)
 {
     StreamStage stage;
@@ -460,7 +460,7 @@ std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds
         }
         stage.forgetReports();
         model.beginRound();
-        // What is always tried must not depend on which of two threads is faster.
+        // The default seed's result must not depend on which of two threads is faster.
         const bool mayRace = std::getenv("STEMVAULT_MODEL_SEEDS") != nullptr;
         const bool isHeld = at < operations.size() && (operations[at].item % 2 == 0 || !mayRace);
         stage.calls().holdReads(way == Way::Overflow || (way == Way::Plain && isHeld));
@@ -468,7 +468,7 @@ std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds
     return "";
 }
 
-/// Leaves out half of the operations, then quarters and so on, for as long as it still fails.
+/// Leaves out halves of the operations, then quarters and so on, while the rest still fails.
 std::string shortestFailure(Operations operations, Way way, std::string failure)
 {
     const auto end = std::chrono::steady_clock::now() + 12s;
@@ -491,7 +491,7 @@ class StreamModel : public testing::TestWithParam<Way> { };
 
 TEST_P(StreamModel, ReportsWhatIsNewAndNothingElse)
 {
-    unsigned first = 1; // As good as any other.
+    unsigned first = 1; // An arbitrary default.
     unsigned last = first;
     if (const char* const seeds = std::getenv("STEMVAULT_MODEL_SEEDS")) {
         ASSERT_EQ(std::sscanf(seeds, "%u-%u", &first, &last), 2) << seeds;

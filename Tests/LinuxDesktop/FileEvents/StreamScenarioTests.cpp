@@ -19,14 +19,14 @@ using namespace std::chrono_literals;
 using Step = StreamStage::Step;
 using Reports = StreamStage::Reports;
 
-/// What a scenario must report, a letter for each flag. Those in capitals must be set, those in
-/// small letters may be: timing decides whether a write is seen or its result found in a listing.
+/// An expected report, with a letter for each flag. Flags in capitals must be set; those in lower
+/// case may be: timing decides whether a write raises an event or its result is found in a listing.
 struct Report {
     const char* flags;
     std::string path;
 };
 
-/// The flags of a path add up over all batches. A path that is not named must not be reported.
+/// The flags of a path add up over all batches. Paths that are not listed must not be reported.
 struct Scenario {
     const char* name;
     std::vector<Step> before;
@@ -119,7 +119,7 @@ Step exchange(const char* one, const char* other)
     };
 }
 
-/// Writes a file through a mapping, or only opens it for that, and closes it.
+/// Maps a file, writes through the mapping if `isWritten`, and closes the file.
 Step mapped(const char* name, bool isWritten)
 {
     return [=](StreamStage& stage) {
@@ -133,7 +133,7 @@ Step mapped(const char* name, bool isWritten)
 
 enum class Closed { AtOnce, Later };
 
-/// Writes the beginning of a file, renames it while it is open, and closes it as it is.
+/// Writes the beginning of a file, renames it while it is open, and closes it without more writes.
 Step renamedWhileOpen(const char* from, const char* to, Closed closed)
 {
     return [=](StreamStage& stage) {
@@ -208,7 +208,7 @@ void longAgo(StreamStage& stage)
 const Step oldTree = sh("mkdir -p root/a/deep out/t/deep; echo > root/a/deep/x; echo > out/t/x");
 
 const std::vector<Scenario> scenarios = {
-    // What happens to a file.
+    // Files.
     { "KindsOfItems", { sh("mkdir root") }, { sh("mkdir root/d; ln -s d root/l; mkfifo root/p") },
         { { "CO", "root/d" }, { "CL", "root/l" }, { "C", "root/p" } } },
     { "NotWritten", { sh("mkdir root out; for f in 1 2 3 4 5 6 7; do echo > root/$f; done") },
@@ -233,7 +233,7 @@ const std::vector<Scenario> scenarios = {
             sh(": > root/3") },
         { { "MF", "root/1" }, { "MF", "root/2" }, { "MF", "root/3" } } },
     // A file written in a watched folder and renamed meanwhile is reported when it is closed, under
-    // its last name. A file written elsewhere was only moved in.
+    // its last name. A file written elsewhere counts only as moved in.
     { "RenamedWhileWritten", { sh("mkdir root out") },
         { longAgo, renamedWhileOpen("root/1.tmp", "root/1", Closed::AtOnce),
             renamedWhileOpen("root/2.tmp", "root/2", Closed::Later) },
@@ -387,7 +387,7 @@ const std::vector<Scenario> scenarios = {
             { "RO", "root/n/a/o" }, { "CO", "root/n/a/o/d" }, { "CmF", "root/n/a/o/d/f" } } },
 };
 
-/// A file system of its own on `folder`.
+/// Mounts a separate file system on `folder`.
 Step mountOn(const char* folder)
 {
     return sh("mount -t tmpfs none " + std::string(folder));

@@ -19,14 +19,14 @@ namespace stemvault::file_events {
 
 namespace {
 
-/// A stream may outlive its test by a moment, and so must the calls it makes.
+/// A stream may briefly outlive its test, so the calls that it uses are never destroyed.
 FaultyInotifyCalls* newCalls()
 {
     static auto& all = *new std::vector<std::unique_ptr<FaultyInotifyCalls>>;
     return all.emplace_back(std::make_unique<FaultyInotifyCalls>()).get();
 }
 
-/// Within a namespace of users anybody is root, and so are the tools that are started there.
+/// In a user namespace, any user can be root, and so are the tools that are started there.
 bool enterUserNamespace()
 {
     const unsigned user = geteuid(), group = getegid();
@@ -157,8 +157,8 @@ void StreamStage::start(const std::vector<std::string>& roots, std::chrono::mill
     ASSERT_TRUE(record->waitFor([this] { return record->isReady; }));
 }
 
-/// The kernel keeps events in order, so once this one is reported all earlier ones are. Four times,
-/// because what the stream was still working on then is reported one window later.
+/// The kernel keeps events in order, so once an event is reported, all earlier ones have been read.
+/// Repeated, because events that the stream is still processing are reported a window later.
 void StreamStage::sync()
 {
     for (int count = 0; count < 4; ++count)
@@ -213,8 +213,8 @@ StreamStage::Step sh(const std::string& script)
     };
 }
 
-/// Truncation to the same size raises an event too. The kernel merges equal events in a row, so two
-/// files take turns.
+/// Truncation to the same size raises an event too. The kernel merges consecutive equal events, so
+/// this alternates between two files.
 void flood(StreamStage& stage)
 {
     const std::string files[] = { stage.path("beat/one"), stage.path("beat/two") };

@@ -17,11 +17,11 @@
 
 namespace stemvault::file_events {
 
-/// The kernel's calls, with faults that a test can switch on.
+/// The system calls, with faults that a test can switch on.
 class FaultyInotifyCalls : public InotifyCalls {
 public:
     std::atomic<bool> noDescriptors = false;
-    std::atomic<int> watchesLeft = 1 << 20; ///< ENOSPC afterwards.
+    std::atomic<int> watchesLeft = 1 << 20; ///< Then ENOSPC.
     std::atomic<bool> areOthersSilent = false; ///< A network share: others' changes raise no event.
     std::string unreadableName; ///< EACCES for folders of this name, until their mode is 0700.
 
@@ -30,13 +30,13 @@ public:
     long read(int descriptor, void* buffer, std::size_t size) override;
     std::uint32_t fileSystemType(const char* path) override;
 
-    /// While held, no events are read, as if the reader were busy elsewhere.
+    /// While held, no events are read, as if the reading thread were busy.
     void holdReads(bool isHeld);
 
     int wait(std::span<pollfd> awaited, const timespec* timeout) override;
     std::chrono::nanoseconds runDelay() override;
 
-    /// While held, no wait returns, as if no processor were free for the reader.
+    /// While held, no wait returns, as if the reading thread got no processor time.
     void holdWaits(bool isHeld);
 
 private:
@@ -65,8 +65,8 @@ public:
     /// Returns when everything that was done before has been reported.
     void sync();
 
-    /// Creates an item and waits for its report. A kind that is never closed is reported after all
-    /// files that were created before it and are still open.
+    /// Creates an item and waits for its report. A regular file is not opened and so never closed;
+    /// it is reported after all earlier files that are still open.
     void beat(mode_t kind);
 
     /// All flags reported so far, by path, without those of `sync`. Paths below the stage's folder
@@ -74,7 +74,7 @@ public:
     [[nodiscard]] Reports reports() const;
     void forgetReports();
 
-    /// Waits until the reports satisfy a test, up to a deadline.
+    /// Waits up to a deadline until the reports satisfy a condition. Returns whether they do.
     [[nodiscard]] bool waitFor(const std::function<bool(const Reports&)>& isDone,
         std::chrono::milliseconds deadline = std::chrono::seconds(20)) const;
 
@@ -90,7 +90,7 @@ private:
     int beats = 0;
 };
 
-/// Runs a piece of shell in the stage's folder.
+/// A step that runs a shell script in the stage's folder.
 [[nodiscard]] StreamStage::Step sh(const std::string& script);
 
 inline void sync(StreamStage& stage)
@@ -101,11 +101,11 @@ inline void sync(StreamStage& stage)
 /// Raises more events than the kernel's queue holds. None of them is reported.
 void flood(StreamStage& stage);
 
-/// Waits until the file system's clock has advanced that far; writes a file to read it.
+/// Waits until the file system's clock has advanced by `least`; writes the file `clock` to read it.
 void age(const std::string& clock, std::chrono::milliseconds least);
 void age(StreamStage& stage, std::chrono::milliseconds least);
 
-/// Whether this process may mount, as root or in a user namespace. Other processes do not see it.
+/// Whether this process may mount, as root or in a user namespace, invisibly to other processes.
 [[nodiscard]] bool canMount();
 
 } // namespace stemvault::file_events
