@@ -1,7 +1,7 @@
 #include <QApplication>
 #include <gtest/gtest.h>
 
-// Windows exist on no screen here; what depends on a real one is tested with the whole program.
+// Windows are drawn off-screen here; what needs a real screen is tested with the whole program.
 int main(int argc, char** argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -11,13 +11,13 @@
 
 namespace stemvault {
 
-/// A session bus of the test's own on which no service can be started.
+/// A private session bus, which cannot start services.
 class PrivateBus {
 public:
     PrivateBus();
     ~PrivateBus();
 
-    /// Another client of the bus each time.
+    /// Returns a new connection to the bus each time.
     QDBusConnection connect();
 
 private:
@@ -27,7 +27,7 @@ private:
     QStringList clients;
 };
 
-/// Every call to the path it is registered at comes to one function.
+/// Passes every call to the path where it is registered to one function.
 struct BusObject : QDBusVirtualObject {
     std::function<bool(const QDBusMessage&, const QDBusConnection&)> handle;
 

@@ -11,13 +11,13 @@ namespace stemvault {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// Runs the event loop until the condition holds, for ten seconds at most; whether it holds.
+/// Runs the event loop until the condition holds, at most ten seconds. Returns whether it holds.
 template <typename Condition> [[nodiscard]] bool happens(Condition condition)
 {
     return QTest::qWaitFor(condition, 10'000);
 }
 
-/// The children of a class, also of one without an entry of its own among the toolkit's classes.
+/// The descendants of a class. Unlike QObject::findChildren, this finds classes without Q_OBJECT.
 template <typename Child> [[nodiscard]] QList<Child*> childrenOf(const QObject& parent)
 {
     QList<Child*> found;

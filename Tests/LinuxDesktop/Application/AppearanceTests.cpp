@@ -21,7 +21,7 @@ TEST(AppearanceTest, FollowsPlasmaWithoutAPortal)
     PrivateBus bus;
     const Appearance follower(bus.connect());
     QDBusConnection plasma = bus.connect();
-    // Of different sizes: QSettings reads a file again when its size or its time has changed.
+    // The sizes differ, because QSettings reads a file again only if its size or time has changed.
     const struct {
         const char* colors;
         bool isDark;

@@ -21,7 +21,7 @@ TEST(SingleInstanceTest, ASecondStartActivatesTheFirst)
     first.onActivate([&] { ++activations; });
     ASSERT_EQ(first.claim(), Claim::Granted);
 
-    // In a thread, as it waits for the first one's answer.
+    // In a thread, because it blocks until the first instance answers.
     const QDBusConnection connection = bus.connect();
     std::atomic<bool> ended = false;
     const std::jthread start([&] {
@@ -44,12 +44,12 @@ TEST(SingleInstanceTest, AForeignProgramWithTheNameIsSeen)
     EXPECT_EQ(SingleInstance(bus.connect()).claim(), Claim::ForeignProgram);
 }
 
-/// Without a bus a file in the runtime folder is locked.
+/// Without a bus, the instance locks a file in the runtime folder.
 struct SingleInstanceWithoutBusTest : testing::Test {
     SingleInstanceWithoutBusTest() { qputenv("XDG_RUNTIME_DIR", runtime.path().c_str()); }
     ~SingleInstanceWithoutBusTest() override { qputenv("XDG_RUNTIME_DIR", usual); }
 
-    /// The claim of a program while another one holds a lock on this file.
+    /// The result of `claim` while another program holds a lock on this file.
     [[nodiscard]] Claim claimWhileLocked(const std::string& file) const
     {
         const FileDescriptor held(::open(file.c_str(), O_RDWR | O_CLOEXEC));

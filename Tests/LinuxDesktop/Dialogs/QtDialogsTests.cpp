@@ -31,7 +31,7 @@ struct QtDialogsTest : testing::Test {
     application::ApplicationIcon icon;
     QtDialogs dialogs { windows, icon };
 
-    /// Runs `act` on the window that opens next, once that takes keys.
+    /// Runs `act` on the window that opens next, once it accepts keys and clicks.
     template <typename Window, typename Act> void meanwhile(Act act)
     {
         windows.activate();
@@ -225,7 +225,7 @@ TEST_F(QtDialogsTest, AnAlertOverAnotherIsAnsweredFirst)
 TEST_F(QtDialogsTest, APanelGivesTheFolderChosen)
 {
     const TemporaryFolder folder;
-    const std::string odd = folder.makeFolder("caf\xE9"); // Cannot be named; the one above can.
+    const std::string odd = folder.makeFolder("caf\xE9"); // Qt can name only its parent.
     OpenPanel panel { false, true, true, "Use & Go", "Choose.", FileURL(odd + "/missing") };
     meanwhile<OpenPanelWindow>(
         [](OpenPanelWindow& window) { button(window, "Use && Go").click(); });

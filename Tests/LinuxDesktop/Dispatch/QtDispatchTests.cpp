@@ -22,7 +22,7 @@ struct QtDispatchTest : testing::Test {
     {
         return [this, what] { done.push_back(what); };
     }
-    /// Stands for work that opens a modal window, which is closed once `last` was done.
+    /// Imitates work that opens a modal window and closes it after `last` was done.
     Work modalUntil(const std::string& last)
     {
         return [this, last] {
@@ -41,7 +41,7 @@ TEST_F(QtDispatchTest, WorkGoesOnInOrderWithinAModalLoopThatWorkOpened)
     dispatch.mainAsync(modalUntil("3"));
     dispatch.mainAsync(note("3"));
     dispatch.mainAsync([this] { dispatch.mainAsync(note("4")); });
-    EXPECT_TRUE(done.empty()); // Never inside the call.
+    EXPECT_TRUE(done.empty()); // Work never runs inside the call.
     expect({ "1", "open", "2", "open", "3", "closed", "4", "closed" });
 }
 

@@ -320,7 +320,7 @@ private:
         return true;
     }
 
-    /// Whether a change in this round may still be reported: for three rounds, because the stream
+    /// Whether a change in round `when` may still be reported: three rounds, because the stream
     /// looks back 100 ms, and with polling for a second, because polls are slow on a busy machine.
     [[nodiscard]] bool isFresh(int when) const
     {

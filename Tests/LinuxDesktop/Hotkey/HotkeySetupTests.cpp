@@ -11,7 +11,7 @@ namespace {
 
 const Shortcut addSelection { "Add to Stemvault", "/opt/courier", "add-selection" };
 
-/// A folder of tools that are found before all others, and the settings they keep.
+/// A folder of stand-in tools, which comes first in PATH, and the settings that they store.
 class Tools {
 public:
     Tools()

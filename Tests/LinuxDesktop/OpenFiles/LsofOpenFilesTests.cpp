@@ -55,8 +55,8 @@ TEST_F(LsofOpenFilesTests, GivesNothingWhereThereIsNoLsof)
     EXPECT_EQ(without.listing(::getpid()), std::nullopt);
 }
 
-/// Stands for an lsof whose helper the kernel holds: the helper takes its kill and stays, because
-/// its parent, out of reach in another group, does not collect it.
+/// Stands in for an lsof whose helper is blocked in the kernel: the helper remains after it is
+/// killed, because its parent, in another process group and so not killed, does not reap it.
 constexpr const char* stuckLsof = R"(#!/usr/bin/perl
 use strict; use warnings;
 my ($folder) = $0 =~ m{(.*)/};
@@ -109,7 +109,7 @@ TEST_F(LsofOpenFilesTests, AnswersFromProcWhileLsofIsStuck)
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
-/// Stands for an lsof that takes too long but can be ended.
+/// Stands in for an lsof that takes too long but can be killed.
 constexpr const char* slowLsof = R"(#!/bin/sh
 folder=${0%/*}
 echo "$@" >> "$folder/runs"
@@ -156,7 +156,7 @@ TEST_F(LsofOpenFilesTests, LeavesOutWhatASandboxSeesUnderOurPaths)
 {
     folder.write("there/Song.rpp", "");
     folder.write("here/Song.rpp", "");
-    // Sees the first folder in the place of the second one.
+    // The sandbox sees the first folder at the path of the second one.
     const std::string body = "mount --bind " + folder.path("there") + " " + folder.path("here")
         + " && exec 3<" + folder.path("here/Song.rpp") + " 4<" + folder.path("there/Song.rpp")
         + " && echo $$ && exec sleep 3600";

@@ -113,7 +113,7 @@ TEST_F(DBusMenuTests, AnOpenMenuStaysAsItIs)
     enum Step { AboutToShow, Opened, Closed, Read };
     const struct {
         const char* what;
-        std::vector<Step> before; ///< While the title is the first one.
+        std::vector<Step> before; ///< Taken while the title is "first".
         bool isUpdatedAtOnce;
         std::vector<Step> after;
     } rows[] = {

@@ -14,7 +14,8 @@ namespace {
 
 constexpr FetcherURLSession::Limits limits { 2s, 100'000 };
 
-/// Answers each request for a path with the bytes under it, then closes unless they say "stay".
+/// Answers a request with the bytes stored for its path, then closes the connection, unless they
+/// end with "stay" or there are none.
 struct Server : QTcpServer {
     std::map<QByteArray, QByteArray> answers;
 
@@ -94,7 +95,7 @@ TEST(FetcherURLSessionTests, GivesWhatCameWholeAndFailsOtherwise)
     EXPECT_EQ(fetched("http://127.0.0.1/", "/no/such/fetcher"), "failed");
 }
 
-/// The number behind a name in a file of /proc, in bytes; 0 without any.
+/// The number after a name in a file of /proc, times `unit`; 0 if the name is missing.
 std::int64_t bytes(const std::string& file, const std::string& name, std::int64_t unit)
 {
     std::ifstream lines(file);
@@ -146,7 +147,7 @@ TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
     openSSL({ "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=a", "-addext",
         "subjectAltName=IP:127.0.0.1", "-keyout", path("key"), "-out", path("trusted/own.pem") });
     openSSL({ "rehash", path("trusted") });
-    // The fetcher on a system that trusts this certificate alone.
+    // The fetcher on a system that trusts only this certificate.
     const std::string fetcher = folder.write("fetcher",
         "#!/bin/sh\nexec unshare -rm sh -c 'mount --bind " + trusted
             + " /etc/ssl/certs && exec " STEMVAULT_FETCHER " \"$@\"' fetcher \"$@\"\n");

@@ -215,7 +215,7 @@ TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
 
 TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
 {
-    // Other processes see what was written, whether or not it has reached the disk.
+    // Other processes see written data before it reaches the disk, so fsync makes no difference.
     calls.fsync = [](int) { return 0; };
     const auto version = [](int step) { return std::to_string(step) + std::string(20'000, 'x'); };
     const auto save = [&](int step) {

@@ -69,7 +69,7 @@ TEST_F(NotificationTest, TheBodyIsMarkupOnlyToAServerThatReadsIt)
     EXPECT_EQ(hints["urgency"].typeId(), QMetaType::UChar);
     EXPECT_TRUE(hints.contains("sound-name"));
 
-    // Another server takes over, which can do less.
+    // Another server with fewer capabilities takes over.
     ASSERT_TRUE(serverBus.unregisterService("org.freedesktop.Notifications"));
     capabilities = { "body" };
     startServer();
@@ -84,7 +84,7 @@ TEST_F(NotificationTest, WithoutAServerNothingIsShownThenOrLater)
 {
     EXPECT_FALSE(isGranted());
     center.add(added);
-    EXPECT_FALSE(isGranted()); // The bus answers in order: by now the post has failed as well.
+    EXPECT_FALSE(isGranted()); // The bus replies in order, so the post has failed by now.
     startServer();
     EXPECT_TRUE(isGranted());
     center.add({ "later", "Later", "", UserNotificationSound::None });
@@ -101,7 +101,7 @@ TEST_F(NotificationTest, InFrontTheDelegateDecides)
     window.show();
     window.requestActivate();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    center.add(added); // Not as a banner: not at all.
+    center.add(added); // Without Banner it is not shown at all.
     dispatch.mainAsync([this] { presentation = PresentationOption::Banner; });
     center.add({ "2", "Second", "", UserNotificationSound::Default });
     ASSERT_TRUE(happens([this] { return !shown.empty(); }));

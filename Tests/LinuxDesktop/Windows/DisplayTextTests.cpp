@@ -36,7 +36,7 @@ TEST(DisplayTextTest, LinesBreakWhereTheTextSaysAndStayWithinReason)
     EXPECT_EQ(displayLines(notes), QString::fromStdString(notes)) << "release notes stay whole";
     EXPECT_LT(displayLines(std::string(1'000'000, 'x')).size(), 25'000);
 
-    std::string guitars; // The middle must not be cut through a pair of surrogates.
+    std::string guitars; // Truncation must not split a surrogate pair.
     for (int guitar = 0; guitar < 200; ++guitar)
         guitars += "\U0001F3B8";
     for (const std::string& text : { guitars, "a" + guitars }) {

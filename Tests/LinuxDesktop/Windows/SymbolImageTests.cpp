@@ -6,7 +6,7 @@
 namespace stemvault::windows {
 namespace {
 
-/// How much of a picture is painted, of 1, with every painted pixel in one colour.
+/// The painted share of a picture, from 0 to 1. Every painted pixel must have the colour `ink`.
 double inked(const QImage& picture, const QColor& ink)
 {
     int count = 0;

@@ -25,7 +25,7 @@ View page(std::vector<View> children)
     return made;
 }
 
-/// Rows, each a text with a button.
+/// A list of rows, each with a text and a button.
 View list(int rows)
 {
     Stack made { Stack::Axis::Vertical, {}, 4, {}, true };
@@ -199,7 +199,7 @@ TEST(ViewWindowTests, WhatControlsShowEndsAtOneEdge)
             for (int y = place.top(); y < place.bottom(); ++y)
                 if (picture.pixel(x, y) != background)
                     edge = x;
-        // A round symbol leaves a little of its square free.
+        // A round symbol does not quite reach the edge of its square.
         EXPECT_NEAR(edge, 463, 2) << control->metaObject()->className() << ' ' << place.top();
     }
 }

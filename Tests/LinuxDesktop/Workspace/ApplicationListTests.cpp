@@ -43,12 +43,12 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
             "31 com.cockos.reaper REAPER (background)"));
 
     processes.end(40);
-    processes.start(30, { "sleep\0"s, "sleep", 1, 900 }); // The number given out again.
-    processes.start(33, { "/opt/reaper\0"s, "reaper", 1, 510 }); // Became another program.
+    processes.start(30, { "sleep\0"s, "sleep", 1, 900 }); // The process ID is reused.
+    processes.start(33, { "/opt/reaper\0"s, "reaper", 1, 510 }); // Executed another program.
     EXPECT_THAT(listed(table),
         ElementsAre("33 com.cockos.reaper REAPER", "31 com.cockos.reaper REAPER (background)"));
 
-    // A script called like the DAW, which becomes it long after its start.
+    // A script with the DAW's name, which executes the DAW long after its start.
     processes.start(60, { "/bin/sh\0/usr/bin/reaper\0"s, "reaper", 1, 600 });
     EXPECT_THAT(listed(table), Not(Contains("60 com.cockos.reaper REAPER")));
     processes.start(60, { "/opt/reaper\0"s, "reaper", 1, 600, "x", 'S', "", 2 });
@@ -108,10 +108,10 @@ TEST(ApplicationListTests, ADAWUnderAnotherNameByItsDesktopEntry)
     const std::string unit = "app-gnome-cockos\\x2dreaper-";
     processes.start(10, { "wine-like-daw\0"s, "x", 1, 10, unit + "10.scope" });
     processes.start(11, { "its-child\0"s, "x", 10, 11, unit + "10.scope" });
-    // A script that does not become the DAW but starts it.
+    // A script that starts the DAW as a child process.
     processes.start(20, { "/bin/sh\0/usr/bin/daw\0"s, "daw", 1, 20, unit + "20.scope" });
     processes.start(21, { "/opt/reaper\0"s, "reaper", 20, 21, unit + "20.scope" });
-    processes.start(30, { "mine\0"s, "mine", 1, 30 }); // On a desktop without units.
+    processes.start(30, { "mine\0"s, "mine", 1, 30 }); // On a desktop without systemd units.
     ProcessTable table(processes.root());
     EXPECT_THAT(listed(table, *menu, { { { 30, 30 }, { "mine", "Mine" } } }),
         ElementsAre("10 com.cockos.reaper REAPER", "20 cockos-reaper Mine",

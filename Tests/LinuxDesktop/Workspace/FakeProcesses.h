@@ -7,7 +7,7 @@
 
 namespace stemvault::workspace {
 
-/// A folder in the form of /proc.
+/// A folder with the layout of /proc.
 class FakeProcesses {
 public:
     struct Description {

@@ -25,7 +25,7 @@ using testing::Contains;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-/// Another program for as long as this lives.
+/// Another program, which runs during the lifetime of this object.
 class OtherProgram : private QProcess {
 public:
     explicit OtherProgram(const char* executable, const QStringList& arguments = {})
@@ -40,7 +40,7 @@ public:
         waitForFinished();
     }
 
-    /// Its first line of output; a server says there where it is.
+    /// The first line of its output, in which a server prints its address.
     std::string firstLine()
     {
         EXPECT_TRUE(hasSaid("\n"));
@@ -57,7 +57,7 @@ private:
     QByteArray said;
 };
 
-/// An application under a name of one's choice, among the processes of a folder.
+/// The stand-in application under any name, listed in the folder `processRoot`.
 class StandIn {
 public:
     StandIn(const std::string& name, const std::string& processRoot)
@@ -81,13 +81,13 @@ private:
 const FakeProcesses::Description reaper { "/opt/reaper\0"s, "reaper" };
 constexpr int noRealProcess = 5'000'000;
 
-/// The desktop's events come through the toolkit's loop, and what the watch does by time is on the
+/// The desktop's events arrive through the toolkit's event loop; the workspace's timers use the
 /// virtual clock.
 class LinuxWorkspaceTests : public testing::Test {
 protected:
     LinuxWorkspaceTests() { sources.processRoot = processes.root(); }
 
-    /// As the session tracker does: asks first, then listens.
+    /// Does what the session tracker does: lists the applications, then adds observers.
     void makeWorkspace()
     {
         workspace.emplace(dispatch, sources, [this] {
@@ -114,19 +114,19 @@ protected:
         return came;
     }
 
-    /// Waits until the watch knows just these, as whoever asks it is told.
+    /// Waits until the workspace lists exactly these applications.
     bool comesToKnow(const std::vector<std::string>& expected)
     {
         return happens([&] { return names() == expected; });
     }
 
-    /// Whether the watch looks every five seconds from now on.
+    /// Waits until the workspace polls by a timer.
     bool beginsToLookByTimer()
     {
         return happens([this] { return dispatch.timerCount() == 1; });
     }
 
-    /// A DAW is started of which nothing tells, and five seconds pass.
+    /// Starts a DAW without any event; the workspace must find it within five seconds.
     void expectFindsByTimer()
     {
         notices.clear();
@@ -152,7 +152,7 @@ protected:
     WorkspaceSources sources;
     FakeDispatch dispatch;
     std::vector<std::string> notices;
-    int shown = 0; ///< The keyboard's shortcuts.
+    int shown = 0; ///< How often the keyboard shortcuts were shown.
     std::optional<LinuxWorkspace> workspace;
 };
 
@@ -196,7 +196,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     sources.entries.folders = { menu.path() };
     sources.unitBus = QDBusConnection::connectToBus(address, "listener");
     makeWorkspace();
-    // The first DAW makes it read the menu.
+    // Finding the first DAW makes the workspace read the menu.
     processes.start(noRealProcess, reaper);
     EXPECT_TRUE(comesToKnow({ "REAPER" }));
     EXPECT_TRUE(waitFor("launch"));
@@ -215,7 +215,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     EXPECT_TRUE(comesToKnow({ "REAPER", "Logic 2" }));
 }
 
-/// The display of X11 that a workspace is to look at, at first without a window manager.
+/// An X11 display for a workspace, at first without a window manager.
 class Display {
 public:
     explicit Display(WorkspaceSources& sources)
@@ -226,7 +226,7 @@ public:
 
     void startWindowManager()
     {
-        // A window that is mapped while it starts can be overlooked.
+        // A window manager can miss windows that are mapped while it starts.
         windowManager.emplace(
             "/usr/bin/openbox", QStringList { "--sm-disable", "--startup", "echo ready" });
         ASSERT_TRUE(windowManager->hasSaid("ready\n"));
@@ -310,7 +310,7 @@ TEST_F(LinuxWorkspaceTests, KnowsTheKindOfSession)
         { "a compositor", "wayland-0", "", true },
         { "a login of that kind", "", "wayland", true },
     };
-    // No bus of the machine's, and none that the library would start.
+    // Neither the machine's bus nor one that the library would start.
     qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
     for (const auto& row : rows) {
         qputenv("DISPLAY", ":77");
@@ -339,7 +339,7 @@ TEST_F(LinuxWorkspaceTests, ANewTitleOfADAWCountsAsAnActivation)
     daw.say("open");
     EXPECT_TRUE(waitFor("activate"));
     const auto told = [this] { return std::ranges::count(notices, "activate"); };
-    // Whatever a program said before it opened a window has arrived once the window has.
+    // A program's changes arrive in order, so once its new window has arrived, earlier ones have.
     const auto takeAllOf = [this](const StandIn& standIn) {
         notices.clear();
         standIn.say("open");

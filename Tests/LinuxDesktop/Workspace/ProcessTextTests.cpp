@@ -6,7 +6,7 @@
 
 #include <gmock/gmock.h>
 
-// Windows paths as the kernel hands them out, NULs among them, cannot be raw strings.
+// Windows paths from the kernel contain NULs, so they cannot be raw strings.
 // NOLINTBEGIN(modernize-raw-string-literal)
 namespace stemvault::workspace {
 namespace {
@@ -31,7 +31,7 @@ TEST(ProcessTextTests, TheStatOfAProcess)
 
 TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
 {
-    const std::string wine(20, '\0'); // Wine leaves that many empty words behind the path.
+    const std::string wine(20, '\0'); // Wine leaves this many empty arguments after the path.
     const struct {
         std::string commandLine, command, executable, name, identifier;
     } rows[] = {
@@ -75,14 +75,14 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
         { "rosegarden\0"s, "", "", "Rosegarden", "com.rosegardenmusic.rosegarden" },
         { "zrythm\0"s, "", "", "Zrythm", "org.zrythm.Zrythm" },
         { "/tmp/.mount_x/bin/audacity\0"s, "", "", "Audacity", "org.audacityteam.Audacity" },
-        // Started through a link of another name.
+        // Started through a link with another name.
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper", "REAPER", "com.cockos.reaper" },
         { "my-daw\0"s, "my-daw", "/opt/REAPER/reaper (deleted)", "REAPER", "com.cockos.reaper" },
         { "my-daw\0"s, "my-daw", "/opt/x/Cubase14", "Cubase 14", "com.steinberg.cubase12" },
         { "StudioOne\0"s, "StudioOne", "", "Studio One", "com.presonus.studioone6" },
         { "PreSonus-Studio-One\0"s, "", "/opt/PreSonus/Studio One 5/Studio One", "Studio One",
             "com.presonus.studioone5" },
-        // Steam's launcher of games, and REAPER started with another word first.
+        // Steam's game launcher, and REAPER with an argument that only resembles the launcher's.
         { "/s/ubuntu12_32/reaper\0SteamLaunch\0AppId=7\0--\0/opt/REAPER/reaper\0"s, "reaper",
             "/s/ubuntu12_32/reaper", "", "" },
         { "/opt/REAPER/reaper\0/s/SteamLaunch\0"s, "reaper", "", "REAPER", "com.cockos.reaper" },
@@ -109,7 +109,7 @@ TEST(ProcessTextTests, ADAWByItsDesktopEntry)
         { "waveform13", "com.tracktion.Waveform" },
         { "audacity_audacity", "org.audacityteam.Audacity" },
         { "ardour-manual", "" },
-        { "waveform", "" }, // Many a program is called so.
+        { "waveform", "" }, // Many programs have this name.
         { "", "" },
     };
     for (const auto& row : rows)

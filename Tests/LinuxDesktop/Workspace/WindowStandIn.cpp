@@ -1,6 +1,6 @@
-// Stands for an application of X11: says its process number, then opens a window for each line
-// "open" in the pipe that its argument names, closes the latest for each "close", and gives the
-// first another title for each "title" and the text behind it.
+// Stands in for an X11 application: prints its process ID, then reads commands, one per line, from
+// the pipe that its argument names. "open" opens a window, "close" closes the latest one, and
+// "title TEXT" changes the title of the first one.
 
 #include <xcb/xcb.h>
 
@@ -29,7 +29,7 @@ xcb_atom_t atom(xcb_connection_t* connection, std::string_view name)
         xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
     auto* const reply = xcb_intern_atom_reply(connection, cookie, nullptr);
     const xcb_atom_t found = reply == nullptr ? xcb_atom_t { XCB_ATOM_NONE } : reply->atom;
-    std::free(reply); // NOLINT(*-no-malloc): xcb hands out what was allocated so.
+    std::free(reply); // NOLINT(*-no-malloc): xcb allocates replies with malloc.
     return found;
 }
 
@@ -50,7 +50,7 @@ void open(xcb_connection_t* connection, xcb_window_t window)
 int main(int /*count*/, char** arguments)
 {
     std::cout << getpid() << std::endl;
-    std::fstream commands(arguments[1]); // For writing as well, so that it never ends.
+    std::fstream commands(arguments[1]); // Open for writing too, so that it never ends.
     xcb_connection_t* const connection = xcb_connect(nullptr, nullptr);
     std::vector<xcb_window_t> windows;
     constexpr std::string_view title = "title ";
