@@ -17,13 +17,13 @@
 namespace stemvault {
 namespace {
 
-// Only alerts: of a panel's answer nothing follows from the panel's own fields.
+// Alerts only: a panel's answer does not depend on the panel's fields.
 
 /// What the user does with an alert.
 struct Use {
-    std::string press; ///< The title of a button; empty: closes the window.
-    std::optional<int> select {}; ///< In the pop-up button.
-    std::optional<std::string> type {}; ///< Over the text field's text.
+    std::string press; ///< The title of a button; if empty, the user closes the window.
+    std::optional<int> select {}; ///< The index of an item of the pop-up button.
+    std::optional<std::string> type {}; ///< Replaces the text field's text.
 };
 
 struct FakeDialogsStage {

@@ -43,7 +43,7 @@ TYPED_TEST_SUITE(DispatchTests, Stages, StageNames);
 
 using Notes = std::vector<std::string>;
 
-/// What the steps of a row work with.
+/// What the steps of a row use.
 struct Desk {
     Dispatch& dispatch;
     Notes& notes;

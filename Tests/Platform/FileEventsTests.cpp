@@ -46,7 +46,7 @@ template <typename Stage> struct FileEventsTests : testing::Test {
 using Stages = testing::Types<FakeFileEventsStage, InotifyStage>;
 TYPED_TEST_SUITE(FileEventsTests, Stages, StageNames);
 
-/// A stream over the stage's folder and the names of the files that it has reported.
+/// A stream over the stage's folder, and the names of the files that it has reported.
 struct Listener {
     template <typename Stage> explicit Listener(Stage& stage)
     {
@@ -101,7 +101,7 @@ TYPED_TEST(FileEventsTests, AStreamReportsFromStartToStop)
         EXPECT_TRUE(stage.happens([&] {
             return (row.isReported ? listener : witness).hasHeardOf("Mix.wav");
         })) << row.what;
-        // The first report would have come before this one.
+        // A report of Mix.wav would have arrived before the one awaited here.
         stage.write("Later.wav");
         EXPECT_TRUE(stage.happens([&] { return witness.hasHeardOf("Later.wav"); })) << row.what;
         EXPECT_EQ(listener.hasHeardOf("Mix.wav"), row.isReported) << row.what;

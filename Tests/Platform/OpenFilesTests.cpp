@@ -16,7 +16,7 @@ namespace {
 using testing::Contains;
 using testing::Not;
 
-// The form of odd names and what is done while lsof hangs is the real adapter's alone.
+// How odd names are printed and what happens while lsof hangs is tested with the real adapter only.
 
 constexpr int noProcess = 5'000'000;
 

@@ -6,9 +6,9 @@
 
 namespace stemvault {
 
-// Each table of this folder runs on the fake and on the real adapter of one interface, so that the
-// fake that the program's tests rely on keeps the same contract. Both are put on a stage: a class
-// of the same shape for either, with what the user, the desktop or the disk does.
+// Each table in this folder runs on the fake and on the real adapter of one interface, so that the
+// fake, which the program's tests rely on, keeps the same contract. Each of the two has a stage
+// class. Both classes have the same functions, for what the user, the desktop or the disk does.
 
 /// Names a typed test after its stage.
 struct StageNames {

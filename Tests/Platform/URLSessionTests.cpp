@@ -12,13 +12,13 @@
 namespace stemvault {
 namespace {
 
-// What a server's answer makes of a fetch is the real adapter's alone: the fake has no network.
+// How a server's answer is handled is tested with the real adapter only: the fake has no network.
 
-/// How a fetch ends, and the program that makes the real adapter end like that.
+/// The result of a fetch, and a fetcher that produces this result in the real adapter.
 struct Ending {
     const char* what;
     std::string fetcher;
-    std::optional<std::string> body; ///< Absent: it fails.
+    std::optional<std::string> body; ///< Absent if the fetch fails.
 };
 
 struct FakeURLSessionStage {

@@ -19,7 +19,7 @@ struct FakeDefaultsStage {
 
     UserDefaults& defaults() { return fake; }
     void putByHand(const std::string& text) { fake.strings[key] = text; }
-    void restart() { } // It keeps no file: everything stays as it is.
+    void restart() { } // The fake has no file to load again.
 
     FakeUserDefaults fake;
 };

@@ -15,7 +15,7 @@
 namespace stemvault {
 namespace {
 
-/// The title, and whether it had a sound.
+/// The title of each notification, and whether it had a sound.
 using Shown = std::vector<std::pair<std::string, bool>>;
 
 struct FakeNotificationStage {
@@ -79,7 +79,7 @@ template <typename Stage> struct UserNotificationCenterTests : testing::Test {
 using Stages = testing::Types<FakeNotificationStage, DBusNotificationStage>;
 TYPED_TEST_SUITE(UserNotificationCenterTests, Stages, StageNames);
 
-/// Answers with these options, and counts the questions.
+/// Answers each call with these options, and counts the calls.
 struct Decider : UserNotificationCenterDelegate {
     void willPresent(const UserNotification& /*notification*/,
         const std::function<void(std::uint32_t options)>& completionHandler) override
@@ -118,7 +118,7 @@ TYPED_TEST(UserNotificationCenterTests, InFrontTheDelegateDecidesAndOtherwiseAll
             stage.comeToFront();
         stage.center.add({ "1", "mix", "", UserNotificationSound::Default });
         EXPECT_TRUE(stage.happens([&] { return decider.asked == row.asked; })) << row.what;
-        // Shown whatever happens, and after all that was posted before.
+        // Always shown, after everything that was posted before.
         stage.dispatch.mainAsync([&stage] {
             stage.center.setDelegate(nullptr);
             stage.center.add({ "2", "last", "", UserNotificationSound::None });

@@ -10,8 +10,8 @@
 namespace stemvault {
 namespace {
 
-// How a view looks and is used is tested with the real adapter only: tests of the program read a
-// view as a value and press its buttons there.
+// How a view looks and reacts to input is tested with the real adapter only: tests of the program
+// read a view as a value and call the actions of its buttons.
 
 struct FakeWindowsStage {
     static constexpr const char* name = "Fake";

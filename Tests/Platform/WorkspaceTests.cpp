@@ -13,10 +13,10 @@ namespace {
 
 using namespace std::string_literals;
 
-// How applications are recognised is tested with the real adapter only: a test says which ones the
-// fake has.
+// How applications are recognised is tested with the real adapter only: the fake lists the
+// applications that a test adds.
 
-constexpr int reaper = 5'000'001; // No process of this machine.
+constexpr int reaper = 5'000'001; // Larger than any process ID.
 constexpr int proTools = 5'000'002;
 
 struct FakeWorkspaceStage {
@@ -136,7 +136,7 @@ TYPED_TEST(WorkspaceTests, ARemovedObserverHearsNothingNotEvenOfTheEventAtHand)
     TypeParam stage;
     static_cast<void>(stage.workspace.runningApplications());
     std::vector<std::string> told;
-    const char handles[] = "0123"; // A handle each.
+    const char handles[] = "0123"; // The address of each character is a handle.
     stage.workspace.addObserver(&handles[0], launched, [&] { told.emplace_back("before"); });
     stage.workspace.addObserver(&handles[1], launched, [&] {
         told.emplace_back("remover");
@@ -145,7 +145,7 @@ TYPED_TEST(WorkspaceTests, ARemovedObserverHearsNothingNotEvenOfTheEventAtHand)
     stage.workspace.addObserver(&handles[2], launched, [&] { told.emplace_back("removed"); });
     stage.workspace.addObserver(&handles[3], launched, [&] { told.emplace_back("last"); });
     stage.workspace.removeObserver(&handles[0]);
-    stage.workspace.removeObserver(&handles[0]); // It is no longer known.
+    stage.workspace.removeObserver(&handles[0]); // Removing it again does nothing.
     stage.start(reaper);
     EXPECT_TRUE(stage.happens([&told] { return !told.empty() && told.back() == "last"; }));
     EXPECT_THAT(told, ElementsAre("remover", "last"));
