@@ -28,7 +28,7 @@ using Texts = std::vector<std::string>;
 const Image icon { "/resources/AppIcon.icns" };
 
 /// A desktop, a disk and the controller's queue. A test whose cases must not affect each other
-/// makes one for each.
+/// creates one per case.
 struct Stage {
     Stage() { addDestination("Client A"); }
 
@@ -108,7 +108,7 @@ TEST_F(BounceAlertControllerTests, EachAnswerDoesWhatItSays)
     const struct {
         const char* what;
         std::vector<std::pair<std::string, int>>
-            answers; ///< Button and item; no button: the response.
+            answers; ///< Button and item; without a button, the response.
         int cancelledPanels;
         Texts bodies;
     } rows[] = {
@@ -323,8 +323,8 @@ TEST_F(BounceAlertControllerTests, AFileThatNeverComesToRestIsReported)
     EXPECT_THAT(folder.names("Client A"), IsEmpty());
 }
 
-/// Changes a file's date ten thousand times a second, or whenever a write exceeds the limit, from
-/// signals to the thread that copies. A date in the future does not keep a file from being copied.
+/// Changes a file's date ten thousand times a second, or whenever a write exceeds the size limit,
+/// in signal handlers on the copying thread. A date in the future does not prevent a copy.
 class Redating {
 public:
     explicit Redating(const std::string& file)
@@ -355,7 +355,7 @@ public:
         const rlimit limit { size, RLIM_INFINITY };
         EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
     }
-    /// Uses this time for the next dates.
+    /// Sets the date to this time on later changes.
     static void dateAs(WallTime now)
     {
         seconds = std::chrono::floor<std::chrono::seconds>(now.time_since_epoch()).count();
@@ -525,7 +525,7 @@ TEST_F(BounceAlertControllerTests, ANameThatIsTakenDuringTheCopyIsAskedAbout)
     folder.write("Song/Mix.wav", longContent);
     static std::string copy;
     copy = folder.path("Client A/Mix.wav");
-    // The thread that copies gets this signal when the copy exceeds the limit.
+    // The copying thread gets this signal when the copy exceeds the size limit.
     ::signal(SIGXFSZ, [](int) { ::close(::creat(copy.c_str(), S_IRUSR | S_IWUSR)); });
     Redating::limitFiles(1 << 20);
     showAll({ "Add", "Cancel" });

@@ -52,7 +52,7 @@ struct BounceWatcherTests : testing::Test {
     TemporaryFolder folder;
     const std::string mix = folder.path("Mix.wav");
     std::vector<std::string> reported;
-    std::optional<FileIdentity> reportedFolder; ///< The one given with the latest report.
+    std::optional<FileIdentity> reportedFolder; ///< The folder in the latest report.
 };
 
 TEST_F(BounceWatcherTests, MakesOneStreamOverTheFoldersItIsGiven)
@@ -269,7 +269,7 @@ TEST_F(BounceWatcherTests, ADriveThatDoesNotAnswerHoldsUpOnlyItsOwnFiles)
     for (int i = 0; i < 100; ++i)
         deliver(
             folder.write("drive/" + std::to_string(i % 50) + "/" + std::to_string(i) + ".wav", ""));
-    // No look at the drive returns.
+    // Holds the checks of files on the drive, as if it did not respond.
     std::vector<Work> hanging;
     while (platform.dispatch.utilityWorkCount() > 0)
         hanging.push_back(platform.dispatch.holdOldestUtilityWork());

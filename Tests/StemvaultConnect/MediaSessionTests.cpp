@@ -26,8 +26,8 @@ const std::string live = "com.ableton.live", cubase = "com.steinberg.cubase12",
                   bitwig = "com.bitwig.BitwigStudio", audacity = "org.audacityteam.Audacity";
 
 struct MediaSessionTests : testing::Test {
-    /// The folder found when these files are open and each session folder's newest file has this
-    /// hour.
+    /// The folder found if these files are open and the newest file in each session folder was
+    /// modified at this hour.
     std::string folderOf(const std::string& daw, const std::vector<std::string_view>& openPaths,
         const std::map<std::string, int>& sessionFolders)
     {
@@ -42,7 +42,7 @@ struct MediaSessionTests : testing::Test {
         return found ? found->path() : "absent";
     }
 
-    std::map<std::string, int> questions; ///< How often each folder was asked about.
+    std::map<std::string, int> questions; ///< How often each folder was queried.
 };
 
 TEST_F(MediaSessionTests, FindsTheSessionThatTheOpenMediaBelongTo)

@@ -66,7 +66,7 @@ TEST_F(MenuBarManagerTests, TheSecondLineIsTheLatestSingleCopy)
         std::map<std::string, std::string> added;
         std::string expected;
     } rows[] = {
-        { { { "destination", "A" } }, "hidden" }, // A batch names no file.
+        { { { "destination", "A" } }, "hidden" }, // A batch does not name a file.
         { { { "file", "Mix 3.wav" }, { "destination", "Client Mixes" } }, latest },
         { {}, latest },
         { { { "file", "a.wav" } }, latest },

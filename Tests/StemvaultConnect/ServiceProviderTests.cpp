@@ -104,7 +104,7 @@ TEST_F(ServiceProviderTests, TheWalkTakesAudioFilesAndNamesTheirFolder)
         EXPECT_EQ(perform("addToStemvault", paths(row.selection)),
             row.queued.empty() ? "No audio files found in that selection." : "")
             << row.what;
-        // The order within a folder is the file system's.
+        // The file system decides the order of the files in a folder.
         if (row.selection.size() == 1)
             std::ranges::sort(queued);
         EXPECT_EQ(queued, row.queued) << row.what;

@@ -11,7 +11,7 @@ using namespace std::chrono_literals;
 
 constexpr std::string_view extensions[] = { "ptx", "logicx", "als", "song", "cpr", "rpp" };
 
-/// The folder found when lsof printed this and the named files were modified at these hours.
+/// The folder found if lsof prints this output and these files were modified at these hours.
 std::string folderOf(const std::string& lsofOutput, const std::map<std::string, int>& hours = {})
 {
     const auto modificationDate = [&hours](const std::string& path) {

@@ -72,7 +72,7 @@ TEST_F(SessionTrackerTests, TheFirstApplicationThatYieldsAFolderWins)
     EXPECT_THAT(platform.openFiles.calls, ElementsAre(30, 20));
 }
 
-// In capitals, because the rule for packages already finds .logicx in small letters.
+// In capitals, because the rule for packages already finds .logicx in lower case.
 TEST_F(SessionTrackerTests, KnowsTheSessionFilesOfEveryDAW)
 {
     for (const std::string extension : { "PTX", "LOGICX", "ALS", "SONG", "CPR", "RPP" }) {
@@ -187,7 +187,7 @@ struct SessionByMediaTests : SessionTrackerTests {
         start();
     }
 
-    /// What observers are told once this process has these files open.
+    /// Lets a process open these files, and returns what observers are then told.
     std::vector<std::string> openedBy(std::int32_t process, const std::string& output)
     {
         platform.openFiles.listings[process] = output;

@@ -36,7 +36,8 @@ std::string entry(const std::string& version, const std::string& more = "")
 
 class UpdateCheckerTests : public testing::Test {
 protected:
-    /// The alert that this answer of the server leads to, closed by this button; absent for none.
+    /// The alert shown after this answer of the server, which is closed by this button; absent if
+    /// there is none.
     std::optional<Alert> alertAfter(const Result<std::string>& body, const std::string& button)
     {
         if (!button.empty())
