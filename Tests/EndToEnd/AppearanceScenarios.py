@@ -48,14 +48,14 @@ class AppearanceScenarios(Scenario):
     def test_gnome_turned_dark_and_light_again(self):
         self.open("GNOME")
         self.expect("light")
-        self.desktop.start_service("appearance_portal", PORTAL)  # It says dark, and comes late.
+        self.desktop.start_service("appearance_portal", PORTAL)  # Reports dark, and starts late.
         self.expect("dark")
         for scheme, look in ((0, "light"), (1, "dark"), (2, "light")):
             self.desktop.choose_scheme(scheme)
             self.expect(look)
 
     def test_xfce_goes_by_the_theme_of_its_windows(self):
-        self.open("XFCE")  # Before there is a settings manager.
+        self.open("XFCE")  # Without a settings manager yet.
         self.expect("light")
         for theme, look in (("Arc-Dark", "dark"), ("Adwaita", "light"), ("Greybird-dark", "dark"),
                             ("Greybird", "light"), ("Adwaita-dark", "dark")):

@@ -31,7 +31,7 @@ class FileManagerScenarios(Scenario):
 
     def select_all(self, manager):
         """With the menu, which shows that the folder has been read."""
-        if manager.name != "pcmanfm-qt":  # Once its menu was open, Ctrl+C copies the names of files alone.
+        if manager.name != "pcmanfm-qt":  # After its menu was open, Ctrl+C copies only file names.
             manager.open_menu()
             return manager.close_menu()
 

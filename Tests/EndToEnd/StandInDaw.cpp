@@ -1,11 +1,11 @@
 // Stands in for a DAW on a test's desktop: a real process with a real window, open session files
-// and bounces that grow at a DAW's pace. It does what its standard input says, a command per line
-// with its arguments percent-encoded, and answers each with a line of its own:
+// and bounces that grow at a DAW's pace. It reads commands from standard input, one per line with
+// percent-encoded arguments, and prints a line when it has executed a command:
 //
 //   open PATH        close PATH        bounce PATH BYTES PORTIONS MILLISECONDS        quit
 //
-// A bounce is answered when the file is whole. Its command line: the window's title, and a session
-// to begin with.
+// A bounce has been executed when the file is complete. The arguments of the program are the
+// window's title and the first session file to open.
 
 #include <QApplication>
 #include <QFile>
@@ -38,8 +38,8 @@ class Arrangement : public QWidget {
     }
 };
 
-/// A file that is written as a DAW does it: a header without lengths, the audio in portions, and at
-/// the end the whole header.
+/// Writes a file as a DAW does: a header without lengths, then the audio in portions, and at the
+/// end the complete header.
 class Bounce : public QObject {
 public:
     Bounce(QByteArray encodedPath, quint32 bytes, quint32 portions, int milliseconds)

@@ -15,7 +15,7 @@ class AppearancePortal(dbus.service.Object):
     def Read(self, group, key):
         if (group, key) != (GROUP, KEY):
             raise dbus.DBusException(name="org.freedesktop.portal.Error.NotFound")
-        return dbus.UInt32(self.scheme, variant_level=2)  # The real one wraps it once too often, too.
+        return dbus.UInt32(self.scheme, variant_level=2)  # Wrapped twice, as by the real portal.
 
     @dbus.service.method("local.VirtualDesktop", in_signature="u")
     def Choose(self, scheme):
