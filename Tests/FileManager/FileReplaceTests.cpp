@@ -70,7 +70,7 @@ TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
         { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) }, { failsAtClose(EIO) },
         { noUnnamed, failsAtClose(EIO) }, { no(&SystemCalls::renameat2, EACCES) },
         { noRename(RENAME_EXCHANGE, EINVAL),
-            noRename(RENAME_NOREPLACE, EIO) }, // The old one is moved aside first.
+            noRename(RENAME_NOREPLACE, EIO) }, // The old item is moved aside first.
     };
     for (const auto& refusals : rows) {
         makeOld("folder");

@@ -36,7 +36,7 @@ struct ServiceProviderTests : testing::Test {
         EXPECT_EQ(perform("createStemvaultPlaylist", paths(selection)), "");
     }
 
-    /// Makes files whose content is their name; a name that ends with a slash makes a folder.
+    /// Creates files whose content is their name, and folders for names that end with a slash.
     void make(const Paths& names) const
     {
         for (const std::string& name : names)

@@ -87,7 +87,7 @@ void FakeDialogs::answerNumber(int response)
 
 void FakeDialogs::choose(const std::optional<std::string>& path, std::function<void()> meanwhile)
 {
-    // A panel that is cancelled may still name what was selected in it.
+    // A cancelled panel may still return the item that was selected.
     choices.emplace_back([=](const OpenPanel&) {
         meanwhile();
         const FileURL url(path.value_or("/selected"));
@@ -286,7 +286,7 @@ bool FakeWorkspace::open(const std::string& url)
 
 void FakeWorkspace::notify(WorkspaceNotification notification)
 {
-    // Observers may be added or removed meanwhile; neither kind is called.
+    // Observers that are added or removed during a notification are not called.
     for (const Entry& entry : std::vector(entries))
         if (entry.notification == notification
             && std::ranges::count(entries, entry.number, &Entry::number) == 1)

@@ -36,8 +36,8 @@ struct FakeUserNotificationCenter : UserNotificationCenter {
 
     UserNotificationCenterDelegate* delegate = nullptr;
     std::optional<std::uint32_t> requestedOptions;
-    std::vector<UserNotification> posted; ///< As they were shown.
-    bool isInFront = false; ///< Whether the program is; if so, the delegate decides.
+    std::vector<UserNotification> posted; ///< As shown, after the delegate's decision.
+    bool isInFront = false; ///< If the program is in front, the delegate decides.
 
 private:
     Dispatch& dispatch;

@@ -14,7 +14,7 @@ struct FakeWindows : Windows {
     [[nodiscard]] std::unique_ptr<Window> window(std::function<View()> body) override;
 
     // What a test may look at.
-    std::deque<std::string> windows; ///< What was done to each: "made, titled Mixes, shown".
+    std::deque<std::string> windows; ///< The history of each: "made, titled Mixes, shown".
 
 private:
     Dispatch& dispatch;

@@ -53,7 +53,7 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
             ask("late");
         };
         application.setDelegate(&delegate);
-        application.reopen(); // Too early to be reported; too late below.
+        application.reopen(); // Not reported: too early here, too late below.
         application.run();
         application.reopen();
         EXPECT_THAT(delegate.told,

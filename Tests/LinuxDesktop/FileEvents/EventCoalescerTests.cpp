@@ -76,7 +76,7 @@ TEST(EventCoalescer, GathersWhatHappensInHalfASecond)
             { { 0us, "a", 1 }, { 300ms, "a", 2 }, { 800ms, "b", 1 } },
             { { 500ms, "a3 " }, { 1300ms, "b1 " } }, FirstEvent::Gathered },
     };
-    // Batches are taken between events, so one with a finished write was due when the write began.
+    // A finished write is due from the moment it began, although its batch is taken later.
     for (const auto& row : rows)
         EXPECT_EQ(batchesOf(row.events, row.first), row.batches) << row.what;
 }

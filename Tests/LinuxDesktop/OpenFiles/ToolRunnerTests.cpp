@@ -55,7 +55,8 @@ TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
     for (const char* endless :
         { "trap '' TERM INT HUP; while :; do sleep 60; done", "exec >&-; sleep 60", "yes" })
         EXPECT_EQ(hasty.run("/bin/sh", { "-c", endless }).output, std::nullopt) << endless;
-    EXPECT_THAT(shell("sleep 60 & echo $$"), Optional(EndsWith("\n"))); // sleep keeps the pipe.
+    // sleep keeps the pipe open.
+    EXPECT_THAT(shell("sleep 60 & echo $$"), Optional(EndsWith("\n")));
     EXPECT_LT(std::chrono::steady_clock::now() - begun, promptly);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }
