@@ -30,7 +30,7 @@ protected:
     }
 
     /// Creates what a killed copy leaves behind: half a file, open until the result is destroyed.
-    [[nodiscard]] FileDescriptor openDraft(const std::string& name) const
+    [[nodiscard]] FileDescriptor createLeftover(const std::string& name) const
     {
         const std::string draft = files.write("to/.syncthing.~" + name + ".tmp", "half");
         FileDescriptor file(::open(draft.c_str(), O_RDWR | O_CLOEXEC));
@@ -126,8 +126,8 @@ TEST_F(ReplaceTest, ClosesANamedDraftOnceAndBeforeItGetsItsNameOrGoes)
 
 TEST_F(ReplaceTest, RemovesOnlyLeftoversThatNobodyUses)
 {
-    const FileDescriptor used = openDraft("Used.wav.aaaaaa");
-    openDraft("Gone.wav.bbbbbb").reset();
+    const FileDescriptor used = createLeftover("Used.wav.aaaaaa");
+    createLeftover("Gone.wav.bbbbbb").reset();
     files.write("to/.syncthing.~Empty.wav.cccccc.tmp", "");
     files.write("to/.syncthing.~Gone.dddddd.tmp/inner/a.wav", "half");
     const std::string folder = files.path("to/.syncthing.~Gone.dddddd.tmp");
@@ -156,7 +156,7 @@ TEST_F(ReplaceTest, LeavesLeftoversOfAnotherUser)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can give a file to another user";
-    ASSERT_EQ(::fchown(openDraft("Theirs.wav.hhhhhh").get(), 12345, 12345), 0);
+    ASSERT_EQ(::fchown(createLeftover("Theirs.wav.hhhhhh").get(), 12345, 12345), 0);
     options.leftoverAge = std::chrono::seconds(0);
     ASSERT_TRUE(copyItem(source, target, options));
     EXPECT_THAT(names(), ElementsAre(".syncthing.~Theirs.wav.hhhhhh.tmp", "Mix.wav"));

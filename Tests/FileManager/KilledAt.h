@@ -50,7 +50,7 @@ template <typename Work> bool isKilledAt(int call, SystemCalls& calls, const Wor
 /// Runs the steps after `last` in a child process that is killed `moment` after its start.
 /// Returns the last step that finished.
 template <typename Step>
-int lastBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
+int lastStepBeforeKill(int last, std::chrono::nanoseconds moment, const Step& step)
 {
     void* const shared =
         ::mmap(nullptr, sizeof(int), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
@@ -90,7 +90,8 @@ int expectWholeWhenKilled(int kills, SystemCalls& calls, const Step& step, const
         EXPECT_TRUE(last == done || last == done + 1) << last << " instead of " << done;
         return !testing::Test::HasFailure();
     };
-    while (kills-- > 0 && isWhole(lastBeforeKill(last, longest * (random() % 1000) / 1000, step)))
+    while (
+        kills-- > 0 && isWhole(lastStepBeforeKill(last, longest * (random() % 1000) / 1000, step)))
         ;
     int call = 1;
     while (isKilledAt(call, calls, [&] { step(last + 1); }) && isWhole(last))

@@ -12,26 +12,26 @@ void feed(std::string_view input)
     const std::string text(input);
     const auto languages = workspace::preferredLanguages(input.substr(0, input.find('\n')));
     const auto entry = workspace::parseDesktopEntry(text, languages);
-    mustHold(entry
+    require(entry
             == workspace::parseDesktopEntry(
                 text + "\n[Desktop Action x]\nHidden=true\n", languages),
         "another group changes nothing");
-    mustHold(!entry || entry->isHidden || !entry->name.empty(), "an application has a name");
-    mustHold(!entry || entry->program == lastPathComponent(entry->program), "a program is a name");
+    require(!entry || entry->isHidden || !entry->name.empty(), "an application has a name");
+    require(!entry || entry->program == lastPathComponent(entry->program), "a program is a name");
     const auto identifier = workspace::parseFlatpakIdentifier(text);
-    mustHold(!identifier || identifier->size() < text.size(), "an identifier is in the text");
+    require(!identifier || identifier->size() < text.size(), "an identifier is in the text");
 
     const TemporaryFolder folder;
     const std::string file = "net.stemvault.Connect.desktop";
     const std::string executable = "/" + text.substr(0, text.find('\0'));
     login_item::AutostartEntry autostart(folder.path(), executable);
     folder.write(file, text);
-    mustHold(!entry || !entry->isHidden || autostart.status() == LoginItemStatus::NotRegistered,
+    require(!entry || !entry->isHidden || autostart.status() == LoginItemStatus::NotRegistered,
         "what the user has deleted does not start");
-    mustHold(autostart.registerItem() && autostart.status() == LoginItemStatus::Enabled,
+    require(autostart.registerItem() && autostart.status() == LoginItemStatus::Enabled,
         "an entry that was written is in force");
     const auto ours = workspace::parseDesktopEntry(folder.read(file), {});
-    mustHold(ours && ours->requiredProgram == executable, "any program can be started at login");
+    require(ours && ours->requiredProgram == executable, "any program can be started at login");
 }
 
 } // namespace stemvault

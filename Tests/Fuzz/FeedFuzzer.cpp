@@ -29,7 +29,7 @@ void feedJSON(const std::string& text)
         if (info.notes)
             feed[appKey]["notes"] = *info.notes;
     }
-    mustHold(decodedFeed(feed.dump()) == infos, "entries written again read the same");
+    require(decodedFeed(feed.dump()) == infos, "entries written again read the same");
 }
 
 } // namespace
@@ -37,10 +37,10 @@ void feedJSON(const std::string& text)
 void feed(std::string_view input)
 {
     feedJSON(std::string(input));
-    mustHold(extractJSON("<PRE>" + escaped(input) + "</Pre>") == trimmed(input),
+    require(extractJSON("<PRE>" + escaped(input) + "</Pre>") == trimmed(input),
         "what a page quotes comes through");
     if (const auto json = extractJSON(input)) {
-        mustHold(json->size() < input.size(), "taking out the block never grows it");
+        require(json->size() < input.size(), "taking out the block never grows it");
         feedJSON(*json);
     }
 }

@@ -12,7 +12,7 @@ namespace stemvault {
 void feed(std::string_view input);
 
 /// Aborts the program if the condition does not hold, so that libFuzzer keeps the input.
-inline void mustHold(bool holds, const char* what)
+inline void require(bool holds, const char* what)
 {
     if (holds)
         return;

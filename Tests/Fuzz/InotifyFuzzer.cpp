@@ -12,15 +12,15 @@ void feed(std::string_view input)
     for (auto before = rest; const auto event = file_events::takeInotifyEvent(rest);
          before = rest) {
         const std::string_view name = event->name;
-        mustHold(rest.size() + sizeof(inotify_event) + name.size() <= before.size(),
+        require(rest.size() + sizeof(inotify_event) + name.size() <= before.size(),
             "each event takes its own bytes");
-        mustHold(name.empty()
+        require(name.empty()
                 || (name.data() > input.data()
                     && name.data() + name.size() <= input.data() + input.size()),
             "a name lies in what was read");
-        mustHold(name.find('\0') == std::string_view::npos, "a name ends where its padding begins");
+        require(name.find('\0') == std::string_view::npos, "a name ends where its padding begins");
     }
-    mustHold(rest.empty(), "nothing is left over");
+    require(rest.empty(), "nothing is left over");
 }
 
 } // namespace stemvault

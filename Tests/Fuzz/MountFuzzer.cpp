@@ -28,7 +28,7 @@ void feed(std::string_view input)
     const std::string text(input);
     const auto points =
         file_events::parseMountPoints(text + "\n1 2 0:3 / " + escaped("/" + text) + " rw - x y z");
-    mustHold(!points.empty() && points.back() == "/" + text,
+    require(!points.empty() && points.back() == "/" + text,
         "a mount of any name is found, whatever is above it");
 }
 

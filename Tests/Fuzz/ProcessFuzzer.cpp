@@ -23,7 +23,7 @@ void feedStat(std::string_view text)
     again += " 23 24 25";
     for (const std::uint64_t address : stat->image)
         again += " " + std::to_string(address);
-    mustHold(workspace::parseProcessStat(again) == stat, "what was read of a stat reads the same");
+    require(workspace::parseProcessStat(again) == stat, "what was read of a stat reads the same");
 }
 
 void feedProgram(std::string_view text)
@@ -31,13 +31,13 @@ void feedProgram(std::string_view text)
     const auto end = std::min(text.find('\n'), text.size());
     const workspace::Program program =
         workspace::parseProgram(text.substr(0, end), text.substr(end));
-    mustHold(program.path.find(program.name) != std::string::npos
+    require(program.path.find(program.name) != std::string::npos
             && program.name.find_first_of("/\\") == std::string::npos,
         "a program's name is a part of its path");
-    mustHold(workspace::isHelper(program) || !workspace::isSandboxLauncher(program),
+    require(workspace::isHelper(program) || !workspace::isSandboxLauncher(program),
         "a launcher is a helper");
     const auto known = workspace::knownApplication(program, program.path);
-    mustHold(!known
+    require(!known
             || (!workspace::isHelper(program) && !known->identifier.empty()
                 && !known->name.empty()),
         "a DAW has a name and is no helper");
@@ -49,16 +49,16 @@ void feedMounts(std::string_view text)
     const open_files::MountView here(text.substr(0, end));
     const open_files::MountView there(text.substr(std::min(end + 1, text.size())));
     const std::string names = "p1\nn/a b/c\nn/\n";
-    mustHold(open_files::namesThatLeadToTheSame(names, here, here) == names,
+    require(open_files::namesThatLeadToTheSame(names, here, here) == names,
         "the same mounts hide nothing");
-    mustHold(names.starts_with(open_files::namesThatLeadToTheSame(names, here, there).substr(0, 3)),
+    require(names.starts_with(open_files::namesThatLeadToTheSame(names, here, there).substr(0, 3)),
         "what is no path stays");
 }
 
 void feedEnvironment(std::string_view text)
 {
     const auto prefix = workspace::parseWinePrefix(text);
-    mustHold(!prefix || !prefix->empty(), "a prefix is a folder");
+    require(!prefix || !prefix->empty(), "a prefix is a folder");
 }
 
 } // namespace
@@ -70,7 +70,7 @@ void feed(std::string_view input)
     feedMounts(input);
     feedEnvironment(input);
     const auto unit = workspace::parseApplicationUnit(input);
-    mustHold(!unit
+    require(!unit
             || (input.find(unit->unit) != std::string_view::npos && !unit->identifier.empty()
                 && unit->identifier.size() < unit->unit.size()),
         "an application's unit is a part of its group");

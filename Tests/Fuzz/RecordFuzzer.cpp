@@ -23,9 +23,9 @@ void change(const std::string& path, const std::string& value)
     defaults.setDate("date", date.value_or(WallTime()));
     defaults.synchronize();
     const user_defaults::UserDefaultsFile again(path, dispatch);
-    mustHold(again.data("value") == value, "any text can be kept");
-    mustHold(!bytes || again.data("bytes") == bytes, "bytes that were read are written the same");
-    mustHold(!date || again.date("date") == date, "a date that was read is written the same");
+    require(again.data("value") == value, "any text can be kept");
+    require(!bytes || again.data("bytes") == bytes, "bytes that were read are written the same");
+    require(!date || again.date("date") == date, "a date that was read is written the same");
 }
 
 } // namespace
@@ -39,15 +39,14 @@ void feed(std::string_view input)
     auto before = user_defaults::parsedRecord(text);
     auto after = user_defaults::RecordFile(path).read();
     if (!before) {
-        mustHold(
-            folder.read(*folder.names("").rbegin()) == text, "what is no record is kept aside");
+        require(folder.read(*folder.names("").rbegin()) == text, "what is no record is kept aside");
         return;
     }
     for (const char* ours : { "value", "bytes", "date" }) {
         before->erase(ours);
         after.erase(ours);
     }
-    mustHold(*before == after, "what we do not know is left as it was");
+    require(*before == after, "what we do not know is left as it was");
 }
 
 } // namespace stemvault

@@ -21,14 +21,13 @@ void feedOutput(std::string_view text)
 {
     const auto paths = openPaths(text);
     for (const std::string_view path : paths) {
-        mustHold(path.starts_with('/') && path.find('\n') == std::string_view::npos,
+        require(path.starts_with('/') && path.find('\n') == std::string_view::npos,
             "an open path is absolute and one line");
-        mustHold(
-            path.data() > text.data() && path.data() + path.size() <= text.data() + text.size(),
+        require(path.data() > text.data() && path.data() + path.size() <= text.data() + text.size(),
             "an open path lies in the text");
     }
     const auto folder = sessionFolder(paths, extensions, someDate);
-    mustHold(!folder
+    require(!folder
             || std::ranges::any_of(paths,
                 [&](std::string_view path) {
                     return path.starts_with(appendingPathComponent(folder->path(), ""));
@@ -43,9 +42,9 @@ void feed(std::string_view input)
     feedOutput(input);
     const std::string mapped = open_files::linesOfMappedFiles(input, "/exe");
     feedOutput(mapped);
-    mustHold(openPaths(mapped).size() == static_cast<std::size_t>(std::ranges::count(mapped, '\n')),
+    require(openPaths(mapped).size() == static_cast<std::size_t>(std::ranges::count(mapped, '\n')),
         "each mapped file is one line with its path");
-    mustHold(openPaths("n/" + open_files::nameAsPrinted(input) + "\n").size() == 1,
+    require(openPaths("n/" + open_files::nameAsPrinted(input) + "\n").size() == 1,
         "every name can be printed as one line");
 }
 

@@ -31,11 +31,11 @@ void feed(std::string_view input)
 {
     const std::string text(input);
     const auto settings = loaded(text);
-    mustHold(loaded(std::get<3>(settings)) == settings, "what is written back reads the same");
+    require(loaded(std::get<3>(settings)) == settings, "what is written back reads the same");
     if (!isValidUTF8(text))
         return;
     const auto changed = loaded(text, { { UUID(), text, text } });
-    mustHold(loaded(std::get<3>(changed)) == changed, "a folder of any name is kept");
+    require(loaded(std::get<3>(changed)) == changed, "a folder of any name is kept");
 }
 
 } // namespace stemvault

@@ -10,23 +10,23 @@ void feed(std::string_view input)
 {
     const std::string text(input);
     if (const auto path = pathOfFileURI(text)) {
-        mustHold(path->starts_with('/') && path->size() <= text.size()
+        require(path->starts_with('/') && path->size() <= text.size()
                 && path->find('\0') == std::string::npos,
             "the path of a URI is absolute and can be a file's");
-        mustHold(pathOfFileURI(fileURI(*path)) == path, "a path comes through the bus");
+        require(pathOfFileURI(fileURI(*path)) == path, "a path comes through the bus");
     }
     const auto uri = fileURI("/" + text);
-    mustHold(URLComponents::fromString(uri).has_value(), "the URI of a file is one");
-    mustHold(pathOfFileURI(uri).has_value() == (text.find('\0') == std::string::npos),
+    require(URLComponents::fromString(uri).has_value(), "the URI of a file is one");
+    require(pathOfFileURI(uri).has_value() == (text.find('\0') == std::string::npos),
         "every name that a file can have is taken");
-    mustHold(percentDecoded(percentEncoded(text)) == text, "any bytes can be encoded");
+    require(percentDecoded(percentEncoded(text)) == text, "any bytes can be encoded");
 
     auto url = URLComponents::fromString(text);
     if (!url)
         return;
-    mustHold(url->absoluteString() == text, "a URL stays as it was written");
+    require(url->absoluteString() == text, "a URL stays as it was written");
     url->setQueryItems({ { text, text }, { "", "" } });
-    mustHold(URLComponents::fromString(url->absoluteString()).has_value(),
+    require(URLComponents::fromString(url->absoluteString()).has_value(),
         "a URL stays one with any query");
 }
 

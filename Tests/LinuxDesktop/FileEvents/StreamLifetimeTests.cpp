@@ -32,10 +32,10 @@ public:
     }
 
     /// Takes the next piece of work from the queue; absent if none arrives in time.
-    std::optional<Work> next(std::chrono::milliseconds patience)
+    std::optional<Work> next(std::chrono::milliseconds timeout)
     {
         std::unique_lock lock(mutex);
-        if (!added.wait_for(lock, patience, [this] { return !queue.empty(); }))
+        if (!added.wait_for(lock, timeout, [this] { return !queue.empty(); }))
             return std::nullopt;
         Work work = std::move(queue.front());
         queue.pop_front();

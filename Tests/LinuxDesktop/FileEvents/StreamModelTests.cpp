@@ -19,7 +19,7 @@ namespace {
 using namespace std::chrono_literals;
 using Reports = StreamStage::Reports;
 
-enum class Way {
+enum class EventMode {
     Plain, ///< The stream reads events as they occur, or all at the end of a round.
     Overflow, ///< The kernel's queue overflows in the middle of a round.
     Polled, ///< The kernel reports nothing, as on a network drive.
@@ -65,11 +65,11 @@ struct Operation {
 /// report and which it may report. The stream has caught up at the end of each round.
 class Model {
 public:
-    Model(StreamStage& where, Way how) : stage(where), way(how)
+    Model(StreamStage& where, EventMode how) : stage(where), way(how)
     {
         for (const char* top : { "r", "s", "o" })
             makeFolder({}, top);
-        stage.calls().areOthersSilent = way == Way::Polled;
+        stage.calls().simulatesNetworkShare = way == EventMode::Polled;
     }
     Model(const Model&) = delete;
     Model& operator=(const Model&) = delete;
@@ -105,12 +105,14 @@ public:
     [[nodiscard]] std::string complaints(const Reports& reports) const
     {
         std::string text;
-        const auto isTold = [&](const std::string& path) {
+        const auto isReportedAsNew = [&](const std::string& path) {
             const auto report = reports.find(path);
             return report != reports.end() && isNew(report->second);
         };
         for (const auto& [path, item] : disk)
-            if (!item.owed.empty() && std::none_of(item.owed.begin(), item.owed.end(), isTold))
+            if (!item.requiredPaths.empty()
+                && std::none_of(
+                    item.requiredPaths.begin(), item.requiredPaths.end(), isReportedAsNew))
                 text += path + " is new and silent\n";
         for (const auto& [path, flags] : reports) {
             // A recent write may be reported late or twice. A write in a folder that was moved out
@@ -118,7 +120,7 @@ public:
             // Reports of files that are gone again, such as a copy's temporary file, are allowed.
             const auto known = written.find(path);
             const bool isAllowed =
-                (known != written.end() && isFresh(known->second)) || !is(path, false);
+                (known != written.end() && mayStillBeReported(known->second)) || !is(path, false);
             if (isNew(flags) && !isAllowed)
                 text += path + " is reported as new and is not\n";
         }
@@ -131,7 +133,7 @@ public:
         steady.clear();
         isOver = isFlooded = false;
         for (auto& [path, item] : disk) {
-            item.owed.clear();
+            item.requiredPaths.clear();
             if (item.isFolder && isWatched(path + "/"))
                 steady.insert(path);
         }
@@ -146,7 +148,7 @@ private:
         bool isFolder;
         int file; ///< Identifies the file; all its links have the same number.
         int written; ///< The round of the last write, wherever it was then.
-        std::set<std::string> owed {}; ///< If not empty, one of these must be reported.
+        std::set<std::string> requiredPaths {}; ///< If not empty, one of these must be reported.
         int dated = 0; ///< The round in which its times were set without a write.
     };
     /// By path. Items that were taken out are keyed by the rest of their path.
@@ -178,7 +180,7 @@ private:
             disk.try_emplace(target, Item { false, ++files, round }).first->second.file;
         noteWrite(number);
         if (isWatched(target))
-            disk[target].owed = { target };
+            disk[target].requiredPaths = { target };
         return true;
     }
 
@@ -201,7 +203,7 @@ private:
             return false;
         for (auto& [other, name] : disk)
             if (name.file == disk[item].file)
-                name.owed.clear();
+                name.requiredPaths.clear();
         return true;
     }
 
@@ -251,13 +253,14 @@ private:
     bool link(const std::string& item, const std::string& target)
     {
         // Polling cannot tell a change of a file's names from a change of its content.
-        if (way == Way::Polled || !is(item, false)
+        if (way == EventMode::Polled || !is(item, false)
             || ::link(real(item).c_str(), real(target).c_str()) != 0)
             return false;
         linked.insert(disk[item].file);
         disk[target] = disk[item];
         // A listing cannot tell a link to an old file from an old file that was moved here.
-        disk[target].owed = isSteady(target) ? std::set { target } : std::set<std::string> {};
+        disk[target].requiredPaths =
+            isWatchedByEventsOnly(target) ? std::set { target } : std::set<std::string> {};
         written[target] = round;
         return true;
     }
@@ -270,7 +273,7 @@ private:
         if (!is(item, false) || is(target, true) || !copyItem(real(item), real(target), options))
             return false;
         // When a folder is listed, a copy that we made meanwhile looks like a recording.
-        if (!isSteady(target) || isFresh(disk[item].written))
+        if (!isWatchedByEventsOnly(target) || mayStillBeReported(disk[item].written))
             written[target] = round;
         disk[target] = { false, ++files, round };
         return true;
@@ -279,7 +282,7 @@ private:
     bool overflow(const std::string&, const std::string&)
     {
         // The queue stays full until the end of the round, because nothing is read before that.
-        if (way != Way::Overflow || std::exchange(isFlooded, true))
+        if (way != EventMode::Overflow || std::exchange(isFlooded, true))
             return false;
         flood(stage);
         return true;
@@ -314,7 +317,7 @@ private:
             if (item.file == number) {
                 item.dated = round;
                 // A listing cannot tell this from a write.
-                if (!isSteady(other))
+                if (!isWatchedByEventsOnly(other))
                     written[other] = round;
             }
         return true;
@@ -322,17 +325,17 @@ private:
 
     /// Whether a change in round `when` may still be reported: three rounds, because the stream
     /// looks back 100 ms, and with polling for a second, because polls are slow on a busy machine.
-    [[nodiscard]] bool isFresh(int when) const
+    [[nodiscard]] bool mayStillBeReported(int when) const
     {
-        const auto past = way == Way::Polled ? 1s : 0s;
+        const auto past = way == EventMode::Polled ? 1s : 0s;
         return when > 0
             && (when + 3 >= round || began.at(when) + past > std::chrono::steady_clock::now());
     }
 
     /// Whether a path's folder was watched by events alone throughout this round.
-    [[nodiscard]] bool isSteady(const std::string& path) const
+    [[nodiscard]] bool isWatchedByEventsOnly(const std::string& path) const
     {
-        return way == Way::Plain && steady.contains(path.substr(0, path.rfind('/')));
+        return way == EventMode::Plain && steady.contains(path.substr(0, path.rfind('/')));
     }
 
     [[nodiscard]] bool move(const std::string& from, const std::string& to, unsigned flags) const
@@ -359,37 +362,38 @@ private:
     /// A move out of a folder that is not watched yet looks like a move from outside.
     Items takeFrom(const std::string& path)
     {
-        const bool isLeft = isSteady(path) || way == Way::Overflow;
+        const bool isLeft = isWatchedByEventsOnly(path) || way == EventMode::Overflow;
         Items taken = take(path);
         for (auto& [rest, item] : taken)
             if (!isLeft || holdsRoot(path))
-                item.owed.clear();
+                item.requiredPaths.clear();
         return taken;
     }
 
-    /// A file that itself was moved is not owed. A file that was recorded in a folder and moved
-    /// with it stays owed, at the old or new path, unless a watched folder itself was moved.
+    /// A file that itself was moved need not be reported. A file that was recorded in a folder and
+    /// moved with it must be reported, at the old or new path, unless a watched folder itself was
+    /// moved.
     void put(const std::string& place, const Items& items)
     {
         isOver = isOver || holdsRoot(place);
         for (const auto& [rest, item] : items) {
             const std::string path = place + rest;
             Item moved = item;
-            if (rest.empty() || holdsRoot(place) || way == Way::Polled || !isWatched(path))
-                moved.owed.clear();
-            else if (!moved.owed.empty())
-                moved.owed.insert(path);
-            const bool isUnclear = isFresh(moved.dated) && !isSteady(path);
+            if (rest.empty() || holdsRoot(place) || way == EventMode::Polled || !isWatched(path))
+                moved.requiredPaths.clear();
+            else if (!moved.requiredPaths.empty())
+                moved.requiredPaths.insert(path);
+            const bool isUnclear = mayStillBeReported(moved.dated) && !isWatchedByEventsOnly(path);
             // With polling, a folder that is moved in looks new itself, and flags add up.
-            const bool isNewFolder = moved.isFolder && way == Way::Polled;
-            if (isFresh(moved.written) || isUnclear || isNewFolder)
+            const bool isNewFolder = moved.isFolder && way == EventMode::Polled;
+            if (mayStillBeReported(moved.written) || isUnclear || isNewFolder)
                 written[path] = round;
             disk[path] = moved;
         }
     }
 
     StreamStage& stage;
-    Way way;
+    EventMode way;
     Items disk;
     int round = 1;
     std::map<int, std::chrono::steady_clock::time_point> began { { 1, {} } }; ///< By round.
@@ -432,7 +436,7 @@ Operations operationsOf(unsigned seed)
 /// Builds a tree in the first round, then starts the stream. Returns "" if all rounds pass.
 /// Otherwise returns a log of the operations and what is wrong after the first round that failed,
 /// and removes the later operations.
-std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds patience)
+std::string failureOf(Operations& operations, EventMode way, std::chrono::milliseconds timeout)
 {
     StreamStage stage;
     Model model(stage, way);
@@ -450,7 +454,7 @@ std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds
         }
         stage.calls().holdReads(false);
         (void)stage.waitFor(
-            [&](const Reports& reports) { return model.complaints(reports).empty(); }, patience);
+            [&](const Reports& reports) { return model.complaints(reports).empty(); }, timeout);
         stage.sync();
         age(stage, 5ms);
         stage.beat(S_IFREG);
@@ -463,13 +467,13 @@ std::string failureOf(Operations& operations, Way way, std::chrono::milliseconds
         // The default seed's result must not depend on which of two threads is faster.
         const bool mayRace = std::getenv("STEMVAULT_MODEL_SEEDS") != nullptr;
         const bool isHeld = at < operations.size() && (operations[at].item % 2 == 0 || !mayRace);
-        stage.calls().holdReads(way == Way::Overflow || (way == Way::Plain && isHeld));
+        stage.calls().holdReads(way == EventMode::Overflow || (way == EventMode::Plain && isHeld));
     }
     return "";
 }
 
 /// Leaves out halves of the operations, then quarters and so on, while the rest still fails.
-std::string shortestFailure(Operations operations, Way way, std::string failure)
+std::string shortestFailure(Operations operations, EventMode way, std::string failure)
 {
     const auto end = std::chrono::steady_clock::now() + 12s;
     for (std::size_t size = operations.size() / 2; size > 0; size /= 2)
@@ -487,7 +491,7 @@ std::string shortestFailure(Operations operations, Way way, std::string failure)
     return failure;
 }
 
-class StreamModel : public testing::TestWithParam<Way> { };
+class StreamModel : public testing::TestWithParam<EventMode> { };
 
 TEST_P(StreamModel, ReportsWhatIsNewAndNothingElse)
 {
@@ -504,13 +508,15 @@ TEST_P(StreamModel, ReportsWhatIsNewAndNothingElse)
     }
 }
 
-std::string nameOf(const testing::TestParamInfo<Way>& info)
+std::string nameOf(const testing::TestParamInfo<EventMode>& info)
 {
-    return info.param == Way::Plain ? "Plain" : info.param == Way::Overflow ? "Overflow" : "Polled";
+    return info.param == EventMode::Plain   ? "Plain"
+        : info.param == EventMode::Overflow ? "Overflow"
+                                            : "Polled";
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    , StreamModel, testing::Values(Way::Plain, Way::Overflow, Way::Polled), nameOf);
+INSTANTIATE_TEST_SUITE_P(, StreamModel,
+    testing::Values(EventMode::Plain, EventMode::Overflow, EventMode::Polled), nameOf);
 
 } // namespace
 } // namespace stemvault::file_events

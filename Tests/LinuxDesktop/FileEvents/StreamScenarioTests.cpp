@@ -349,10 +349,11 @@ const std::vector<Scenario> scenarios = {
     { "NoDescriptorToSpare", { sh("mkdir -p root/a; echo > root/a/old"), noDescriptors(true) },
         { sh("echo > root/a/f"), sync, noDescriptors(false), sync, sh("echo >> root/a/old") },
         { { "CmF", "root/a/f" }, { "MF", "root/a/old" }, { "OS", "root" }, { "OS", "beat" } } },
-    { "RootMadeByAnotherComputer", { [](auto& stage) { stage.calls().areOthersSilent = true; } },
+    { "RootMadeByAnotherComputer",
+        { [](auto& stage) { stage.calls().simulatesNetworkShare = true; } },
         { sh("mkdir root; echo > root/f") }, { { "COX", "root" }, { "CmF", "root/f" } } },
     { "NotWrittenOnAPolledDrive",
-        { [](auto& stage) { stage.calls().areOthersSilent = true; },
+        { [](auto& stage) { stage.calls().simulatesNetworkShare = true; },
             sh("mkdir root out; for f in 1 2 3 4 5 6; do echo $f > root/$f; done; echo > out/7; "
                "echo long > out/8; touch -d 2001-02-03 root/* out/*"),
             longAgo },
@@ -361,7 +362,7 @@ const std::vector<Scenario> scenarios = {
             copyAsWeDo("root/4", "root/copy") },
         { { "RF", "root/old" }, { "RF", "root/6" }, { "RF", "root/7" }, { "RF", "root/copy" } } },
     { "WrittenOnAPolledDrive",
-        { [](auto& stage) { stage.calls().areOthersSilent = true; },
+        { [](auto& stage) { stage.calls().simulatesNetworkShare = true; },
             sh("mkdir root; for f in 1 2 3 4; do echo $f > root/$f; done; touch -d 2001-02-03 "
                "root/*"),
             longAgo },

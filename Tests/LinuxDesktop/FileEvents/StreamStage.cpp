@@ -64,8 +64,9 @@ int FaultyInotifyCalls::addWatch(int descriptor, const char* path, std::uint32_t
         return -EACCES;
     if (watchesLeft-- <= 0)
         return -ENOSPC;
-    const bool isDeaf = areOthersSilent && !std::string_view(path).ends_with("/beat");
-    return InotifyCalls::addWatch(descriptor, path, isDeaf ? IN_MASK_ADD | IN_DELETE_SELF : mask);
+    const bool ignoresEvents = simulatesNetworkShare && !std::string_view(path).ends_with("/beat");
+    return InotifyCalls::addWatch(
+        descriptor, path, ignoresEvents ? IN_MASK_ADD | IN_DELETE_SELF : mask);
 }
 
 long FaultyInotifyCalls::read(int descriptor, void* buffer, std::size_t size)
@@ -77,7 +78,7 @@ long FaultyInotifyCalls::read(int descriptor, void* buffer, std::size_t size)
 
 std::uint32_t FaultyInotifyCalls::fileSystemType(const char* path)
 {
-    return areOthersSilent ? 0x6969 : InotifyCalls::fileSystemType(path);
+    return simulatesNetworkShare ? 0x6969 : InotifyCalls::fileSystemType(path);
 }
 
 int FaultyInotifyCalls::wait(std::span<pollfd> awaited, const timespec* timeout)

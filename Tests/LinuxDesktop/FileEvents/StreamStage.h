@@ -22,7 +22,8 @@ class FaultyInotifyCalls : public InotifyCalls {
 public:
     std::atomic<bool> noDescriptors = false;
     std::atomic<int> watchesLeft = 1 << 20; ///< After that, addWatch fails with ENOSPC.
-    std::atomic<bool> areOthersSilent = false; ///< A network share: others' changes raise no event.
+    std::atomic<bool> simulatesNetworkShare =
+        false; ///< A network share: others' changes raise no event.
     std::string unreadableName; ///< EACCES for folders of this name, until their mode is 0700.
 
     int open() override { return noDescriptors ? -EMFILE : InotifyCalls::open(); }

@@ -115,13 +115,13 @@ protected:
     }
 
     /// Waits until the workspace lists exactly these applications.
-    bool comesToKnow(const std::vector<std::string>& expected)
+    bool waitUntilListed(const std::vector<std::string>& expected)
     {
         return happens([&] { return names() == expected; });
     }
 
     /// Waits until the workspace polls by a timer.
-    bool beginsToLookByTimer()
+    bool waitUntilPolling()
     {
         return happens([this] { return dispatch.timerCount() == 1; });
     }
@@ -176,13 +176,13 @@ TEST_F(LinuxWorkspaceTests, IsRightWhenAskedAndTellsOnceAfterwards)
     processes.start(noRealProcess, reaper);
     makeWorkspace();
     processes.start(noRealProcess + 1, { "C:\\ProTools.exe\0"s, "ProTools.exe" });
-    EXPECT_TRUE(comesToKnow({ "REAPER", "Pro Tools" }));
+    EXPECT_TRUE(waitUntilListed({ "REAPER", "Pro Tools" }));
     EXPECT_THAT(notices, IsEmpty()) << "Nobody is told inside a question.";
     dispatch.settle();
     EXPECT_THAT(notices, ElementsAre("launch"));
     workspace->removeObserver(this);
     processes.end(noRealProcess);
-    EXPECT_TRUE(comesToKnow({ "Pro Tools" }));
+    EXPECT_TRUE(waitUntilListed({ "Pro Tools" }));
     dispatch.settle();
     EXPECT_THAT(notices, ElementsAre("launch"));
 }
@@ -198,7 +198,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     makeWorkspace();
     // Finding the first DAW makes the workspace read the menu.
     processes.start(noRealProcess, reaper);
-    EXPECT_TRUE(comesToKnow({ "REAPER" }));
+    EXPECT_TRUE(waitUntilListed({ "REAPER" }));
     EXPECT_TRUE(waitFor("launch"));
 
     processes.start(
@@ -212,7 +212,7 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
     }));
     EXPECT_THAT(notices, Contains("launch"));
     dispatch.settle();
-    EXPECT_TRUE(comesToKnow({ "REAPER", "Logic 2" }));
+    EXPECT_TRUE(waitUntilListed({ "REAPER", "Logic 2" }));
 }
 
 /// An X11 display for a workspace, at first without a window manager.
@@ -247,11 +247,11 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     const StandIn first("first", processes.root());
     first.say("open");
     EXPECT_TRUE(waitFor("launch"));
-    EXPECT_TRUE(comesToKnow({ "first" }));
+    EXPECT_TRUE(waitUntilListed({ "first" }));
     std::optional<StandIn> second(std::in_place, "reaper", processes.root());
     second->say("open");
     EXPECT_TRUE(waitFor("activate"));
-    EXPECT_TRUE(comesToKnow({ "first", "REAPER" }));
+    EXPECT_TRUE(waitUntilListed({ "first", "REAPER" }));
     first.say("close");
     first.say("open");
     EXPECT_TRUE(waitFor("activate"));
@@ -262,7 +262,7 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
 
     EXPECT_EQ(dispatch.timerCount(), 0U);
     display.end();
-    EXPECT_TRUE(beginsToLookByTimer()) << "Processes are compared once the server has gone.";
+    EXPECT_TRUE(waitUntilPolling()) << "Processes are compared once the server has gone.";
     expectFindsByTimer();
     EXPECT_THAT(names(), UnorderedElementsAre("first", "REAPER"));
 }
@@ -280,7 +280,7 @@ TEST_F(LinuxWorkspaceTests, LooksByTimerOnX11OnlyWithoutAWindowManager)
 {
     Display display(sources);
     makeWorkspace();
-    EXPECT_TRUE(beginsToLookByTimer());
+    EXPECT_TRUE(waitUntilPolling());
     expectFindsByTimer();
 
     display.startWindowManager();
