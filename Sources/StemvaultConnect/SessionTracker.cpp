@@ -105,6 +105,7 @@ void SessionTracker::advance(Scan scan)
 
 void SessionTracker::apply(const Scan& scan)
 {
+    const bool isOvertaken = scan.number < lastApplied;
     lastApplied = std::max(lastApplied, scan.number);
     // Some DAWs close their media when they lose the focus, others close the session file once they
     // have read it.
@@ -117,6 +118,10 @@ void SessionTracker::apply(const Scan& scan)
     // A copy, because an observer may add another one.
     for (const Observer& observer : std::vector(observers))
         observer(scan.folder);
+    // This scan began before the last application quit or launched, and if no DAW runs any more,
+    // no timer would correct it.
+    if (isOvertaken)
+        refresh();
 }
 
 bool SessionTracker::isRunning(const Owner& daw)

@@ -80,6 +80,7 @@ class TrayScenarios(Scenario):
         self.desktop.wait_for_notification("Mix_&.wav → Client A")
         self.daw.quit()
         self.connect.wait_until_it_leaves(self.song)
+        self.connect.wait_until_it_rests()  # A pass from before the end may still be reported.
         item.open_menu_by_event()
         rows = item.rows()
         self.assertEqual(rows[1]["label"], "Last added: Mix__&.wav → Client A")
@@ -163,7 +164,7 @@ class PreferencesScenarios(Scenario):
 
     def test_a_drive_that_does_not_answer_holds_up_nobody(self):
         if not DeadMount.is_allowed(self.desktop):
-            self.skipTest("nobody may mount a drive here")
+            self.skipTest("mounting a drive is not permitted")
         drive = self.folder("nas")
         dead = DeadMount(self.desktop, drive, PROGRAMS / "stemvault-connect")
         self.addCleanup(dead.answer)
