@@ -1,5 +1,7 @@
 #include "Foundation/UnicodeText.h"
 
+#include "Foundation/ASCIIText.h"
+
 #include <unicode/bytestream.h>
 #include <unicode/casemap.h>
 #include <unicode/uchar.h>
@@ -13,11 +15,10 @@ namespace stemvault {
 
 namespace {
 
-std::string asciiLowercased(std::string_view text)
+std::string lowercasedASCIIOnly(std::string_view text)
 {
     std::string lowered(text);
-    std::ranges::transform(lowered, lowered.begin(),
-        [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    std::ranges::transform(lowered, lowered.begin(), asciiLowercased);
     return lowered;
 }
 
@@ -70,14 +71,14 @@ std::string lowercased(std::string_view text)
 {
     // Almost every name and extension is plain ASCII, which needs no call into ICU.
     if (isASCII(text) || !isValidUTF8(text))
-        return asciiLowercased(text);
+        return lowercasedASCIIOnly(text);
     std::string lowered;
     icu::StringByteSink<std::string> sink(&lowered);
     UErrorCode status = U_ZERO_ERROR;
     icu::CaseMap::utf8ToLower("", 0,
         icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size())), sink, nullptr,
         status);
-    return U_SUCCESS(status) ? lowered : asciiLowercased(text);
+    return U_SUCCESS(status) ? lowered : lowercasedASCIIOnly(text);
 }
 
 std::string trimmed(std::string_view text)

@@ -1,5 +1,6 @@
 #include "StemvaultConnect/UpdateFeed.h"
 
+#include "Foundation/ASCIIText.h"
 #include "Foundation/JSONNesting.h"
 #include "Foundation/NumberText.h"
 #include "Foundation/UnicodeText.h"
@@ -19,16 +20,11 @@ using nlohmann::json;
 
 constexpr auto none = std::string_view::npos;
 
-char lowered(char letter)
-{
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
 /// `wanted` must be in lower case.
 std::size_t findIgnoringCase(std::string_view text, std::string_view wanted, std::size_t from)
 {
     const auto found = std::search(text.begin() + static_cast<std::ptrdiff_t>(from), text.end(),
-        wanted.begin(), wanted.end(), [](char a, char b) { return lowered(a) == b; });
+        wanted.begin(), wanted.end(), [](char a, char b) { return asciiLowercased(a) == b; });
     return found == text.end() ? none : static_cast<std::size_t>(found - text.begin());
 }
 

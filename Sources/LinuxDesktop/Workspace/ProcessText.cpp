@@ -1,5 +1,6 @@
 #include "LinuxDesktop/Workspace/ProcessText.h"
 
+#include "Foundation/ASCIIText.h"
 #include "Foundation/FieldText.h"
 #include "Foundation/NumberText.h"
 
@@ -14,8 +15,8 @@ bool endsWithExe(std::string_view name)
 {
     constexpr std::string_view suffix = ".exe";
     return name.size() > suffix.size()
-        && std::ranges::equal(name.substr(name.size() - suffix.size()), suffix, {},
-            [](char letter) { return letter >= 'A' && letter <= 'Z' ? letter + 32 : +letter; });
+        && std::ranges::equal(
+            name.substr(name.size() - suffix.size()), suffix, {}, asciiLowercased);
 }
 
 bool isWindowsPath(std::string_view path)
