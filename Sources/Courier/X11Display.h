@@ -1,9 +1,10 @@
 #pragma once
 
+#include "Foundation/Owned.h"
+
 #include <xcb/xcb.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,16 +13,6 @@
 namespace stemvault {
 
 using Deadline = std::chrono::steady_clock::time_point;
-
-template <typename Reply> struct FreeReply {
-    void operator()(Reply* reply) const { std::free(reply); }
-};
-template <typename Reply> using Owned = std::unique_ptr<Reply, FreeReply<Reply>>;
-
-template <typename Reply> Owned<Reply> takeOwnership(Reply* reply)
-{
-    return Owned<Reply>(reply);
-}
 
 struct X11Property {
     xcb_atom_t type = XCB_NONE;

@@ -1,12 +1,13 @@
 #include "LinuxDesktop/Application/ActivationToken.h"
 
+#include "Foundation/Owned.h"
+
 #include <QByteArray>
 #include <QGuiApplication>
 #include <xcb/xcb.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string_view>
@@ -77,8 +78,7 @@ private:
     {
         const auto asked = xcb_intern_atom(
             connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-        const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> answer(
-            xcb_intern_atom_reply(connection.get(), asked, nullptr), &std::free);
+        const auto answer = takeOwnership(xcb_intern_atom_reply(connection.get(), asked, nullptr));
         return answer ? answer->atom : xcb_atom_t { XCB_ATOM_NONE };
     }
 

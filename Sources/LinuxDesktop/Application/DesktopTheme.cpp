@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Application/DesktopTheme.h"
 
+#include "Foundation/Owned.h"
+
 #include <QGuiApplication>
 #include <QSettings>
 #include <QStandardPaths>
@@ -7,16 +9,10 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
-#include <cstdlib>
 
 namespace stemvault::application {
 
 namespace {
-
-template <typename T> std::unique_ptr<T, decltype(&std::free)> owned(T* answer)
-{
-    return { answer, &std::free };
-}
 
 /// Reads the fields of an XSETTINGS text one after the other. Once a field
 /// reaches past the end, it and all later ones are empty.
@@ -146,14 +142,14 @@ xcb_atom_t DesktopTheme::atom(std::string_view name) const
 {
     const auto asked =
         xcb_intern_atom(connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const auto answer = owned(xcb_intern_atom_reply(connection.get(), asked, nullptr));
+    const auto answer = takeOwnership(xcb_intern_atom_reply(connection.get(), asked, nullptr));
     return answer ? answer->atom : xcb_atom_t { XCB_ATOM_NONE };
 }
 
 void DesktopTheme::handleSocket()
 {
     bool isNews = false;
-    while (const auto event = owned(xcb_poll_for_event(connection.get()))) {
+    while (const auto event = takeOwnership(xcb_poll_for_event(connection.get()))) {
         const auto type = event->response_type & 0x7FU;
         isNews = isNews || type == XCB_CLIENT_MESSAGE || type == XCB_DESTROY_NOTIFY
             || type == XCB_PROPERTY_NOTIFY;
@@ -166,7 +162,7 @@ void DesktopTheme::handleSocket()
 
 void DesktopTheme::findManager()
 {
-    const auto answer = owned(xcb_get_selection_owner_reply(
+    const auto answer = takeOwnership(xcb_get_selection_owner_reply(
         connection.get(), xcb_get_selection_owner(connection.get(), selection), nullptr));
     manager = answer ? answer->owner : xcb_window_t { XCB_WINDOW_NONE };
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
@@ -183,7 +179,8 @@ void DesktopTheme::read()
     if (manager != XCB_WINDOW_NONE) {
         const auto asked = xcb_get_property(
             connection.get(), 0, manager, settings, XCB_GET_PROPERTY_TYPE_ANY, 0, longest);
-        if (const auto answer = owned(xcb_get_property_reply(connection.get(), asked, nullptr)))
+        if (const auto answer =
+                takeOwnership(xcb_get_property_reply(connection.get(), asked, nullptr)))
             theme =
                 themeOfXSettings({ static_cast<const char*>(xcb_get_property_value(answer.get())),
                     static_cast<std::size_t>(xcb_get_property_value_length(answer.get())) });

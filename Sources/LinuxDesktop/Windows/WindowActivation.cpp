@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Windows/WindowActivation.h"
 
+#include "Foundation/Owned.h"
+
 #include <QEvent>
 #include <QGuiApplication>
 #include <QWidget>
@@ -8,7 +10,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <poll.h>
@@ -21,12 +22,6 @@ namespace stemvault::windows {
 namespace {
 
 constexpr int millisecondsToAnswer = 500;
-
-template <typename T> using Owned = std::unique_ptr<T, decltype(&std::free)>;
-template <typename T> Owned<T> owned(T* answer)
-{
-    return { answer, &std::free };
-}
 
 /// Uses a separate, short-lived X connection, so that the toolkit's connection is not touched.
 class WindowManagerMessage {
@@ -54,7 +49,7 @@ private:
     {
         const auto asked = xcb_intern_atom(
             connection.get(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-        const auto answer = owned(xcb_intern_atom_reply(connection.get(), asked, nullptr));
+        const auto answer = takeOwnership(xcb_intern_atom_reply(connection.get(), asked, nullptr));
         return answer ? answer->atom : xcb_atom_t { XCB_ATOM_NONE };
     }
 
@@ -77,11 +72,11 @@ private:
     // Null if the server does not respond in time; then the window is left where it is.
     [[nodiscard]] Owned<xcb_generic_event_t> nextEvent()
     {
-        auto event = owned(xcb_poll_for_event(connection.get()));
+        auto event = takeOwnership(xcb_poll_for_event(connection.get()));
         pollfd socket { xcb_get_file_descriptor(connection.get()), POLLIN, 0 };
         while (!event && ::poll(&socket, 1, millisecondsToAnswer) == 1
             && !xcb_connection_has_error(connection.get()))
-            event = owned(xcb_poll_for_event(connection.get()));
+            event = takeOwnership(xcb_poll_for_event(connection.get()));
         return event;
     }
 
@@ -108,7 +103,7 @@ private:
     {
         const auto asked =
             xcb_get_property(connection.get(), 0, window, atom(name), XCB_ATOM_CARDINAL, 0, 1);
-        const auto answer = owned(xcb_get_property_reply(connection.get(), asked, nullptr));
+        const auto answer = takeOwnership(xcb_get_property_reply(connection.get(), asked, nullptr));
         if (!answer || answer->format != 32 || answer->value_len == 0)
             return std::nullopt;
         return *static_cast<const std::uint32_t*>(xcb_get_property_value(answer.get()));

@@ -1,5 +1,7 @@
 #include "LinuxDesktop/Workspace/X11Windows.h"
 
+#include "Foundation/Owned.h"
+
 #include <QObject>
 #include <xcb/res.h>
 #include <xcb/xcbext.h>
@@ -13,13 +15,6 @@
 namespace stemvault::workspace {
 
 namespace {
-
-template <typename Reply> using Owned = std::unique_ptr<Reply, decltype(&std::free)>;
-
-template <typename Reply> Owned<Reply> owned(Reply* reply)
-{
-    return { reply, &std::free };
-}
 
 std::string hostName()
 {
@@ -65,7 +60,8 @@ void X11Windows::internAtoms()
         cookies[i] = xcb_intern_atom(
             connection.get(), 0, static_cast<std::uint16_t>(names[i].size()), names[i].data());
     for (std::size_t i = 0; i < AtomCount; ++i)
-        if (const auto reply = owned(xcb_intern_atom_reply(connection.get(), cookies[i], nullptr)))
+        if (const auto reply =
+                takeOwnership(xcb_intern_atom_reply(connection.get(), cookies[i], nullptr)))
             atoms[i] = reply->atom;
 }
 
@@ -123,8 +119,8 @@ bool X11Windows::takeAnswer()
     xcb_generic_error_t* refusal = nullptr;
     if (xcb_poll_for_reply(connection.get(), questions.front().sequence, &reply, &refusal) == 0)
         return false;
-    const auto answer = owned(reply);
-    const auto ownedRefusal = owned(refusal);
+    const auto answer = takeOwnership(reply);
+    const auto ownedRefusal = takeOwnership(refusal);
     const Question question = std::move(questions.front());
     questions.pop_front();
     question.answered(answer.get());
@@ -133,7 +129,7 @@ bool X11Windows::takeAnswer()
 
 bool X11Windows::takeEvent(xcb_generic_event_t* polled)
 {
-    const auto event = owned(polled);
+    const auto event = takeOwnership(polled);
     if (!event)
         return false;
     if ((event->response_type & 0x7fU) == XCB_PROPERTY_NOTIFY) {
