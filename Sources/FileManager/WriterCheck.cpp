@@ -1,6 +1,7 @@
 #include "FileManager/WriterCheck.h"
 
 #include "FileManager/DirectoryAccess.h"
+#include "Foundation/FieldText.h"
 #include "Foundation/NumberText.h"
 #include "Foundation/PathText.h"
 
@@ -73,9 +74,8 @@ std::string contentOf(int folder, const std::string& name)
 /// Removes the text up to the separator and all its repetitions; returns it without them.
 std::string_view takeWord(std::string_view& text, char separator)
 {
-    const auto end = std::min(text.find(separator), text.size());
-    const std::string_view word = text.substr(0, end);
-    text.remove_prefix(std::min(text.find_first_not_of(separator, end), text.size()));
+    const std::string_view word = takeField(text, separator);
+    text.remove_prefix(std::min(text.find_first_not_of(separator), text.size()));
     return word;
 }
 
