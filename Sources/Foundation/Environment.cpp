@@ -13,7 +13,7 @@ std::string environment(const char* name)
     return value != nullptr ? value : "";
 }
 
-// The XDG specification says that a relative path in the variable is invalid and must be ignored.
+// A relative path in XDG_CONFIG_HOME is invalid and is ignored, as all desktops do.
 std::string configurationFolder()
 {
     const std::string folder = environment("XDG_CONFIG_HOME");
