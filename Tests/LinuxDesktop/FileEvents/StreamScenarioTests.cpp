@@ -439,7 +439,7 @@ class StreamMountScenarios : public StreamScenarios { };
 TEST_P(StreamMountScenarios, ReportJustThat)
 {
     if (!canMount())
-        GTEST_SKIP() << "nobody may mount anything here";
+        GTEST_SKIP() << "mounting is not permitted";
     run(GetParam());
 }
 

@@ -173,7 +173,7 @@ TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
     server.kill();
     server.waitForFinished();
     if (!isAllowed)
-        GTEST_SKIP() << "nobody may mount another certificate over the system's own here";
+        GTEST_SKIP() << "mounting another certificate over the system's own is not permitted";
 }
 
 } // namespace
