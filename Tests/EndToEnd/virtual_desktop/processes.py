@@ -13,6 +13,14 @@ from .waiting import wait_for
 # The only inherited variables: options for sanitized programs.
 INHERITED = ("ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS")
 MARK = "VIRTUAL_DESKTOP_MARK"
+# The same font on every machine, whatever else is installed. The first rule for a name counts.
+FONTS = """<fontconfig>
+  <alias binding="same"><family>sans-serif</family><prefer><family>DejaVu Sans</family></prefer></alias>
+  <alias binding="same"><family>Sans Serif</family><prefer><family>DejaVu Sans</family></prefer></alias>
+  <alias binding="same"><family>Sans</family><prefer><family>DejaVu Sans</family></prefer></alias>
+  <include>/etc/fonts/fonts.conf</include>
+</fontconfig>
+"""
 
 
 class PrivateSession:
@@ -33,6 +41,7 @@ class PrivateSession:
             # Keeps programs from starting this machine's browser and from using its services.
             "BROWSER": "/nowhere",
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.runtime}/none",
+            "FONTCONFIG_FILE": str(self._fonts()),
             "LC_ALL": "C.UTF-8",
             "PATH": "/usr/local/bin:/usr/bin:/bin:/usr/sbin:/sbin",
             "USER": os.environ.get("USER", "user"),
@@ -57,6 +66,11 @@ class PrivateSession:
             if entry.name != "applications":
                 (folder / entry.name).symlink_to(entry)
         return folder
+
+    def _fonts(self):
+        file = self.folder / "fonts.conf"
+        file.write_text(FONTS)
+        return file
 
     def made_folder(self, name):
         folder = self.folder / name
