@@ -87,8 +87,9 @@ class RealDesktop(VirtualDesktop):
     def _start_bus(self):
         self.live_in(Path("/home/engineer"))
         socket = self.runtime / "bus"
-        for of_the_machine in ("BROWSER", "DBUS_SYSTEM_BUS_ADDRESS"):  # Invalid in the bare system.
-            del self.environment[of_the_machine]
+        # Of this machine, or not what a real desktop has.
+        for name in ("BROWSER", "DBUS_SYSTEM_BUS_ADDRESS", "FONTCONFIG_FILE"):
+            del self.environment[name]
         self.environment |= {
             "XDG_CURRENT_DESKTOP": self.name, "XDG_SESSION_TYPE": self.session_type,
             "XDG_DATA_DIRS": "/usr/local/share:/usr/share", "XDG_CONFIG_DIRS": "/etc/xdg",
