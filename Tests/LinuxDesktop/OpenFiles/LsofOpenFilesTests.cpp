@@ -1,4 +1,5 @@
 #include "Foundation/UnicodeText.h"
+#include "LinuxDesktop/OpenFiles/LsofFallback.h"
 #include "LinuxDesktop/OpenFiles/LsofOpenFiles.h"
 #include "Support/TemporaryFolder.h"
 
@@ -107,6 +108,22 @@ TEST_F(LsofOpenFilesTests, AnswersFromProcWhileLsofIsStuck)
     }
     EXPECT_EQ(again, "well\n");
     ::prctl(PR_SET_CHILD_SUBREAPER, 0);
+}
+
+TEST_F(LsofOpenFilesTests, TheAnswerFromProcHasEachKindOfOpenFile)
+{
+    const auto link = [&](const char* name, const char* target) {
+        std::filesystem::create_symlink(target, folder.path(name));
+    };
+    folder.makeFolder("7/fd");
+    link("7/cwd", "/songs");
+    link("7/root", "/");
+    link("7/exe", "/opt/daw");
+    link("7/fd/10", "/songs/b.wav");
+    link("7/fd/9", "/songs/a.wav");
+    folder.write("7/maps", "0-1 r-xp 0 8:1 5 /opt/daw\n1-2 r--s 0 8:1 6 /songs/mapped.wav\n");
+    EXPECT_EQ(lsofFallback(7, folder.path()),
+        "p7\nn/songs\nn/\nn/opt/daw\nn/songs/mapped.wav\nn/songs/a.wav\nn/songs/b.wav\n");
 }
 
 /// Stands in for an lsof that takes too long but can be killed.

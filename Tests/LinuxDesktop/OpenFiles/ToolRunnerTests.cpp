@@ -4,13 +4,14 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <sys/wait.h>
 
 namespace stemvault::open_files {
 namespace {
 
-using namespace std::chrono_literals;
+using namespace std::literals;
 using testing::EndsWith;
 using testing::Optional;
 
@@ -48,8 +49,18 @@ TEST_F(ToolRunnerTests, GivesTheWholeOutputAsItIs)
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "No child is left, nor a zombie.";
 }
 
+TEST_F(ToolRunnerTests, TheToolsSpeakUTF8InAnyLocale)
+{
+    ::setenv("LC_ALL", "de_DE", 1);
+    ToolRunner runnerThere { ToolRunner::Limits {} };
+    ::unsetenv("LC_ALL");
+    EXPECT_EQ(runnerThere.run("/bin/grep", { "-z", "^LC_ALL=", "/proc/self/environ" }).output,
+        "LC_ALL=C.UTF-8\0"s);
+}
+
 TEST_F(ToolRunnerTests, EndsWhatDoesNotEnd)
 {
+    EXPECT_EQ(ToolRunner::Limits {}.time, 10s);
     ToolRunner hasty({ .time = 300ms, .output = 100'000 });
     const auto begun = std::chrono::steady_clock::now();
     for (const char* endless :
