@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <ctime>
 #include <unistd.h>
 
 namespace stemvault::workspace {
@@ -58,6 +59,62 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
     EXPECT_THAT(listed(ofAnother), IsEmpty());
     ProcessTable ofNothing(processes.root() + "/none");
     EXPECT_THAT(listed(ofNothing), IsEmpty());
+}
+
+TEST(ApplicationListTests, AProcessIsReadAgainSoonAfterItsStart)
+{
+    timespec sinceStart {};
+    ::clock_gettime(CLOCK_BOOTTIME, &sinceStart);
+    const std::int64_t now = sinceStart.tv_sec * ::sysconf(_SC_CLK_TCK);
+    const FakeProcesses processes;
+    ProcessTable table(processes.root());
+    // Wine and the desktop give a process its name and its unit later.
+    const auto change = [&](int process, std::int64_t startTime) {
+        processes.start(process, { "x\0"s, "x", 1, startTime });
+        table.sweep();
+        processes.start(process, { "C:\\ProTools.exe\0"s, "x", 1, startTime });
+    };
+    change(10, now);
+    EXPECT_THAT(listed(table), ElementsAre("10 com.avid.ProTools Pro Tools"));
+    change(20, 100);
+    EXPECT_THAT(listed(table), ElementsAre("10 com.avid.ProTools Pro Tools"));
+}
+
+TEST(ApplicationListTests, ADAWWhoseStarterEndsBelongsToTheOneThatAdoptsIt)
+{
+    const FakeProcesses processes;
+    processes.start(10, { "/opt/reaper\0"s, "reaper", 1, 10 });
+    processes.start(11, { "/bin/sh\0"s, "sh", 10, 11 });
+    processes.start(12, { "/opt/reaper\0"s, "reaper", 11, 12 });
+    ProcessTable table(processes.root());
+    const auto both =
+        ElementsAre("10 com.cockos.reaper REAPER", "12 com.cockos.reaper REAPER (background)");
+    EXPECT_THAT(listed(table), both);
+    processes.end(11);
+    processes.start(12, { "/opt/reaper\0"s, "reaper", 10, 12 });
+    EXPECT_THAT(listed(table), both);
+}
+
+TEST(ApplicationListTests, ASandboxNamesItsApplicationWithoutAUnit)
+{
+    const TemporaryFolder folder;
+    folder.write("applications/org.x.Y.desktop", "[Desktop Entry]\nType=Application\nName=Why");
+    const auto menu = DesktopEntries::read({ { folder.path("applications") }, {}, {} });
+    const FakeProcesses processes;
+    const auto start = [&](int process, int parent, const std::string& name) {
+        processes.start(process,
+            { "/app/run\0"s, "run", parent, process, "session-2.scope", 'S', "", 1,
+                "[Application]\nname=" + name + "\n" });
+    };
+    processes.start(9, { "bwrap\0"s, "bwrap", 1, 9 });
+    start(10, 9, "fm.reaper.Reaper");
+    start(11, 9, "org.x.Y");
+    start(12, 9, "org.x.Z");
+    start(13, 1, "fm.reaper.Reaper"); // Not in a sandbox, whatever lies there.
+    ProcessTable table(processes.root());
+    const WindowClass window { "run", "Run" };
+    EXPECT_THAT(listed(table, *menu, { { { 11, 11 }, window }, { { 12, 12 }, window } }),
+        ElementsAre("10 com.cockos.reaper REAPER", "11 org.x.Y Why", "12 org.x.Z run"));
 }
 
 TEST(ApplicationListTests, ADAWBelowSteamsLauncher)

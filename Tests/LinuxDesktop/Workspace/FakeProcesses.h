@@ -2,6 +2,7 @@
 
 #include "Support/TemporaryFolder.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -14,11 +15,12 @@ public:
         std::string commandLine; ///< A NUL follows each word.
         std::string command;
         int parent = 1;
-        int startTime = 100;
+        std::int64_t startTime = 100;
         std::string unit = "session-2.scope";
         char state = 'S';
         std::string environment = {}; ///< A NUL follows each entry.
         int image = 1; ///< Changes when the process executes another program.
+        std::string sandboxInfo = {}; ///< What it sees as /.flatpak-info.
     };
 
     [[nodiscard]] const std::string& root() const { return folder.path(); }
@@ -30,6 +32,7 @@ public:
         folder.write(at + "comm", description.command + "\n");
         folder.write(at + "cgroup", "1:name=systemd:/\n0::/user.slice/" + description.unit + "\n");
         folder.write(at + "environ", description.environment);
+        folder.write(at + "root/.flatpak-info", description.sandboxInfo);
         folder.write(at + "stat",
             std::to_string(process) + " (" + description.command + ") " + description.state + " "
                 + std::to_string(description.parent) + " 1 1 0 -1 4194560 9 9 9 9 1 1 1 1 20 0 1 0 "
