@@ -12,6 +12,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <list>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -71,6 +72,7 @@ public:
     }
 
     void say(const std::string& command) const { std::ofstream(commands) << command << std::endl; }
+    bool hasOpened() { return program->hasSaid("opened\n"); }
 
 private:
     TemporaryFolder folder;
@@ -218,7 +220,9 @@ TEST_F(LinuxWorkspaceTests, HearsOfUnitsAndReadsTheMenuInTheBackground)
 /// An X11 display for a workspace, at first without a window manager.
 class Display {
 public:
-    explicit Display(WorkspaceSources& sources)
+    explicit Display(WorkspaceSources& sources, const QStringList& options = {})
+        : server("/usr/bin/Xvfb",
+            QStringList { "-displayfd", "1", "-nolisten", "tcp", "-noreset" } + options)
     {
         sources.display = ":" + server.firstLine();
         qputenv("DISPLAY", sources.display.c_str());
@@ -234,7 +238,7 @@ public:
     void end() { server.end(); }
 
 private:
-    OtherProgram server { "/usr/bin/Xvfb", { "-displayfd", "1", "-nolisten", "tcp", "-noreset" } };
+    OtherProgram server;
     std::optional<OtherProgram> windowManager;
 };
 
@@ -265,6 +269,44 @@ TEST_F(LinuxWorkspaceTests, FollowsWindowsAndProcessesOnX11)
     EXPECT_TRUE(waitUntilPolling()) << "Processes are compared once the server has gone.";
     expectFindsByTimer();
     EXPECT_THAT(names(), UnorderedElementsAre("first", "REAPER"));
+}
+
+TEST_F(LinuxWorkspaceTests, OnlyAnOrdinaryWindowMakesAnApplication)
+{
+    const std::string type = "_NET_WM_WINDOW_TYPE _NET_WM_WINDOW_TYPE_";
+    const struct {
+        std::string name, properties;
+        bool isKnownByServer, isListed;
+    } rows[] = {
+        { "editor", type + "NORMAL", true, true },
+        { "panel", type + "DOCK", true, false },
+        { "splash", type + "SPLASH", true, false },
+        { "applet", "_NET_WM_STATE _NET_WM_STATE_SKIP_TASKBAR", true, false },
+        { "sandboxed", "_NET_WM_PID 2", true, true },
+        { "last", "", true, true },
+        // Where the server does not know a window's process, the window names it.
+        { "silent", "", false, false },
+        { "remote", "_NET_WM_PID own WM_CLIENT_MACHINE elsewhere", false, false },
+        { "own", "_NET_WM_PID own", false, true },
+    };
+    for (const bool isKnownByServer : { true, false }) {
+        Display display(
+            sources, isKnownByServer ? QStringList {} : QStringList { "-extension", "X-Resource" });
+        display.startWindowManager();
+        makeWorkspace();
+        std::list<StandIn> programs;
+        std::vector<std::string> expected;
+        for (const auto& row : rows) {
+            if (row.isKnownByServer != isKnownByServer)
+                continue;
+            programs.emplace_back(row.name, processes.root()).say("open " + row.properties);
+            EXPECT_TRUE(programs.back().hasOpened()) << row.name;
+            if (row.isListed)
+                expected.push_back(row.name);
+        }
+        EXPECT_TRUE(waitUntilListed(expected)) << testing::PrintToString(names());
+        workspace.reset();
+    }
 }
 
 TEST_F(LinuxWorkspaceTests, AsksAServerThatHasGoneNoMore)
