@@ -83,6 +83,8 @@ TEST_F(PreferencesViewTests, HasSixGroups)
     PreferencesView view;
     const View body = view.body();
     EXPECT_EQ(body.width, 480);
+    EXPECT_EQ(std::get<Stack>(body.content).spacing, 0);
+    EXPECT_EQ(group(view, 2).at(1).padding.vertical, 4) << "the text where there are no folders";
     EXPECT_EQ(all<Divider>(body).size(), 5U);
     std::vector<double> spacings;
     for (const View& each : std::get<Stack>(body.content).children)
@@ -105,11 +107,15 @@ TEST_F(PreferencesViewTests, EachKindOfTextHasItsStyle)
     for (const Text& text : all<Text>(body))
         texts.emplace_back(text.font, text.color);
     EXPECT_THAT(texts, ElementsAre(title, help, noSession, help, help, notSet, help, notSet, help));
-    for (const Label& label : all<Label>(body)) {
-        EXPECT_EQ(label.font, captionSemibold) << label.title;
-        EXPECT_EQ(label.color, Color::SecondaryLabel) << label.title;
-        EXPECT_TRUE(label.isUppercase) << label.title;
-    }
+    const auto groupTitle = [](const char* text, const char* symbol) {
+        return Label { text, symbol, captionSemibold, Color::SecondaryLabel, true };
+    };
+    EXPECT_THAT(all<Label>(body),
+        ElementsAre(groupTitle("Active Session", "waveform"),
+            groupTitle("Stemvault Folders", "folder.fill"),
+            groupTitle("Stemvault Projects Root", "folder.badge.gearshape"),
+            groupTitle("Always Watch Folder (optional)", "eye"),
+            groupTitle("Quick Copy Hotkey", "keyboard")));
     EXPECT_EQ(std::get<Text>(all<Button>(body).at(0).label),
         (Text { "+ Add", captionSemibold, Color::Accent }));
 }
@@ -164,6 +170,7 @@ TEST_F(PreferencesViewTests, EachFolderHasItsRowAndAMissingOneSaysSo)
     const auto rows = [&view] {
         const Stack list = std::get<Stack>(group(view, 2).at(1).content);
         EXPECT_EQ(list.spacing, 8);
+        EXPECT_TRUE(list.isList);
         return list.children;
     };
     const auto present = [&](const StemvaultFolder& folder) {
@@ -312,7 +319,7 @@ TEST_F(PreferencesViewTests, TheSwitchShowsWhatTheDesktopMakesOfIt)
 {
     PreferencesView view;
     const auto toggle = [&view] { return all<Toggle>(view.body()).at(0); };
-    EXPECT_FALSE(toggle().isOn);
+    EXPECT_EQ(toggle(), (Toggle { "Launch at login", false, {}, ControlSize::Small }));
     for (const char* what : { "on", "already on" }) {
         toggle().onChange(true);
         EXPECT_TRUE(toggle().isOn) << what;

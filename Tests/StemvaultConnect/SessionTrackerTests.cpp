@@ -40,6 +40,9 @@ TEST_F(SessionTrackerTests, ChoosesWhatToScanAndWhatToPollFor)
     } rows[] = {
         { "a DAW", { "com.cockos.reaper", Regular, "REAPER", 7 }, true, true },
         { "a prefix", { "com.avid.ProTools.Beta", Regular, "x", 7 }, true, true },
+        { "Cubase", { "com.steinberg.cubase12", Regular, "x", 7 }, true, true },
+        { "an older Studio One", { "com.presonus.studioone5", Regular, "x", 7 }, true, true },
+        { "Logic by its identifier", { "com.apple.logic10", Regular, "x", 7 }, true, true },
         { "the case of an identifier", { "com.avid.protools", Regular, "x", 7 }, false, false },
         { "in the background", { "com.ableton.live", Accessory, "Live", 7 }, false, true },
         { "a DAW without a name", { "com.presonus.studioone6", Regular, {}, 7 }, true, true },
