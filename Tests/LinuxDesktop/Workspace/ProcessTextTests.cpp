@@ -37,6 +37,7 @@ TEST(ProcessTextTests, ADAWByWhatItsProcessIsCalled)
     } rows[] = {
         { "C:\\Program Files\\DAW\\ProTools.exe" + wine, "ProTools.exe", "/usr/lib/wine/wine64",
             "Pro Tools", "com.avid.ProTools" },
+        { "C:\\DAW\\Pro Tools Intro.exe" + wine, "", "", "Pro Tools", "com.avid.ProTools" },
         { "C:\\Program Files\\DAW\\Ableton Live 11 Suite.exe" + wine, "Ableton Live 11", "",
             "Ableton Live 11 Suite", "com.ableton.live" },
         { "", "Ableton Live 11", "", "Ableton Live 11", "com.ableton.live" }, // Cut at 15 bytes.
