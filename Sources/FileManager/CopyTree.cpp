@@ -102,7 +102,7 @@ CopyOutcome EntryCopy::copyFolder(const std::string& name) const
     const auto source = from ? statusOf(from.get()) : std::nullopt;
     if (!source)
         return readingFault();
-    if (::mkdirat(out, name.c_str(), S_IRWXU) != 0)
+    if (options.calls.mkdirat(out, name.c_str(), S_IRWXU) != 0)
         return writingFault();
     const FileDescriptor to(::openat(out, name.c_str(), flags));
     if (!to)
@@ -118,7 +118,7 @@ CopyOutcome EntryCopy::copyLink(const std::string& name, const struct stat& sour
         return readingFault();
     if (length > source.st_size)
         return CopyFault { CopyFault::Kind::Changing };
-    if (::symlinkat(target.c_str(), out, name.c_str()) != 0)
+    if (options.calls.symlinkat(target.c_str(), out, name.c_str()) != 0)
         return writingFault();
     ::utimensat(out, name.c_str(), modificationTime(source).data(), AT_SYMLINK_NOFOLLOW);
     return std::nullopt;

@@ -125,9 +125,9 @@ ssize_t ContentCopy::step(off_t at, off_t count)
             return -1;
         return options.calls.sendfile(out, in, &inAt, size);
     case Means::ReadAndWrite:
-        return readAndWrite(at, count);
+        break;
     }
-    return -1;
+    return readAndWrite(at, count);
 }
 
 ssize_t ContentCopy::readAndWrite(off_t at, off_t count)

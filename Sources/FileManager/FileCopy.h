@@ -24,6 +24,8 @@ struct SystemCalls {
         [](int folder, const char* name, int flags, mode_t mode) {
             return ::openat(folder, name, flags, mode);
         };
+    std::function<int(int folder, const char* name, mode_t mode)> mkdirat = ::mkdirat;
+    std::function<int(const char* target, int folder, const char* name)> symlinkat = ::symlinkat;
     std::function<int(int fromFolder, const char* from, int toFolder, const char* to, int flags)>
         linkat = ::linkat;
     std::function<int(

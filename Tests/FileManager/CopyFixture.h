@@ -14,6 +14,9 @@
 #include <set>
 #include <string>
 #include <sys/inotify.h>
+#include <sys/syscall.h>
+#include <thread>
+#include <utility>
 #include <vector>
 
 namespace stemvault {
@@ -59,6 +62,50 @@ inline void setsBothTimesOrNone(SystemCalls& calls)
         const bool isWhole = times[0].tv_nsec < UTIME_OMIT && times[0].tv_nsec != UTIME_NOW;
         return isWhole ? ::futimens(file, times) : 0;
     };
+}
+
+/// Lets the first copying step of each copy be interrupted by a signal.
+inline void isInterrupted(SystemCalls& calls)
+{
+    calls.copyFileRange = [real = calls.copyFileRange, isFirst = true](auto... given) mutable {
+        return std::exchange(isFirst, false) ? (errno = EINTR, -1) : real(given...);
+    };
+}
+
+/// Copies the content in one call, as disks do whose files can share it.
+inline void sharesContent(SystemCalls& calls)
+{
+    calls.clone = [](int out, int in) {
+        struct stat status { };
+        off_t at = 0;
+        return ::fstat(in, &status) == 0 && ::sendfile(out, in, &at, 1U << 30U) == status.st_size
+            ? 0
+            : -1;
+    };
+}
+
+/// Puts another item in place of the open source, whose reading then fails as that item's does.
+inline Refusal readsAs(const char* path)
+{
+    return [=](SystemCalls& calls) {
+        calls.clone = [=](int, int in) {
+            const FileDescriptor other(::open(path, O_RDONLY | O_CLOEXEC));
+            EXPECT_EQ(::dup3(other.get(), in, O_CLOEXEC), in);
+            return errno = EOPNOTSUPP, -1;
+        };
+    };
+}
+
+/// Runs `work` on a thread that has the rights of an ordinary user, also where root runs the tests.
+/// The raw system call changes only this thread; the C library's function would change them all.
+inline void asOrdinaryUser(const std::function<void()>& work)
+{
+    std::thread([&] {
+        if (::geteuid() == 0) {
+            ASSERT_EQ(::syscall(SYS_setresuid, -1, 65534, -1), 0);
+        }
+        work();
+    }).join();
 }
 
 /// Runs `work` on each attempt, before the first bytes are copied.

@@ -1,3 +1,4 @@
+#include "FileManager/CopyFault.h"
 #include "FileManager/CopyFixture.h"
 #include "FileManager/FileManager.h"
 #include "FileManager/KilledAt.h"
@@ -31,6 +32,8 @@ TEST_F(CopyTest, CopiesEverythingByWhateverMeansThereAre)
         { "no reservation", { no(&Calls::clone, EXDEV), no(&Calls::fallocate, EOPNOTSUPP) } },
         { "another file system", { no(&Calls::copyFileRange, EXDEV) } },
         { "reading and writing", { movesNothing, no(&Calls::sendfile, EINVAL) } },
+        { "a disk whose files share content", { sharesContent } },
+        { "a signal arrives", { no(&Calls::clone, EXDEV), isInterrupted } },
         { "no unnamed files", { noUnnamed } },
         { "no links", { no(&Calls::linkat, EPERM) } },
         { "no rename that spares", { noRename(RENAME_NOREPLACE, EINVAL) } },
@@ -67,6 +70,14 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
     const std::string link = files.path("link");
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     std::filesystem::create_symlink(source, link);
+    files.makeFolder("tree/inner");
+    const std::string treeWithLink = files.makeFolder("linked");
+    std::filesystem::create_symlink("a", treeWithLink + "/link");
+    const auto noInner = [](Calls& calls) {
+        calls.mkdirat = [](int folder, const std::string& name, mode_t mode) {
+            return name == "inner" ? (errno = ENOSPC, -1) : ::mkdirat(folder, name.c_str(), mode);
+        };
+    };
     const struct {
         std::string from, to;
         std::vector<Refusal> refusals;
@@ -90,6 +101,16 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
         { source, target, { no(&Calls::openat, EROFS) }, "Mix.wav", "the disk is read-only" },
         { source, target, { no(&Calls::openat, EACCES) }, "Mix.wav",
             "you don’t have permission to change the folder “to”" },
+        { source, target, { noUnnamed, no(&Calls::linkat, EPERM), no(&Calls::renameat2, ENOSYS) },
+            "Mix.wav", "it couldn’t be written (Function not implemented)" },
+        { source, target, { readsAs("/proc/self/mem"), no(&Calls::copyFileRange, EIO) }, "Mix.wav",
+            "its disk reported an error" },
+        { source, target, { readsAs("/proc"), no(&Calls::copyFileRange, EXDEV) }, "Mix.wav",
+            "it couldn’t be read (Is a directory)" },
+        { files.path("from"), target, { no(&Calls::openat, ENOSPC) }, "from", "the disk is full" },
+        { files.path("tree"), target, { noInner }, "tree", "the disk is full" },
+        { treeWithLink, target, { no(&Calls::symlinkat, EPERM) }, "linked",
+            "you don’t have permission to change the folder “to”" },
         { source, taken, {}, "Mix.wav", "an item with the same name already exists in “album”" },
         { source, album + "/none/a", {}, "Mix.wav", "the folder “none” doesn’t exist" },
         { source, file + "/a", {}, "Mix.wav", "“file” isn’t a folder" },
@@ -111,9 +132,56 @@ TEST_F(CopyTest, TellsWhyItFailedAndLeavesNothing)
         EXPECT_THAT(names("album"), ElementsAre("Mix.wav")) << text;
         EXPECT_EQ(files.read("album/Mix.wav"), "taken") << text;
     }
-    const auto over = FileManager::replaceItem(FileURL(taken), FileURL(album));
-    ASSERT_FALSE(over);
-    EXPECT_THAT(over.error(), HasSubstr("it is inside the folder that it would replace."));
+    for (const std::string& inside : { taken, files.makeFolder("album/inner") }) {
+        const auto over = FileManager::replaceItem(FileURL(inside), FileURL(album));
+        ASSERT_FALSE(over);
+        EXPECT_THAT(over.error(), HasSubstr("it is inside the folder that it would replace."));
+    }
+    for (const int error : { ENOTCONN, ENODEV })
+        EXPECT_THAT(describe({ CopyFault::Kind::Reading, error }, source, target),
+            HasSubstr("because its drive was disconnected."));
+}
+
+TEST_F(CopyTest, GoesAsFarAsTheUserMay)
+{
+    const std::string from = files.path("from"), to = files.path("to");
+    const std::string unreadable = "you don’t have permission to read it.";
+    const struct {
+        const char* what;
+        std::string item, closed;
+        mode_t mode;
+        std::string reason;
+    } rows[] = {
+        { "a file that nobody may read", source, source, 0, unreadable },
+        { "a folder with such a file", from, source, 0, unreadable },
+        { "a folder with a closed one", from, files.makeFolder("from/inner"), 0, unreadable },
+        { "a folder whose names alone may be seen", from, from, 0444, unreadable },
+        { "a folder with devices", "/dev/pts", from, 0755,
+            "you don’t have permission to change the folder “to”." },
+        { "a folder, to where nothing may be added", from, to, 0555,
+            "you don’t have permission to change the folder “to”." },
+        { "a file, to where names may not be seen", source, to, 0333, "" },
+        { "a file that nobody may write", source, source, 0444, "" },
+    };
+    for (const auto& row : rows) {
+        ASSERT_EQ(::chmod(files.path().c_str(), 0755), 0);
+        ASSERT_EQ(::chmod(from.c_str(), 0755), 0);
+        ASSERT_EQ(::chmod(files.path("from/inner").c_str(), 0755), 0);
+        ASSERT_EQ(::chmod(source.c_str(), 0644), 0);
+        ASSERT_EQ(::chmod(to.c_str(), 0777), 0);
+        ASSERT_EQ(::chmod(row.closed.c_str(), row.mode), 0);
+        SCOPED_TRACE(row.what);
+        asOrdinaryUser([&] {
+            const auto copied = copyItem(row.item, target);
+            EXPECT_THAT(copied ? "" : copied.error(), testing::EndsWith(row.reason));
+            EXPECT_EQ(copied.has_value(), row.reason.empty());
+        });
+        ASSERT_EQ(::chmod(to.c_str(), 0777), 0);
+        EXPECT_EQ(FileManager::fileExists(target), row.reason.empty());
+        EXPECT_LT(::getxattr(target.c_str(), stagedMark, nullptr, 0), 0);
+        std::filesystem::remove(target);
+        EXPECT_THAT(names(), IsEmpty());
+    }
 }
 
 TEST_F(CopyTest, FollowsALinkOnlyWhereTheUserNamedIt)
@@ -152,6 +220,8 @@ TEST_F(CopyTest, FollowsALinkOnlyWhereTheUserNamedIt)
         { "a link to a folder", false, [&] { putLink("../private"); }, "", link },
         { "written anew under its name", false, renameNewOver, "newer", "" },
         { "the folder is made anew", false, makeFolderAnew, "newer", "" },
+        { "the folder is gone", false, [&] { std::filesystem::remove_all(folder); }, "",
+            "it doesn’t exist any more." },
         { "the folder becomes a link", false, putLinkForFolder, "",
             "its folder has been replaced by another one." },
         { "a pipe", false, putPipe, "", "it is neither a file nor a folder." },
@@ -413,6 +483,8 @@ TEST_F(CopyTest, KeepsHolesBeyondFourGiB)
     ASSERT_EQ(::stat(target.c_str(), &status), 0);
     EXPECT_EQ(status.st_size, size);
     EXPECT_LT(status.st_blocks, 16 << 11);
+    EXPECT_FALSE(copyItem(source, files.path("to/Full.wav"),
+        with({ no(&Calls::clone, EOPNOTSUPP), no(&Calls::copyFileRange, ENOSPC) })));
     const FileDescriptor out(::open(target.c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(::truncate(source.c_str(), 3 << 20), 0);
     ASSERT_TRUE(copyItem(source, files.path("to/Dense.wav"),
@@ -456,7 +528,10 @@ TEST_F(CopyTest, TakesEveryNameAndPath)
     std::filesystem::create_symlink("nowhere", dangling);
     EXPECT_TRUE(FileManager::fileExists(dangling));
     EXPECT_EQ(FileManager::attributesOfItem(dangling)->size, 7);
-    EXPECT_FALSE(FileManager::fileExists(files.path("none")));
+    for (const std::string& none : { files.path("none"), std::string(5000, 'a') })
+        EXPECT_FALSE(FileManager::fileExists(none));
+    EXPECT_FALSE(FileManager::sourceState(
+        FileURL(files.path("to")), std::nullopt, [](const auto&) { return true; }));
     EXPECT_FALSE(FileManager::attributesOfItem(files.path("none")));
     EXPECT_FALSE(FileManager::contentModificationDate(files.path("none")));
 }

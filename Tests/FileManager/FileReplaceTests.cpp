@@ -69,6 +69,7 @@ TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
     const std::vector<Refusal> rows[] = {
         { noSharing, no(&SystemCalls::copyFileRange, ENOSPC) }, { failsAtClose(EIO) },
         { noUnnamed, failsAtClose(EIO) }, { no(&SystemCalls::renameat2, EACCES) },
+        { no(&SystemCalls::renameat2, EINVAL) }, // Nothing can be moved aside either.
         { noRename(RENAME_EXCHANGE, EINVAL),
             noRename(RENAME_NOREPLACE, EIO) }, // The old item is moved aside first.
     };
@@ -79,6 +80,9 @@ TEST_F(ReplaceTest, KeepsTheOldWhenAnythingFails)
         EXPECT_EQ(files.read("to/Mix.wav/Old/a.wav"), "old");
         EXPECT_THAT(names(), ElementsAre("Mix.wav"));
     }
+    makeOld("file");
+    EXPECT_FALSE(copyItem(source, target, with({ no(&SystemCalls::renameat2, EACCES) })));
+    EXPECT_EQ(files.read("to/Mix.wav"), "old");
 }
 
 TEST_F(ReplaceTest, CopiesAFolderAsItIs)
@@ -160,6 +164,36 @@ TEST_F(ReplaceTest, LeavesLeftoversOfAnotherUser)
     options.leftoverAge = std::chrono::seconds(0);
     ASSERT_TRUE(copyItem(source, target, options));
     EXPECT_THAT(names(), ElementsAre(".syncthing.~Theirs.wav.hhhhhh.tmp", "Mix.wav"));
+}
+
+TEST_F(ReplaceTest, LeavesWhatAnotherUserHasInAReplacedFolder)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a folder to another user";
+    for (const std::string name : { "theirs", "closed" })
+        files.write("to/Mix.wav/" + name + "/a.wav", "theirs");
+    std::filesystem::permissions(files.path("to/Mix.wav/closed"), std::filesystem::perms { 0700 });
+    for (const char* mine : { "", "from", "to", "to/Mix.wav" })
+        ASSERT_EQ(::chown(files.path(mine).c_str(), 65534, 65534), 0);
+    asOrdinaryUser([&] { EXPECT_TRUE(copyItem(source, target, options)); });
+    EXPECT_TRUE(std::filesystem::is_regular_file(target));
+    ASSERT_EQ(names().size(), 2U);
+    const std::string displaced = "to/" + *names().begin();
+    for (const std::string name : { "/theirs", "/closed" })
+        EXPECT_EQ(files.read(displaced + name + "/a.wav"), "theirs");
+}
+
+TEST_F(ReplaceTest, RemovesALeftoverThatItsOwnerMayNotWrite)
+{
+    createLeftover("Gone.wav.bbbbbb").reset();
+    ASSERT_EQ(::chmod(files.path("to/.syncthing.~Gone.wav.bbbbbb.tmp").c_str(), 0444), 0);
+    options.leftoverAge = std::chrono::seconds(0);
+    for (const char* item : { "", "to", "to/.syncthing.~Gone.wav.bbbbbb.tmp" })
+        if (::geteuid() == 0) {
+            EXPECT_EQ(::chown(files.path(item).c_str(), 65534, 65534), 0);
+        }
+    asOrdinaryUser([&] { EXPECT_TRUE(copyItem(source, target, options)); });
+    EXPECT_THAT(names(), ElementsAre("Mix.wav"));
 }
 
 TEST_F(ReplaceTest, ClosesEveryDescriptor)

@@ -122,15 +122,20 @@ TEST_F(WriterCheckTests, LooksAmongProcessesAtAFileOfAnotherUser)
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
     const Writer writer = opened(mix, O_WRONLY);
     const std::string other = folder.write("Other.wav", "data");
-    Writers ofMix {}, ofOther {};
+    const std::string closed = folder.write("Closed.wav", "data");
+    const Writer writerOfClosed = opened(closed, O_WRONLY);
+    ASSERT_EQ(::chmod(closed.c_str(), 0), 0);
+    Writers ofMix {}, ofOther {}, ofClosed {};
     // The raw system call changes only this thread; the C library's function would change them all.
     std::thread([&] {
         ASSERT_EQ(::syscall(SYS_setresuid, -1, 65534, -1), 0);
         ofMix = writersOf(mix);
         ofOther = writersOf(other);
+        ofClosed = writersOf(closed);
     }).join();
     EXPECT_EQ(ofMix, Writers::Some);
     EXPECT_EQ(ofOther, Writers::Unknown);
+    EXPECT_EQ(ofClosed, Writers::Some) << "a file that it may not read";
 }
 
 TEST_F(WriterCheckTests, AWriterThatComesMeanwhileHarmsNobody)
