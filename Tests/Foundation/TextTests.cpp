@@ -1,5 +1,8 @@
 #include "Foundation/DAWTable.h"
+#include "Foundation/Environment.h"
+#include "Foundation/FileURI.h"
 #include "Foundation/FileURL.h"
+#include "Foundation/HomeDirectory.h"
 #include "Foundation/PathText.h"
 #include "Foundation/UUID.h"
 #include "Foundation/UnicodeText.h"
@@ -7,9 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <iterator>
+#include <pwd.h>
 #include <string>
 #include <string_view>
+#include <unistd.h>
 
 namespace stemvault {
 namespace {
@@ -38,6 +44,22 @@ TEST(PathText, TakesPathsApart)
     EXPECT_EQ(appendingPathComponent("/", "b"), "/b");
     EXPECT_EQ(FileURL("/a/b/"), FileURL("/a/b"));
     EXPECT_NE(FileURL("/"), FileURL(""));
+    EXPECT_EQ(pathOfFileURI("file:///a%20b"), "/a b");
+    EXPECT_EQ(pathOfFileURI("file:///a%00b"), std::nullopt);
+}
+
+TEST(HomeDirectory, ComesFromTheAccountWhereTheVariableIsNoPath)
+{
+    const std::string before = environment("HOME");
+    ::setenv("HOME", "/home/a/", 1);
+    EXPECT_EQ(homeDirectory(), "/home/a");
+    const passwd* const account = ::getpwuid(::getuid());
+    ASSERT_NE(account, nullptr);
+    ::setenv("HOME", "relative", 1);
+    EXPECT_EQ(homeDirectory(), account->pw_dir);
+    ::unsetenv("HOME");
+    EXPECT_EQ(homeDirectory(), account->pw_dir);
+    ::setenv("HOME", before.c_str(), 1);
 }
 
 TEST(UUID, ReadsOnlyItsCanonicalForm)
