@@ -5,7 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 #include <unistd.h>
@@ -19,11 +19,13 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view fileName = "net.stemvault.Connect.desktop";
 
-/// Empty when there is no such file.
+/// Empty when there is no such file, or when it cannot be read. An iterator over the file would
+/// throw then.
 std::string contentOf(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    return { std::istreambuf_iterator<char>(file), {} };
+    std::ostringstream content;
+    content << std::ifstream(path, std::ios::binary).rdbuf();
+    return content.str();
 }
 
 Failure failure(int error)

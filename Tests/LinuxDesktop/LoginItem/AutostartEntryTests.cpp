@@ -82,6 +82,20 @@ TEST(AutostartEntryTests, WhatIsInTheWayIsAFailure)
     EXPECT_FALSE(registered.error().empty());
     EXPECT_FALSE(entry.unregisterItem());
     EXPECT_EQ(entry.status(), LoginItemStatus::NotRegistered);
+    EXPECT_FALSE(AutostartEntry(folder.path("other"), "").registerItem()) << "no program";
+    folder.makeFolder("draft/net.stemvault.Connect.desktop.new");
+    EXPECT_FALSE(AutostartEntry(folder.path("draft"), "/x").registerItem());
+    folder.makeFolder("taken/net.stemvault.Connect.desktop/inner");
+    EXPECT_FALSE(AutostartEntry(folder.path("taken"), "/x").registerItem());
+    EXPECT_EQ(folder.names("taken").size(), 1U) << "no draft is left";
+}
+
+TEST(AutostartEntryTests, AnAppImageStartsItself)
+{
+    ::setenv("APPIMAGE", "/home/a/Stemvault.AppImage", 1);
+    const std::string started = AutostartEntry::standardExecutable();
+    ::unsetenv("APPIMAGE");
+    EXPECT_EQ(started, "/home/a/Stemvault.AppImage");
 }
 
 } // namespace
