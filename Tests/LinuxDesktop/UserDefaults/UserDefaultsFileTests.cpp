@@ -188,6 +188,43 @@ TEST_F(UserDefaultsFileTest, TriesAFailedWriteAgainWithTheNextChange)
     EXPECT_EQ(stored(), "new");
 }
 
+TEST_F(UserDefaultsFileTest, LeavesAFileThatItCannotMoveAsideOrReplace)
+{
+    const auto refused = [](auto...) { return errno = EROFS, -1; };
+    const struct {
+        const char* what;
+        std::function<void()> refuse;
+    } rows[] = {
+        { "no new files", [&] { calls.openat = refused; } },
+        { "a full disk", [&] { calls.pwrite = [](auto...) { return errno = ENOSPC, -1; }; } },
+        { "no other names", [&] { calls.linkat = refused, calls.renameat2 = refused; } },
+    };
+    for (const auto& row : rows)
+        for (const std::string old : { "torn {", R"({"settingsStore_v1": {"data": "old"}})" }) {
+            put(old);
+            calls = {};
+            row.refuse();
+            auto defaults = open();
+            change(defaults, "new");
+            EXPECT_EQ(defaults.data(key), "new");
+            const bool isMovedAside = old == "torn {" && std::string(row.what) != "no other names";
+            EXPECT_EQ(text(), isMovedAside ? "" : old) << row.what;
+        }
+}
+
+TEST_F(UserDefaultsFileTest, MakesTheFoldersThatItNeeds)
+{
+    path = files.path("home/.config/stemvault/connect.json");
+    auto defaults = open();
+    files.write("home", "in the way");
+    change(defaults, "early");
+    EXPECT_EQ(defaults.data(key), "early");
+    EXPECT_EQ(stored(), std::nullopt);
+    std::filesystem::remove(files.path("home"));
+    change(defaults, "late");
+    EXPECT_EQ(stored(), "late");
+}
+
 TEST_F(UserDefaultsFileTest, LetsTheLatestStateWin)
 {
     auto defaults = open();
