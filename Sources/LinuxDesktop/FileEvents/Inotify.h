@@ -21,7 +21,6 @@ public:
     bool open();
     [[nodiscard]] bool isOpen() const { return descriptor.isOpen(); }
     [[nodiscard]] int get() const { return descriptor.get(); }
-    void close() { descriptor.reset(); }
 
     /// Watches the item at a path of any length, without following a link. Returns the watch, which
     /// is the same for the same inode, or a negative errno.

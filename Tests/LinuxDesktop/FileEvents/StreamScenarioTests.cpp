@@ -178,6 +178,27 @@ std::string deepPath()
     return path + "/f";
 }
 
+std::vector<Report> numbered(const char* flags, const std::string& name, int count = 300)
+{
+    std::vector<Report> reports;
+    for (int number = 1; number <= count; ++number)
+        reports.push_back({ flags, name + std::to_string(number) });
+    return reports;
+}
+
+std::vector<Report> joined(std::vector<Report> reports, const std::vector<Report>& more)
+{
+    reports.insert(reports.end(), more.begin(), more.end());
+    return reports;
+}
+
+/// Shortens files without opening them, which raises no close.
+void truncateAll(StreamStage& stage)
+{
+    for (int file = 1; file <= 300; ++file)
+        EXPECT_EQ(truncate(stage.path("root/" + std::to_string(file)).c_str(), 1), 0);
+}
+
 Step held(bool isHeld)
 {
     return [=](StreamStage& stage) { stage.calls().holdReads(isHeld); };
@@ -244,7 +265,8 @@ const std::vector<Scenario> scenarios = {
             renamedWhileOpen("out/2", "root/2", Closed::Later) },
         { { "RF", "root/1" }, { "RF", "root/2" } } },
     { "UnnamedFileLinked", { sh("mkdir root") }, { linkUnnamedFile }, { { "CF", "root/f" } } },
-    { "LinksAreNotEntered", { sh("mkdir root out; ln -s ../out root/l; ln -s . root/loop") },
+    { "LinksAreNotEntered",
+        { sh("mkdir -p root/d out; ln -s ../out root/l; ln -s . root/loop; mkfifo root/p") },
         { sh("echo > out/f; echo > root/g") }, { { "CMF", "root/g" } } },
     // Names are bytes.
     { "StrangeNames", { sh("mkdir root") },
@@ -266,6 +288,17 @@ const std::vector<Scenario> scenarios = {
     { "RemovedWhileInUse", { sh("mkdir -p root/d/e") },
         { sh("exec 3< root/d/e; rm -r root/d; mkdir -p root/d/e"), sync, sh("echo > root/d/e/f") },
         { { "CDO", "root/d" }, { "CDO", "root/d/e" }, { "CMF", "root/d/e/f" } } },
+    { "FilledFasterThanRead", { sh("mkdir root") },
+        { held(true), sh("mkdir root/d; cd root/d; for i in $(seq 1100); do echo > $i; done"),
+            held(false) },
+        {}, { "root" } },
+    { "ManyTruncated", { sh("mkdir root; cd root; for i in $(seq 300); do echo old > $i; done") },
+        { truncateAll }, numbered("MF", "root/") },
+    { "ManyFoldersRemoved",
+        { sh("mkdir -p root/kept/d; for i in $(seq 400); do mkdir root/" + longName + "$i; done") },
+        { sh("rm -r root/n*"), sync, sh("mv root/kept root/moved; echo > root/moved/d/f") },
+        joined(numbered("DO", "root/" + longName, 400),
+            { { "RO", "root/kept" }, { "RO", "root/moved" }, { "CMF", "root/moved/d/f" } }) },
     // Moved folders.
     { "MovedOut", { oldTree },
         { sh("mv root/a out/a; echo > out/a/early"), sync, sh("echo > out/a/deep/late") },
@@ -307,6 +340,18 @@ const std::vector<Scenario> scenarios = {
             sh("echo > root/b/deep/f"), held(false), sync, sh("echo > root/b/g; echo > root/a/g") },
         { { "RDOsc", "root/a" }, { "CRO", "root/b" }, { "CmF", "root/b/deep/f" },
             { "CMF", "root/b/g" }, { "CMF", "root/a/g" } } },
+    { "MovedTwiceAndReplaced", { oldTree },
+        { held(true), sh("mv root/a root/b; mv root/b out/b; mkdir root/b"), held(false), sync,
+            sh("echo > root/b/f; echo > out/b/silent") },
+        { { "RO", "root/a" }, { "RCDO", "root/b" }, { "CMF", "root/b/f" } } },
+    { "MovedThereAndBackAndReplaced", { oldTree },
+        { held(true), sh("mv root/a root/b; mv root/b root/a; mkdir root/b"), held(false), sync,
+            sh("echo > root/a/deep/f; echo > root/b/f") },
+        { { "RO", "root/a" }, { "RCO", "root/b" }, { "CMF", "root/a/deep/f" },
+            { "CMF", "root/b/f" } } },
+    { "ArrivedTwiceAndGone", { sh("mkdir -p root out/t out/u") },
+        { held(true), sh("mv out/t root/t; mv -T out/u root/t; rmdir root/t"), held(false) },
+        { { "RDO", "root/t" } } },
     { "LinkedInPlaceOfAFolder", { sh("mkdir -p root/f; echo > f") },
         { held(true), sh("rmdir root/f; ln f root/f"), held(false) }, { { "CDFO", "root/f" } } },
     // Roots.
@@ -314,6 +359,18 @@ const std::vector<Scenario> scenarios = {
         { "root", "root/", "root" } },
     { "RootThroughLink", { sh("mkdir -p real/d; ln -s real link") }, { sh("echo > real/d/f") },
         { { "CMF", "link/d/f" } }, {}, { "link" } },
+    { "RootThroughRelativeLink", { sh("mkdir -p in real/d; ln -s .././real in/link") },
+        { sh("echo > real/d/f") }, { { "CMF", "in/link/d/f" } }, {}, { "in/link" } },
+    { "RootsWithinEachOther", { sh("mkdir -p root/a; echo > root/a/f") },
+        { sh("mv root/a/f root/a/g") }, { { "RF", "root/a/f" }, { "RF", "root/a/g" } }, {},
+        { "root", "root/a" } },
+    { "FolderUnderThreeSpellings", { sh("mkdir -p real/d; ln -s real/d one; ln -s real/d two") },
+        { sh("echo > real/d/f"), sync, sh("rm -r real/d"), sync,
+            sh("mkdir real/d; echo > real/d/g") },
+        { { "CMDF", "real/d/f" }, { "CMDF", "one/f" }, { "CMDF", "two/f" }, { "CDO", "real/d" },
+            { "CDOX", "one" }, { "CDOX", "two" }, { "CmF", "real/d/g" }, { "CmF", "one/g" },
+            { "CmF", "two/g" } },
+        {}, { "real", "one", "two" } },
     { "FolderUnderTwoSpellings", { sh("mkdir -p real/d; ln -s real/d link") },
         { sh("echo > real/d/f") }, { { "CMF", "real/d/f" }, { "CMF", "link/f" } }, {},
         { "real", "link" } },
@@ -376,6 +433,12 @@ const std::vector<Scenario> scenarios = {
         { sh("echo > root/locked/unseen; chmod 700 root/locked"), sync,
             sh("echo > root/locked/f") },
         { { "CmF", "root/locked/unseen" }, { "CMF", "root/locked/f" } } },
+    { "SomeFoldersReadableLater",
+        { sh("for d in a b c; do mkdir -p root/$d/locked; chmod 300 root/$d/locked; done"),
+            [](auto& stage) { stage.calls().unreadableName = "/locked"; } },
+        { sh("rmdir root/a/locked"), sync, sh("echo > root/b/locked/f; chmod 700 root/b/locked"),
+            sync, sh("echo > root/c/locked/g; chmod 700 root/c/locked") },
+        { { "DO", "root/a/locked" }, { "CmF", "root/b/locked/f" }, { "CmF", "root/c/locked/g" } } },
     { "NewAndMovedIntoAnArrivedFolder", { oldTree },
         { held(true), sh("mkdir root/n; echo > root/n/f"), longAgo,
             sh("mv out/t root/t; mv root/n root/t/deep"), held(false) },
