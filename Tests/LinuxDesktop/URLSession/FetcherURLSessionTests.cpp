@@ -127,6 +127,7 @@ TEST(FetcherURLSessionTests, AStrangerBesideTheInstalledExecutableIsNotTheFetche
     const TemporaryFolder prefix;
     prefix.write("bin/fetcher", "");
     const QString folder = QString::fromStdString(prefix.path("bin"));
+    EXPECT_EQ(FetcherURLSession::fetcherOf(folder + "/none"), "");
     EXPECT_EQ(FetcherURLSession::fetcherOf(folder), prefix.path("bin/fetcher")) << "a build tree";
     prefix.write("libexec/stemvault-connect/fetcher", "");
     EXPECT_EQ(FetcherURLSession::fetcherOf(folder),

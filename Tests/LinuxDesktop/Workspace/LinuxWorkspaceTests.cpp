@@ -449,6 +449,8 @@ TEST_F(LinuxWorkspaceTests, OpensWebPagesAlone)
         opened += row.isOpened ? row.url + "\n" : "";
         EXPECT_EQ(folder.read("opened"), opened) << row.url;
     }
+    std::filesystem::remove(folder.path("xdg-open"));
+    EXPECT_FALSE(workspace->open(rows[0].url)) << "no program opens web pages";
     qputenv("PATH", path);
 }
 

@@ -129,6 +129,7 @@ TEST(ProcessTextTests, TheUnitOfAnApplication)
         { "app-x-1.scope/of its own", "x" },
         { "app-x\\x2.service", "x\\x2" },
         { "user@1000.service/app.slice", "" },
+        { "app-@autostart.service", "" },
     };
     for (const auto& row : rows) {
         const auto unit =
