@@ -2,6 +2,8 @@
 
 #include <QDBusMetaType>
 
+#include <concepts>
+
 namespace stemvault::status_bar {
 
 namespace {
@@ -24,26 +26,29 @@ const QDBusArgument& take(const QDBusArgument& argument, Members&... members)
     return argument;
 }
 
+/// A type that the program sends but never receives.
+template <typename Type>
+concept Sent =
+    std::same_as<Type, DBusMenuItem> || std::same_as<Type, DBusMenuItemKeys> || std::same_as<Type,
+        DBusMenuLayout> || std::same_as<Type, DBusPixmap> || std::same_as<Type, DBusToolTip>;
+
 } // namespace
+
+// The library registers a type only if it can also be received.
+template <Sent Type>
+static const QDBusArgument& operator>>(const QDBusArgument& argument, Type& /*unused*/)
+{
+    return argument;
+}
 
 static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuItem& item)
 {
     return put(argument, item.id, item.properties);
 }
 
-static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuItem& item)
-{
-    return take(argument, item.id, item.properties);
-}
-
 static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuItemKeys& keys)
 {
     return put(argument, keys.id, keys.properties);
-}
-
-static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuItemKeys& keys)
-{
-    return take(argument, keys.id, keys.properties);
 }
 
 // The children are sent as variants, because D-Bus has no signature for a recursive type.
@@ -54,22 +59,6 @@ static QDBusArgument& operator<<(QDBusArgument& argument, const DBusMenuLayout& 
     argument.beginArray(QMetaType::fromType<QDBusVariant>());
     for (const DBusMenuLayout& child : layout.children)
         argument << QDBusVariant(QVariant::fromValue(child));
-    argument.endArray();
-    argument.endStructure();
-    return argument;
-}
-
-static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusMenuLayout& layout)
-{
-    argument.beginStructure();
-    argument >> layout.id >> layout.properties;
-    argument.beginArray();
-    while (!argument.atEnd()) {
-        QDBusVariant child;
-        argument >> child;
-        layout.children.push_back(
-            qdbus_cast<DBusMenuLayout>(child.variant().value<QDBusArgument>()));
-    }
     argument.endArray();
     argument.endStructure();
     return argument;
@@ -90,19 +79,9 @@ static QDBusArgument& operator<<(QDBusArgument& argument, const DBusPixmap& pixm
     return put(argument, pixmap.width, pixmap.height, pixmap.pixels);
 }
 
-static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusPixmap& pixmap)
-{
-    return take(argument, pixmap.width, pixmap.height, pixmap.pixels);
-}
-
 static QDBusArgument& operator<<(QDBusArgument& argument, const DBusToolTip& toolTip)
 {
     return put(argument, toolTip.icon, toolTip.pixmaps, toolTip.title, toolTip.text);
-}
-
-static const QDBusArgument& operator>>(const QDBusArgument& argument, DBusToolTip& toolTip)
-{
-    return take(argument, toolTip.icon, toolTip.pixmaps, toolTip.title, toolTip.text);
 }
 
 void registerDBusMenuTypes()
