@@ -2,6 +2,7 @@
 
 import time
 import unittest
+from pathlib import Path
 
 from Scenario import PROGRAMS, Scenario
 from virtual_desktop import DeadMount, OlderTray, Tray, UpdateFeed, wait_for
@@ -19,6 +20,35 @@ class TrayScenarios(Scenario):
         tray.end()
         tray.start()
         self.assertEqual(tray.item().titles(), ["No session detected", *ROWS])
+
+    def test_a_panel_reads_all_that_there_is_to_read(self):
+        tray = Tray(self.desktop).start()
+        self.start()
+        of_item, of_menu = tray.item().properties()
+        self.assertEqual({name: value for name, value in of_item.items() if value}, {
+            "Category": "ApplicationStatus", "Id": "net.stemvault.Connect",
+            "Title": "Stemvault Connect", "Status": "Active", "Menu": "/MenuBar",
+            "IconName": "net.stemvault.Connect-symbolic", "IconAccessibleDesc": "Stemvault Connect",
+            "IconThemePath": of_item["IconThemePath"], "ItemIsMenu": True,
+            "ToolTip": ("", [], "Stemvault Connect", "")})
+        theme = Path(of_item["IconThemePath"])
+        self.assertTrue(list(theme.rglob("net.stemvault.Connect-symbolic.svg")), theme)
+        self.assertEqual(of_menu, {"Version": 3, "TextDirection": "ltr", "Status": "normal",
+                                   "IconThemePath": []})
+
+    def test_a_panel_may_group_its_calls(self):
+        tray = Tray(self.desktop).start()
+        self.start_with_session()
+        item = tray.item()
+        last = len(item.rows())
+        self.assertEqual(item.open_menu_in_groups(0, last, 99), ([], [99]))
+        quit_row = {"label": "Quit Stemvault Connect", "shortcut": [["Control", "q"]]}
+        self.assertEqual(item.group_properties(0, last),
+                         [(0, {"children-display": "submenu"}), (last, quit_row)])
+        self.assertEqual((item.row(last), item.row(99)), (quit_row, {}))
+        item.scroll()  # Has no effect.
+        self.assertEqual(item.choose_in_groups(99, last), [99])
+        self.assertEqual(self.connect.process.wait(timeout=10), 0)
 
     def test_so_it_is_in_a_tray_of_the_older_kind(self):
         self.start()
@@ -42,10 +72,12 @@ class TrayScenarios(Scenario):
         tray = Tray(self.desktop).start()
         self.start()
         display = self.desktop.display
-        for pointer, told, expected in (((640, 400), (0, 25), (640, 400)),
-                                        ((640, 400), (630, 420), (630, 420))):
+        for method, pointer, told, expected in (
+                ("Activate", (640, 400), (0, 25), (640, 400)),
+                ("SecondaryActivate", (640, 400), (0, 25), (640, 400)),
+                ("ContextMenu", (640, 400), (630, 420), (630, 420))):
             display.move_pointer(*pointer)
-            tray.item().activate(x=told[0], y=told[1])
+            tray.item().activate(method, *told)
             menu = wait_for("the menu", display.pop_ups)[0]
             left, top, _, _ = display.frame(menu)
             self.assertLess(max(abs(left - expected[0]), abs(top - expected[1])), 5)
@@ -62,6 +94,8 @@ class TrayScenarios(Scenario):
         for useless in ("t" * 5000, "gn\u00f6me", "line\nfeed", "", "last"):
             item.pass_token(useless)
         self.assertEqual(messages(), 'remove: ID="last"')
+        self.connect.start_again({"XDG_ACTIVATION_TOKEN": "launcher/1"})
+        self.assertEqual(messages(), 'remove: ID="launcher/1"')
 
     def test_without_any_tray_a_first_start_opens_the_preferences(self):
         self.start(folders=[])

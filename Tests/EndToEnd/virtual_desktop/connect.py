@@ -37,10 +37,10 @@ class StemvaultConnect:
     def start(self, name="stemvault-connect", **options):
         return self.desktop.start(name, [self.program], privileged=self.privileged, **options)
 
-    def start_again(self):
+    def start_again(self, environment=None):
         """Starts a second instance, as a user does, once the first one is on the bus."""
         wait_for("the program's name on the bus", lambda: self.desktop.has_bus_name(BUS_NAME))
-        return self.start("again").wait(timeout=10)
+        return self.start("again", environment=environment).wait(timeout=10)
 
     def settings(self):
         """The settings record on disk."""

@@ -61,11 +61,19 @@ class TrayItem:
     def property(self, name):
         return self._call(self.path, "org.freedesktop.DBus.Properties", "Get", "ss", ITEM, name)
 
+    def properties(self):
+        """All properties of the item and of its menu, as panels read them."""
+        return [self._call(path, "org.freedesktop.DBus.Properties", "GetAll", "s", interface)
+                for path, interface in ((self.path, ITEM), (str(self.property("Menu")), MENU))]
+
     def has(self, name, value):
         try:
             return self.property(name) == value
         except dbus.DBusException:  # The item no longer exists.
             return False
+
+    def scroll(self):
+        self._call(self.path, ITEM, "Scroll", "is", 1, "vertical")
 
     def activate(self, method="Activate", x=10, y=10):
         self._call(self.path, ITEM, method, "ii", x, y)
@@ -82,6 +90,26 @@ class TrayItem:
     def open_menu_by_event(self):
         """Opens the menu like a panel that only sends the event "opened"."""
         self._menu("Event", "isvu", 0, "opened", dbus.String("", variant_level=1), 0)
+
+    def open_menu_in_groups(self, *numbers):
+        """Opens the menu like a panel that groups its calls. Returns the numbers of changed and of
+        unknown rows."""
+        return self._menu("AboutToShowGroup", "ai", numbers)
+
+    def choose_in_groups(self, *numbers):
+        """Chooses rows by their numbers. Returns the unknown ones."""
+        return self._menu("EventGroup", "a(isvu)", [
+            (number, "clicked", dbus.String("", variant_level=1), 0) for number in numbers])
+
+    def group_properties(self, *numbers):
+        return [(int(number), dict(properties)) for number, properties in
+                self._menu("GetGroupProperties", "aias", numbers, dbus.Array([], signature="s"))]
+
+    def row(self, number):
+        """The properties of one row."""
+        _, (_, properties, _) = self._menu(
+            "GetLayout", "iias", number, -1, dbus.Array([], signature="s"))
+        return dict(properties)
 
     def rows(self):
         """The properties of each row, including its number."""
