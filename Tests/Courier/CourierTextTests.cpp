@@ -28,6 +28,9 @@ TEST(CourierText, APathLeadsWhereOpeningItWould)
     };
     for (const auto& row : rows)
         EXPECT_EQ(absolutePath(row.argument), row.path) << row.what;
+    std::filesystem::current_path(home.makeFolder("gone"));
+    std::filesystem::remove(home.path("gone"));
+    EXPECT_EQ(absolutePath("b.wav"), "b.wav");
     std::filesystem::current_path("/");
 }
 

@@ -1,6 +1,7 @@
 """The hotkey: it asks about the selected or copied files, and the clipboard is preserved."""
 
 import itertools
+import shutil
 import subprocess
 import sys
 import unittest
@@ -17,6 +18,9 @@ NOTHING_SELECTED = "Nothing is selected. Select audio files or folders in the fi
     "then press the hotkey."
 NOTHING_COPIED = "No files have been copied. Copy audio files or folders in the file manager " \
     "(Ctrl+C), then press the hotkey."
+NO_READER = "Here, copied files can only be read with the tool wl-paste. Install the package " \
+    "wl-clipboard, then press the hotkey again."
+KEYS_HELD = "The keys of the hotkey were not let go. Press it briefly."
 
 
 class HotkeyScenarios(Scenario):
@@ -30,9 +34,9 @@ class HotkeyScenarios(Scenario):
         self.start(always_watch=self.folder("Bounces"))
         self.numbers = itertools.count()
 
-    def press_hotkey(self):
+    def press_hotkey(self, **environment):
         """Starts the command that a desktop starts."""
-        return self.services.run("add-selection")
+        return self.services.run("add-selection", environment=environment)
 
     def expect_prompt(self, courier, text="Mix & more.wav\nfrom Song Demos"):
         self.connect.prompt(text).answer("Cancel")
@@ -121,6 +125,37 @@ class HotkeyOnX11(HotkeyScenarios):
         for key in ("F9", "Shift_L", "Super_L"):
             self.hold(key, X.KeyRelease)
         self.expect_prompt(courier)
+        self.hold("F9", X.KeyPress)
+        self.expect_message(self.press_hotkey(), KEYS_HELD)
+        self.hold("F9", X.KeyRelease)
+
+    def test_the_letter_is_pressed_in_every_layout_that_has_it(self):
+        display = self.desktop.display.connection
+        key = display.keysym_to_keycode(ord("c"))
+        russian = [XK.string_to_keysym(name) for name in ("Cyrillic_es", "Cyrillic_ES")]
+        self.start_window("files", {"text/uri-list": self.uri})
+        display.change_keyboard_mapping(key, [[*russian, ord("c"), ord("C")]])
+        display.sync()
+        self.expect_prompt(self.press_hotkey())
+        self.start_window("files", {"text/uri-list": self.uri})
+        display.change_keyboard_mapping(key, [[*russian, *russian]])
+        display.sync()
+        self.expect_message(self.press_hotkey(), NOTHING_SELECTED)
+
+    def test_without_a_window_manager_the_focus_tells_the_window(self):
+        self.start_window("files", {})
+        manager = self.desktop.processes["window-manager"]
+        files = self.desktop.display.active_window()
+        manager.terminate()
+        manager.wait()
+        display = self.desktop.display.connection
+        display.screen().root.delete_property(display.intern_atom("_NET_SUPPORTING_WM_CHECK"))
+        inner = display.create_resource_object("window", files).create_window(0, 0, 9, 9, 0, 0)
+        inner.map()
+        for focus, message in ((inner, NOTHING_SELECTED), (X.PointerRoot, NOTHING_COPIED)):
+            display.set_input_focus(focus, X.RevertToPointerRoot, X.CurrentTime)
+            display.sync()
+            self.expect_message(self.press_hotkey(), message)
 
     def test_without_a_selection_the_clipboard_stays_untouched(self):
         earlier = self.start_window("-", {"UTF8_STRING": b"before"})
@@ -136,6 +171,9 @@ class HotkeyOnX11(HotkeyScenarios):
         self.expect_message(self.press_hotkey(), NOTHING_COPIED)
         self.start_window("-", {"text/uri-list": self.uri})
         self.expect_prompt(self.press_hotkey())
+        # On Wayland, GNOME shares the clipboard with X.
+        self.expect_prompt(self.press_hotkey(
+            WAYLAND_DISPLAY="wayland-0", XDG_CURRENT_DESKTOP="ubuntu:GNOME"))
         self.assertNotIn("key", self.desktop.log(terminal))
 
 
@@ -152,6 +190,9 @@ class HotkeyOnWayland(HotkeyScenarios):
         self.expect_prompt(self.press_hotkey())
         self.copy("text/plain", b"a word")
         self.expect_message(self.press_hotkey(), NOTHING_COPIED)
+        programs = self.folder("programs")
+        (programs / "setpriv").symlink_to(shutil.which("setpriv"))
+        self.expect_message(self.press_hotkey(PATH=str(programs)), NO_READER)
 
 
 if __name__ == "__main__":

@@ -19,6 +19,8 @@ from gi.repository import GLib
 class Stranger(dbus.service.Object):
     @dbus.service.method("net.stemvault.Connect.Services1", in_signature="sas", out_signature="s")
     def Perform(self, service, uris):
+        if service == "createStemvaultPlaylist":
+            raise dbus.DBusException(name="org.freedesktop.DBus.Error.InvalidArgs")
         return "a<b> &\x1b[31m\u202e"
 
 bus = dbus.SessionBus(mainloop=DBusGMainLoop())
@@ -137,6 +139,21 @@ class UnreachableProgram(unittest.TestCase):
                 "Stemvault Connect is not running and could not be started.")
             self.assertEqual(note["summary"], "Add to Stemvault")
 
+    def test_without_a_desktop_the_message_is_printed(self):
+        no_bus = {"DBUS_SESSION_BUS_ADDRESS": None, "XDG_RUNTIME_DIR": "/nowhere"}
+        with VirtualDesktop(notifications=None) as desktop:
+            services = Services(desktop, PROGRAMS)
+            (desktop.folder / "services/net.stemvault.Connect.service").unlink()
+            for arguments, environment, status, text in (
+                    (("add", "mix.wav"), {}, 1, "is not running and could not be started."),
+                    (("add", "mix.wav"), no_bus, 1, "can only be reached from a desktop session."),
+                    (("add-selection", "mix.wav"), {}, 2, "usage: courier add|playlist FILES..."),
+                    (("delete", "mix.wav"), {}, 2, "usage: courier add|playlist FILES...")):
+                courier = services.run(*arguments, environment=environment)
+                self.assertEqual(courier.wait(timeout=30), status, arguments)
+                self.assertIn(text, desktop.log("courier"))
+                (desktop.logs / "courier.log").unlink()
+
     def test_a_strangers_answer_is_shown_as_plain_text(self):
         for capabilities, shown in (("body,body-markup", "a&lt;b&gt; &amp;\uFFFD[31m\uFFFD"),
                                     ("body", "a<b> &\uFFFD[31m\uFFFD")):
@@ -147,6 +164,12 @@ class UnreachableProgram(unittest.TestCase):
                 self.assertEqual(services.run("add", "mix.wav").wait(timeout=30), 1)
                 desktop.wait_for_notification(shown)
                 self.assertIn("a<b> &\uFFFD[31m\uFFFD\n", desktop.log("courier"))
+                self.assertEqual(services.run("playlist", "mix.wav").wait(timeout=30), 1)
+                desktop.wait_for_notification(
+                    "This version of Stemvault Connect does not have that service.")
+                program = desktop.start("second", [PROGRAMS / "stemvault-connect"])
+                self.assertEqual(program.wait(timeout=30), 1)
+                self.assertIn("another program has the name", desktop.log("second"))
 
 
 if __name__ == "__main__":

@@ -51,7 +51,8 @@ class CopyingWindow:
             kinds.get(happened.type, lambda _: None)(happened)
 
     def press(self, key):
-        symbol = self.display.keycode_to_keysym(key.detail, 0)
+        symbols = [self.display.keycode_to_keysym(key.detail, column) for column in (0, 2)]
+        symbol = symbols[ord("c") in symbols]  # Also in the second layout, as toolkits do.
         self.say(f"key {symbol} {key.state}")
         if symbol == ord("c") and key.state == X.ControlMask and self.contents:
             self.take()
