@@ -28,10 +28,16 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
 {
     const std::pair<const char*, void (*)(Application&)> rows[] = {
         { "asked to by the program", [](Application& application) { application.terminate(); } },
+        { "asked to twice",
+            [](Application& application) {
+                application.terminate();
+                application.terminate();
+            } },
         { "SIGTERM", [](Application&) { std::raise(SIGTERM); } },
         { "SIGINT", [](Application&) { std::raise(SIGINT); } },
         { "the end of the session", [](Application&) { QCoreApplication::quit(); } },
     };
+    std::signal(SIGHUP, SIG_IGN); // As nohup does.
     for (const auto& [what, end] : rows) {
         dispatch::QtDispatch dispatch;
         ModalWindows windows;
@@ -61,6 +67,7 @@ TEST(QtApplicationTest, HoweverTheProgramEndsItsAlertsStopAndTheDelegateIsToldOn
                 "outer stopped", "late stopped"))
             << what;
     }
+    EXPECT_EQ(std::signal(SIGHUP, SIG_DFL), SIG_IGN);
 }
 
 } // namespace

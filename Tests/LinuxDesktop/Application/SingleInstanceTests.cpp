@@ -2,6 +2,8 @@
 #include "LinuxDesktop/PrivateBus.h"
 #include "LinuxDesktop/QtTest.h"
 
+#include <QDBusPendingCall>
+
 #include <atomic>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -34,6 +36,32 @@ TEST(SingleInstanceTest, ASecondStartActivatesTheFirst)
     first.release();
     EXPECT_EQ(SingleInstance(bus.connect()).claim(), Claim::Granted)
         << "kept by one that is ending";
+}
+
+TEST(SingleInstanceTest, WhateverALauncherCallsActivatesIt)
+{
+    PrivateBus bus;
+    int activations = 0;
+    const QDBusConnection connection = bus.connect();
+    SingleInstance first(connection);
+    first.onActivate([&] { ++activations; });
+    ASSERT_EQ(first.claim(), Claim::Granted);
+    const QDBusConnection launcher = bus.connect();
+    const std::pair<const char*, QVariantList> calls[] = {
+        { "Activate", { QVariantMap() } },
+        { "Open", { QStringList { "file:///Mix.wav" }, QVariantMap() } },
+        { "ActivateAction", { "preferences", QVariantList(), QVariantMap() } },
+    };
+    for (const auto& [method, arguments] : calls) {
+        auto call = QDBusMessage::createMethodCall(connection.baseService(),
+            "/net/stemvault/Connect", "org.freedesktop.Application", method);
+        call.setArguments(arguments);
+        const int before = activations;
+        const auto reply = launcher.asyncCall(call);
+        EXPECT_TRUE(happens([&] { return reply.isFinished(); }));
+        EXPECT_FALSE(reply.isError()) << method;
+        EXPECT_EQ(activations, before + 1) << method;
+    }
 }
 
 TEST(SingleInstanceTest, AForeignProgramWithTheNameIsSeen)
@@ -72,6 +100,15 @@ TEST_F(SingleInstanceWithoutBusTest, TheLockGoesWithItsOwner)
         EXPECT_EQ(second.claim(), Claim::OtherInstance);
     }
     EXPECT_EQ(SingleInstance(noBus).claim(), Claim::Granted);
+}
+
+TEST_F(SingleInstanceWithoutBusTest, WithoutARuntimeFolderThereIsNoLock)
+{
+    qunsetenv("XDG_RUNTIME_DIR");
+    SingleInstance first(noBus);
+    SingleInstance second(noBus);
+    EXPECT_EQ(first.claim(), Claim::Granted);
+    EXPECT_EQ(second.claim(), Claim::Granted);
 }
 
 TEST_F(SingleInstanceWithoutBusTest, ALinkToALockedFileDoesNotCount)

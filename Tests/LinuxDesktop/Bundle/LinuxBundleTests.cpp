@@ -21,6 +21,24 @@ TEST(LinuxBundleTest, TheApplicationIconIsSharpAtEverySizeAnAlertNeeds)
     EXPECT_FALSE(bundle.imageNamed("no-such-image"));
 }
 
+TEST(LinuxBundleTest, AnImageMayBeAPictureOrBelongToTheDesktop)
+{
+    const TemporaryFolder folder;
+    const TemporaryFolder theme;
+    for (const std::string& file : { folder.path("picture.svg"), theme.path("of-desktop.svg") })
+        std::filesystem::copy(STEMVAULT_RESOURCES "/Symbols/eye.svg", file);
+    QIcon::setFallbackSearchPaths({ QString::fromStdString(theme.path()) });
+    const LinuxBundle bundle({ folder.path() });
+    for (const char* name : { "picture", "of-desktop" }) {
+        const auto image = bundle.imageNamed(name);
+        ASSERT_TRUE(image) << name;
+        EXPECT_FALSE(iconFromImage(*image).pixmap(32, 32).isNull()) << name;
+    }
+    folder.write("damaged.svg", "<svg");
+    EXPECT_FALSE(bundle.imageNamed("damaged"));
+    EXPECT_TRUE(iconFromImage({ folder.path("damaged.svg") }).isNull());
+}
+
 TEST(LinuxBundleTest, ADamagedContainerHoldsNoImage)
 {
     std::ifstream file(STEMVAULT_RESOURCES "/AppIcon.icns", std::ios::binary);

@@ -19,6 +19,7 @@ public:
         qputenv("PATH", (folder.path() + ":").c_str() + path);
         add("gsettings",
             "file=\"${0%/*}/$(printf %s \"$2 $3\" | tr /: ..)\"\n"
+            "[ $1 = get ] || [ ! -e \"${0%/*}/locked\" ] || exit 1\n"
             "if [ $1 = set ]; then echo \"$2 $3 $4\" >> \"${0%/*}/log\"; printf %s \"$4\" > "
             "\"$file\"\n"
             "elif [ -e \"$file\" ]; then cat \"$file\"\n"
@@ -84,6 +85,9 @@ TEST(HotkeySetupTests, TheEntryIsListedOnceAndOneWithAKeyIsNotChanged)
             { { gnome + " custom-keybindings", "['" + gnomePath + "']" },
                 { gnomeEntry + " binding", "'<Super>y'" } },
             "" },
+        { "a list that is none", "GNOME", { { gnome + " custom-keybindings", "'/a/'" } },
+            named(gnomeEntry, "command"), false },
+        { "locked by an administrator", "GNOME", { { "locked", "" } }, "", false },
         { "Cinnamon, as new", "X-Cinnamon", {},
             named(cinnamonEntry, "command") + cinnamon + " custom-list ['custom7836']\n" },
         { "Cinnamon, with a key", "X-Cinnamon",

@@ -134,6 +134,15 @@ TEST(FetcherURLSessionTests, AStrangerBesideTheInstalledExecutableIsNotTheFetche
         prefix.path("bin/../libexec/stemvault-connect/fetcher"));
 }
 
+TEST(FetcherURLSessionTests, TheExecutableSaysHowToUseIt)
+{
+    QProcess fetcher;
+    fetcher.start(STEMVAULT_FETCHER, { "http://127.0.0.1" });
+    ASSERT_TRUE(fetcher.waitForFinished());
+    EXPECT_EQ(fetcher.exitCode(), 1);
+    EXPECT_EQ(fetcher.readAllStandardError(), "usage: fetcher URL MILLISECONDS BYTES\n");
+}
+
 void openSSL(const QStringList& arguments)
 {
     ASSERT_EQ(QProcess::execute("openssl", arguments), 0) << arguments.join(' ').toStdString();

@@ -20,6 +20,7 @@ TEST(DisplayTextTest, NamesAreShownHarmlesslyAndOtherwiseAsTheyStand)
         { "line feed, tab and escape in one line", "a\nb\tc\x1B[0m", "a\u240Ab\u2409c\u241B[0m" },
         { "a name that would read as another", "x\u202Evaw\u202C.exe", "x\uFFFDvaw\uFFFD.exe" },
         { "a mark of a right-to-left script stays", "a\u200Fb", "a\u200Fb" },
+        { "the delete character", "a\x7F", "a\u2421" },
         { "other ends of a line", "a\u2028b\u0085c", "a\u2424b\uFFFDc" },
     };
     for (const Row& row : rows)
@@ -39,7 +40,7 @@ TEST(DisplayTextTest, LinesBreakWhereTheTextSaysAndStayWithinReason)
     std::string guitars; // Truncation must not split a surrogate pair.
     for (int guitar = 0; guitar < 200; ++guitar)
         guitars += "\U0001F3B8";
-    for (const std::string& text : { guitars, "a" + guitars }) {
+    for (const std::string& text : { guitars, "a" + guitars, guitars + "a" }) {
         const QString line = displayLine(text);
         EXPECT_LT(line.size(), 290);
         EXPECT_EQ(line, QString::fromUtf8(line.toUtf8())) << "cut within a character";

@@ -36,6 +36,7 @@ TEST(SymbolImageTests, EverySymbolIsDrawnInTheColourThatIsAskedFor)
             EXPECT_EQ(picture.width(), qRound(18 * ratio)) << name;
             EXPECT_GT(inked(picture, ink), 0.02) << name << " is empty";
         }
+    EXPECT_TRUE(symbolPixmap("no such symbol", 18, 1, ink).isNull());
 }
 
 } // namespace
