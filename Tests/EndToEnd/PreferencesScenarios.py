@@ -1,5 +1,6 @@
 """The tray menu, and the preferences that it opens."""
 
+import shutil
 import time
 import unittest
 from pathlib import Path
@@ -47,7 +48,7 @@ class TrayScenarios(Scenario):
                          [(0, {"children-display": "submenu"}), (last, quit_row)])
         self.assertEqual((item.row(last), item.row(99)), (quit_row, {}))
         item.scroll()  # Has no effect.
-        self.assertEqual(item.choose_in_groups(99, last), [99])
+        self.assertEqual(item.choose_in_groups(99, 1, last), [99])
         self.assertEqual(self.connect.process.wait(timeout=10), 0)
 
     def test_so_it_is_in_a_tray_of_the_older_kind(self):
@@ -67,6 +68,13 @@ class TrayScenarios(Scenario):
         tray.open_menu(self.connect.process)
         self.desktop.display.press_keys("Control_L", "q")
         self.assertEqual(self.connect.process.wait(timeout=10), 0)
+
+    def test_without_a_bus_it_is_in_a_tray_of_the_older_kind(self):
+        tray = OlderTray(self.desktop).start()
+        self.start(is_running=False)
+        self.connect.process = self.connect.start(
+            environment={"DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"})
+        tray.icon()
 
     def test_the_menu_opens_at_the_click_wherever_the_panel_says_it_was(self):
         tray = Tray(self.desktop).start()
@@ -245,6 +253,17 @@ class PreferencesScenarios(Scenario):
         wait_for("the session", lambda: "~/Sessions/Big Song" in window.texts())
         self.daw.quit()
         wait_for("its end", lambda: "No session detected" in window.texts())
+
+    def test_where_no_shortcuts_are_known_the_command_to_bind_is_shown(self):
+        program = shutil.copy2(PROGRAMS / "stemvault-connect", self.folder("usr/bin"))
+        courier = self.folder("usr/libexec/stemvault-connect") / "courier"
+        courier.touch()
+        self.start(program=program)
+        self.open().press("Set Up Hotkey…")
+        alert = self.connect.window("Bind a key to this command")
+        self.assertTrue(any(text.endswith(f"\n\n{courier} add-selection") for text in alert.texts()),
+                        alert.texts())
+        alert.answer("OK")
 
     def test_the_switch_writes_the_autostart_entry(self):
         self.start()
