@@ -61,9 +61,16 @@ class AppearanceScenarios(Scenario):
                             ("Greybird", "light"), ("Adwaita-dark", "dark")):
             self.desktop.display.publish_theme(theme)
             self.expect(look)
-        self.assertEqual(self.connect.quit(), 0)
-        self.open("XFCE")
-        self.expect("dark")
+        preference = self.desktop.home / ".config/gtk-3.0/settings.ini"
+        preference.parent.mkdir(parents=True, exist_ok=True)
+        for preferred, theme, look in ((0, "Adwaita-dark", "dark"), (1, "Adwaita", "dark"),
+                                       (0, "Adwaita", "light")):
+            preference.write_text(
+                f"[Settings]\ngtk-application-prefer-dark-theme={preferred}\n")
+            self.desktop.display.publish_theme(theme)
+            self.assertEqual(self.connect.quit(), 0)
+            self.open("XFCE")
+            self.expect(look)
 
     def test_the_icon_of_an_older_tray_goes_with_it(self):
         tray = OlderTray(self.desktop).start()
