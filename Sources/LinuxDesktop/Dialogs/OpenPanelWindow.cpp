@@ -10,9 +10,10 @@
 #include <QFileSystemModel>
 #include <QGridLayout>
 #include <QHeaderView>
-#include <QKeyEvent>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QToolTip>
 #include <QTreeView>
 
@@ -160,14 +161,16 @@ void OpenPanelWindow::showOnlyFolders()
             widget->hide();
 }
 
-// Disables renaming and permanent deletion, which the toolkit's panel offers, and the Delete key.
+// Disables renaming and permanent deletion, which the toolkit's panel offers, also by the Delete
+// key.
 void OpenPanelWindow::keepFromDeleting()
 {
     for (const char* name : { "qt_delete_action", "qt_rename_action" })
         if (auto* action = findChild<QAction*>(QLatin1String(name)))
             action->setVisible(false);
-    for (auto* view : findChildren<QAbstractItemView*>())
-        view->installEventFilter(this);
+    for (auto* shortcut : findChildren<QShortcut*>())
+        if (shortcut->key() == QKeySequence(QKeySequence::Delete))
+            shortcut->setEnabled(false);
 }
 
 // The side bar's tool tips are paths that may contain a drive's label, which is untrusted text.
@@ -179,8 +182,6 @@ void OpenPanelWindow::showPlainToolTips()
 
 bool OpenPanelWindow::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::KeyPress && qobject_cast<QAbstractItemView*>(watched))
-        return static_cast<QKeyEvent*>(event)->matches(QKeySequence::Delete);
     if (const auto* view = qobject_cast<QAbstractItemView*>(watched->parent());
         view && event->type() == QEvent::ToolTip) {
         const auto& asked = *static_cast<QHelpEvent*>(event);

@@ -10,15 +10,18 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QApplication>
+#include <QClipboard>
 #include <QComboBox>
 #include <QHelpEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QToolTip>
+#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -150,7 +153,7 @@ TEST_F(QtDialogsTest, AnAlertThatWarnsBearsABadge)
     EXPECT_NE(picture(AlertStyle::Critical), picture(AlertStyle::Warning));
 }
 
-TEST_F(QtDialogsTest, KeysMeantForAnotherProgramDoNotAnswer)
+TEST_F(QtDialogsTest, KeysAndClicksMeantForAnotherProgramDoNotAnswer)
 {
     application::ModalWindows patientWindows { 1h };
     QtDialogs patientDialogs { patientWindows, icon };
@@ -162,7 +165,11 @@ TEST_F(QtDialogsTest, KeysMeantForAnotherProgramDoNotAnswer)
         for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Space, Qt::Key_Escape, Qt::Key_Down })
             press(window, key);
         ASSERT_EQ(QApplication::activeModalWidget(), &window) << "answered by a stray key";
-        button(window, "Skip").click();
+        QPushButton& skip = button(window, "Skip");
+        const QPoint middle = skip.mapTo(&window, skip.rect().center());
+        QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, middle);
+        ASSERT_EQ(QApplication::activeModalWidget(), &window) << "answered by a stray click";
+        skip.click();
     });
     const AlertAnswer answer = patientDialogs.runModal(question({ "Add", "Skip", "Cancel" }));
     EXPECT_EQ(answer.response, 1001);
@@ -184,11 +191,28 @@ TEST_F(QtDialogsTest, TheArrowsChooseAndAScreenReaderKnowsWhat)
         EXPECT_EQ(accessible->role(), QAccessible::AlertMessage);
         EXPECT_EQ(accessible->text(QAccessible::Description), "Mix & Match.wav\nfrom Session");
         press(window, Qt::Key_Down);
+        QWheelEvent turn({}, {}, {}, { 0, 120 }, {}, {}, Qt::NoScrollPhase, false);
+        QCoreApplication::sendEvent(popUp, &turn);
+        EXPECT_EQ(popUp->currentIndex(), 1) << "the wheel is meant for what is below";
         press(window, Qt::Key_Return);
     });
     const AlertAnswer answer = dialogs.runModal(question({ "Add", "Skip" }));
     EXPECT_EQ(answer.response, 1000);
     EXPECT_EQ(answer.indexOfSelectedItem, 1);
+}
+
+TEST_F(QtDialogsTest, TheTextsOfAnAlertCanBeCopied)
+{
+    meanwhile<AlertWindow>([](AlertWindow& window) {
+        QTest::keyClick(window.windowHandle(), Qt::Key_C, Qt::ControlModifier);
+        EXPECT_THAT(QGuiApplication::clipboard()->text().toStdString(),
+            testing::AllOf(testing::HasSubstr("Bounce detected"),
+                testing::HasSubstr("Mix & Match.wav\nfrom Session")));
+        press(window, Qt::Key_Return);
+    });
+    Alert alert = question({ "Add" });
+    alert.accessoryView = {};
+    EXPECT_EQ(dialogs.runModal(alert).response, 1000);
 }
 
 TEST_F(QtDialogsTest, ALongTextScrollsAndTheAlertStaysOnTheScreen)
@@ -235,6 +259,13 @@ TEST_F(QtDialogsTest, APanelGivesTheFolderChosen)
 
     meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) { press(window, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.runModal(panel).response, ModalResponse::cancel);
+
+    panel.directoryURL = FileURL("relative");
+    meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) {
+        EXPECT_EQ(window.directory().path(), QDir::homePath());
+        press(window, Qt::Key_Escape);
+    });
+    (void)dialogs.runModal(panel);
 }
 
 TEST_F(QtDialogsTest, APanelGivesAllTheFoldersChosenAndShowsItsMessage)
@@ -289,6 +320,39 @@ TEST_F(QtDialogsTest, AFolderIsTheSameHoweverItIsTyped)
         ASSERT_EQ(chosen.response, ModalResponse::ok) << typed;
         EXPECT_EQ(chosen.url->path(), expected);
     }
+}
+
+TEST_F(QtDialogsTest, NothingIsDeletedInAPanel)
+{
+    const TemporaryFolder folder;
+    folder.makeFolder("Song");
+    const OpenPanel panel { false, true, true, "Use", "Choose.", FileURL(folder.path()) };
+    meanwhile<OpenPanelWindow>([&](OpenPanelWindow& window) {
+        auto* list = window.findChild<QAbstractItemView*>("treeView");
+        ASSERT_TRUE(happens([list] { return list->model()->rowCount(list->rootIndex()) == 1; }));
+        list->setCurrentIndex(list->model()->index(0, 0, list->rootIndex()));
+        // What asks whether to delete would block, so it is answered.
+        dispatch.mainAsync([&window] {
+            if (QWidget* asking = QApplication::activeModalWidget(); asking && asking != &window) {
+                ADD_FAILURE() << "it asks whether to delete";
+                asking->close();
+            }
+        });
+        QTest::keyClick(list, Qt::Key_Delete);
+        press(window, Qt::Key_Escape);
+    });
+    (void)dialogs.runModal(panel);
+}
+
+TEST_F(QtDialogsTest, APanelThatStillReadsItsFolderEndsWhenThatIsDone)
+{
+    const TemporaryFolder folder;
+    auto panel = std::make_unique<OpenPanelWindow>(
+        OpenPanel { false, true, true, "Use", "Choose.", FileURL(folder.path()) });
+    const QPointer<OpenPanelWindow> left = panel.get();
+    OpenPanelWindow::endWhenRead(std::move(panel));
+    EXPECT_TRUE(left) << "its thread has not been heard of";
+    EXPECT_TRUE(happens([&] { return !left; }));
 }
 
 TEST_F(QtDialogsTest, NoNameInAPanelIsTakenForMarkup)

@@ -37,6 +37,15 @@ View list(int rows)
     return made;
 }
 
+struct PaintCounter : QObject {
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint ? 1 : 0;
+        return false;
+    }
+    int count = 0;
+};
+
 ViewButton* find(const ViewWindow& window, const char* title)
 {
     for (auto* each : childrenOf<ViewButton>(window))
@@ -202,6 +211,85 @@ TEST(ViewWindowTests, WhatControlsShowEndsAtOneEdge)
         // A round symbol does not quite reach the edge of its square.
         EXPECT_NEAR(edge, 463, 2) << control->metaObject()->className() << ' ' << place.top();
     }
+}
+
+TEST(ViewWindowTests, AControlShowsTheFocusAndThePointer)
+{
+    ViewWindow window([] {
+        return page({ button("Choose"), Toggle { "Launch", false, [](bool) {}, {} } });
+    });
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    for (auto* control : window.findChildren<QAbstractButton*>()) {
+        const char* kind = control->metaObject()->className();
+        const QImage plain = control->grab().toImage();
+        control->setFocus();
+        EXPECT_NE(control->grab().toImage(), plain) << kind;
+        control->clearFocus();
+        EXPECT_EQ(control->grab().toImage(), plain) << kind;
+    }
+    auto* pointed = find(window, "Choose");
+    PaintCounter paints;
+    pointed->installEventFilter(&paints);
+    const QImage plain = pointed->grab().toImage();
+    for (const bool isThere : { true, false }) {
+        paints.count = 0;
+        pointed->setAttribute(Qt::WA_UnderMouse, isThere);
+        QEnterEvent enter({}, {}, {});
+        QEvent leave(QEvent::Leave);
+        QCoreApplication::sendEvent(pointed, isThere ? &enter : &leave);
+        EXPECT_TRUE(happens([&] { return paints.count > 0; })) << isThere;
+        EXPECT_EQ(pointed->grab().toImage() != plain, isThere);
+    }
+}
+
+TEST(ViewWindowTests, AControlIsUsedByTheKeyboardAndByTheMouse)
+{
+    int presses = 0;
+    std::vector<bool> switched;
+    ViewWindow window([&] {
+        Button counted = button("Choose");
+        counted.action = [&] { ++presses; };
+        const auto note = [&](bool isOn) { switched.push_back(isOn); };
+        return page({ counted, Toggle { "Launch", false, note, {} } });
+    });
+    window.show();
+    for (const Qt::Key key : { Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_A })
+        QTest::keyClick(find(window, "Choose"), key);
+    EXPECT_EQ(presses, 3);
+    auto* toggle = childrenOf<ViewToggle>(window).front();
+    QTest::mouseClick(toggle, Qt::LeftButton, {}, QPoint(1, 1));
+    EXPECT_THAT(switched, ElementsAre(true)) << "its title belongs to it";
+}
+
+TEST(ViewWindowTests, TheFocusStaysInSight)
+{
+    ViewWindow window([] { return page({ list(500) }); });
+    window.show();
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_TRUE(find(window, "400")->visibleRegion().isEmpty());
+    find(window, "400")->setFocus();
+    EXPECT_TRUE(happens([&] { return !find(window, "400")->visibleRegion().isEmpty(); }));
+}
+
+TEST(ViewWindowTests, TheTextsFollowTheDesktopsFont)
+{
+    ViewWindow window([] { return page({ Text { "a line" } }); });
+    window.show();
+    int before = 0;
+    for (const int pixels : { 10, 30 }) {
+        QFont chosen;
+        chosen.setPixelSize(pixels);
+        QApplication::setFont(chosen);
+        EXPECT_TRUE(happens([&] {
+            return childrenOf<ViewText>(window).front()->font().pixelSize() == pixels;
+        })) << pixels;
+        EXPECT_GT(window.height(), before);
+        before = window.height();
+    }
+    QApplication::setFont(QFont());
 }
 
 TEST(ViewWindowTests, ASwitchShowsWhatBecameOfAChange)
