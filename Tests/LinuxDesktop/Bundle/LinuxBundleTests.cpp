@@ -25,9 +25,13 @@ TEST(LinuxBundleTest, AnImageMayBeAPictureOrBelongToTheDesktop)
 {
     const TemporaryFolder folder;
     const TemporaryFolder theme;
-    for (const std::string& file : { folder.path("picture.svg"), theme.path("of-desktop.svg") })
+    theme.write("hicolor/index.theme", "[Icon Theme]\nName=Own\nDirectories=64\n[64]\nSize=64\n");
+    theme.makeFolder("hicolor/64");
+    for (const std::string& file :
+        { folder.path("picture.svg"), theme.path("hicolor/64/of-desktop.svg") })
         std::filesystem::copy(STEMVAULT_RESOURCES "/Symbols/eye.svg", file);
-    QIcon::setFallbackSearchPaths({ QString::fromStdString(theme.path()) });
+    QIcon::setThemeSearchPaths({ QString::fromStdString(theme.path()) });
+    QIcon::setThemeName("hicolor");
     const LinuxBundle bundle({ folder.path() });
     for (const char* name : { "picture", "of-desktop" }) {
         const auto image = bundle.imageNamed(name);
