@@ -48,7 +48,8 @@ TYPED_TEST_SUITE(FileEventsTests, Stages, StageNames);
 
 /// A stream over the stage's folder, and the names of the files that it has reported.
 struct Listener {
-    template <typename Stage> explicit Listener(Stage& stage)
+    template <typename Stage>
+    explicit Listener(Stage& stage, const std::vector<std::string>& folders)
     {
         const auto handler = [this](const std::vector<std::string>& paths,
                                  const std::vector<std::uint32_t>& flags) {
@@ -57,9 +58,12 @@ struct Listener {
                 names.insert(path.substr(path.rfind('/') + 1));
             onEvents();
         };
-        stream = stage.events.createStream(handler, { stage.path() }, 20ms,
-            FileEventStreamFlag::NoDefer | FileEventStreamFlag::FileEvents);
+        stream = stage.events.createStream(
+            handler, folders, 20ms, FileEventStreamFlag::NoDefer | FileEventStreamFlag::FileEvents);
     }
+
+    template <typename Stage>
+    explicit Listener(Stage& stage) : Listener(stage, { stage.path() }) { }
 
     [[nodiscard]] bool hasHeardOf(const std::string& file) const { return names.contains(file); }
 
@@ -67,6 +71,22 @@ struct Listener {
     std::function<void()> onEvents = [] {};
     std::unique_ptr<FileEventStream> stream;
 };
+
+TEST(InotifyEventsTests, AFolderMayLieWithinAnother)
+{
+    InotifyStage stage;
+    stage.folder.makeFolder("Song");
+    const std::vector<std::string> inOrder { stage.path(), stage.path() + "/Song" };
+    const std::vector<std::string> reversed { inOrder.rbegin(), inOrder.rend() };
+    for (const auto& folders : { inOrder, reversed }) {
+        Listener listener(stage, folders);
+        listener.stream->start();
+        stage.write("Song/Mix.wav");
+        EXPECT_TRUE(stage.happens([&] { return listener.hasHeardOf("Mix.wav"); }));
+        listener.stream->stop();
+        listener.stream->invalidate();
+    }
+}
 
 TYPED_TEST(FileEventsTests, AStreamReportsFromStartToStop)
 {
