@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <ctime>
+#include <filesystem>
 #include <unistd.h>
 
 namespace stemvault::workspace {
@@ -59,6 +60,9 @@ TEST(ApplicationListTests, DAWsInTheOrderOfTheirStart)
     EXPECT_THAT(listed(ofAnother), IsEmpty());
     ProcessTable ofNothing(processes.root() + "/none");
     EXPECT_THAT(listed(ofNothing), IsEmpty());
+    ProcessTable ofAnotherUser(processes.root(), ::geteuid() + 1);
+    EXPECT_THAT(listed(ofAnotherUser), IsEmpty());
+    EXPECT_THAT(listed(ofAnotherUser), IsEmpty()) << "as it remembers";
 }
 
 TEST(ApplicationListTests, AProcessIsReadAgainSoonAfterItsStart)
@@ -188,9 +192,13 @@ TEST(ApplicationListTests, OtherApplicationsByTheDesktopsMenu)
     add("system/applications/term.desktop", "Name=Term\nStartupWMClass=TermWindow");
     add("system/applications/quiet.desktop", "Name=Quiet\nNoDisplay=true");
     add("system/applications/missing.desktop", "Name=Missing\nTryExec=" + folder.path("no"));
+    add("system/applications/quick.desktop", "Name=Quick\nTryExec=quick");
+    folder.makeFolder("bin");
+    std::filesystem::create_symlink("/bin/sh", folder.path("bin/quick"));
     folder.write("system/applications/broken.desktop", "\xff\n[\n=");
+    const std::string home = folder.path("home/applications");
     const auto menu = DesktopEntries::read(
-        { { folder.path("home/applications"), folder.path("system/applications") }, {}, {} });
+        { { home, folder.path("system/applications"), home }, { folder.path("bin") }, {} });
 
     const FakeProcesses processes;
     processes.start(10, { "bwrap\0"s, "bwrap", 1, 10, "app-flatpak-vendor\\x2dlogic-10.scope" });
@@ -204,15 +212,18 @@ TEST(ApplicationListTests, OtherApplicationsByTheDesktopsMenu)
     processes.start(31, { "t\0"s, "t", 1, 31, "app-term@autostart.service" });
     processes.start(32, { "m\0"s, "m", 1, 32, "app-missing-32.scope" });
     processes.start(33, { "g\0"s, "g", 1, 33, "app-gone-33.scope" });
+    processes.start(34, { "./first\0"s, "first", 1, 34 });
     processes.start(40, { "C:\\windows\\explorer.exe\0"s, "explorer.exe", 1, 40 });
     ProcessTable table(processes.root());
-    const std::map<ProcessKey, WindowClass> windows { { { 21, 21 }, { "logic", "Logic" } },
+    const std::map<ProcessKey, WindowClass> windows { { { 20, 20 }, { "x", "X" } },
+        { { 34, 34 }, { "x", "QUICK" } }, { { 21, 21 }, { "logic", "Logic" } },
         { { 22, 22 }, { "x", "TermWindow" } }, { { 23, 23 }, { "bare", "Bare" } },
         { { 40, 40 }, { "explorer.exe", "explorer.exe" } } };
     EXPECT_THAT(listed(table, *menu, windows),
         ElementsAre("11 vendor-logic Logic 2", "20 term Term", "21 vendor-logic Logic 2",
             "22 term Term", "23 Bare bare", "30 quiet Quiet (background)",
-            "31 term Term (background)", "32 missing m (background)", "33 gone g (background)"));
+            "31 term Term (background)", "32 missing m (background)", "33 gone g (background)",
+            "34 quick Quick"));
 
     EXPECT_FALSE(menu->isOutdated());
     add("home/applications/vendor/new.desktop", "Name=New");
