@@ -260,12 +260,15 @@ TEST_F(QtDialogsTest, APanelGivesTheFolderChosen)
     meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) { press(window, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.runModal(panel).response, ModalResponse::cancel);
 
+    const QByteArray home = qgetenv("HOME");
+    qputenv("HOME", QByteArray::fromStdString(folder.path()));
     panel.directoryURL = FileURL("relative");
-    meanwhile<OpenPanelWindow>([](OpenPanelWindow& window) {
-        EXPECT_EQ(window.directory().path(), QDir::homePath());
+    meanwhile<OpenPanelWindow>([&](OpenPanelWindow& window) {
+        EXPECT_EQ(window.directory().path().toStdString(), folder.path());
         press(window, Qt::Key_Escape);
     });
     (void)dialogs.runModal(panel);
+    qputenv("HOME", home);
 }
 
 TEST_F(QtDialogsTest, APanelGivesAllTheFoldersChosenAndShowsItsMessage)
