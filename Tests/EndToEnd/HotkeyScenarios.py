@@ -125,6 +125,7 @@ class HotkeyOnX11(HotkeyScenarios):
         for key in ("F9", "Shift_L", "Super_L"):
             self.hold(key, X.KeyRelease)
         self.expect_prompt(courier)
+        self.start_window("files", {"text/uri-list": self.uri})
         self.hold("F9", X.KeyPress)
         self.expect_message(self.press_hotkey(), KEYS_HELD)
         self.hold("F9", X.KeyRelease)
