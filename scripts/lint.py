@@ -34,11 +34,10 @@ def digest_of(path):
 def included_files(build):
     """The files that each object was made from, as the compiler reported them to ninja."""
     objects = {}
-    for line in text_of("ninja", "-C", build, "-t", "deps").splitlines():
-        if found := re.match(r"(\S.*): #deps .*VALID", line):
-            files = objects.setdefault(found[1], [])
-        elif line.startswith("    "):
-            files.append(os.path.join(build, line.strip()))
+    for entry in text_of("ninja", "-C", build, "-t", "deps").split("\n\n"):
+        head, *files = entry.splitlines() or [""]
+        if found := re.match(r"(.+): #deps .*\(VALID\)", head):  # Others belong to removed sources.
+            objects[found[1]] = [os.path.join(build, file.strip()) for file in files]
     return objects
 
 
