@@ -27,18 +27,24 @@ ProcessEndings::Watch ProcessEndings::makeWatch(const ProcessKey& key)
     Watch made { openProcess(key.process), nullptr };
     // The process may have ended, and its number been reused, before the descriptor was open.
     if (!isStillThere(key)) {
-        QMetaObject::invokeMethod(&context, ended, Qt::QueuedConnection);
+        callLater();
         return {};
     }
     if (!made.process)
         return made;
-    made.notifier.reset(new QSocketNotifier(made.process.get(), QSocketNotifier::Read));
+    made.notifier = std::make_unique<QSocketNotifier>(made.process.get(), QSocketNotifier::Read);
     QObject::connect(made.notifier.get(), &QSocketNotifier::activated, &context,
         [this, notifier = made.notifier.get()] {
             notifier->setEnabled(false); // The descriptor stays readable.
-            ended();
+            callLater();
         });
     return made;
+}
+
+// Not at once, because `watch` may destroy the notifier whose signal is in progress.
+void ProcessEndings::callLater()
+{
+    QMetaObject::invokeMethod(&context, ended, Qt::QueuedConnection);
 }
 
 bool ProcessEndings::isStillThere(const ProcessKey& key) const

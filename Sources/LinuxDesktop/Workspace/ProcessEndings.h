@@ -14,7 +14,7 @@
 
 namespace stemvault::workspace {
 
-/// Calls back at once when one of the watched processes has ended. Main thread only.
+/// Calls back soon after a watched process has ended, but never from `watch`. Main thread only.
 class ProcessEndings {
 public:
     /// `onEnding` may call `watch`.
@@ -24,20 +24,14 @@ public:
     void watch(const std::set<ProcessKey>& keys);
 
 private:
-    struct DeleteLater { // The notifier's own signal may be in progress.
-        void operator()(QSocketNotifier* notifier) const
-        {
-            notifier->setEnabled(false);
-            notifier->deleteLater();
-        }
-    };
     struct Watch {
         FileDescriptor process;
-        std::unique_ptr<QSocketNotifier, DeleteLater> notifier;
+        std::unique_ptr<QSocketNotifier> notifier;
     };
 
     [[nodiscard]] Watch makeWatch(const ProcessKey& key);
     [[nodiscard]] bool isStillThere(const ProcessKey& key) const;
+    void callLater();
 
     const std::string root;
     const std::function<void()> ended;
