@@ -52,9 +52,6 @@ class WaylandDesktop(VirtualDesktop):
         # memory when they are unloaded, so the scenarios run without drivers.
         self.environment |= {"__EGL_VENDOR_LIBRARY_FILENAMES": "/dev/null",
                              "LIBGL_DRIVERS_PATH": "/nonexistent"}
-        # The toolkit leaks parts of its connection when it ends.
-        (folder / "leaks").write_text("leak:libwayland-client.so\n")
-        self.environment["LSAN_OPTIONS"] = f"suppressions={folder}/leaks:print_suppressions=0"
         del self.environment["QT_QPA_PLATFORM"]
         self.environment |= {"WAYLAND_DISPLAY": str(folder / wayland), "SWAYSOCK": socket}
         if self.has_x:
