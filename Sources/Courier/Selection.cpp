@@ -72,7 +72,7 @@ bool hasCommonClipboard()
 Result<Files> copiedBefore(const X11Display* display)
 {
     const bool isWayland = !environment("WAYLAND_DISPLAY").empty();
-    if (isWayland && !(display != nullptr && hasCommonClipboard())) {
+    if (isWayland && (display == nullptr || !hasCommonClipboard())) {
         const auto offered = WaylandClipboard::formats(in(timeToRead));
         if (!offered)
             return noReader;

@@ -11,7 +11,7 @@ namespace stemvault {
 
 namespace {
 
-std::string quoted(std::string_view name)
+std::string inQuotes(std::string_view name)
 {
     return "“" + printable(name) + "”";
 }
@@ -127,9 +127,9 @@ std::string writingReason(int error, const std::string& folder)
 
 std::string describe(const CopyFault& fault, const std::string& from, const std::string& to)
 {
-    const std::string folder = quoted(lastPathComponent(deletingLastPathComponent(to)));
-    return quoted(lastPathComponent(from)) + " couldn’t be copied because " + reason(fault, folder)
-        + ".";
+    const std::string folder = inQuotes(lastPathComponent(deletingLastPathComponent(to)));
+    return inQuotes(lastPathComponent(from)) + " couldn’t be copied because "
+        + reason(fault, folder) + ".";
 }
 
 } // namespace stemvault

@@ -179,7 +179,7 @@ std::optional<StemvaultFolder> BounceAlertController::resolveNewFolder()
     if (answer.response != ModalResponse::ok || !answer.url)
         return std::nullopt;
 
-    const StemvaultFolder chosen { UUID(), answer.url->lastPathComponent(),
+    StemvaultFolder chosen { UUID(), answer.url->lastPathComponent(),
         std::string(withoutTrailingSlash(answer.url->path())) };
     const auto hasChosenPath = [&chosen](const StemvaultFolder& folder) {
         return folder.path == chosen.path;

@@ -59,7 +59,7 @@ void ModalWindows::activate()
 void ModalWindows::stop()
 {
     isStopped = true;
-    std::for_each(open.rbegin(), open.rend(), [](QDialog* window) { window->done(0); });
+    std::ranges::for_each(open.rbegin(), open.rend(), [](QDialog* window) { window->done(0); });
 }
 
 bool ModalWindows::isInFront() const

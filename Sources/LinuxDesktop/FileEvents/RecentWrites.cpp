@@ -31,7 +31,7 @@ void RecentWrites::noteWrite(File file)
 
 bool RecentWrites::takeWrite(File file)
 {
-    const auto found = std::find(unclosed.rbegin(), unclosed.rend(), file);
+    const auto found = std::ranges::find(unclosed.rbegin(), unclosed.rend(), file);
     if (found == unclosed.rend())
         return false;
     unclosed.erase(std::next(found).base());

@@ -179,7 +179,7 @@ bool StreamWorker::workOn()
 
 void StreamWorker::wait()
 {
-    std::optional<Time> until = nextDue();
+    const std::optional<Time> until = nextDue();
     const Time soon = steadyNow() + batchReadInterval;
     const bool isBusy = hasReadEvents && coalescer.due() && *coalescer.due() > soon;
     const FileTime before = wallClock();

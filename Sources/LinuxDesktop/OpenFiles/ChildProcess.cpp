@@ -87,7 +87,7 @@ void becomeTool(const Plan& plan)
     sigset_t before;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &before);
-    const pid_t child = ::vfork(); // NOLINT(clang-analyzer-security.insecureAPI.vfork)
+    const pid_t child = ::vfork(); // NOLINT(*vfork,bugprone-unsafe-functions)
     if (child == 0)
         becomeTool(plan); // NOLINT(clang-analyzer-unix.Vfork): it makes system calls only.
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
@@ -120,7 +120,7 @@ bool wasStarted(const FileDescriptor& failure)
 std::optional<ChildProcess> ChildProcess::start(const std::string& executable,
     const std::vector<std::string>& arguments, const std::vector<std::string>& environment)
 {
-    FileDescriptor devNull(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    const FileDescriptor devNull(::open("/dev/null", O_RDWR | O_CLOEXEC));
     auto output = makePipe();
     auto failure = makePipe();
     if (!devNull || !output || !failure)

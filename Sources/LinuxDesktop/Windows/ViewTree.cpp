@@ -173,6 +173,7 @@ void ViewTree::apply(const Stack& stack)
     std::vector<std::unique_ptr<ViewTree>> next;
     std::vector<const QWidget*> before;
     std::vector<const QWidget*> after;
+    before.reserve(children.size());
     for (const auto& child : children)
         before.push_back(child->widget());
     for (const View& child : stack.children) {

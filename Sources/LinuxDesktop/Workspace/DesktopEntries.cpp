@@ -60,7 +60,7 @@ DesktopEntryPlaces DesktopEntryPlaces::ofThisUser()
 {
     DesktopEntryPlaces places;
     const auto home = environment("HOME", "/");
-    std::string folders = environment("XDG_DATA_HOME", home + "/.local/share") + ":"
+    const std::string folders = environment("XDG_DATA_HOME", home + "/.local/share") + ":"
         + environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
     for (const std::string& folder : splitAtColons(folders))
         if (folder.starts_with('/'))

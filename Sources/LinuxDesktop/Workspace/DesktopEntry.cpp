@@ -110,7 +110,7 @@ std::string programOfExecLine(std::string_view line)
             word = takeWord(line);
         while (word.find('=') != std::string::npos);
     }
-    std::string program = lastPathComponent(word);
+    const std::string program = lastPathComponent(word);
     return runsOthers(program) ? std::string() : program;
 }
 

@@ -10,7 +10,7 @@ namespace stemvault::workspace {
 std::optional<std::string> readFile(int folder, const std::string& path, std::size_t most)
 {
     // O_NONBLOCK, because a pipe or device among the files must not block the program.
-    FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    const FileDescriptor file(::openat(folder, path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file)
         return std::nullopt;
     std::string text;
