@@ -9,6 +9,6 @@ namespace stemvault::workspace {
 /// whether that succeeded. Runs the event loop until the tool has ended. A tool that takes longer
 /// than `timeout` counts as a success: on plain window managers it becomes the application itself.
 [[nodiscard]] bool openURL(
-    const std::string& url, std::chrono::milliseconds timeout = std::chrono::seconds(3));
+    const std::string& url, std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
 } // namespace stemvault::workspace
