@@ -24,7 +24,7 @@ namespace stemvault::dialogs {
 
 namespace {
 
-constexpr int margin = 16;
+constexpr int panelMargin = 16;
 
 /// The folder, or the nearest one above it, that exists and whose path the toolkit can represent.
 /// The home folder if there is none.
@@ -66,7 +66,7 @@ OpenPanelWindow::OpenPanelWindow(const OpenPanel& panel)
         showMessage(windows::displayLine(panel.message));
     keepFromDeleting();
     showPlainToolTips();
-    layout()->setContentsMargins(margin, margin, margin, margin);
+    layout()->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin);
     for (auto* button : findChildren<QPushButton*>())
         button->setIcon(QIcon());
     usualColumns = columns(*this).saveState();
