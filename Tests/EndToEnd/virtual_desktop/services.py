@@ -15,7 +15,7 @@ from .waiting import wait_for
 NAME = "net.stemvault.Connect"
 NOTIFICATION_SERVICE = """[D-BUS Service]
 Name=org.freedesktop.Notifications
-Exec=/bin/sh -c "exec {python} {server} {capabilities} >> {log}"
+Exec=/bin/sh -c "exec '{python}' '{server}' {capabilities} >> '{log}'"
 """
 BROWSER = """#!/bin/sh
 printf '%s\\n' "$1" >> {log}

@@ -160,7 +160,7 @@ TEST(FetcherURLSessionTests, ACertificateMustBeOneThatTheSystemVouchesFor)
     // The fetcher on a system that trusts only this certificate.
     const std::string fetcher = folder.write("fetcher",
         "#!/bin/sh\nexec unshare -rm sh -c 'mount --bind " + trusted
-            + " /etc/ssl/certs && exec " STEMVAULT_FETCHER " \"$@\"' fetcher \"$@\"\n");
+            + " /etc/ssl/certs && exec \"" STEMVAULT_FETCHER "\" \"$@\"' fetcher \"$@\"\n");
     std::filesystem::permissions(fetcher, std::filesystem::perms::owner_all);
 
     QProcess server;
