@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sstream>
 #include <stdlib.h>
 #include <string>
 
@@ -55,7 +56,10 @@ public:
     [[nodiscard]] std::string read(const std::string& name) const
     {
         std::ifstream file(path(name), std::ios::binary);
-        return { std::istreambuf_iterator<char>(file), {} };
+        // Byte by byte, 1 MiB would take half a second under the thread sanitizer.
+        std::ostringstream content;
+        content << file.rdbuf();
+        return content.str();
     }
 
     /// The names of the items directly in a folder, sorted.
