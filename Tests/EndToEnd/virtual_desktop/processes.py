@@ -66,10 +66,14 @@ class PrivateSession:
         }
 
     def _shared_data(self):
-        """The installed data, except the applications, among which programs would find a browser."""
+        """The installed data, except what must not be found here.
+
+        Among the applications is a browser. The fonts are known by their own path; under a new one, each
+        program would read them all again, and store what it found.
+        """
         folder = self.made_folder("share")
         for entry in Path("/usr/share").iterdir():
-            if entry.name != "applications":
+            if entry.name not in ("applications", "fonts"):
                 (folder / entry.name).symlink_to(entry)
         return folder
 
