@@ -10,13 +10,17 @@ class TimedOut(AssertionError):
 
 
 def wait_for(what, condition, seconds=None):
-    """Waits until the condition returns a true value, and returns it."""
+    """Waits until the condition returns a true value, and returns it.
+
+    The longer it takes, the less often the condition is asked, which the programs have to answer as well.
+    """
     seconds = seconds or DEADLINE
-    end = time.monotonic() + seconds
+    begin = time.monotonic()
     while not (answer := condition()):
-        if time.monotonic() > end:
+        waited = time.monotonic() - begin
+        if waited > seconds:
             raise TimedOut(f"waited {seconds:g} s for {what}")
-        time.sleep(0.01)
+        time.sleep(min(max(0.01, waited / 10), 0.1))
     return answer
 
 
