@@ -79,8 +79,8 @@ struct QtDialogsStage {
 
 template <typename Stage> struct DialogsTests : testing::Test {
 };
-using Stages = testing::Types<FakeDialogsStage, QtDialogsStage>;
-TYPED_TEST_SUITE(DialogsTests, Stages, StageNames);
+using DialogsStages = testing::Types<FakeDialogsStage, QtDialogsStage>;
+TYPED_TEST_SUITE(DialogsTests, DialogsStages, StageNames);
 
 TYPED_TEST(DialogsTests, AnAlertAnswersWithItsButtonAndItsAccessoryAsItWasLeft)
 {

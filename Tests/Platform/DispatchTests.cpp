@@ -38,8 +38,8 @@ struct QtDispatchStage {
 
 template <typename Stage> struct DispatchTests : testing::Test {
 };
-using Stages = testing::Types<FakeDispatchStage, QtDispatchStage>;
-TYPED_TEST_SUITE(DispatchTests, Stages, StageNames);
+using DispatchStages = testing::Types<FakeDispatchStage, QtDispatchStage>;
+TYPED_TEST_SUITE(DispatchTests, DispatchStages, StageNames);
 
 using Notes = std::vector<std::string>;
 

@@ -43,8 +43,8 @@ struct InotifyStage {
 
 template <typename Stage> struct FileEventsTests : testing::Test {
 };
-using Stages = testing::Types<FakeFileEventsStage, InotifyStage>;
-TYPED_TEST_SUITE(FileEventsTests, Stages, StageNames);
+using FileEventsStages = testing::Types<FakeFileEventsStage, InotifyStage>;
+TYPED_TEST_SUITE(FileEventsTests, FileEventsStages, StageNames);
 
 /// A stream over the stage's folder, and the names of the files that it has reported.
 struct Listener {

@@ -32,8 +32,8 @@ struct AutostartStage {
 
 template <typename Stage> struct LoginItemTests : testing::Test {
 };
-using Stages = testing::Types<FakeLoginItemStage, AutostartStage>;
-TYPED_TEST_SUITE(LoginItemTests, Stages, StageNames);
+using LoginItemStages = testing::Types<FakeLoginItemStage, AutostartStage>;
+TYPED_TEST_SUITE(LoginItemTests, LoginItemStages, StageNames);
 
 TYPED_TEST(LoginItemTests, TheStatusIsWhatWasDoneLast)
 {

@@ -44,8 +44,8 @@ struct LsofStage {
 
 template <typename Stage> struct OpenFilesTests : testing::Test {
 };
-using Stages = testing::Types<FakeOpenFilesStage, LsofStage>;
-TYPED_TEST_SUITE(OpenFilesTests, Stages, StageNames);
+using OpenFilesStages = testing::Types<FakeOpenFilesStage, LsofStage>;
+TYPED_TEST_SUITE(OpenFilesTests, OpenFilesStages, StageNames);
 
 std::vector<std::string> linesOf(const std::optional<std::string>& listing)
 {

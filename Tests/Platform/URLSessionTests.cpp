@@ -57,8 +57,8 @@ struct FetcherStage {
 
 template <typename Stage> struct URLSessionTests : testing::Test {
 };
-using Stages = testing::Types<FakeURLSessionStage, FetcherStage>;
-TYPED_TEST_SUITE(URLSessionTests, Stages, StageNames);
+using URLSessionStages = testing::Types<FakeURLSessionStage, FetcherStage>;
+TYPED_TEST_SUITE(URLSessionTests, URLSessionStages, StageNames);
 
 TYPED_TEST(URLSessionTests, EachFetchIsAnsweredOnceAndLaterWithABodyOrAReason)
 {

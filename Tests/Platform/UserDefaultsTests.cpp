@@ -54,8 +54,8 @@ struct DefaultsFileStage {
 
 template <typename Stage> struct UserDefaultsTests : testing::Test {
 };
-using Stages = testing::Types<FakeDefaultsStage, DefaultsFileStage>;
-TYPED_TEST_SUITE(UserDefaultsTests, Stages, StageNames);
+using UserDefaultsStages = testing::Types<FakeDefaultsStage, DefaultsFileStage>;
+TYPED_TEST_SUITE(UserDefaultsTests, UserDefaultsStages, StageNames);
 
 TYPED_TEST(UserDefaultsTests, AKeyHoldsTheValueThatWasSetLastAndIsOfOneKind)
 {

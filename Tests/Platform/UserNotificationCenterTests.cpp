@@ -76,8 +76,8 @@ struct DBusNotificationStage {
 
 template <typename Stage> struct UserNotificationCenterTests : testing::Test {
 };
-using Stages = testing::Types<FakeNotificationStage, DBusNotificationStage>;
-TYPED_TEST_SUITE(UserNotificationCenterTests, Stages, StageNames);
+using UserNotificationCenterStages = testing::Types<FakeNotificationStage, DBusNotificationStage>;
+TYPED_TEST_SUITE(UserNotificationCenterTests, UserNotificationCenterStages, StageNames);
 
 /// Answers each call with these options, and counts the calls.
 struct Decider : UserNotificationCenterDelegate {

@@ -38,8 +38,8 @@ struct QtWindowsStage {
 
 template <typename Stage> struct WindowsTests : testing::Test {
 };
-using Stages = testing::Types<FakeWindowsStage, QtWindowsStage>;
-TYPED_TEST_SUITE(WindowsTests, Stages, StageNames);
+using WindowsStages = testing::Types<FakeWindowsStage, QtWindowsStage>;
+TYPED_TEST_SUITE(WindowsTests, WindowsStages, StageNames);
 
 TYPED_TEST(WindowsTests, TheBodyIsCalledOnceForEachDrawing)
 {

@@ -89,8 +89,8 @@ struct LinuxWorkspaceStage {
 
 template <typename Stage> struct WorkspaceTests : testing::Test {
 };
-using Stages = testing::Types<FakeWorkspaceStage, LinuxWorkspaceStage>;
-TYPED_TEST_SUITE(WorkspaceTests, Stages, StageNames);
+using WorkspaceStages = testing::Types<FakeWorkspaceStage, LinuxWorkspaceStage>;
+TYPED_TEST_SUITE(WorkspaceTests, WorkspaceStages, StageNames);
 
 std::vector<std::string> namesOf(const Workspace& workspace)
 {

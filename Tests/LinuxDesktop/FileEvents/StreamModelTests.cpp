@@ -508,7 +508,7 @@ TEST_P(StreamModel, ReportsWhatIsNewAndNothingElse)
     }
 }
 
-std::string nameOf(const testing::TestParamInfo<EventMode>& info)
+std::string modeName(const testing::TestParamInfo<EventMode>& info)
 {
     return info.param == EventMode::Plain   ? "Plain"
         : info.param == EventMode::Overflow ? "Overflow"
@@ -516,7 +516,7 @@ std::string nameOf(const testing::TestParamInfo<EventMode>& info)
 }
 
 INSTANTIATE_TEST_SUITE_P(, StreamModel,
-    testing::Values(EventMode::Plain, EventMode::Overflow, EventMode::Polled), nameOf);
+    testing::Values(EventMode::Plain, EventMode::Overflow, EventMode::Polled), modeName);
 
 } // namespace
 } // namespace stemvault::file_events

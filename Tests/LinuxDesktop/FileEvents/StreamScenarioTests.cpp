@@ -506,14 +506,15 @@ TEST_P(StreamMountScenarios, ReportJustThat)
     run(GetParam());
 }
 
-std::string nameOf(const testing::TestParamInfo<Scenario>& info)
+std::string scenarioName(const testing::TestParamInfo<Scenario>& info)
 {
     return info.param.name;
 }
 
-INSTANTIATE_TEST_SUITE_P(Plain, StreamScenarios, testing::ValuesIn(scenarios), nameOf);
+INSTANTIATE_TEST_SUITE_P(Plain, StreamScenarios, testing::ValuesIn(scenarios), scenarioName);
 
-INSTANTIATE_TEST_SUITE_P(Mounts, StreamMountScenarios, testing::ValuesIn(mountScenarios), nameOf);
+INSTANTIATE_TEST_SUITE_P(
+    Mounts, StreamMountScenarios, testing::ValuesIn(mountScenarios), scenarioName);
 
 } // namespace
 } // namespace stemvault::file_events
