@@ -2,7 +2,13 @@
 add_library(stemvault_compile INTERFACE)
 target_include_directories(stemvault_compile INTERFACE ${PROJECT_SOURCE_DIR}/Sources)
 target_compile_options(stemvault_compile INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow $<$<BOOL:${STEMVAULT_STRICT}>:-Werror>)
+    -Wall -Wextra -Wpedantic -Wconversion $<$<BOOL:${STEMVAULT_STRICT}>:-Werror>)
+if(NOT CMAKE_UNITY_BUILD)
+    target_compile_options(stemvault_compile INTERFACE -Wshadow)
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # Among combined sources, a local name may be one that another source has for itself.
+    target_compile_options(stemvault_compile INTERFACE -Wshadow=local)
+endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # When it optimises, GCC 12 mistakes "text" + std::string for an overlapping copy (bug 105651).
     target_compile_options(stemvault_compile INTERFACE $<$<CONFIG:Release>:-Wno-restrict>)
@@ -31,19 +37,8 @@ if(STEMVAULT_COVERAGE)
     target_link_options(stemvault_compile INTERFACE ${counters})
 endif()
 
-# Precompiles the headers that most sources include, and the named ones. Only the builds with Clang's sanitizers
-# use them. So the other builds still prove that each source includes what it needs; and GCC would warn of what
-# is in system headers.
-function(stemvault_precompile_headers name)
-    if(STEMVAULT_SANITIZE AND CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
-        target_precompile_headers(${name} PRIVATE <algorithm> <array> <chrono> <filesystem> <functional> <map>
-            <memory> <optional> <set> <string> <string_view> <utility> <vector> ${ARGN})
-    endif()
-endfunction()
-
 # Adds a static library of the named sources: one folder of Sources, or a part of one.
 function(stemvault_library name)
     add_library(${name} STATIC ${ARGN})
     target_link_libraries(${name} PUBLIC stemvault_compile)
-    stemvault_precompile_headers(${name})
 endfunction()
