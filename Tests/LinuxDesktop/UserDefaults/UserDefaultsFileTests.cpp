@@ -267,7 +267,7 @@ TEST_F(UserDefaultsFileTest, LeavesAWholeRecordWhenKilled)
         const int step = std::atoi(record.c_str());
         return record == version(step) ? step : -1;
     };
-    EXPECT_GT(expectWholeWhenKilled(300, calls, save, found), 6);
+    EXPECT_GT(expectWholeWhenKilled(100, calls, save, found), 6);
 }
 
 } // namespace
