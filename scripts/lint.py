@@ -98,6 +98,7 @@ def main(build, checks, folders, passed_file):
     wanted = list(units(build, folders, settings))
     known = set(passed)
     changed = [unit for unit in wanted if unit.digest not in known]
+    changed.sort(key=lambda unit: -len(unit.sources))  # So that no long one is left for the end.
     print(f"Changed since they last passed: {len(changed)} of {len(wanted)}.")
     failed = set()
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
