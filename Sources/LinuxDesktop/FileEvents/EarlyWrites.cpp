@@ -29,11 +29,17 @@ void EarlyWrites::begin()
     buffer.resize(32UL * 1024);
     end = tree.end();
     watchedSince = wallClock();
+    start = std::chrono::steady_clock::now() + clockGrain;
 }
 
-bool EarlyWrites::runSlice()
+std::optional<EarlyWrites::Time> EarlyWrites::due() const
 {
-    if (next == end)
+    return next == end ? std::nullopt : std::optional(start);
+}
+
+bool EarlyWrites::runSlice(Time handledUntil)
+{
+    if (next == end || handledUntil < start)
         return false;
     const auto pause = std::chrono::steady_clock::now() + sliceLength;
     while (next != end && !isStopping && std::chrono::steady_clock::now() < pause)

@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ namespace stemvault::file_events {
 /// installing the watches, so it is done once afterwards, in short slices.
 class EarlyWrites {
 public:
+    using Time = EventCoalescer::Time;
+
     EarlyWrites(const WatchTree& watchTree, const PolledFolders& polledFolders,
         RecentWrites& recentWrites, EventReporter& eventReporter, const StreamClock& streamClock,
         const std::atomic<bool>& streamIsStopping);
@@ -24,8 +27,14 @@ public:
     /// Call it once every folder that existed at the start is watched.
     void begin();
 
-    /// Checks folders for a millisecond. Returns whether there was anything to do.
-    bool runSlice();
+    /// Checks folders for a millisecond. `handledUntil` is the moment until which all events have
+    /// been handled. Returns whether there was anything to do.
+    bool runSlice(Time handledUntil);
+
+    /// When `runSlice` has something to do, if that is later; the caller must then handle all
+    /// events first. Because file times are coarse, an event after `watchedSince` may have an
+    /// earlier time.
+    [[nodiscard]] std::optional<Time> due() const;
 
 private:
     void check(NodeId folder);
@@ -42,6 +51,7 @@ private:
     NodeId next = 0;
     NodeId end = 0;
     FileTime watchedSince; ///< Writes from this moment on raise events.
+    Time start; ///< When the first slice may run.
 };
 
 } // namespace stemvault::file_events

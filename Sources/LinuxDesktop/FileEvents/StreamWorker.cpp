@@ -85,6 +85,7 @@ bool StreamWorker::drain()
     hasReadEvents = false;
     for (int reads = 0; reads < readsAtOnce; ++reads) {
         const FileTime now = wallClock();
+        handledUntil = steadyNow();
         const std::span<const std::byte> events = inotify.read();
         if (events.empty()) {
             clock.watchedUntil = now - clockGrain;
@@ -173,7 +174,7 @@ bool StreamWorker::workOn()
     inotify.retire(tree.takeUnusedWatches());
     const bool hasRemoved = inotify.removeSome(
         [this](int watch) { return tree.atWatch(watch) != noNode || roots.uses(watch); });
-    const bool hasLooked = !hasWalked && earlyWrites.runSlice();
+    const bool hasLooked = !hasWalked && earlyWrites.runSlice(handledUntil);
     return hasWalked || hasRemoved || hasLooked;
 }
 
@@ -204,7 +205,8 @@ std::optional<Time> StreamWorker::nextPoll() const
 std::optional<Time> StreamWorker::nextDue() const
 {
     std::optional<Time> next;
-    for (const std::optional<Time>& due : { coalescer.due(), pendingRenames.due(), nextPoll() })
+    for (const std::optional<Time>& due :
+        { coalescer.due(), pendingRenames.due(), nextPoll(), earlyWrites.due() })
         if (due && (!next || *due < *next))
             next = due;
     return next;

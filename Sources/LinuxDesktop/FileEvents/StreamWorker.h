@@ -80,6 +80,7 @@ private:
     MountTracker mounts { tree, queue };
     RootTracker roots;
     std::optional<FileTime> lostSince; ///< Events from this moment on may have been lost.
+    EventCoalescer::Time handledUntil; ///< The moment before the last read.
     FileTime mountsKnownUntil; ///< All mount changes before this moment have been noticed.
     bool hasReadEvents = false;
 };

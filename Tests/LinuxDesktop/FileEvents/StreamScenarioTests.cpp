@@ -219,6 +219,17 @@ Step noDescriptors(bool areNone)
     return [=](StreamStage& stage) { stage.calls().noDescriptors = areNone; };
 }
 
+/// Once all is watched, touches the files in `root` in turn, each when the stream has no event
+/// left.
+void touchesBetweenReads(StreamStage& stage)
+{
+    stage.calls().afterEmptyRead = [&stage, file = 1]() mutable {
+        const std::string path = stage.path("root/" + std::to_string(file));
+        if (stage.watchesAll() && ::utimensat(AT_FDCWD, path.c_str(), nullptr, 0) == 0)
+            ++file;
+    };
+}
+
 /// Lets time pass, so that earlier steps are clearly older than later ones.
 void longAgo(StreamStage& stage)
 {
@@ -242,6 +253,9 @@ const std::vector<Scenario> scenarios = {
             sh("mv root/7 root/8; exec 3<> root/8"),
         },
         { { "RF", "root/7" }, { "RF", "root/8" } } },
+    { "TouchedJustAfterTheStart",
+        { sh("mkdir root; for f in 1 2 3 4 5 6 7; do echo > root/$f; done"), touchesBetweenReads },
+        { sync }, {} },
     { "TouchedAndOpenedLater", { sh("mkdir root; echo > root/1; echo > root/2") },
         { sh("touch root/1 root/2"), sync, longAgo, sh("exec 3<> root/1; mv root/2 root/3"), sync,
             sh("exec 3<> root/3") },

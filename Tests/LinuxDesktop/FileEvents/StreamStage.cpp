@@ -73,7 +73,10 @@ long FaultyInotifyCalls::read(int descriptor, void* buffer, std::size_t size)
 {
     std::unique_lock lock(mutex);
     released.wait(lock, [this] { return !areReadsHeld; });
-    return InotifyCalls::read(descriptor, buffer, size);
+    const long result = InotifyCalls::read(descriptor, buffer, size);
+    if (result <= 0 && afterEmptyRead)
+        afterEmptyRead();
+    return result;
 }
 
 std::uint32_t FaultyInotifyCalls::fileSystemType(const char* path)
@@ -156,6 +159,12 @@ void StreamStage::start(const std::vector<std::string>& roots, std::chrono::mill
         *faults);
     ASSERT_TRUE(stream);
     ASSERT_TRUE(record->waitFor([this] { return record->isReady; }));
+}
+
+bool StreamStage::watchesAll() const
+{
+    const std::lock_guard lock(record->mutex);
+    return record->isReady;
 }
 
 /// The kernel keeps events in order, so once an event is reported, all earlier ones have been read.

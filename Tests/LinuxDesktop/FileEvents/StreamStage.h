@@ -25,6 +25,8 @@ public:
     std::atomic<bool> simulatesNetworkShare =
         false; ///< A network share: others' changes raise no event.
     std::string unreadableName; ///< EACCES for folders of this name, until their mode is 0700.
+    std::function<void()>
+        afterEmptyRead; ///< Set it before the start; called on the stream's thread.
 
     int open() override { return noDescriptors ? -EMFILE : InotifyCalls::open(); }
     int addWatch(int descriptor, const char* path, std::uint32_t mask) override;
@@ -62,6 +64,8 @@ public:
     /// Watches these and one more folder that `sync` needs. Returns when all watches are in place.
     void start(const std::vector<std::string>& roots,
         std::chrono::milliseconds latency = std::chrono::milliseconds(30));
+
+    [[nodiscard]] bool watchesAll() const;
 
     /// Returns when everything that was done before has been reported.
     void sync();
